@@ -1,0 +1,10 @@
+# TAVO_SANITIZE=address means address and undefined behaviour together.
+if(TAVO_SANITIZE STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+elseif(TAVO_SANITIZE STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+elseif(TAVO_SANITIZE)
+  message(FATAL_ERROR "TAVO_SANITIZE is address, thread or empty, not ${TAVO_SANITIZE}")
+endif()

@@ -1,0 +1,26 @@
+// What the system knows of installed applications beyond the application folders.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tavo {
+
+// `path` identifies the application in everything that is stored: the exact bytes of the file's
+// name, always UTF-8. `name` is what the user reads, UTF-8.
+struct FoundApplication {
+    std::string name;
+    std::string path;
+
+    bool operator==(const FoundApplication&) const = default;
+};
+
+// Main thread; answers when the scan is done. Each call looks anew. In no order, each path once.
+class ApplicationSource {
+public:
+    virtual ~ApplicationSource() = default;
+
+    [[nodiscard]] virtual std::vector<FoundApplication> applications() = 0;
+};
+
+}  // namespace tavo

@@ -1,0 +1,29 @@
+// Pictures of applications.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tavo {
+
+// Premultiplied ARGB, one 32-bit word a pixel in the machine's own byte order, rows without
+// padding, the top row first. Square.
+struct IconImage {
+    int side = 0;  // pixels
+    std::vector<std::uint32_t> pixels;
+
+    bool operator==(const IconImage&) const = default;
+};
+
+// Any thread, several at once; may read files and take milliseconds.
+class IconSource {
+public:
+    virtual ~IconSource() = default;
+
+    // The icon of the application at `path`, `size` logical pixels at `scale`. Never empty: what
+    // has no icon of its own, or one that cannot be read, gets the generic one.
+    [[nodiscard]] virtual IconImage icon(const std::string& path, int size, double scale) = 0;
+};
+
+}  // namespace tavo

@@ -1,0 +1,20 @@
+// Work for the main thread, now or later.
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+namespace tavo {
+
+// Both calls may be made from any thread and return at once; the block runs on the main thread,
+// never inside the call. Blocks given for the same moment run in the order given. Blocks still
+// waiting when the queue ends are dropped.
+class MainQueue {
+public:
+    virtual ~MainQueue() = default;
+
+    virtual void async(std::function<void()> block) = 0;
+    virtual void asyncAfter(std::chrono::milliseconds delay, std::function<void()> block) = 0;
+};
+
+}  // namespace tavo
