@@ -1,0 +1,198 @@
+#include "platform/linux/XdgApplicationSource.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <glib.h>
+
+#include "platform/linux/DesktopEntry.h"
+#include "platform/linux/ProgramSearch.h"
+
+namespace tavo {
+namespace {
+
+// Far beyond any real menu; they end what symbolic links can make of a few folders.
+constexpr std::size_t kDeepestFolder = 32;
+constexpr std::size_t kMostFolders = 10'000;
+
+// A file that holds the entry of its id.
+struct EntryFile {
+    std::size_t dataDir;
+    std::string name;  // relative to the data folder's "applications"
+};
+
+// Finds the file of each desktop-file id, without opening any.
+class EntryFiles {
+public:
+    // Data folders are added the most important first. `applications` is open and stays the
+    // caller's.
+    void addDataDir(std::size_t dataDir, int applications) {
+        dataDir_ = dataDir;
+        folders_ = 0;
+        if (const int copy = fcntl(applications, F_DUPFD_CLOEXEC, 0); copy >= 0) {
+            listFolder(copy, "", "");
+        }
+    }
+
+    [[nodiscard]] const std::vector<EntryFile>& files() const { return files_; }
+
+private:
+    using Identity = std::pair<dev_t, ino_t>;
+
+    // Takes `folder` over. `path` and `idPrefix` are what precedes the names in it.
+    void listFolder(int folder, const std::string& path, const std::string& idPrefix);
+    void listEntry(int folder, const dirent& entry, const std::string& path,
+                   const std::string& idPrefix);
+
+    void addFile(std::string id, std::string name) {
+        const auto [known, isNew] = byId_.try_emplace(std::move(id), files_.size());
+        if (isNew) {
+            files_.push_back({dataDir_, std::move(name)});
+        } else if (EntryFile& file = files_[known->second]; file.dataDir == dataDir_) {
+            // "a/b.desktop" and "a-b.desktop" have one id; the one listed last counts, as in GIO.
+            file.name = std::move(name);
+        }
+    }
+
+    std::vector<EntryFile> files_;
+    std::unordered_map<std::string, std::size_t> byId_;
+    std::vector<Identity> ancestors_;  // of the folder being listed, itself included
+    std::size_t dataDir_ = 0;
+    std::size_t folders_ = 0;
+};
+
+void EntryFiles::listFolder(int folder, const std::string& path, const std::string& idPrefix) {
+    struct stat facts {};
+    const bool known = fstat(folder, &facts) == 0;
+    const Identity identity(facts.st_dev, facts.st_ino);
+    const bool isCircle =
+        std::find(ancestors_.begin(), ancestors_.end(), identity) != ancestors_.end();
+    DIR* const stream =
+        known && !isCircle && ancestors_.size() < kDeepestFolder && folders_ < kMostFolders
+            ? fdopendir(folder)
+            : nullptr;
+    if (stream == nullptr) {
+        close(folder);
+        return;
+    }
+    ++folders_;
+    ancestors_.push_back(identity);
+    while (const dirent* const entry = readdir(stream)) {
+        listEntry(folder, *entry, path, idPrefix);
+    }
+    ancestors_.pop_back();
+    closedir(stream);
+}
+
+void EntryFiles::listEntry(int folder, const dirent& entry, const std::string& path,
+                           const std::string& idPrefix) {
+    const std::string_view name = entry.d_name;
+    if (name == "." || name == "..") {
+        return;
+    }
+    if (name.ends_with(".desktop")) {
+        addFile(idPrefix + entry.d_name, path + entry.d_name);
+        return;
+    }
+    if (entry.d_type == DT_DIR || entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN) {
+        const int inner =
+            openat(folder, entry.d_name, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+        if (inner >= 0) {
+            listFolder(inner, path + entry.d_name + '/', idPrefix + entry.d_name + '-');
+        }
+    }
+}
+
+// Whether an entry is shown in one of `desktops`: the first of them that a list names decides.
+bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& entry) {
+    const auto names = [](const std::optional<std::vector<std::string>>& list,
+                          const std::string& desktop) {
+        return list && std::find(list->begin(), list->end(), desktop) != list->end();
+    };
+    for (const std::string& desktop : desktops) {
+        if (names(entry.onlyShowIn, desktop)) {
+            return true;
+        }
+        if (names(entry.notShowIn, desktop)) {
+            return false;
+        }
+    }
+    return !entry.onlyShowIn;
+}
+
+bool programsExist(const DesktopEntry& entry, ProgramSearch& programs) {
+    if (!entry.tryExec.empty() && !programs.finds(entry.tryExec)) {
+        return false;
+    }
+    if (entry.exec.empty()) {
+        return true;
+    }
+    const auto program = programOf(entry.exec);
+    return program && programs.finds(*program);
+}
+
+class XdgApplicationSource final : public ApplicationSource {
+public:
+    explicit XdgApplicationSource(XdgEnvironment environment)
+        : environment_(std::move(environment)) {}
+
+    std::vector<FoundApplication> applications() override {
+        std::vector<int> folders;
+        EntryFiles entries;
+        for (std::size_t i = 0; i < environment_.dataDirs.size(); ++i) {
+            const std::string folder = environment_.dataDirs[i] + "/applications";
+            folders.push_back(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            if (folders.back() >= 0) {
+                entries.addDataDir(i, folders.back());
+            }
+        }
+        std::vector<FoundApplication> found = read(entries.files(), folders);
+        for (const int folder : folders) {
+            if (folder >= 0) {
+                close(folder);
+            }
+        }
+        return found;
+    }
+
+private:
+    std::vector<FoundApplication> read(const std::vector<EntryFile>& files,
+                                       const std::vector<int>& folders) const {
+        DesktopEntryReader reader(environment_.languages);
+        ProgramSearch programs(environment_.path);
+        std::vector<FoundApplication> found;
+        found.reserve(files.size());
+        for (const EntryFile& file : files) {
+            auto entry = reader.read(folders[file.dataDir], file.name.c_str());
+            if (!entry || entry->type != "Application" || entry->hidden || entry->noDisplay ||
+                entry->name.empty() || !isShownIn(environment_.currentDesktops, *entry) ||
+                !programsExist(*entry, programs)) {
+                continue;
+            }
+            std::string path = environment_.dataDirs[file.dataDir] + "/applications/" + file.name;
+            if (g_utf8_validate_len(path.data(), path.size(), nullptr) != FALSE) {
+                found.push_back({std::move(entry->name), std::move(path)});
+            }
+        }
+        return found;
+    }
+
+    const XdgEnvironment environment_;
+};
+
+}  // namespace
+
+std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment) {
+    return std::make_unique<XdgApplicationSource>(std::move(environment));
+}
+
+}  // namespace tavo
