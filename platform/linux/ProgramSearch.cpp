@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,10 +11,10 @@
 namespace tavo {
 namespace {
 
-bool isProgram(const std::string& file) {
+bool isProgram(int folder, const std::string& file) {
     struct stat facts {};
-    return access(file.c_str(), X_OK) == 0 && stat(file.c_str(), &facts) == 0 &&
-           !S_ISDIR(facts.st_mode);
+    return faccessat(folder, file.c_str(), X_OK, 0) == 0 &&
+           fstatat(folder, file.c_str(), &facts, 0) == 0 && !S_ISDIR(facts.st_mode);
 }
 
 }  // namespace
@@ -40,12 +41,22 @@ std::optional<std::string> programOf(const std::string& exec) {
 ProgramSearch::ProgramSearch(std::string_view path) {
     while (true) {
         const std::size_t colon = path.find(':');
-        std::string folder(path.substr(0, colon));
-        folders_.push_back(folder.empty() ? folder : folder + '/');
+        const std::string folder(path.substr(0, colon));
+        const int opened =
+            open(folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        if (opened >= 0) {
+            folders_.push_back(opened);
+        }
         if (colon == std::string_view::npos) {
             break;
         }
         path.remove_prefix(colon + 1);
+    }
+}
+
+ProgramSearch::~ProgramSearch() {
+    for (const int folder : folders_) {
+        close(folder);
     }
 }
 
@@ -57,12 +68,18 @@ bool ProgramSearch::finds(const std::string& program) {
     return known->second;
 }
 
-bool ProgramSearch::look(const std::string& program) const {
+bool ProgramSearch::look(const std::string& program) {
     if (program.find('/') != std::string::npos) {
-        return isProgram(program);
+        return isProgram(AT_FDCWD, program);
     }
-    return std::any_of(folders_.begin(), folders_.end(),
-                       [&](const std::string& folder) { return isProgram(folder + program); });
+    const auto found = std::find_if(folders_.begin(), folders_.end(),
+                                    [&](int folder) { return isProgram(folder, program); });
+    if (found == folders_.end()) {
+        return false;
+    }
+    // Which folder has it does not matter, so the next program is looked for in this one first.
+    std::iter_swap(folders_.begin(), found);
+    return true;
 }
 
 }  // namespace tavo
