@@ -39,8 +39,9 @@ constexpr std::array<std::string_view, kKeyCount> kKeyNames = {
 
 using RawValue = std::optional<std::string_view>;
 
+// GLib's white space, to which the vertical tab does not belong.
 bool isBlank(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
+    return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
 }
 
 bool isControl(char c) {
@@ -114,20 +115,21 @@ std::optional<std::string_view> groupName(std::string_view line) {
     return name;
 }
 
-// The end of the locale that starts at `from`.
+bool isInLocale(std::string_view text) {
+    if (static_cast<unsigned char>(text.front()) < 0x80) {
+        return (kCharacters[static_cast<unsigned char>(text.front())] & kInLocale) != 0;
+    }
+    const gunichar scalar =
+        g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+    return scalar <= 0x10ffff && g_unichar_isalnum(scalar) != FALSE;
+}
+
+// The end of the locale that starts at `from`. Bytes that continue nothing pass.
 std::size_t localeEnd(std::string_view key, std::size_t from) {
-    while (from < key.size()) {
-        from = skip(key, from, kInLocale);
-        if (from == key.size() || static_cast<unsigned char>(key[from]) < 0x80) {
-            break;
-        }
-        const char* const at = key.data() + from;
-        const gunichar scalar =
-            g_utf8_get_char_validated(at, static_cast<gssize>(key.size() - from));
-        if (scalar >= 0x110000 || g_unichar_isalnum(scalar) == FALSE) {
-            break;
-        }
-        from += static_cast<std::size_t>(g_utf8_next_char(at) - at);
+    while (from < key.size() && isInLocale(key.substr(from))) {
+        do {
+            ++from;
+        } while (from < key.size() && isContinuation(key[from]));
     }
     return from;
 }

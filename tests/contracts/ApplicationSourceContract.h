@@ -1,4 +1,5 @@
-// What every ApplicationSource promises. Instantiate it with makers of worlds.
+// What every ApplicationSource promises. Instantiate it with makers of worlds, in one source file a
+// program.
 #pragma once
 
 #include <functional>
