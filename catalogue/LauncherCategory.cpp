@@ -1,5 +1,7 @@
 #include "catalogue/LauncherCategory.h"
 
+#include "support/Json.h"
+
 namespace tavo {
 
 std::vector<LauncherCategory> makeFixedCategories() {
@@ -13,6 +15,41 @@ std::vector<LauncherCategory> makeFixedCategories() {
 
 std::vector<LauncherCategory> makeDefaultCategories() {
     return {{"work", "Lavoro"}, {"creative", "Creatività"}, {"utility", "Utility"}};
+}
+
+std::optional<std::string> encodeCategories(const std::vector<LauncherCategory>& categories) {
+    std::vector<json::StringDictionary> objects;
+    objects.reserve(categories.size());
+    for (const LauncherCategory& category : categories) {
+        json::StringDictionary& object = objects.emplace_back();
+        object["id"] = category.id;
+        object["name"] = category.name;
+        if (category.parentID) {
+            object["parentID"] = *category.parentID;
+        }
+    }
+    return json::writeArray(objects);
+}
+
+std::optional<std::vector<LauncherCategory>> decodeCategories(std::string_view json) {
+    const auto objects = json::readObjectArray(json, {"id", "name", "parentID"});
+    if (!objects) {
+        return std::nullopt;
+    }
+    std::vector<LauncherCategory> categories;
+    categories.reserve(objects->size());
+    for (const json::StringDictionary& object : *objects) {
+        const auto id = object.find("id");
+        const auto name = object.find("name");
+        const auto parent = object.find("parentID");
+        if (id == object.end() || name == object.end()) {
+            return std::nullopt;
+        }
+        categories.emplace_back(
+            id->second, name->second,
+            parent == object.end() ? std::nullopt : std::optional(parent->second));
+    }
+    return categories;
 }
 
 }  // namespace tavo

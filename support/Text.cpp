@@ -82,6 +82,11 @@ bool isUtf8(std::string_view bytes) {
     return true;
 }
 
+std::optional<char32_t> firstScalar(std::string_view text) {
+    std::size_t offset = 0;
+    return text.empty() ? std::nullopt : std::optional(nextScalar(text, offset));
+}
+
 bool isMark(char32_t scalar) {
     constexpr char32_t kFirstMark = 0x0300;
     return scalar >= kFirstMark && graphemeClusterBreak(scalar) == U_GCB_EXTEND;

@@ -26,6 +26,9 @@ std::string repairedUtf8(std::string_view bytes);
 
 [[nodiscard]] bool isUtf8(std::string_view bytes);
 
+// The first scalar of `text` (U+FFFD for an ill-formed one); none when it is empty.
+std::optional<char32_t> firstScalar(std::string_view text);
+
 // Grapheme_Cluster_Break = Extend: combining marks, variation selectors, viramas, ZWNJ and the
 // like, not ZWJ.
 [[nodiscard]] bool isMark(char32_t scalar);
