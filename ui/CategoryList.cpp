@@ -1,0 +1,233 @@
+#include "ui/CategoryList.h"
+
+#include <QFontMetrics>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QToolTip>
+#include <algorithm>
+
+#include "ui/DisplayText.h"
+#include "ui/Metrics.h"
+#include "ui/Symbols.h"
+#include "ui/Texts.h"
+#include "ui/ThinScrollBar.h"
+
+namespace tavo {
+namespace {
+
+using namespace metrics;
+
+constexpr int kRowHeight = kSymbol + 2 * kRowVertical;
+constexpr int kRowPitch = kRowHeight + kSidebarSpacing;
+
+}  // namespace
+
+CategoryList::CategoryList(QWidget* parent)
+    : QAbstractScrollArea(parent), appearance_(palette()), scrollBar_(new ThinScrollBar(*this)) {
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    setAccessibleName(texts::kCategories.toString());
+    viewport()->setAutoFillBackground(false);
+}
+
+void CategoryList::setRows(std::vector<Row> rows) {
+    if (rows == rows_) {
+        return;
+    }
+    const bool sameItems =
+        rows.size() == rows_.size() &&
+        std::equal(rows.begin(), rows.end(), rows_.begin(),
+                   [](const Row& a, const Row& b) { return a.id == b.id && a.name == b.name; });
+    rows_ = std::move(rows);
+    const auto selected =
+        std::find_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.selected; });
+    current_ = selected == rows_.end() ? 0 : static_cast<int>(selected - rows_.begin());
+    if (!sameItems) {
+        updateGeometry();
+        relayout();
+        announceItems(*this);
+    }
+    if (selected != rows_.end()) {
+        announceSelection(*this, current_);
+    }
+    viewport()->update();
+}
+
+QSize CategoryList::sizeHint() const {
+    return {kSidebarWidth - 2 * kSidebarPadding,
+            std::max(0, itemCount() * kRowPitch - kSidebarSpacing)};
+}
+
+void CategoryList::relayout() {
+    verticalScrollBar()->setPageStep(viewport()->height());
+    verticalScrollBar()->setSingleStep(kRowPitch);
+    verticalScrollBar()->setRange(0, std::max(0, sizeHint().height() - viewport()->height()));
+}
+
+QRect CategoryList::itemRect(int index) const {
+    const int furthest =
+        viewport()->width() - 2 * kRowHorizontal - kSymbol - kSymbolSpacing - kSmallestLabel;
+    const int indentation = std::min(row(index).depth * kIndentation, std::max(0, furthest));
+    return {indentation, index * kRowPitch - verticalScrollBar()->value(),
+            viewport()->width() - indentation, kRowHeight};
+}
+
+QRect CategoryList::labelRect(int index) const {
+    return itemRect(index).adjusted(kRowHorizontal + kSymbol + kSymbolSpacing, 0, -kRowHorizontal,
+                                    0);
+}
+
+QString CategoryList::itemName(int index) const {
+    return displayText(row(index).name);
+}
+
+QString CategoryList::elided(int index) const {
+    return QFontMetrics(interfaceFont(kBody))
+        .elidedText(itemName(index), Qt::ElideRight, labelRect(index).width());
+}
+
+int CategoryList::rowAt(QPoint point) const {
+    const int index = (point.y() + verticalScrollBar()->value()) / kRowPitch;
+    return index >= 0 && index < itemCount() && itemRect(index).contains(point) ? index : -1;
+}
+
+void CategoryList::pressItem(int index) {
+    onSelect(row(index).id);
+}
+
+void CategoryList::paintEvent(QPaintEvent* event) {
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int offset = verticalScrollBar()->value();
+    const int first = std::max(0, (event->rect().top() + offset) / kRowPitch);
+    const int last = std::min(itemCount() - 1, (event->rect().bottom() + offset) / kRowPitch);
+    for (int index = first; index <= last; ++index) {
+        paintRow(painter, index);
+    }
+}
+
+void CategoryList::paintRow(QPainter& painter, int index) const {
+    const QRect rect = itemRect(index);
+    const bool focused = hasFocus() && index == current_;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(row(index).selected ? QBrush(appearance_.selection) : QBrush(Qt::NoBrush));
+    painter.drawRoundedRect(rect, kRowRadius, kRowRadius);
+    if (focused) {
+        painter.setPen(QPen(appearance_.accent, 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRowRadius - 1,
+                                kRowRadius - 1);
+    }
+    const QRect symbol(rect.left() + kRowHorizontal, rect.top() + kRowVertical, kSymbol, kSymbol);
+    drawSymbol(painter, symbol, categorySymbol(QString::fromStdString(row(index).name)),
+               appearance_.accent);
+    painter.setFont(interfaceFont(kBody));
+    painter.setPen(appearance_.text);
+    painter.drawText(labelRect(index), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+                     elided(index));
+}
+
+void CategoryList::resizeEvent(QResizeEvent*) {
+    scrollBar_->place();
+    relayout();
+}
+
+void CategoryList::scrollContentsBy(int, int) {
+    viewport()->update();
+}
+
+void CategoryList::setCurrent(int index) {
+    current_ = std::clamp(index, 0, itemCount() - 1);
+    QScrollBar& bar = *verticalScrollBar();
+    const int top = current_ * kRowPitch;
+    bar.setValue(std::clamp(bar.value(), top + kRowHeight - viewport()->height(), top));
+    viewport()->update();
+    announceFocus(*this, current_);
+}
+
+void CategoryList::keyPressEvent(QKeyEvent* event) {
+    if (rows_.empty() || (event->modifiers() & ~Qt::KeypadModifier) != 0) {
+        event->ignore();
+        return;
+    }
+    const int page = std::max(1, viewport()->height() / kRowPitch);
+    switch (event->key()) {
+        case Qt::Key_Up:
+            setCurrent(current_ - 1);
+            break;
+        case Qt::Key_Down:
+            setCurrent(current_ + 1);
+            break;
+        case Qt::Key_Home:
+            setCurrent(0);
+            break;
+        case Qt::Key_End:
+            setCurrent(itemCount() - 1);
+            break;
+        case Qt::Key_PageUp:
+            setCurrent(current_ - page);
+            break;
+        case Qt::Key_PageDown:
+            setCurrent(current_ + page);
+            break;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Space:
+            pressItem(current_);
+            break;
+        default:
+            event->ignore();
+    }
+}
+
+void CategoryList::mousePressEvent(QMouseEvent* event) {
+    pressed_ = event->button() == Qt::LeftButton ? rowAt(event->position().toPoint()) : -1;
+    // A press on no row belongs to whoever moves the window.
+    event->setAccepted(pressed_ >= 0);
+}
+
+void CategoryList::mouseReleaseEvent(QMouseEvent* event) {
+    const int index = rowAt(event->position().toPoint());
+    if (index >= 0 && index == pressed_) {
+        pressItem(index);
+    }
+    pressed_ = -1;
+}
+
+bool CategoryList::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        const auto* const help = static_cast<QHelpEvent*>(event);
+        const int index = rowAt(help->pos());
+        const QString name = index >= 0 ? itemName(index) : QString();
+        QToolTip::showText(help->globalPos(),
+                           index >= 0 && elided(index) != name ? name.toHtmlEscaped() : QString(),
+                           this);
+        return true;
+    }
+    return QAbstractScrollArea::viewportEvent(event);
+}
+
+void CategoryList::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    if (!rows_.empty()) {
+        setCurrent(current_);
+    }
+}
+
+void CategoryList::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+void CategoryList::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        appearance_ = Appearance(palette());
+        viewport()->update();
+    }
+}
+
+}  // namespace tavo

@@ -1,0 +1,52 @@
+#include "ui/DisplayText.h"
+
+namespace tavo {
+namespace {
+
+bool turnsDirection(char16_t c) {
+    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+QString cleaned(std::string_view utf8, qsizetype longest, bool keepLineBreaks) {
+    // A scalar has at most four bytes: what is past that many can never be shown.
+    const std::string_view head = utf8.substr(0, static_cast<std::size_t>(longest) * 4);
+    QString text = QString::fromUtf8(head.data(), static_cast<qsizetype>(head.size()));
+    QString shown;
+    shown.reserve(text.size());
+    for (const QChar character : std::as_const(text)) {
+        const char16_t c = character.unicode();
+        if (c == u'\n' && keepLineBreaks) {
+            shown += character;
+        } else if (c == u'\t' || c == u'\n' || c == u'\r' || c == 0x2028 || c == 0x2029) {
+            shown += u' ';
+        } else if (c < 0x20) {
+            shown += QChar(static_cast<char16_t>(0x2400 + c));
+        } else if (c == 0x7F) {
+            shown += QChar(u'\u2421');
+        } else if (c >= 0x80 && c < 0xA0) {
+            shown += QChar(QChar::ReplacementCharacter);
+        } else if (!turnsDirection(c)) {
+            shown += character;
+        }
+    }
+    if (shown.size() > longest || head.size() < utf8.size()) {
+        shown.truncate(longest);
+        if (!shown.isEmpty() && shown.back().isHighSurrogate()) {
+            shown.chop(1);
+        }
+        shown += u'…';
+    }
+    return shown;
+}
+
+}  // namespace
+
+QString displayText(std::string_view utf8, qsizetype longest) {
+    return cleaned(utf8, longest, false);
+}
+
+QString displayMessage(std::string_view utf8, qsizetype longest) {
+    return cleaned(utf8, longest, true);
+}
+
+}  // namespace tavo

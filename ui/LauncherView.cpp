@@ -1,0 +1,366 @@
+#include "ui/LauncherView.h"
+
+#include <QDesktopServices>
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QPainterPath>
+#include <QUrl>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "ui/AlertSheet.h"
+#include "ui/AppTile.h"
+#include "ui/Appearance.h"
+#include "ui/CategoryList.h"
+#include "ui/DisplayText.h"
+#include "ui/Metrics.h"
+#include "ui/Resources.h"
+#include "ui/SearchField.h"
+#include "ui/SymbolButton.h"
+#include "ui/Texts.h"
+#include "ui/TileGrid.h"
+
+namespace tavo {
+namespace {
+
+using namespace metrics;
+
+// The launcher's mark, smooth at every scale.
+class Mark final : public QWidget {
+public:
+    explicit Mark(QWidget* parent)
+        : QWidget(parent), image_(resourcePath(QStringLiteral("TavoLauncherMark.png"))) {
+        setFixedSize(kMarkSide, kMarkSide);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        const qreal scale = devicePixelRatioF();
+        if (shown_.devicePixelRatio() != scale || shown_.isNull()) {
+            shown_ = image_.scaled(size() * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+            shown_.setDevicePixelRatio(scale);
+        }
+        QPainter(this).drawImage(0, 0, shown_);
+    }
+
+private:
+    QImage image_;
+    QImage shown_;
+};
+
+// A line of text in one of the window's own colours.
+class TextLabel final : public QLabel {
+public:
+    using Color = QColor Appearance::*;
+
+    TextLabel(const QFont& font, Color color, QWidget* parent) : QLabel(parent), color_(color) {
+        setTextFormat(Qt::PlainText);
+        setFont(font);
+        applyColor();
+    }
+
+protected:
+    void changeEvent(QEvent* event) override {
+        QLabel::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange) {
+            applyColor();
+        }
+    }
+
+private:
+    void applyColor() {
+        const QColor color = Appearance(palette()).*color_;
+        if (palette().color(QPalette::WindowText) != color) {
+            QPalette own = palette();
+            own.setColor(QPalette::WindowText, color);
+            setPalette(own);
+        }
+    }
+
+    Color color_;
+};
+
+// Title2, or as much smaller as a wide interface font needs to fit beside the mark.
+QFont titleFont(const QString& title) {
+    constexpr int kSpace = kSidebarWidth - 2 * kSidebarPadding - kMarkSide - kSidebarSpacing;
+    int size = kTitle2;
+    QFont font = interfaceFont(size, QFont::Bold);
+    while (size > kCaption && QFontMetrics(font).horizontalAdvance(title) > kSpace) {
+        font = interfaceFont(--size, QFont::Bold);
+    }
+    return font;
+}
+
+std::string toUtf8(const QString& text) {
+    return text.toStdString();
+}
+
+}  // namespace
+
+LauncherView::LauncherView(const World& world, QWidget* parent)
+    : QWidget(parent), model_(world.platform, world.text), icons_(world.icons, world.mainQueue) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    QWidget* const sidebar = makeSidebar();
+    QWidget* const toolbar = makeToolbar();
+    grid_ = new TileGrid(
+        icons_, [this](const AppItem& app) { return makeTile(app); }, this);
+    grid_->onLeaveUp = [this] { search_->take(false); };
+    footer_ = makeFooter();
+
+    auto* const column = new QVBoxLayout;
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(toolbar);
+    column->addWidget(grid_, 1);
+    column->addWidget(footer_);
+    auto* const whole = new QHBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->setSpacing(0);
+    whole->addWidget(sidebar);
+    whole->addLayout(column, 1);
+
+    alert_ = new AlertSheet(texts::kLaunchErrorTitle.toString(), this);
+    alert_->onDismissed = [this] { model_.clearLaunchError(); };
+
+    search_->take(false);
+    modelChanges_ = model_.objectWillChange.subscribe([this] { refreshSoon(); });
+    refresh();
+}
+
+LauncherView::~LauncherView() = default;
+
+QWidget* LauncherView::makeSidebar() {
+    auto* const sidebar = new QWidget(this);
+    sidebar->setFixedWidth(kSidebarWidth);
+
+    closeButton_ = new SymbolButton(u"xmark", {}, texts::kClose.toString(), sidebar);
+    closeButton_->setSymbolSize(kCloseSide);
+    closeButton_->setTone(SymbolButton::Tone::Secondary);
+    closeButton_->setGeometry(kRowHorizontal - kCloseSide / 2 + 2, 4, kCloseSide, kCloseSide);
+    connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
+
+    const QString name = texts::kProgramName.toString();
+    auto* const title = new TextLabel(titleFont(name), &Appearance::text, sidebar);
+    title->setText(name);
+    auto* const header = new QHBoxLayout;
+    header->setContentsMargins(0, 0, 0, kHeaderBottom);
+    header->setSpacing(kSidebarSpacing);
+    header->addWidget(new Mark(sidebar));
+    header->addWidget(title, 1);
+
+    categories_ = new CategoryList(sidebar);
+    categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
+
+    auto* const layout = new QVBoxLayout(sidebar);
+    layout->setContentsMargins(kSidebarPadding, kSidebarPadding, kSidebarPadding, kSidebarPadding);
+    layout->setSpacing(kSidebarSpacing);
+    layout->addLayout(header);
+    layout->addWidget(categories_);
+    layout->addStretch(1);
+    return sidebar;
+}
+
+QWidget* LauncherView::makeToolbar() {
+    auto* const toolbar = new QWidget(this);
+    search_ = new SearchField(toolbar);
+    search_->onEdited = [this](const QString& text) { model_.setQuery(toUtf8(text)); };
+    search_->onSubmit = [this] {
+        const std::vector<AppItem> shown = model_.filtered();
+        if (!shown.empty()) {
+            model_.open(shown.front());
+        }
+    };
+
+    suggestions_ = new SymbolButton(u"text.magnifyingglass", {},
+                                    texts::kSearchSuggestions.toString(), toolbar);
+    connect(suggestions_, &QAbstractButton::clicked, this, [this] { showSuggestions(); });
+    auto* const reloadButton =
+        new SymbolButton(u"arrow.clockwise", {}, texts::kReload.toString(), toolbar);
+    connect(reloadButton, &QAbstractButton::clicked, this, [this] { reload(); });
+
+    auto* const layout = new QHBoxLayout(toolbar);
+    layout->setContentsMargins(kBarHorizontal, kToolbarVertical, kBarHorizontal, kToolbarVertical);
+    layout->setSpacing(kToolbarSpacing);
+    layout->addWidget(search_, 1);
+    layout->addWidget(suggestions_);
+    // The flexible spacer between the two has no width left, but its spacing stays.
+    layout->addSpacing(kToolbarSpacing);
+    layout->addWidget(reloadButton);
+    return toolbar;
+}
+
+QWidget* LauncherView::makeFooter() {
+    auto* const footer = new QWidget(this);
+    count_ = new TextLabel(interfaceFont(kCaption), &Appearance::secondaryText, footer);
+    auto* const credit = new SymbolButton({}, texts::kCredit.toString(), {}, footer);
+    credit->setFontSize(kCaption);
+    credit->setTone(SymbolButton::Tone::Secondary);
+    credit->setCursor(Qt::PointingHandCursor);
+    connect(credit, &QAbstractButton::clicked, this,
+            [] { QDesktopServices::openUrl(QUrl(texts::kCreditAddress.toString())); });
+
+    auto* const layout = new QHBoxLayout(footer);
+    layout->setContentsMargins(kBarHorizontal, kFooterVertical, kBarHorizontal, kFooterVertical);
+    layout->addWidget(count_);
+    layout->addStretch(1);
+    layout->addWidget(credit);
+    return footer;
+}
+
+AppTile LauncherView::makeTile(const AppItem& app) {
+    std::set<std::string> assigned;
+    for (const LauncherCategory& category : model_.customCategories()) {
+        if (model_.isAssigned(app, category)) {
+            assigned.insert(category.id);
+        }
+    }
+    return {
+        .app = app,
+        .favorite = favorites_.contains(app.url.path),
+        .hidden = model_.isHidden(app),
+        .categories = model_.customCategories(),
+        .assignedCategoryIDs = std::move(assigned),
+        .launch = [this, app] { model_.open(app); },
+        .toggleFavorite = [this, app] { model_.toggleFavorite(app); },
+        .toggleCategory =
+            [this, app](const LauncherCategory& category) {
+                model_.toggleAssignment(app, category);
+            },
+        .toggleHidden = [this, app] { model_.toggleHidden(app); },
+    };
+}
+
+void LauncherView::refreshSoon() {
+    if (!std::exchange(refreshPending_, true)) {
+        QMetaObject::invokeMethod(
+            this, [this] { refresh(); }, Qt::QueuedConnection);
+    }
+}
+
+void LauncherView::refresh() {
+    refreshPending_ = false;
+    favorites_ = Favorites::shared().urls();
+
+    std::vector<CategoryList::Row> rows;
+    for (const LauncherCategory& category : model_.sidebarCategories()) {
+        rows.push_back({category.id, category.name, model_.categoryDepth(category),
+                        category.id == model_.selectedCategoryID()});
+    }
+    categories_->setRows(std::move(rows));
+
+    search_->setText(QString::fromStdString(model_.query()));
+    std::vector<AppItem> shown = model_.filtered();
+    count_->setText(QString::number(shown.size()) + texts::kCountSuffix.toString());
+    grid_->setApps(std::move(shown));
+    if (shownQuery_ != model_.query() || shownCategoryID_ != model_.selectedCategoryID()) {
+        shownQuery_ = model_.query();
+        shownCategoryID_ = model_.selectedCategoryID();
+        grid_->scrollToTop();
+    }
+    refreshAlert();
+}
+
+void LauncherView::refreshAlert() {
+    if (!model_.launchError()) {
+        alert_->dismiss();
+    } else if (isVisible()) {
+        alert_->present(displayMessage(*model_.launchError()));
+    }
+}
+
+void LauncherView::reload() {
+    model_.reload();
+    icons_.refresh();
+}
+
+void LauncherView::showSuggestions() {
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto suggest = [this, menu](const QString& text, const std::string& query,
+                                      std::string_view categoryID) {
+        menu->addAction(text, this, [this, query, categoryID] {
+            model_.setQuery(query);
+            model_.setSelectedCategoryID(std::string(categoryID));
+            search_->take(false);
+        });
+    };
+    suggest(texts::kSuggestRecent.toString(), {}, kRecentID);
+    suggest(texts::kSuggestFavorites.toString(), {}, kFavoritesID);
+    menu->addSeparator();
+    for (const LauncherCategory& category : model_.customCategories()) {
+        QString name = displayText(category.name);
+        suggest(texts::kSuggestCategory.toString() + name.replace(u'&', QStringLiteral("&&")),
+                "cat:" + category.name, kAllID);
+    }
+    menu->popup(suggestions_->mapToGlobal(QPoint(0, suggestions_->height() + 4)));
+}
+
+void LauncherView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Find)) {
+        search_->take(true);
+        return;
+    }
+    const Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    switch (event->key()) {
+        case Qt::Key_Escape:
+            if (model_.query().empty()) {
+                onEscape();
+            } else {
+                model_.setQuery({});
+                search_->take(false);
+            }
+            return;
+        case Qt::Key_Down:
+            if (search_->line()->hasFocus()) {
+                grid_->enter();
+                return;
+            }
+            break;
+        default:
+            break;
+    }
+    // Typing anywhere is searching.
+    if ((event->modifiers() & commands) == 0 && !event->text().isEmpty() &&
+        event->text().front().isPrint() && !search_->line()->hasFocus()) {
+        search_->type(*event);
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void LauncherView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    alert_->place();
+}
+
+void LauncherView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // An error that came while nobody could see it.
+    refreshSoon();
+}
+
+// The window's ground in one go, under all that is in it, so that its corners stay round.
+void LauncherView::paintEvent(QPaintEvent*) {
+    const Appearance appearance(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath window;
+    window.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
+    const auto tinted = [&](const QRect& part, const QColor& tint) {
+        QPainterPath area;
+        area.addRect(part);
+        painter.fillPath(window.intersected(area), tint);
+    };
+    painter.fillPath(window, appearance.material);
+    tinted(QRect(0, 0, kSidebarWidth, height()), appearance.recess);
+    tinted(footer_->geometry(), appearance.footer);
+    painter.setPen(QPen(appearance.border, 1));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kWindowRadius - 0.5,
+                            kWindowRadius - 0.5);
+}
+
+}  // namespace tavo

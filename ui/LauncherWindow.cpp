@@ -1,0 +1,164 @@
+#include "ui/LauncherWindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPainterPath>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QWindow>
+#include <algorithm>
+
+#include "platform/Compositing.h"
+#include "ui/Metrics.h"
+#include "ui/Texts.h"
+
+namespace tavo {
+
+using namespace metrics;
+
+LauncherWindow::LauncherWindow(const Compositing& compositing)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), compositing_(compositing) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setWindowTitle(texts::kProgramName.toString());
+    setAccessibleName(texts::kProgramName.toString());
+    setMinimumSize(kSmallestWidth, kSmallestHeight);
+    resize(kFirstWidth, kFirstHeight);
+    qApp->installEventFilter(this);
+}
+
+void LauncherWindow::setContent(QWidget* content) {
+    content_ = content;
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
+    content->setFocus();
+}
+
+void LauncherWindow::present() {
+    if (!placed_) {
+        placeFirst();
+    }
+    show();
+    raise();
+    activateWindow();
+}
+
+void LauncherWindow::placeFirst() {
+    placed_ = true;
+    const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    if (screen == nullptr) {
+        return;
+    }
+    const QRect area = screen->availableGeometry();
+    const QSize size(std::max(kSmallestWidth, std::min(kFirstWidth, area.width())),
+                     std::max(kSmallestHeight, std::min(kFirstHeight, area.height())));
+    setGeometry(area.x() + (area.width() - size.width()) / 2,
+                area.y() + (area.height() - size.height()) / 2, size.width(), size.height());
+}
+
+void LauncherWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    onClose();
+}
+
+void LauncherWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Close)) {
+        onClose();
+    } else if (event->matches(QKeySequence::Quit)) {
+        onQuit();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void LauncherWindow::mousePressEvent(QMouseEvent* event) {
+    // What reaches the window itself was of no use to anything in it.
+    if (event->button() == Qt::LeftButton && windowHandle() != nullptr) {
+        windowHandle()->startSystemMove();
+    }
+}
+
+Qt::Edges LauncherWindow::edgesAt(QPoint point) const {
+    Qt::Edges edges;
+    if (isMaximized() || isFullScreen() || !rect().contains(point)) {
+        return edges;
+    }
+    edges.setFlag(Qt::LeftEdge, point.x() < kResizeEdge);
+    edges.setFlag(Qt::RightEdge, point.x() >= width() - kResizeEdge);
+    edges.setFlag(Qt::TopEdge, point.y() < kResizeEdge);
+    edges.setFlag(Qt::BottomEdge, point.y() >= height() - kResizeEdge);
+    return edges;
+}
+
+void LauncherWindow::showEdgeCursor(Qt::Edges edges) {
+    if (edges == cursorEdges_) {
+        return;
+    }
+    if (cursorEdges_ != Qt::Edges()) {
+        QGuiApplication::restoreOverrideCursor();
+    }
+    cursorEdges_ = edges;
+    if (edges == Qt::Edges()) {
+        return;
+    }
+    const bool horizontal = edges & (Qt::LeftEdge | Qt::RightEdge);
+    const bool vertical = edges & (Qt::TopEdge | Qt::BottomEdge);
+    const bool falling =
+        edges == (Qt::LeftEdge | Qt::TopEdge) || edges == (Qt::RightEdge | Qt::BottomEdge);
+    QGuiApplication::setOverrideCursor(horizontal && vertical
+                                           ? (falling ? Qt::SizeFDiagCursor : Qt::SizeBDiagCursor)
+                                       : horizontal ? Qt::SizeHorCursor
+                                                    : Qt::SizeVerCursor);
+}
+
+// The content reaches the window's edges, so the edges take the pointer before the content does.
+bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
+    const bool pressed = event->type() == QEvent::MouseButtonPress;
+    const bool moved = event->type() == QEvent::MouseMove || event->type() == QEvent::HoverMove;
+    if (!pressed && !moved && event->type() != QEvent::Leave) {
+        return false;
+    }
+    const auto* const widget = qobject_cast<const QWidget*>(object);
+    if (widget == nullptr || widget->window() != this) {
+        return false;
+    }
+    if (event->type() == QEvent::Leave) {
+        if (widget == this) {
+            showEdgeCursor({});
+        }
+        return false;
+    }
+    const auto* const pointer = static_cast<const QSinglePointEvent*>(event);
+    const Qt::Edges edges = edgesAt(mapFromGlobal(pointer->globalPosition()).toPoint());
+    if (moved) {
+        if (pointer->buttons() == Qt::NoButton) {
+            showEdgeCursor(edges);
+        }
+        return false;
+    }
+    if (edges == Qt::Edges() || pointer->button() != Qt::LeftButton || windowHandle() == nullptr) {
+        return false;
+    }
+    return windowHandle()->startSystemResize(edges);
+}
+
+void LauncherWindow::shapeCorners() {
+    if (compositing_.active()) {
+        clearMask();
+        return;
+    }
+    QPainterPath outline;
+    outline.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
+    setMask(QRegion(outline.toFillPolygon().toPolygon()));
+}
+
+void LauncherWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    shapeCorners();
+}
+
+}  // namespace tavo

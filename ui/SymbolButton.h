@@ -1,0 +1,35 @@
+// A quiet button: a symbol, a text, or both.
+#pragma once
+
+#include <QAbstractButton>
+
+namespace tavo {
+
+// Without a bezel; a faint ground under the pointer, a ring under the keyboard. Its accessible
+// name is its text, else its tool tip.
+class SymbolButton final : public QAbstractButton {
+public:
+    enum class Tone { Normal, Secondary };
+
+    // `fontSize` and `symbolSize` in logical pixels. An empty symbol is no symbol.
+    SymbolButton(QStringView symbol, const QString& text, const QString& toolTip, QWidget* parent);
+
+    void setFontSize(int size);
+    void setSymbolSize(int size);
+    void setTone(Tone tone);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    QString symbol_;
+    int fontSize_;
+    int symbolSize_;
+    Tone tone_ = Tone::Normal;
+};
+
+}  // namespace tavo

@@ -1,0 +1,29 @@
+// Every text of the window. The interface is Italian whatever the locale.
+#pragma once
+
+#include <QStringView>
+
+namespace tavo::texts {
+
+inline constexpr QStringView kProgramName = u"Tavo Launcher";
+inline constexpr QStringView kCategories = u"Categorie";
+inline constexpr QStringView kApplications = u"App";
+inline constexpr QStringView kSearchPrompt = u"Cerca app o categoria…";
+inline constexpr QStringView kSearchSuggestions = u"Suggerimenti di ricerca";
+inline constexpr QStringView kSuggestRecent = u"Recenti";
+inline constexpr QStringView kSuggestFavorites = u"Preferite";
+inline constexpr QStringView kSuggestCategory = u"Categoria: ";
+inline constexpr QStringView kReload = u"Aggiorna app";
+inline constexpr QStringView kCountSuffix = u" app";
+inline constexpr QStringView kCredit = u"Powered by qt.io";
+inline constexpr QStringView kCreditAddress = u"https://www.qt.io";
+inline constexpr QStringView kOpenPrefix = u"Apri ";
+inline constexpr QStringView kAddFavorite = u"Aggiungi ai preferiti";
+inline constexpr QStringView kRemoveFavorite = u"Rimuovi dai preferiti";
+inline constexpr QStringView kHide = u"Nascondi dall’elenco";
+inline constexpr QStringView kShow = u"Mostra nell’elenco";
+inline constexpr QStringView kLaunchErrorTitle = u"Impossibile aprire l’app";
+inline constexpr QStringView kOk = u"OK";
+inline constexpr QStringView kClose = u"Chiudi";
+
+}  // namespace tavo::texts
