@@ -1,0 +1,23 @@
+// The child process over posix_spawn.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+
+#include "platform/ChildProcess.h"
+
+namespace tavo {
+
+struct ChildProcessLimits {
+    std::chrono::milliseconds time{500};
+    std::size_t bytes = std::size_t{1} << 20;
+};
+
+// A child that is still running when its time is over, or that writes more than allowed, is ended
+// together with whatever it started, and its answer is absent. Every child has been reaped when
+// the call returns. Works whether or not SIGCHLD is ignored. Children get the process's
+// environment.
+std::unique_ptr<ChildProcess> makePosixChildProcess(ChildProcessLimits limits = {});
+
+}  // namespace tavo

@@ -1,0 +1,29 @@
+#include "platform/linux/UnknownRunningApplications.h"
+
+namespace tavo {
+namespace {
+
+class UnknownRunningApplications final : public RunningApplications {
+public:
+    std::vector<RunningApplication> withIdentifier(const std::string& /*identifier*/) override {
+        return {};
+    }
+
+    std::optional<RunningApplication> withProcess(std::int32_t /*processIdentifier*/) override {
+        return std::nullopt;
+    }
+
+    std::optional<std::string> executablePath(const RunningApplication& /*application*/) override {
+        return std::nullopt;
+    }
+
+    void activateAllWindows(const RunningApplication& /*application*/) override {}
+};
+
+}  // namespace
+
+std::unique_ptr<RunningApplications> makeUnknownRunningApplications() {
+    return std::make_unique<UnknownRunningApplications>();
+}
+
+}  // namespace tavo

@@ -1,0 +1,55 @@
+// A workspace that opens nothing: a test says what lies where, sees what was to be opened, and
+// delivers each completion itself.
+#pragma once
+
+#include <map>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/Workspace.h"
+
+namespace tavo {
+
+class FakeWorkspace final : public Workspace {
+public:
+    struct Opening {
+        std::string path;
+        bool activates = true;
+        OpenCompletion completion;  // empty once delivered
+    };
+
+    std::optional<BundleFacts> bundle(const std::string& path) override {
+        const auto found = bundles.find(path);
+        return found == bundles.end() ? std::nullopt : std::optional(found->second);
+    }
+
+    void openApplication(const std::string& path, OpenConfiguration configuration,
+                         OpenCompletion completion) override {
+        openings.push_back({path, configuration.activates, std::move(completion)});
+    }
+
+    // Delivers the completion of the opening at `index`, here and now. A second delivery is a
+    // mistake of the test, and throws.
+    void complete(std::size_t index, std::optional<RunningApplication> running,
+                  std::optional<Error> error) {
+        const OpenCompletion completion =
+            std::exchange(openings.at(index).completion, OpenCompletion());
+        if (!completion) {
+            throw std::logic_error("a completion was delivered twice");
+        }
+        completion(std::move(running), std::move(error));
+    }
+
+    // The same on another thread, which has ended when this returns.
+    void completeFromAnotherThread(std::size_t index, std::optional<RunningApplication> running,
+                                   std::optional<Error> error) {
+        std::thread([&] { complete(index, std::move(running), std::move(error)); }).join();
+    }
+
+    std::map<std::string, BundleFacts> bundles;  // what lies where
+    std::vector<Opening> openings;               // all so far, the oldest first
+};
+
+}  // namespace tavo

@@ -1,0 +1,67 @@
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/linux/KeyFile.h"
+#include "tests/platform/linux/IconFixture.h"
+
+namespace tavo {
+namespace {
+
+TEST(KeyFileLines, walks_through_groups_and_keys) {
+    constexpr std::string_view kText =
+        "lonely=1\n# comment\n[First]\r\n  key = some value \r\n;other=2\nno key here\n\n"
+        "[Second]\nkey==\nlast=";
+    std::string seen;
+    for (KeyFileLines lines(kText); lines.next();) {
+        seen += std::string(lines.group()) + "|" + std::string(lines.key()) + "|" +
+                std::string(lines.value()) + "\n";
+    }
+    EXPECT_EQ(seen, "|lonely|1\nFirst|key|some value\nSecond|key|=\nSecond|last|\n");
+}
+
+TEST(KeyFile, a_key_counts_in_its_group_alone_and_the_last_one_holds) {
+    const TemporaryFolder folder;
+    writeFile(folder / "kdeglobals",
+              "[Other]\nTheme=no\n[Icons]\nTheme=first\nTheme[$i]=second\nThemes=no\n");
+    EXPECT_EQ(keyFileValue(folder / "kdeglobals", "Icons", "Theme"), "second");
+    EXPECT_EQ(keyFileValue(folder / "kdeglobals", "Icons", "Size"), std::nullopt);
+    EXPECT_EQ(keyFileValue(folder / "missing", "Icons", "Theme"), std::nullopt);
+}
+
+TEST(KeyFile, what_is_no_regular_file_of_bearable_size_has_no_values) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(keyFileValue(folder / "pipe", "Icons", "Theme"), std::nullopt);
+    EXPECT_EQ(keyFileValue(folder.path().string(), "Icons", "Theme"), std::nullopt);
+    writeFile(folder / "huge", "[Icons]\nTheme=x\n" + std::string((1U << 20U) + 1, '\n'));
+    EXPECT_EQ(keyFileValue(folder / "huge", "Icons", "Theme"), std::nullopt);
+}
+
+TEST(DesktopEntryIcon, is_the_plain_icon_key_of_the_entry_itself) {
+    struct Case {
+        const char* name;
+        const char* text;
+        const char* icon;
+    };
+    const Case cases[] = {
+        {"plain", "[Desktop Entry]\nIcon=terminal\n", "terminal"},
+        {"translated ones are not meant", "[Desktop Entry]\nIcon[it]=no\nIcon=yes\n", "yes"},
+        {"an action's is not meant", "[Desktop Entry]\nIcon=yes\n[Desktop Action New]\nIcon=no\n",
+         "yes"},
+        {"escapes", "[Desktop Entry]\nIcon=/opt/a\\sb\\\\c.png\n", "/opt/a b\\c.png"},
+        {"an unknown escape stays", "[Desktop Entry]\nIcon=a\\qb\\\n", "a\\qb\\"},
+        {"empty", "[Desktop Entry]\nIcon=\n", ""},
+        {"none", "[Desktop Entry]\nName=x\n", ""},
+    };
+    const TemporaryFolder folder;
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        writeFile(folder / "a.desktop", row.text);
+        EXPECT_EQ(desktopEntryIcon(folder / "a.desktop"), row.icon);
+    }
+    EXPECT_EQ(desktopEntryIcon(folder / "missing.desktop"), "");
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,30 @@
+// An X server without a screen, for one test.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <sys/types.h>
+
+namespace tavo {
+
+class XServer {
+public:
+    // Starts Xvfb under a display number of its own choice and waits until it can be connected to.
+    XServer();
+    ~XServer();
+    XServer(const XServer&) = delete;
+    XServer& operator=(const XServer&) = delete;
+
+    [[nodiscard]] bool runs() const { return !display_.empty(); }
+    [[nodiscard]] const std::string& display() const { return display_; }
+
+    // Publishes the bytes as the settings of screen 0, until the answer goes.
+    [[nodiscard]] std::shared_ptr<void> publishSettings(const std::string& property) const;
+
+private:
+    pid_t process_ = -1;
+    std::string display_;
+};
+
+}  // namespace tavo
