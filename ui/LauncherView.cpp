@@ -300,7 +300,7 @@ void LauncherView::showSuggestions() {
 }
 
 void LauncherView::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Find)) {
+    if (event->keyCombination() == (Qt::CTRL | Qt::Key_F)) {
         search_->take(true);
         return;
     }

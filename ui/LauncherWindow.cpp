@@ -66,9 +66,10 @@ void LauncherWindow::closeEvent(QCloseEvent* event) {
 }
 
 void LauncherWindow::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Close)) {
+    // Spelt out: not every desktop knows these standard keys.
+    if (event->keyCombination() == (Qt::CTRL | Qt::Key_W)) {
         onClose();
-    } else if (event->matches(QKeySequence::Quit)) {
+    } else if (event->keyCombination() == (Qt::CTRL | Qt::Key_Q)) {
         onQuit();
     } else {
         QWidget::keyPressEvent(event);

@@ -1,0 +1,229 @@
+#include "ui/LauncherView.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QLineEdit>
+#include <QtTest/QTest>
+
+#include <gtest/gtest.h>
+
+#include "tests/catalogue/ModelHarness.h"
+#include "tests/fakes/FakeIconSource.h"
+#include "ui/AlertSheet.h"
+#include "ui/CategoryList.h"
+#include "ui/TileGrid.h"
+
+namespace tavo {
+namespace {
+
+// The whole content over a made-up world, driven by key presses and read back from its widgets.
+class LauncherViewTest : public testing::Test {
+protected:
+    LauncherView& view() {
+        if (!view_) {
+            view_ = std::make_unique<LauncherView>(
+                LauncherView::World{.platform = {.defaults = world.defaults,
+                                                 .files = world.files,
+                                                 .applications = world.applications,
+                                                 .workspace = world.workspace,
+                                                 .running = world.running,
+                                                 .processes = world.processes,
+                                                 .mainQueue = world.mainQueue},
+                                    .text = TextRules("it_IT"),
+                                    .icons = icons,
+                                    .mainQueue = world.mainQueue},
+                nullptr);
+            view_->onClose = [this] { ++closed; };
+            view_->onEscape = [this] { ++escaped; };
+            view_->resize(980, 640);
+            view_->show();
+            EXPECT_TRUE(QTest::qWaitForWindowExposed(view_.get()));
+            QApplication::setActiveWindow(view_.get());
+        }
+        return *view_;
+    }
+
+    template<typename Widget>
+    Widget& part() {
+        Widget* const found = view().findChild<Widget*>();
+        EXPECT_NE(found, nullptr);
+        return *found;
+    }
+    template<typename List>
+    List& list() {
+        for (auto* const area : view().findChildren<QAbstractScrollArea*>()) {
+            if (auto* const found = dynamic_cast<List*>(area)) {
+                return *found;
+            }
+        }
+        throw std::logic_error("no such list");
+    }
+
+    // What a person reads once the window has had its turn.
+    QStringList shown() {
+        QCoreApplication::processEvents();
+        QStringList names;
+        for (int i = 0; i < list<TileGrid>().itemCount(); ++i) {
+            names << list<TileGrid>().itemName(i);
+        }
+        return names;
+    }
+    bool saysSomewhere(const QString& text) {
+        QCoreApplication::processEvents();
+        for (const QLabel* const label : view().findChildren<QLabel*>()) {
+            if (label->text() == text && label->isVisible()) {
+                return true;
+            }
+        }
+        return false;
+    }
+    QWidget& focused() { return *QApplication::focusWidget(); }
+
+    ModelHarness world;
+    FakeIconSource icons;
+    int closed = 0;
+    int escaped = 0;
+
+private:
+    std::unique_ptr<LauncherView> view_;
+};
+
+TEST_F(LauncherViewTest, typing_filters_grid_and_count) {
+    world.install({"Note", "Posta", "Terminale"});
+    EXPECT_EQ(view().findChild<QLineEdit*>()->placeholderText(),
+              QStringLiteral("Cerca app o categoria…"));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("3 app")));
+    QTest::keyClicks(&focused(), QStringLiteral("te"));
+    EXPECT_EQ(shown(), (QStringList{QStringLiteral("Apri Note"), QStringLiteral("Apri Terminale")}));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("2 app")));
+    QTest::keyClicks(&focused(), QStringLiteral("r"));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("1 app")));
+}
+
+TEST_F(LauncherViewTest, return_opens_the_first_application_and_nothing_when_there_is_none) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("po"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    ASSERT_EQ(world.workspace.openings.size(), 1U);
+    EXPECT_EQ(world.workspace.openings[0].path, ModelHarness::pathOf("Posta"));
+    QTest::keyClicks(&focused(), QStringLiteral("zzz"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(world.workspace.openings.size(), 1U);
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("0 app")));
+}
+
+TEST_F(LauncherViewTest, down_enters_the_grid_and_typing_there_goes_on_searching) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    EXPECT_EQ(&focused(), &list<TileGrid>());
+    QTest::keyClick(&focused(), Qt::Key_Right);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(world.workspace.openings.at(0).path, ModelHarness::pathOf("Posta"));
+    QTest::keyClick(&focused(), Qt::Key_N);
+    QTest::keyClick(&focused(), Qt::Key_O);
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QStringLiteral("no"));
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+}
+
+TEST_F(LauncherViewTest, escape_clears_the_search_and_then_asks_to_go) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("po"));
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(shown().size(), 2);
+    EXPECT_EQ(escaped, 0);
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(escaped, 1);
+}
+
+TEST_F(LauncherViewTest, selecting_a_category_leaves_the_search_text) {
+    world.install({"Note", "Posta"});
+    world.storeFavorites({"Note"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("o"));
+    list<CategoryList>().pressItem(1);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QStringLiteral("o"));
+    EXPECT_TRUE(list<CategoryList>().itemIsSelected(1));
+}
+
+TEST_F(LauncherViewTest, a_failed_opening_is_an_alert_that_ok_clears) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    world.workspace.complete(0, std::nullopt, Error{"<b>Non</b> c’è"});
+    world.mainQueue.run();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("Impossibile aprire l’app")));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("<b>Non</b> c’è")));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("Impossibile aprire l’app")));
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+    EXPECT_EQ(world.workspace.openings.size(), 1U);
+}
+
+TEST_F(LauncherViewTest, behind_the_alert_nothing_can_be_typed_or_clicked) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    world.workspace.complete(0, std::nullopt, Error{"x"});
+    world.mainQueue.run();
+    QCoreApplication::processEvents();
+    QTest::keyClicks(&focused(), QStringLiteral("abc"));
+    QTest::keyClick(&focused(), Qt::Key_Tab);
+    QTest::keyClicks(&focused(), QStringLiteral("abc"));
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QString());
+    EXPECT_EQ(view().childAt(600, 200)->window(), &view());
+    EXPECT_NE(view().childAt(600, 200), list<TileGrid>().viewport());
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(escaped, 0);
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("x")));
+}
+
+TEST_F(LauncherViewTest, a_newer_error_replaces_the_text_of_the_older) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    world.workspace.complete(0, std::nullopt, Error{"primo"});
+    world.mainQueue.run();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("primo")));
+    world.workspace.complete(1, std::nullopt, Error{"secondo"});
+    world.mainQueue.run();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("secondo")));
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("primo")));
+}
+
+TEST_F(LauncherViewTest, an_error_while_hidden_waits_until_the_window_is_shown) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    view().hide();
+    world.workspace.complete(0, std::nullopt, Error{"tardi"});
+    world.mainQueue.run();
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("tardi")));
+    view().show();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("tardi")));
+}
+
+TEST_F(LauncherViewTest, however_many_changes_one_turn_redraws_once) {
+    world.install({"Note"});
+    view();
+    QCoreApplication::processEvents();
+    const std::size_t before = world.applications.calls();
+    for (int i = 0; i < 5; ++i) {
+        QTest::keyClick(&focused(), Qt::Key_Space);
+    }
+    EXPECT_EQ(shown().size(), 1);
+    EXPECT_EQ(world.applications.calls(), static_cast<int>(before));
+}
+
+TEST_F(LauncherViewTest, hostile_names_are_shown_as_they_are_spelt) {
+    world.install({"<img src=x>", std::string(250, 'W'), "a\x01"});
+    EXPECT_TRUE(shown().contains(QStringLiteral("Apri <img src=x>")));
+    EXPECT_TRUE(shown().contains(QStringLiteral("Apri a␁")));
+}
+
+}  // namespace
+}  // namespace tavo
