@@ -14,29 +14,34 @@ namespace {
 // Finds all places of many patterns in one pass over a text (Aho and Corasick), byte by byte.
 //
 // The patterns are a tree whose nodes are numbered level by level: the children of a node are
-// neighbours, and those of the next node follow them.
+// neighbours, those of the next node follow them, and the nodes that texts pass most often come
+// first.
 class Automaton {
 public:
     using Node = std::uint32_t;
+    // A byte that occurs in a pattern, numbered in the order of its discovery; 0 for all others.
+    using Symbol = std::uint8_t;
     static constexpr Node kRoot = 0;
 
-    // Sorted, none empty, none twice.
+    // Sorted, none empty, none twice, all UTF-8 (which leaves bytes that no pattern has).
     explicit Automaton(const std::vector<std::string_view>& patterns) {
+        numberSymbols(patterns);
         growTree(patterns);
-        for (Node child = nodes_[kRoot].firstChild; child < nodes_[kRoot + 1].firstChild; ++child) {
-            rootChild_[labels_[child]] = child;
-        }
         linkFailures();
     }
 
-    [[nodiscard]] Node next(Node node, unsigned char byte) const {
-        while (node != kRoot) {
-            if (const Node child = childOf(node, byte); child != kRoot) {
+    [[nodiscard]] Symbol symbol(char byte) const {
+        return symbols_[static_cast<unsigned char>(byte)];
+    }
+
+    [[nodiscard]] Node next(Node node, Symbol symbol) const {
+        while (node >= rowCount_) {
+            if (const Node child = childOf(node, symbol); child != kRoot) {
                 return child;
             }
             node = nodes_[node].failure;
         }
-        return rootChild_[byte];
+        return rows_[node * symbolCount_ + symbol];
     }
 
     // The longest pattern that ends at a node, given as its own last node, or the root for none;
@@ -48,6 +53,10 @@ public:
     [[nodiscard]] std::size_t length(Node match) const { return nodes_[match].depth; }
 
 private:
+    // So many nodes have a row of their own that says where each symbol leads. For all of them it
+    // would be more memory than a search can fill in time.
+    static constexpr std::size_t kRows = 4096;
+
     struct Links {
         Node firstChild;
         Node failure;  // the node of the longest proper end of this node's text
@@ -61,19 +70,35 @@ private:
         std::size_t end;
     };
 
-    [[nodiscard]] Node childOf(Node node, unsigned char byte) const {
+    [[nodiscard]] Node childOf(Node node, Symbol symbol) const {
         for (Node child = nodes_[node].firstChild; child < nodes_[node + 1].firstChild; ++child) {
-            if (labels_[child] == byte) {
+            if (labels_[child] == symbol) {
                 return child;
             }
         }
         return kRoot;
     }
 
+    void numberSymbols(const std::vector<std::string_view>& patterns) {
+        std::size_t bytes = 0;
+        for (const std::string_view pattern : patterns) {
+            bytes += pattern.size();
+            for (const char byte : pattern) {
+                Symbol& number = symbols_[static_cast<unsigned char>(byte)];
+                if (number == 0) {
+                    number = static_cast<Symbol>(symbolCount_++);
+                }
+            }
+        }
+        labels_.reserve(bytes + 1);
+        nodes_.reserve(bytes + 2);
+    }
+
     void growTree(const std::vector<std::string_view>& patterns) {
         labels_.push_back(0);
         nodes_.push_back({0, kRoot, kRoot, 0});
         std::vector<Range> ranges{{0, patterns.size()}};
+        ranges.reserve(labels_.capacity());
         for (Node node = 0; node < labels_.size(); ++node) {
             nodes_[node].firstChild = static_cast<Node>(labels_.size());
             const std::uint32_t depth = nodes_[node].depth;
@@ -88,7 +113,7 @@ private:
                 while (same < end && patterns[same][depth] == label) {
                     ++same;
                 }
-                labels_.push_back(static_cast<unsigned char>(label));
+                labels_.push_back(symbol(label));
                 // Until the failures are linked, the place for them keeps the parent.
                 nodes_.push_back({0, node, kRoot, depth + 1});
                 ranges.push_back({begin, same});
@@ -100,19 +125,43 @@ private:
     }
 
     void linkFailures() {
-        for (Node node = 1; node < labels_.size(); ++node) {
+        const std::size_t rows = std::min(labels_.size(), kRows);
+        rows_.assign(rows * symbolCount_, kRoot);
+        for (Node node = 0; node < labels_.size(); ++node) {
             Links& links = nodes_[node];
-            const Node parent = links.failure;
-            links.failure = parent == kRoot ? kRoot : next(nodes_[parent].failure, labels_[node]);
-            if (links.match == kRoot) {
-                links.match = nodes_[links.failure].match;
+            if (links.depth > 0) {
+                const Node parent = links.failure;
+                links.failure =
+                    parent == kRoot ? kRoot : next(nodes_[parent].failure, labels_[node]);
+                if (links.match == kRoot) {
+                    links.match = nodes_[links.failure].match;
+                }
+            }
+            if (node < rows) {
+                addRow(node);
             }
         }
     }
 
+    void addRow(Node node) {
+        const auto row = rows_.begin() + static_cast<std::ptrdiff_t>(node * symbolCount_);
+        const auto failureRow =
+            rows_.begin() + static_cast<std::ptrdiff_t>(nodes_[node].failure * symbolCount_);
+        if (node != kRoot) {
+            std::copy_n(failureRow, symbolCount_, row);
+        }
+        for (Node child = nodes_[node].firstChild; child < nodes_[node + 1].firstChild; ++child) {
+            row[labels_[child]] = child;
+        }
+        rowCount_ = node + 1;
+    }
+
+    std::array<Symbol, 256> symbols_{};
+    std::size_t symbolCount_ = 1;
     std::vector<Links> nodes_;
-    std::vector<unsigned char> labels_;  // what leads to each node
-    std::array<Node, 256> rootChild_{};
+    std::vector<Symbol> labels_;  // what leads to each node
+    std::vector<Node> rows_;
+    std::size_t rowCount_ = 0;
 };
 
 // The needles folded, sorted, each once; `storage` is what they are views of.
@@ -153,17 +202,31 @@ struct ContainmentMatcher::State {
         for (const std::string_view needle : needles) {
             if (!isAscii(needle)) {
                 auto candidate = folded(needle, casing);
-                if (candidate.beginsWithMovableMark()) {
+                if (candidate.leadLength() > 0) {
+                    candidate.markRuns.clear();
                     beginningWithMark.push_back(std::move(candidate));
                 }
             }
         }
+        for (std::size_t i = 0; i < asciiSymbols.size(); ++i) {
+            asciiSymbols[i] = automaton.symbol(foldedAscii(static_cast<char>(i), Casing::kGeneral));
+        }
+    }
+
+    // After an ASCII character.
+    [[nodiscard]] Automaton::Node next(Automaton::Node node, char character) const {
+        if (character == 'I' && casing == Casing::kTurkic) {
+            constexpr std::string_view kDotlessI = "\u0131";
+            node = automaton.next(node, automaton.symbol(kDotlessI[0]));
+            return automaton.next(node, automaton.symbol(kDotlessI[1]));
+        }
+        return automaton.next(node, asciiSymbols[static_cast<unsigned char>(character)]);
     }
 
     [[nodiscard]] bool matchesAnyIn(const FoldedText& text) const {
         Automaton::Node node = Automaton::kRoot;
         for (std::size_t end = 1; end <= text.units.size(); ++end) {
-            node = automaton.next(node, static_cast<unsigned char>(text.units[end - 1]));
+            node = automaton.next(node, automaton.symbol(text.units[end - 1]));
             for (auto match = automaton.longestMatch(node); match != Automaton::kRoot;
                  match = automaton.shorterMatch(match)) {
                 if (text.matches(end - automaton.length(match), end)) {
@@ -171,14 +234,17 @@ struct ContainmentMatcher::State {
                 }
             }
         }
-        return std::any_of(
-            beginningWithMark.begin(), beginningWithMark.end(),
-            [&](const FoldedText& needle) { return standsAmongMarks(text, needle, casing); });
+        return !text.markRuns.empty() &&
+               std::any_of(beginningWithMark.begin(), beginningWithMark.end(),
+                           [&](const FoldedText& needle) {
+                               return standsAmongMarks(text, needle, casing);
+                           });
     }
 
     Casing casing;
     Automaton automaton;
-    std::vector<FoldedText> beginningWithMark;
+    std::array<Automaton::Symbol, 128> asciiSymbols{};
+    std::vector<FoldedText> beginningWithMark;  // their units alone
 };
 
 ContainmentMatcher::ContainmentMatcher(const TextRules& rules,
@@ -190,27 +256,20 @@ ContainmentMatcher::ContainmentMatcher(ContainmentMatcher&&) noexcept = default;
 ContainmentMatcher& ContainmentMatcher::operator=(ContainmentMatcher&&) noexcept = default;
 
 bool ContainmentMatcher::matchesAny(std::string_view text) const {
-    const Automaton& automaton = state_->automaton;
-    const bool turkic = state_->casing == Casing::kTurkic;
+    const State& state = *state_;
+    const auto isPlain = [](char character) {
+        return static_cast<unsigned char>(character) < 0x80;
+    };
     Automaton::Node node = Automaton::kRoot;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char character = text[i];
-        if (static_cast<unsigned char>(character) >= 0x80) {
-            return state_->matchesAnyIn(folded(text, state_->casing));
+        if (!isPlain(text[i])) {
+            return state.matchesAnyIn(folded(text, state.casing));
         }
-        if (turkic && character == 'I') {
-            constexpr std::string_view kDotlessI = "\u0131";
-            node = automaton.next(node, static_cast<unsigned char>(kDotlessI[0]));
-            node = automaton.next(node, static_cast<unsigned char>(kDotlessI[1]));
-        } else {
-            node = automaton.next(
-                node, static_cast<unsigned char>(foldedAscii(character, Casing::kGeneral)));
-        }
-        if (automaton.longestMatch(node) != Automaton::kRoot) {
+        node = state.next(node, text[i]);
+        if (state.automaton.longestMatch(node) != Automaton::kRoot) {
             // What follows may be a mark, which would make the last letter another one.
-            const bool isWhole =
-                i + 1 == text.size() || static_cast<unsigned char>(text[i + 1]) < 0x80;
-            return isWhole || state_->matchesAnyIn(folded(text, state_->casing));
+            return i + 1 == text.size() || isPlain(text[i + 1]) ||
+                   state.matchesAnyIn(folded(text, state.casing));
         }
     }
     return false;

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <memory>
+#include <utility>
 
 #include <unicode/uchar.h>
-#include <unicode/unorm2.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
+#include "support/Decomposition.h"
 #include "support/Text.h"
 #include "support/Utf8.h"
 
@@ -18,41 +17,12 @@ namespace {
 
 constexpr char32_t kDotlessI = 0x0131;
 constexpr char32_t kDotAbove = 0x0307;
-constexpr char32_t kIota = 0x03B9;
 constexpr char32_t kGraphemeJoiner = 0x034F;
+constexpr char32_t kFirstVirama = 0x094D;  // before all jamo, too
 constexpr char32_t kZeroWidthJoiner = 0x200D;
 constexpr char32_t kLatinGreekCyrillicEnd = 0x0510;
 constexpr int kAboveClass = 230;
 constexpr int kViramaClass = 9;
-
-const UNormalizer2* decomposer() {
-    UErrorCode status = U_ZERO_ERROR;
-    return unorm2_getNFDInstance(&status);
-}
-
-int combiningClass(char32_t scalar) {
-    return u_getCombiningClass(static_cast<UChar32>(scalar));
-}
-
-// Calls visit(scalar) for each scalar of the canonical decomposition, which may be the scalar
-// alone.
-template<typename Visit>
-void decompose(char32_t scalar, Visit visit) {
-    // The longest decomposition has four units (Unicode guarantees that none grows).
-    std::array<UChar, 16> units{};
-    UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = unorm2_getDecomposition(decomposer(), static_cast<UChar32>(scalar),
-                                                   units.data(), units.size(), &status);
-    if (U_FAILURE(status) || length <= 0) {
-        visit(scalar);
-        return;
-    }
-    for (int32_t i = 0; i < length;) {
-        UChar32 part = 0;
-        U16_NEXT(units.data(), i, length, part);
-        visit(static_cast<char32_t>(part));
-    }
-}
 
 // Full case folding of one scalar, whatever the language.
 void appendCaseFolded(std::string& result, char32_t scalar) {
@@ -114,6 +84,9 @@ public:
     void append(char32_t scalar, std::string_view marks) {
         takeApart(scalar, marks);
         orderCanonically(parts_);
+        if (!result_.markRuns.empty() && result_.markRuns.back().end == result_.units.size()) {
+            result_.markRuns.back().behind += leadingMarksLength();
+        }
         result_.bounds.push_back(FoldedText::kStart);
         appendFirst();
         appendOthers(marks);
@@ -154,6 +127,18 @@ private:
         }
     }
 
+    // A few letters that are no marks have a class like one, so that marks may pass them.
+    [[nodiscard]] std::size_t leadingMarksLength() const {
+        std::size_t length = 0;
+        for (const Part& part : parts_) {
+            if (!isMovableMark(part.scalar)) {
+                break;
+            }
+            length += static_cast<std::size_t>(U8_LENGTH(static_cast<UChar32>(part.scalar)));
+        }
+        return length;
+    }
+
     void appendFirst() {
         const char32_t first = parts_.front().scalar;
         // The letters U+1C80 to U+1C88 are old shapes of Cyrillic ones, and only shapes:
@@ -172,8 +157,8 @@ private:
         std::size_t runBegin = 0;
         const auto endRun = [&](std::size_t runEnd) {
             if (runEnd > runBegin) {
-                result_.markRuns.push_back(
-                    {marks.substr(runBegin, runEnd - runBegin), result_.units.size()});
+                const std::size_t end = result_.units.size();
+                result_.markRuns.push_back({marks.substr(runBegin, runEnd - runBegin), end, end});
             }
         };
         auto fixedMark = fixedMarks_.begin();
@@ -210,6 +195,7 @@ public:
             const std::string& units = folder.result().units;
             entry.length = static_cast<std::uint8_t>(units.size());
             units.copy(entry.bytes, sizeof entry.bytes);
+            entry.isMark = tavo::isMark(scalar);
         }
     }
 
@@ -225,14 +211,22 @@ public:
     [[nodiscard]] std::string_view operator[](char32_t scalar) const {
         return {entries_[scalar].bytes, entries_[scalar].length};
     }
+    [[nodiscard]] bool isMark(char32_t scalar) const { return entries_[scalar].isMark; }
 
 private:
     struct Entry {
-        char bytes[7];  // no scalar below kEnd needs more
+        char bytes[6];  // no scalar below kEnd needs more
         std::uint8_t length;
+        bool isMark;
     };
     std::array<Entry, kEnd> entries_{};
 };
+
+// A letter, such as an ideograph, that decomposes into nothing and folds to nothing else.
+bool isCaselessLetter(char32_t scalar) {
+    const auto letter = static_cast<UChar32>(scalar);
+    return u_charType(letter) == U_OTHER_LETTER && isInert(scalar);
+}
 
 bool isLetter(char32_t scalar) {
     return u_isalpha(static_cast<UChar32>(scalar)) != 0;
@@ -260,7 +254,7 @@ bool syllableGoesOn(char32_t jamo, char32_t next) {
 
 // Whether a match may end between the last scalar of a cluster and the first of the next one.
 bool mayEndBetween(char32_t last, char32_t next) {
-    if (last < kGraphemeJoiner) {
+    if (last < kFirstVirama && last != kGraphemeJoiner) {
         return true;
     }
     if (last == kGraphemeJoiner || last == kZeroWidthJoiner ||
@@ -270,59 +264,7 @@ bool mayEndBetween(char32_t last, char32_t next) {
     return !syllableGoesOn(last, next);
 }
 
-// Calls visit(position) for each place where `pattern` stands in `text`, overlapping ones
-// included, until it answers true. Never looks at a unit of `text` twice (Knuth, Morris, Pratt).
-template<typename Visit>
-bool anyOccurrence(std::string_view text, std::string_view pattern, Visit visit) {
-    std::vector<std::size_t> border(pattern.size() + 1, 0);
-    for (std::size_t i = 1, length = 0; i < pattern.size(); ++i) {
-        while (length > 0 && pattern[i] != pattern[length]) {
-            length = border[length];
-        }
-        length += pattern[i] == pattern[length] ? 1 : 0;
-        border[i + 1] = length;
-    }
-    for (std::size_t i = 0, length = 0; i < text.size(); ++i) {
-        while (length > 0 && (length == pattern.size() || text[i] != pattern[length])) {
-            length = border[length];
-        }
-        length += text[i] == pattern[length] ? 1 : 0;
-        if (length == pattern.size() && visit(i + 1 - length)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// Whether a tail of `marks`, or all of them, fold to `wanted`.
-bool endWith(std::string_view marks, std::string_view wanted, Casing casing) {
-    // Folding a mark never changes its decomposed length, so at most one tail is long enough.
-    std::size_t offset = marks.size();
-    std::size_t length = 0;
-    while (offset > 0 && length < wanted.size()) {
-        decompose(previousScalar(marks, offset), [&](char32_t part) {
-            length += static_cast<std::size_t>(U8_LENGTH(static_cast<UChar32>(part)));
-        });
-    }
-    return length == wanted.size() && folded(marks.substr(offset), casing).units == wanted;
-}
-
 }  // namespace
-
-std::size_t FoldedText::secondStart() const {
-    std::size_t start = 1;
-    while (start < units.size() && (bounds[start] & kStart) == 0) {
-        ++start;
-    }
-    return start;
-}
-
-bool FoldedText::beginsWithMovableMark() const {
-    std::size_t offset = 0;
-    const char32_t first = nextScalar(units, offset);
-    // U+0345 is the one mark that folds to something else, to a letter.
-    return first == kIota || (isMark(first) && combiningClass(first) != 0);
-}
 
 FoldedText folded(std::string_view text, Casing casing) {
     if (text.empty()) {
@@ -335,6 +277,7 @@ FoldedText folded(std::string_view text, Casing casing) {
     result.bounds.reserve(text.size() + text.size() / 2);
     std::size_t offset = 0;
     char32_t scalar = nextScalar(text, offset);
+    std::size_t begin = 0;
     for (bool more = true; more;) {
         const std::size_t marksBegin = offset;
         std::size_t marksEnd = offset;
@@ -342,7 +285,7 @@ FoldedText folded(std::string_view text, Casing casing) {
         char32_t next = 0;
         while ((more = offset < text.size())) {
             next = nextScalar(text, offset);
-            if (!isMark(next)) {
+            if (!(next < FoldTable::kEnd ? table.isMark(next) : isMark(next))) {
                 break;
             }
             last = next;
@@ -350,6 +293,8 @@ FoldedText folded(std::string_view text, Casing casing) {
         }
         if (marksEnd == marksBegin && scalar < FoldTable::kEnd) {
             folder.append(table[scalar]);
+        } else if (marksEnd == marksBegin && isCaselessLetter(scalar)) {
+            folder.append(text.substr(begin, marksBegin - begin));
         } else {
             folder.append(scalar, text.substr(marksBegin, marksEnd - marksBegin));
         }
@@ -357,6 +302,7 @@ FoldedText folded(std::string_view text, Casing casing) {
             result.bounds.back() |= FoldedText::kEnd;
         }
         scalar = next;
+        begin = marksEnd;
     }
     return std::move(result);
 }
@@ -367,62 +313,6 @@ char foldedAscii(char character, Casing casing) {
     }
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
                                                 : character;
-}
-
-bool standsIn(const FoldedText& text, const FoldedText& needle, Casing casing) {
-    const std::size_t length = needle.units.size();
-    const auto isMatch = [&](std::size_t begin) { return text.matches(begin, begin + length); };
-    return anyOccurrence(text.units, needle.units, isMatch) ||
-           (needle.beginsWithMovableMark() && standsAmongMarks(text, needle, casing));
-}
-
-// What the marks from some place of a run fold to is all that the needle has before its second
-// start: it consists of marks that may change places, and what follows a run does not begin with
-// one.
-bool standsAmongMarks(const FoldedText& text, const FoldedText& needle, Casing casing) {
-    const auto needleUnits = std::string_view(needle.units);
-    const auto first = needleUnits.substr(0, needle.secondStart());
-    const auto rest = needleUnits.substr(first.size());
-    const auto isEnd = [&](std::size_t end) {
-        return (text.bounds[end - 1] & FoldedText::kEnd) != 0;
-    };
-    if (rest.empty()) {
-        return std::any_of(text.markRuns.begin(), text.markRuns.end(),
-                           [&](const FoldedText::MarkRun& run) {
-                               return isEnd(run.end) && endWith(run.marks, first, casing);
-                           });
-    }
-    if (text.markRuns.empty()) {
-        return false;
-    }
-    auto run = text.markRuns.begin();
-    return anyOccurrence(text.units, rest, [&](std::size_t begin) {
-        run = std::find_if(run, text.markRuns.end(),
-                           [&](const FoldedText::MarkRun& one) { return one.end >= begin; });
-        return run != text.markRuns.end() && run->end == begin && isEnd(begin + rest.size()) &&
-               endWith(run->marks, first, casing);
-    });
-}
-
-bool standsInAscii(std::string_view text, std::string_view needle, Casing casing) {
-    if (needle.size() > text.size()) {
-        return false;
-    }
-    const auto fold = [casing](char character) { return foldedAscii(character, casing); };
-    constexpr std::size_t kUsual = 256;
-    if (text.size() <= kUsual) {
-        std::array<char, kUsual> foldedText;
-        std::array<char, kUsual> foldedNeedle;
-        std::transform(text.begin(), text.end(), foldedText.begin(), fold);
-        std::transform(needle.begin(), needle.end(), foldedNeedle.begin(), fold);
-        return std::string_view(foldedText.data(), text.size())
-                   .find({foldedNeedle.data(), needle.size()}) != std::string_view::npos;
-    }
-    std::string foldedText(text);
-    std::string foldedNeedle(needle);
-    std::transform(text.begin(), text.end(), foldedText.begin(), fold);
-    std::transform(needle.begin(), needle.end(), foldedNeedle.begin(), fold);
-    return anyOccurrence(foldedText, foldedNeedle, [](std::size_t) { return true; });
 }
 
 std::string foldedToLetters(std::string_view text, Casing casing) {

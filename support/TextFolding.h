@@ -26,6 +26,7 @@ struct FoldedText {
     struct MarkRun {
         std::string_view marks;  // in the source text, which must outlive this
         std::size_t end;         // of the run in the units
+        std::size_t behind;  // there, or behind the movable marks that the next cluster begins with
     };
 
     std::string units;
@@ -35,10 +36,9 @@ struct FoldedText {
     [[nodiscard]] bool matches(std::size_t begin, std::size_t end) const {
         return (bounds[begin] & kStart) != 0 && (bounds[end - 1] & kEnd) != 0;
     }
-    [[nodiscard]] std::size_t secondStart() const;
-
-    // As a needle: whether it can begin within a run of marks.
-    [[nodiscard]] bool beginsWithMovableMark() const;
+    // As a needle: how many units it takes from a run of marks if it begins within one; 0 when it
+    // cannot.
+    [[nodiscard]] std::size_t leadLength() const;
 };
 
 FoldedText folded(std::string_view text, Casing casing);
