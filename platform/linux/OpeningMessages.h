@@ -1,0 +1,45 @@
+// What the user reads when an application did not open.
+//
+// Every text is complete, plain and says why; the alert around it says that something could not
+// be opened. Names and paths come from outside and may hold anything but broken UTF-8, which is
+// repaired here.
+#pragma once
+
+#include <string>
+
+#include "support/Result.h"
+
+namespace tavo::messages {
+
+// The file or folder itself.
+Error applicationMissing(const std::string& path);
+Error notAnApplication(const std::string& path);
+Error entryNotReadable(const std::string& path, int code);  // an errno value
+Error entryInvalid(const std::string& path);
+Error entryHidden(const std::string& path);
+Error entryWithoutCommand(const std::string& path);
+Error entryCommandUnreadable(const std::string& path, const std::string& command);
+Error entryRefused(const std::string& path);
+
+// Its program.
+Error programNotFound(const std::string& program, const std::string& searchPath);
+Error programMissing(const std::string& program);
+Error programIsFolder(const std::string& program);
+Error programNotExecutable(const std::string& program);
+Error interpreterMissing(const std::string& program, const std::string& interpreter);
+Error workingDirectoryMissing(const std::string& program, const std::string& folder);
+Error terminalMissing(const std::string& program);
+Error bundleWithoutProgram(const std::string& path);
+
+// The start.
+Error startRefused(const std::string& program, int code);  // an errno value
+Error startFailed(const std::string& program, const std::string& systemText);
+Error endedWithStatus(const std::string& program, int status);
+Error endedBySignal(const std::string& program, int signal);
+
+// Activation over the session bus.
+Error serviceMissing(const std::string& name);
+Error activationFailed(const std::string& name, const std::string& systemText);
+Error busSilent(const std::string& name);
+
+}  // namespace tavo::messages
