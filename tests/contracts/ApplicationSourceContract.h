@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,10 @@ struct ApplicationSourceCase {
 
 inline void PrintTo(const FoundApplication& application, std::ostream* stream) {
     *stream << application.name << " (" << application.path << ")";
+}
+
+inline void PrintTo(const ApplicationSourceCase& value, std::ostream* stream) {
+    *stream << value.name;
 }
 
 class ApplicationSourceContract : public testing::TestWithParam<ApplicationSourceCase> {

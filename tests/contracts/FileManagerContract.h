@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,10 @@ struct FileManagerCase {
     std::string name;
     std::function<std::unique_ptr<FileManagerWorld>()> makeWorld;
 };
+
+inline void PrintTo(const FileManagerCase& value, std::ostream* stream) {
+    *stream << value.name;
+}
 
 class FileManagerContract : public testing::TestWithParam<FileManagerCase> {
 protected:

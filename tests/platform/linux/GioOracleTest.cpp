@@ -3,6 +3,7 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <random>
 
 #include <fcntl.h>
@@ -83,6 +84,10 @@ struct Locale {
     std::string name;
     std::vector<std::pair<std::string, std::string>> variables;
 };
+
+void PrintTo(const Locale& locale, std::ostream* stream) {
+    *stream << locale.name;
+}
 
 const std::vector<Locale> kLocales = {
     {"none", {}},
