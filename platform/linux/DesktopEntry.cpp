@@ -259,7 +259,7 @@ private:
     bool group(std::string_view line);
     void keep(const SplitKey& key, std::string_view value);
 
-    // Value and translation of the keys of the group "Desktop Entry".
+    // False when a key may not stand here, or announces an encoding that nobody reads.
     bool pair(const SplitKey& key, std::string_view value) {
         if (inEntry_) {
             if (!key.locale && key.name == "Encoding") {

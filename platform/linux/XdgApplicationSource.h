@@ -18,8 +18,8 @@ namespace tavo {
 // follow folders in a circle, or read files larger than kLargestDesktopEntry.
 //
 // `name` is the localized Name as the file says it; `path` is the data folder and what follows.
-// Folders and files that cannot be read, or vanish meanwhile, contribute nothing. Any one thread
-// at a time.
+// Folders and files that cannot be read, or vanish meanwhile, contribute nothing. To be asked on
+// any thread, one at a time; with hundreds of files a call reads half of them on a second thread.
 std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment);
 
 }  // namespace tavo
