@@ -1,0 +1,52 @@
+import contextlib
+import io
+
+import test_summary
+from planted import PlantedTree
+
+PASSED = '<testcase name="a" status="run"><system-out>fine</system-out></testcase>'
+FAILED = '<testcase name="b" status="fail"><failure message=""/></testcase>'
+SKIPPED = ('<testcase name="c" status="notrun"><skipped message="SKIP_RETURN_CODE=77"/>'
+           "<system-out>SKIPPED: no tray here</system-out></testcase>")
+SKIPPED_BY_GTEST = ('<testcase name="d" status="notrun">'
+                    '<skipped message="SKIP_REGULAR_EXPRESSION_MATCHED"/>'
+                    "<system-out>A.cpp:3: Skipped\nroot reads everything\n</system-out></testcase>")
+WITHOUT_PROGRAM = ('<testcase name="e" status="notrun">'
+                   '<skipped message="Unable to find executable"/></testcase>')
+DISABLED = '<testcase name="f" status="disabled"/>'
+
+
+class TestSummary(PlantedTree):
+    def summed(self, *cases):
+        path = self.plant("results.xml", f"<testsuite>{''.join(cases)}</testsuite>")
+        said = io.StringIO()
+        with contextlib.redirect_stdout(said):
+            status = test_summary.main([f"dev={path}"])
+        return status, said.getvalue().splitlines()
+
+    def test_counts_what_passed_and_what_failed(self):
+        status, lines = self.summed(PASSED, PASSED, FAILED)
+        self.assertEqual((status, lines[-1]), (1, "2 passed, 1 failed"))
+        self.assertIn("dev: FAILED b", lines)
+
+    def test_succeeds_when_all_passed(self):
+        self.assertEqual(self.summed(PASSED), (0, ["1 passed, 0 failed"]))
+
+    def test_names_each_skipped_test_with_its_reason(self):
+        status, lines = self.summed(PASSED, SKIPPED, SKIPPED_BY_GTEST, DISABLED)
+        self.assertEqual((status, lines[-1]), (0, "1 passed, 0 failed, 3 skipped"))
+        self.assertIn("dev: skipped c: no tray here", lines)
+        self.assertIn("dev: skipped d: root reads everything", lines)
+        self.assertIn("dev: skipped f: disabled", lines)
+
+    def test_a_test_without_its_program_has_failed(self):
+        status, lines = self.summed(PASSED, WITHOUT_PROGRAM)
+        self.assertEqual((status, lines[-1]), (1, "1 passed, 1 failed"))
+
+    def test_fails_when_no_test_ran(self):
+        self.assertEqual(self.summed()[0], 1)
+        self.assertEqual(self.summed(SKIPPED)[0], 1)
+
+    def test_results_that_are_not_there_are_a_failure(self):
+        with contextlib.redirect_stdout(io.StringIO()):
+            self.assertEqual(test_summary.main([f"dev={self.root}/none.xml"]), 1)
