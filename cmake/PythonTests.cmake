@@ -11,24 +11,31 @@ function(tavo_python_tests)
   cmake_parse_arguments(ARG "" "NAME;TIMEOUT" "FILES;LABELS;ENVIRONMENT" ${ARGN})
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${ARG_FILES})
   foreach(file IN LISTS ARG_FILES)
-    cmake_path(GET file STEM stem)
-    string(REGEX REPLACE "^test_" "" subject "${stem}")
-    file(STRINGS "${file}" lines REGEX "^class [A-Za-z]+|^    def test_[a-z0-9_]+")
-    set(class "")
+    file(STRINGS "${file}" lines REGEX "^class [A-Za-z0-9]+\\(|^    def test_[a-z0-9_]+")
     foreach(line IN LISTS lines)
-      if(line MATCHES "^class ([A-Za-z]+)")
+      if(line MATCHES "^class ([A-Za-z0-9]+)\\(([A-Za-z0-9]+)")
         set(class "${CMAKE_MATCH_1}")
+        # A class derived from another one of the file has the tests of that one too.
+        set(tests_${class} ${tests_${CMAKE_MATCH_2}})
+        foreach(test IN LISTS tests_${class})
+          _tavo_python_test("${class}" "${test}")
+        endforeach()
       elseif(line MATCHES "def test_([a-z0-9_]+)")
-        set(test "${ARG_NAME}/${subject}.${CMAKE_MATCH_1}")
-        add_test(NAME "${test}" COMMAND "${TAVO_PYTHON}" -W ignore -B
-          "${CMAKE_SOURCE_DIR}/tools/run_python_test.py"
-          "${CMAKE_CURRENT_SOURCE_DIR}/${file}" "${class}.test_${CMAKE_MATCH_1}")
-        set_tests_properties("${test}" PROPERTIES
-          LABELS "${ARG_LABELS}" SKIP_RETURN_CODE 77 ENVIRONMENT "${ARG_ENVIRONMENT}")
-        if(ARG_TIMEOUT)
-          set_tests_properties("${test}" PROPERTIES TIMEOUT ${ARG_TIMEOUT})
-        endif()
+        list(APPEND tests_${class} "${CMAKE_MATCH_1}")
+        _tavo_python_test("${class}" "${CMAKE_MATCH_1}")
       endif()
     endforeach()
   endforeach()
 endfunction()
+
+# One test, with what its caller was given.
+macro(_tavo_python_test class test)
+  add_test(NAME "${ARG_NAME}/${class}.${test}" COMMAND "${TAVO_PYTHON}" -W ignore -B
+    "${CMAKE_SOURCE_DIR}/tools/run_python_test.py"
+    "${CMAKE_CURRENT_SOURCE_DIR}/${file}" "${class}.test_${test}")
+  set_tests_properties("${ARG_NAME}/${class}.${test}" PROPERTIES
+    LABELS "${ARG_LABELS}" SKIP_RETURN_CODE 77 ENVIRONMENT "${ARG_ENVIRONMENT}")
+  if(ARG_TIMEOUT)
+    set_tests_properties("${ARG_NAME}/${class}.${test}" PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+  endif()
+endmacro()

@@ -1,0 +1,316 @@
+"""The whole program on a private desktop: what the tests in this folder are written with.
+
+A DesktopTest has `self.desktop`, on which nothing is installed until the test writes it there, and
+`self.launch()`, which starts the program and waits for its window. Input is that of a user: keys
+and clicks through the X server, presses through the accessibility bus. Nothing sleeps: whatever
+takes time is awaited.
+"""
+
+import json
+import os
+import pathlib
+import re
+import sqlite3
+import struct
+import sys
+import unittest
+import zlib
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+
+import accessible  # noqa: E402
+from accessible import await_node, children, find, walk  # noqa: E402
+from private_desktop import PrivateDesktop, processes_below, wait_until  # noqa: E402,F401
+from gi.repository import Atspi  # noqa: E402
+
+PROGRAM = os.environ.get("TAVO_PROGRAM", "")
+# Where pictures and logs of failed tests go.
+ARTIFACTS = pathlib.Path(os.environ.get("TAVO_ARTIFACTS", "artifacts"))
+
+SANITIZER_REPORT = re.compile(r"ERROR: \w+Sanitizer|WARNING: ThreadSanitizer|runtime error:")
+
+
+class Desktop(PrivateDesktop):
+    """A private desktop with a data folder of its own, the only one that the program looks in."""
+
+    def __enter__(self):
+        super().__enter__()
+        self.data = self.folder / "data"
+        self.data.mkdir()
+        self.programs = self.folder / "programs"
+        self.programs.mkdir()
+        self.hermetic = {"XDG_DATA_DIRS": str(self.data)}
+        accessible.connect(self)
+        return self
+
+    def entry(self, name, id=None, folder=None, **keys):
+        """Writes a desktop entry and answers its file. Keys with None are left out."""
+        folder = folder or self.data / "applications"
+        folder.mkdir(parents=True, exist_ok=True)
+        path = folder / f"{id or re.sub(r'[^A-Za-z0-9]+', '-', name)}.desktop"
+        keys = {"Type": "Application", "Name": name, "Exec": "/bin/true", **keys}
+        lines = [f"{key}={value}" for key, value in keys.items() if value is not None]
+        path.write_text("[Desktop Entry]\n" + "\n".join(lines) + "\n", errors="surrogateescape")
+        return path
+
+    def script(self, name, body):
+        """Writes a program that runs `body` in the shell."""
+        path = self.programs / name
+        path.write_text(f"#!/bin/sh\n{body}\n")
+        path.chmod(0o755)
+        return path
+
+    def marking_entry(self, name):
+        """An entry whose program leaves a file when it runs; answers both paths."""
+        mark = self.folder / f"{name}.ran"
+        program = self.script(name.replace(" ", "-"), f"echo x >>'{mark}'")
+        return self.entry(name, Exec=f'"{program}"'), mark
+
+    def bundle(self, name, body):
+        """A bundle in the user's application folder, with a program that runs `body`."""
+        contents = self.home / "Applications" / f"{name}.app" / "Contents"
+        (contents / "MacOS").mkdir(parents=True)
+        program = contents / "MacOS" / name
+        program.write_text(f"#!/bin/sh\n{body}\n")
+        program.chmod(0o755)
+        (contents / "Info.plist").write_text(
+            '<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0"><dict>\n'
+            f"<key>CFBundleExecutable</key><string>{name}</string>\n</dict></plist>\n")
+        return contents.parent
+
+    def icon(self, name, colour=(200, 60, 60), side=48):
+        """A square of one colour as an icon of the hicolor theme."""
+        folder = self.data / f"icons/hicolor/{side}x{side}/apps"
+        folder.mkdir(parents=True, exist_ok=True)
+        path = folder / f"{name}.png"
+        path.write_bytes(png(side, colour))
+        index = self.data / "icons/hicolor/index.theme"
+        index.write_text(f"[Icon Theme]\nName=Hicolor\nDirectories={side}x{side}/apps\n\n"
+                         f"[{side}x{side}/apps]\nSize={side}\nType=Fixed\nContext=Applications\n")
+        return path
+
+    @property
+    def store(self):
+        return Store(self.home / ".local/share/tavolauncher/defaults.sqlite")
+
+    def xdo(self, *words):
+        return self.run("xdotool", *words).strip()
+
+    def type(self, text):
+        self.xdo("type", "--delay", "5", "--", text)
+
+    def key(self, *keys):
+        self.xdo("key", "--delay", "5", *keys)
+
+    def click(self, node, button=1):
+        """Where the node is, and only once the server has the pointer there."""
+        box = node.get_extents(Atspi.CoordType.SCREEN)
+        self.xdo("mousemove", "--sync", box.x + box.width // 2, box.y + box.height // 2)
+        self.xdo("click", button)
+
+
+def png(side, colour):
+    """A square of one colour as a PNG file."""
+    def chunk(kind, content):
+        return (struct.pack(">I", len(content)) + kind + content
+                + struct.pack(">I", zlib.crc32(kind + content)))
+    row = b"\0" + bytes(colour) * side
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", side, side, 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(row * side)) + chunk(b"IEND", b""))
+
+
+class Store:
+    """The user's defaults on disk: rows of key, type and value."""
+
+    CATEGORIES = "mirvo.customCategories.v1"
+    ASSIGNMENTS = "mirvo.categoryAssignments.v1"
+    HIDDEN = "mirvo.hiddenApps.v1"
+    RECENTS = "mirvo.recentApps.v1"
+    RULES = "mirvo.categoryRules.v1"
+    FAVORITES = "mirvo.favoriteApps"
+
+    def __init__(self, path):
+        self.path = path
+
+    def write(self, key, value):
+        """Categories and assignments are data that holds JSON, all else JSON of its own type."""
+        text = json.dumps(value, ensure_ascii=False)
+        if key in (self.CATEGORIES, self.ASSIGNMENTS):
+            row = ("data", text.encode())
+        else:
+            row = ("dictionary" if isinstance(value, dict) else "array", text)
+        self.path.parent.mkdir(mode=0o700, parents=True, exist_ok=True)
+        database = sqlite3.connect(self.path)
+        with database:
+            database.execute("CREATE TABLE IF NOT EXISTS defaults (key TEXT PRIMARY KEY NOT NULL, "
+                             "type TEXT NOT NULL, value NOT NULL) WITHOUT ROWID")
+            database.execute("REPLACE INTO defaults VALUES (?, ?, ?)", (key, *row))
+        database.close()
+
+    def read(self, key):
+        """The value, or None when there is none, no store, or a file that is no store."""
+        if not self.path.exists():
+            return None
+        database = sqlite3.connect(self.path, timeout=5)
+        try:
+            row = database.execute("SELECT value FROM defaults WHERE key = ?", (key,)).fetchone()
+        except sqlite3.DatabaseError:
+            return None
+        finally:
+            database.close()
+        return None if row is None else json.loads(row[0])
+
+
+class Launcher:
+    """The running program, as a screen reader and the window manager see it."""
+
+    def __init__(self, desktop, process):
+        self.desktop, self.process = desktop, process
+
+    def node(self, role, name=None):
+        """The node now, or None; looked up anew, never remembered."""
+        root = accessible.application(self.process.pid)
+        if root is not None:
+            root.clear_cache()
+        return find(root, role, name)
+
+    def await_node(self, role, name=None):
+        def there():
+            if self.process.poll() is not None:
+                raise AssertionError(f"the program ended with status {self.process.returncode}")
+            return self.node(role, name)
+        return await_node(there, f"{role} “{name}”")
+
+    def tiles(self):
+        """The names of the applications that the grid shows, in its order."""
+        return [item.get_name().removeprefix("Apri ") for item in children(self.node("list", "App"))]
+
+    def footer(self):
+        root = accessible.application(self.process.pid)
+        return next((node.get_name() for node in walk(root) if node.get_role_name() == "label"
+                     and re.fullmatch(r"\d+ app", node.get_name())), None)
+
+    def rows(self):
+        """The names in the sidebar."""
+        return [row.get_name() for row in children(self.node("list", "Categorie"))]
+
+    def selected_row(self):
+        rows = children(self.node("list", "Categorie"))
+        chosen = [row.get_name() for row in rows if has_state(row, Atspi.StateType.SELECTED)]
+        return chosen[0] if len(chosen) == 1 else chosen
+
+    def search_text(self):
+        return Atspi.Text.get_text(self.node("text", "Cerca app o categoria…"), 0, -1)
+
+    def await_tiles(self, names):
+        """Waits for exactly these applications, in this order, and for their count."""
+        self.await_equal(self.tiles, list(names))
+        self.await_equal(self.footer, f"{len(names)} app")
+
+    def await_equal(self, question, wanted):
+        last = []
+
+        def same():
+            last[:] = [question()]
+            return last[0] == wanted
+
+        try:
+            await_node(same, repr(wanted))
+        except Exception as error:
+            raise AssertionError(f"{question.__name__}: wanted {wanted!r}, got {last}") from error
+
+    def press(self, role, name):
+        press(self.await_node(role, name))
+
+    def window_id(self):
+        """Of the window that the window manager manages, once it is there."""
+        return wait_until(lambda: self._visible_windows()[:1], "the window")[0]
+
+    def _visible_windows(self):
+        try:
+            found = self.desktop.xdo("search", "--all", "--onlyvisible", "--pid", self.process.pid,
+                                     "--name", "^Tavo Launcher$")
+        except Exception:  # xdotool fails when it finds none
+            return []
+        return found.split()
+
+    def is_shown(self):
+        return bool(self._visible_windows())
+
+    def is_active(self):
+        """By the window manager's word, not the program's own."""
+        said = self.desktop.run("xprop", "-root", "_NET_ACTIVE_WINDOW")
+        active = re.search(r"0x[0-9a-f]+", said)
+        return bool(active) and str(int(active[0], 16)) in self._visible_windows()
+
+    def size(self):
+        shape = self.desktop.xdo("getwindowgeometry", "--shell", self.window_id())
+        return tuple(int(re.search(rf"{side}=(\d+)", shape)[1]) for side in ("WIDTH", "HEIGHT"))
+
+    def await_active(self):
+        wait_until(self.is_active, "the window to have the keyboard")
+        return self
+
+    def kill(self):
+        """As if the machine took it: without a chance to write anything."""
+        self.process.kill()
+        self.process.wait()
+
+    def quit(self):
+        """Ctrl+Q; answers the exit status."""
+        self.await_active()
+        self.desktop.key("ctrl+q")
+        return self.process.wait(timeout=20)
+
+
+def has_state(node, state):
+    return node.get_state_set().contains(state)
+
+
+def press(node):
+    names = [node.get_action_name(index) for index in range(node.get_n_actions())]
+    node.do_action(names.index("Press"))
+
+
+class DesktopTest(unittest.TestCase):
+    wm = "openbox"
+    size = (1280, 800)
+    tray = False
+
+    def setUp(self):
+        if not PROGRAM:
+            self.fail("TAVO_PROGRAM does not name the program")
+        self.launchers = []
+        self.desktop = Desktop(size=self.size, wm=self.wm, tray=self.tray)
+        self.desktop.__enter__()
+        self.addCleanup(self.desktop.__exit__, None, None, None)
+
+    def tearDown(self):
+        # unittest offers no public way to ask whether the test has passed so far.
+        if not self._outcome.success:
+            self._keep_evidence()
+        for launcher in self.launchers:
+            if launcher.process.poll() is None:
+                launcher.process.terminate()
+                launcher.process.wait(timeout=20)
+        log = self.desktop.log()
+        if SANITIZER_REPORT.search(log):
+            self.fail(f"a sanitizer reported:\n{log[-20000:]}")
+
+    def launch(self, wait=True, **environment):
+        """Starts the program; with `wait`, answers when its window has the keyboard."""
+        process = self.desktop.start([PROGRAM], {**self.desktop.hermetic, **environment})
+        launcher = Launcher(self.desktop, process)
+        self.launchers.append(launcher)
+        if wait:
+            launcher.await_node("list", "App")
+            launcher.await_active()
+        return launcher
+
+    def await_file(self, path):
+        wait_until(path.exists, str(path))
+
+    def _keep_evidence(self):
+        stem = ARTIFACTS / self.id().replace("/", "_")
+        print(f"picture: {self.desktop.screenshot(stem.with_suffix('.png'))}")
+        print("the program said:", self.desktop.log()[-5000:] or "nothing", sep="\n")

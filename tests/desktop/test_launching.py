@@ -1,0 +1,155 @@
+import os
+import pathlib
+
+from harness import DesktopTest, Store, await_node, children, press, wait_until
+
+
+class Launching(DesktopTest):
+    def test_return_opens_the_first_application_found(self):
+        self.desktop.entry("Ananas")
+        _, mark = self.desktop.marking_entry("Zeppelin")
+        launcher = self.launch()
+        self.desktop.type("zep")
+        launcher.await_tiles(["Zeppelin"])
+        self.desktop.key("Return")
+        self.await_file(mark)
+
+    def test_pressing_a_tile_opens_its_application_and_no_other(self):
+        _, mark = self.desktop.marking_entry("Ananas")
+        _, other = self.desktop.marking_entry("Zeppelin")
+        launcher = self.launch()
+        launcher.press("list item", "Apri Ananas")
+        self.await_file(mark)
+        self.assertFalse(other.exists())
+
+    def test_clicking_a_tile_opens_its_application(self):
+        _, mark = self.desktop.marking_entry("Ananas")
+        launcher = self.launch()
+        self.desktop.click(launcher.await_node("list item", "Apri Ananas"))
+        self.await_file(mark)
+
+    def test_opening_leaves_window_search_and_selection_as_they_are(self):
+        _, mark = self.desktop.marking_entry("Ananas")
+        self.desktop.entry("Zeppelin")
+        launcher = self.launch()
+        self.desktop.type("ana")
+        launcher.await_tiles(["Ananas"])
+        self.desktop.key("Return")
+        self.await_file(mark)
+        self.assertTrue(launcher.is_shown())
+        self.assertEqual(launcher.search_text(), "ana")
+        self.assertEqual(launcher.selected_row(), "Tutte")
+
+    def test_what_was_opened_is_first_among_the_recent_ones_also_after_a_restart(self):
+        first, first_mark = self.desktop.marking_entry("Ananas")
+        second, second_mark = self.desktop.marking_entry("Zeppelin")
+        launcher = self.launch()
+        launcher.press("list item", "Apri Ananas")
+        self.await_file(first_mark)
+        launcher.press("list item", "Apri Zeppelin")
+        self.await_file(second_mark)
+        self.assertEqual(self.desktop.store.read(Store.RECENTS), [str(second), str(first)])
+        launcher.press("list item", "Recenti")
+        launcher.await_tiles(["Zeppelin", "Ananas"])
+        self.assertEqual(launcher.quit(), 0)
+
+        again = self.launch()
+        again.press("list item", "Recenti")
+        again.await_tiles(["Zeppelin", "Ananas"])
+
+    def test_recents_survive_a_killed_program(self):
+        entry, mark = self.desktop.marking_entry("Ananas")
+        self.desktop.entry("Zeppelin")
+        launcher = self.launch()
+        launcher.press("list item", "Apri Ananas")
+        self.await_file(mark)
+        launcher.kill()
+        self.assertEqual(self.desktop.store.read(Store.RECENTS), [str(entry)])
+        again = self.launch()
+        again.press("list item", "Recenti")
+        again.await_tiles(["Ananas"])
+
+    def test_an_application_outlives_the_launcher_and_leaves_no_zombie(self):
+        pid_file = self.desktop.folder / "pid"
+        go_on = self.desktop.folder / "go-on"
+        os.mkfifo(go_on)
+        program = self.desktop.script(
+            "longer", f"echo $$ >'{pid_file}.new'; mv '{pid_file}.new' '{pid_file}'\n"
+                      f"read line <'{go_on}'; echo \"$line\" >'{pid_file}.heard'")
+        self.desktop.entry("Longer", Exec=f'"{program}"')
+        launcher = self.launch()
+        launcher.press("list item", "Apri Longer")
+        self.await_file(pid_file)
+        self.assertEqual(launcher.quit(), 0)
+        go_on.write_text("still here\n")
+        self.await_file(pathlib.Path(f"{pid_file}.heard"))
+
+    def test_a_finished_application_leaves_no_zombie_behind(self):
+        _, mark = self.desktop.marking_entry("Ananas")
+        launcher = self.launch()
+        launcher.press("list item", "Apri Ananas")
+        self.await_file(mark)
+        wait_until(lambda: not zombies_of(launcher.process.pid), "the child to be reaped")
+
+    def test_a_bundle_of_the_users_application_folder_opens(self):
+        mark = self.desktop.folder / "bundle.ran"
+        self.desktop.bundle("Fagotto", f"echo x >'{mark}'")
+        launcher = self.launch()
+        launcher.press("list item", "Apri Fagotto")
+        self.await_file(mark)
+
+    def test_a_program_gone_since_the_scan_is_told_by_name_and_the_alert_goes_away(self):
+        program = self.desktop.script("vanishing-program", "true")
+        self.desktop.entry("Fantasma", Exec=str(program))
+        launcher = self.launch()
+        launcher.await_tiles(["Fantasma"])
+        program.unlink()
+        launcher.press("list item", "Apri Fantasma")
+        alert = await_node(lambda: alert_of(launcher), "the alert")
+        self.assertTrue(any("vanishing-program" in text for text in texts_of(alert)),
+                        texts_of(alert))
+        press(next(node for node in children_deep(alert) if node.get_name() == "OK"))
+        launcher.await_equal(lambda: alert_of(launcher), None)
+        launcher.await_tiles(["Fantasma"])
+
+    def test_an_entry_gone_since_the_scan_is_told(self):
+        entry = self.desktop.entry("Fantasma")
+        launcher = self.launch()
+        launcher.await_tiles(["Fantasma"])
+        entry.unlink()
+        launcher.press("list item", "Apri Fantasma")
+        alert = await_node(lambda: alert_of(launcher), "the alert")
+        message = [text for text in texts_of(alert)
+                   if text not in ("", "OK", "Impossibile aprire l’app")]
+        self.assertTrue(message)
+        self.desktop.key("Return")
+        launcher.await_equal(lambda: alert_of(launcher), None)
+
+
+def children_deep(node):
+    for child in children(node):
+        yield child
+        yield from children_deep(child)
+
+
+def alert_of(launcher):
+    for role in ("dialog", "alert"):
+        if node := launcher.node(role, "Impossibile aprire l’app"):
+            return node
+    return None
+
+
+def texts_of(node):
+    return [child.get_name() for child in children_deep(node)]
+
+
+def zombies_of(pid):
+    found = []
+    for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        try:
+            state, parent = stat.read_text(errors="replace").rpartition(")")[2].split()[:2]
+        except OSError:
+            continue
+        if state == "Z" and int(parent) == pid:
+            found.append(stat.parent.name)
+    return found

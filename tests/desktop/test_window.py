@@ -1,0 +1,51 @@
+from harness import DesktopTest, wait_until
+
+
+class Window(DesktopTest):
+    def test_a_first_window_has_its_usual_size_and_the_keyboard(self):
+        launcher = self.launch()
+        self.assertEqual(launcher.size(), (980, 640))
+
+    def test_it_grows_as_asked_and_shrinks_no_further_than_its_minimum(self):
+        launcher = self.launch()
+        for asked, wanted in (((1100, 700), (1100, 700)), ((300, 200), (760, 520))):
+            with self.subTest(asked=asked):
+                # As a pager asks: by way of the window manager.
+                self.desktop.run("wmctrl", "-i", "-r", hex(int(launcher.window_id())), "-e",
+                                 f"0,-1,-1,{asked[0]},{asked[1]}")
+                wait_until(lambda: launcher.size() == wanted, f"the size {wanted}")
+
+    def test_every_control_has_a_name_for_a_screen_reader(self):
+        self.desktop.entry("Ananas")
+        launcher = self.launch()
+        launcher.await_tiles(["Ananas"])
+        for role, name in (("text", "Cerca app o categoria…"), ("list", "App"),
+                           ("list", "Categorie"), ("push button", "Aggiorna app"),
+                           ("push button", "Suggerimenti di ricerca")):
+            with self.subTest(role=role, name=name):
+                self.assertIsNotNone(launcher.node(role, name))
+
+    def test_quitting_by_the_keyboard_ends_the_program_in_order(self):
+        self.assertEqual(self.launch().quit(), 0)
+
+    def test_a_second_start_brings_the_first_window_forward_and_ends(self):
+        launcher = self.launch()
+        self.desktop.start(["xmessage", "-title", "Another program", "in front"])
+        wait_until(lambda: not launcher.is_active(), "the other window to be in front")
+        second = self.launch(wait=False)
+        self.assertEqual(second.process.wait(timeout=20), 0)
+        launcher.await_active()
+        self.assertIsNone(launcher.process.poll())
+
+    def test_a_closed_window_comes_back_with_a_second_start(self):
+        launcher = self.launch()
+        self.desktop.key("ctrl+w")
+        wait_until(lambda: not launcher.is_shown(), "the window to go")
+        self.assertIsNone(launcher.process.poll(), "closing hides; the program stays")
+        second = self.launch(wait=False)
+        self.assertEqual(second.process.wait(timeout=20), 0)
+        launcher.await_active()
+
+
+class WindowUnderXfwm4(Window):
+    wm = "xfwm4 --compositor=off"
