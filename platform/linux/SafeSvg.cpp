@@ -19,7 +19,7 @@
 namespace tavo {
 namespace {
 
-constexpr std::size_t kLargestText = std::size_t{8} << 20U;  // bytes
+constexpr std::size_t kLargestText = std::size_t{4} << 20U;  // bytes
 constexpr int kDeepest = 256;
 constexpr std::int64_t kMostDrawn = 100'000;
 
@@ -152,6 +152,9 @@ bool isDropped(const QXmlStreamReader& reader) {
 }  // namespace
 
 std::optional<std::string> safeSvg(std::string_view bytes) {
+    if (bytes.size() > kLargestText) {
+        return std::nullopt;
+    }
     const auto text = isCompressed(bytes)
                           ? decompressed(bytes)
                           : QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()));

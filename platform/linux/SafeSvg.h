@@ -12,7 +12,7 @@ namespace tavo {
 // instructions (style sheets) and entities. Embedded PNG and JPEG pictures of bearable size stay.
 // Without its text, too: that would need fonts, and with them a QGuiApplication that is up.
 //
-// Absent when it is not well-formed, larger than 8 MiB unpacked, nested deeper than 256, or when
+// Absent when it is not well-formed, larger than 4 MiB unpacked, nested deeper than 256, or when
 // its "use" elements repeat one another more than 100,000 times in all. Any thread.
 std::optional<std::string> safeSvg(std::string_view bytes);
 

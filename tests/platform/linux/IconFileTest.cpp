@@ -183,8 +183,10 @@ TEST_F(IconFile, what_is_no_regular_file_of_bearable_size_is_refused_at_once) {
     EXPECT_FALSE(readIconFile(folder_ / "huge", 68));
 }
 
-TEST_F(IconFile, a_bomb_of_a_compressed_drawing_is_refused) {
-    EXPECT_FALSE(read(gzipped(svg(std::string(50U << 20U, ' ') + kRedSquare))));
+TEST_F(IconFile, a_drawing_too_large_is_refused_packed_or_not) {
+    expectRed(gzipped(svg(std::string(3U << 20U, ' ') + kRedSquare)));
+    EXPECT_FALSE(read(gzipped(svg(std::string(10U << 20U, ' ') + kRedSquare))));
+    EXPECT_FALSE(read(svg(std::string(5U << 20U, ' ') + kRedSquare)));
 }
 
 TEST_F(IconFile, survives_being_cut_off_anywhere) {
