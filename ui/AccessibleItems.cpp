@@ -7,6 +7,8 @@
 namespace tavo {
 namespace {
 
+constexpr char kRoleProperty[] = "tavoAccessibleRole";
+
 class ListInterface;
 
 // One item of a list: a position in it, valid until the items are replaced.
@@ -165,10 +167,10 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
     if (auto* const items = dynamic_cast<AccessibleItems*>(object)) {
         return new ListInterface(*widget, *items);
     }
-    if (widget->property(kDialogProperty).toBool()) {
-        return new QAccessibleWidget(widget, QAccessible::Dialog);
-    }
-    return nullptr;
+    const QVariant role = widget->property(kRoleProperty);
+    return role.isValid()
+               ? new QAccessibleWidget(widget, static_cast<QAccessible::Role>(role.toInt()))
+               : nullptr;
 }
 
 }  // namespace
@@ -177,6 +179,10 @@ AccessibleItems::~AccessibleItems() = default;
 
 void installAccessibleItems() {
     QAccessible::installFactory(makeInterface);
+}
+
+void setAccessibleRole(QWidget& widget, QAccessible::Role role) {
+    widget.setProperty(kRoleProperty, static_cast<int>(role));
 }
 
 void announceItems(QWidget& widget) {

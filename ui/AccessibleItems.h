@@ -1,6 +1,7 @@
 // Lists that paint their own items, for screen readers.
 #pragma once
 
+#include <QAccessible>
 #include <QRect>
 #include <QString>
 
@@ -22,11 +23,13 @@ public:
     virtual void pressItem(int index) = 0;
 };
 
-// Makes every widget that is an AccessibleItems a list, and every widget with the property
-// kDialogProperty a dialog, of the accessibility tree. Once, before the first window.
+// Makes every widget that is an AccessibleItems a list of the accessibility tree, and gives the
+// others the roles they were set. Once, before the first window.
 void installAccessibleItems();
 
-inline constexpr char kDialogProperty[] = "tavoDialog";
+// What `widget` is to a screen reader, where its class does not say. The first thing that its
+// constructor does: whoever asks earlier is told, and remembers, what its class says.
+void setAccessibleRole(QWidget& widget, QAccessible::Role role);
 
 // To be called by the widget after its items were replaced, and after the focused or selected
 // item changed. Cost nothing while no assistive technology listens.

@@ -52,8 +52,8 @@ AlertSheet::AlertSheet(const QString& title, QWidget* parent)
       title_(plainLabel(card_)),
       message_(plainLabel(card_)),
       ok_(new QPushButton(texts::kOk.toString(), card_)) {
+    setAccessibleRole(*this, QAccessible::Dialog);
     setAccessibleName(title);
-    setProperty(kDialogProperty, true);
     title_->setText(title);
     title_->setFont(interfaceFont(kBody, QFont::DemiBold));
     message_->setFont(interfaceFont(kCallout));

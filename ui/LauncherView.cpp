@@ -123,9 +123,6 @@ LauncherView::LauncherView(const World& world, QWidget* parent)
     whole->addWidget(sidebar);
     whole->addLayout(column, 1);
 
-    alert_ = new AlertSheet(texts::kLaunchErrorTitle.toString(), this);
-    alert_->onDismissed = [this] { model_.clearLaunchError(); };
-
     search_->take(false);
     modelChanges_ = model_.objectWillChange.subscribe([this] { refreshSoon(); });
     refresh();
@@ -264,12 +261,25 @@ void LauncherView::refresh() {
     refreshAlert();
 }
 
+// The alert exists while there is something to say: a hidden one would stay in the tree that
+// screen readers walk.
 void LauncherView::refreshAlert() {
     if (!model_.launchError()) {
-        alert_->dismiss();
-    } else if (isVisible()) {
-        alert_->present(displayMessage(*model_.launchError()));
+        if (alert_ != nullptr) {
+            alert_->dismiss();
+            alert_->deleteLater();
+            alert_ = nullptr;
+        }
+        return;
     }
+    if (!isVisible()) {
+        return;
+    }
+    if (alert_ == nullptr) {
+        alert_ = new AlertSheet(texts::kLaunchErrorTitle.toString(), this);
+        alert_->onDismissed = [this] { model_.clearLaunchError(); };
+    }
+    alert_->present(displayMessage(*model_.launchError()));
 }
 
 void LauncherView::reload() {
@@ -334,7 +344,9 @@ void LauncherView::keyPressEvent(QKeyEvent* event) {
 
 void LauncherView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    alert_->place();
+    if (alert_ != nullptr) {
+        alert_->place();
+    }
 }
 
 void LauncherView::showEvent(QShowEvent* event) {

@@ -74,7 +74,7 @@ private:
     TileGrid* grid_ = nullptr;
     QWidget* footer_ = nullptr;
     QLabel* count_ = nullptr;
-    AlertSheet* alert_ = nullptr;
+    AlertSheet* alert_ = nullptr;  // while it is shown
 };
 
 }  // namespace tavo

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "platform/Compositing.h"
+#include "ui/AccessibleItems.h"
 #include "ui/Metrics.h"
 #include "ui/Texts.h"
 
@@ -19,6 +20,7 @@ using namespace metrics;
 
 LauncherWindow::LauncherWindow(const Compositing& compositing)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), compositing_(compositing) {
+    setAccessibleRole(*this, QAccessible::Window);
     setAttribute(Qt::WA_TranslucentBackground);
     setWindowTitle(texts::kProgramName.toString());
     setAccessibleName(texts::kProgramName.toString());

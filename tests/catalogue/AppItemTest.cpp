@@ -1,6 +1,6 @@
-#include "catalogue/AppItem.h"
-
 #include <gtest/gtest.h>
+
+#include "catalogue/AppItem.h"
 
 namespace tavo {
 namespace {

@@ -1,7 +1,6 @@
-#include "catalogue/BundleName.h"
-
 #include <gtest/gtest.h>
 
+#include "catalogue/BundleName.h"
 #include "tests/support/Vectors.h"
 
 namespace tavo {

@@ -1,8 +1,8 @@
-#include "catalogue/CategoryRule.h"
+#include <string>
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include "catalogue/CategoryRule.h"
 
 namespace tavo {
 namespace {

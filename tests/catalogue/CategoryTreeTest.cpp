@@ -1,7 +1,6 @@
-#include "catalogue/CategoryTree.h"
-
 #include <gtest/gtest.h>
 
+#include "catalogue/CategoryTree.h"
 #include "tests/catalogue/ModelHarness.h"
 
 namespace tavo {
@@ -22,7 +21,8 @@ std::vector<std::string> order(const Categories& custom) {
 }
 
 TEST(CategoryTree, the_sidebar_lists_fixed_ones_then_parents_before_their_children) {
-    const Categories custom{{"a", "A"}, {"b", "B"}, {"a1", "A1", "a"}, {"a2", "A2", "a"}, {"a11", "A11", "a1"}};
+    const Categories custom{
+        {"a", "A"}, {"b", "B"}, {"a1", "A1", "a"}, {"a2", "A2", "a"}, {"a11", "A11", "a1"}};
     EXPECT_EQ(idsOf(inSidebarOrder(makeFixedCategories(), custom)),
               (std::vector<std::string>{"all", "favorites", "recent", "hidden", "a", "a1", "a11",
                                         "a2", "b"}));
@@ -73,13 +73,21 @@ TEST(CategoryTree, an_edited_list_is_repaired) {
     const Row rows[] = {
         {"names are trimmed", {{"a", "  Lavoro\n"}}, {{"a", "Lavoro"}}},
         {"a name of spaces is dropped", {{"a", "  "}, {"b", "B"}}, {{"b", "B"}}},
-        {"case does not make names different", {{"a", "Lavoro"}, {"b", "lavoro"}}, {{"a", "Lavoro"}}},
+        {"case does not make names different",
+         {{"a", "Lavoro"}, {"b", "lavoro"}},
+         {{"a", "Lavoro"}}},
         {"nor do diacritics", {{"a", "Caffè"}, {"b", "caffe"}}, {{"a", "Caffè"}}},
-        {"equal ids with different names both stay", {{"a", "A"}, {"a", "B"}}, {{"a", "A"}, {"a", "B"}}},
-        {"a child before its parent becomes top-level", {{"c", "C", "p"}, {"p", "P"}}, {{"c", "C"}, {"p", "P"}}},
+        {"equal ids with different names both stay",
+         {{"a", "A"}, {"a", "B"}},
+         {{"a", "A"}, {"a", "B"}}},
+        {"a child before its parent becomes top-level",
+         {{"c", "C", "p"}, {"p", "P"}},
+         {{"c", "C"}, {"p", "P"}}},
         {"its own parent becomes top-level", {{"a", "A", "a"}}, {{"a", "A"}}},
         {"a child of a dropped one becomes top-level", {{"p", " "}, {"c", "C", "p"}}, {{"c", "C"}}},
-        {"a child after its parent keeps it", {{"p", "P"}, {"c", "C", "p"}}, {{"p", "P"}, {"c", "C", "p"}}},
+        {"a child after its parent keeps it",
+         {{"p", "P"}, {"c", "C", "p"}},
+         {{"p", "P"}, {"c", "C", "p"}}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -113,8 +121,9 @@ TEST(CategoryTree, a_dropped_category_loses_its_assignments_and_keeps_its_rule) 
 TEST(CategoryTree, rules_are_stored_as_typed_without_blank_and_foreign_ones) {
     ModelHarness harness;
     harness.storeRules({{"old", "x"}});
-    harness.model().setCategoriesAndRules({{"work", "Lavoro"}, {"utility", "Utility"}},
-                                          {{"work", " a, b "}, {"utility", "  "}, {"foreign", "x"}});
+    harness.model().setCategoriesAndRules(
+        {{"work", "Lavoro"}, {"utility", "Utility"}},
+        {{"work", " a, b "}, {"utility", "  "}, {"foreign", "x"}});
     EXPECT_EQ(harness.defaults.stringDictionary(kRulesKey), (StringDictionary{{"work", " a, b "}}));
     EXPECT_EQ(harness.model().ruleText({"utility", ""}), "");
     EXPECT_EQ(harness.model().ruleText({"old", ""}), "");

@@ -1,7 +1,6 @@
-#include "catalogue/Favorites.h"
-
 #include <gtest/gtest.h>
 
+#include "catalogue/Favorites.h"
 #include "tests/fakes/FakeDefaultsStore.h"
 
 namespace tavo {
@@ -25,8 +24,7 @@ TEST_F(FavoritesTest, toggling_adds_a_path_and_stores_the_whole_set) {
     favorites.toggle("/b");
     favorites.toggle("/a");
     EXPECT_EQ(favorites.urls(), (PathSet{"/a", "/b"}));
-    EXPECT_EQ(store.writes.back(),
-              (FakeDefaultsStore::Write{kKey, StringArray{"/a", "/b"}}));
+    EXPECT_EQ(store.writes.back(), (FakeDefaultsStore::Write{kKey, StringArray{"/a", "/b"}}));
 }
 
 TEST_F(FavoritesTest, toggling_twice_restores_the_set_and_stores_an_empty_array) {

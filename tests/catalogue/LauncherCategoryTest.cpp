@@ -1,9 +1,8 @@
-#include "catalogue/LauncherCategory.h"
+#include <set>
 
 #include <gtest/gtest.h>
 
-#include <set>
-
+#include "catalogue/LauncherCategory.h"
 #include "tests/support/Vectors.h"
 
 namespace tavo {
@@ -42,9 +41,9 @@ TEST(LauncherCategory, the_built_in_views_are_all_favorites_recent_hidden) {
 }
 
 TEST(LauncherCategory, the_default_categories_are_work_creative_utility) {
-    EXPECT_EQ(linesOf(makeDefaultCategories()),
-              (std::vector<std::string>{"work|Lavoro|-", "creative|Creatività|-",
-                                        "utility|Utility|-"}));
+    EXPECT_EQ(
+        linesOf(makeDefaultCategories()),
+        (std::vector<std::string>{"work|Lavoro|-", "creative|Creatività|-", "utility|Utility|-"}));
 }
 
 TEST(LauncherCategory, without_a_parent_it_encodes_to_exactly_id_and_name) {

@@ -1,7 +1,6 @@
-#include "catalogue/LauncherModel.h"
-
 #include <gtest/gtest.h>
 
+#include "catalogue/LauncherModel.h"
 #include "tests/catalogue/ModelHarness.h"
 
 namespace tavo {
@@ -95,8 +94,8 @@ TEST(LauncherModel, stored_assignments_count) {
 
 TEST(LauncherModel, a_rule_that_is_no_string_makes_all_rules_empty) {
     ModelHarness harness;
-    harness.defaults.hold(kRulesKey, FakeDefaultsStore::RawDictionary{
-                                         {"work", std::string("code")}, {"utility", true}});
+    harness.defaults.hold(kRulesKey, FakeDefaultsStore::RawDictionary{{"work", std::string("code")},
+                                                                      {"utility", true}});
     EXPECT_EQ(harness.model().ruleText({"work", "Lavoro"}), "");
     EXPECT_TRUE(harness.defaults.writes.empty());
 }

@@ -14,9 +14,9 @@ TEST(Marks, hiding_twice_restores_the_set_and_writes_the_key_twice) {
     EXPECT_TRUE(harness.model().isHidden(harness.app("A")));
     harness.model().toggleHidden(harness.app("A"));
     EXPECT_FALSE(harness.model().isHidden(harness.app("A")));
-    EXPECT_EQ(harness.defaults.writes,
-              (std::vector<FakeDefaultsStore::Write>{
-                  {kHiddenKey, StringArray{ModelHarness::pathOf("A")}}, {kHiddenKey, StringArray{}}}));
+    EXPECT_EQ(harness.defaults.writes, (std::vector<FakeDefaultsStore::Write>{
+                                           {kHiddenKey, StringArray{ModelHarness::pathOf("A")}},
+                                           {kHiddenKey, StringArray{}}}));
 }
 
 TEST(Marks, hiding_under_favorites_removes_it_there_at_once_and_it_stays_a_favorite) {

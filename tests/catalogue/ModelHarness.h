@@ -83,15 +83,14 @@ public:
 
     LauncherModel& model() {
         if (!model_) {
-            model_ = std::make_unique<LauncherModel>(
-                Platform{.defaults = defaults,
-                         .files = files,
-                         .applications = applications,
-                         .workspace = workspace,
-                         .running = running,
-                         .processes = processes,
-                         .mainQueue = mainQueue},
-                text_);
+            model_ = std::make_unique<LauncherModel>(Platform{.defaults = defaults,
+                                                              .files = files,
+                                                              .applications = applications,
+                                                              .workspace = workspace,
+                                                              .running = running,
+                                                              .processes = processes,
+                                                              .mainQueue = mainQueue},
+                                                     text_);
             changes_ = model_->objectWillChange.subscribe([this] { ++announcements; });
         }
         return *model_;

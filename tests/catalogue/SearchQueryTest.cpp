@@ -1,7 +1,6 @@
-#include "catalogue/SearchQuery.h"
-
 #include <gtest/gtest.h>
 
+#include "catalogue/SearchQuery.h"
 #include "tests/support/Vectors.h"
 
 namespace tavo {

@@ -49,9 +49,3 @@ class Sidebar(DesktopTest):
         launcher.await_tiles(["Bosco"])
         launcher.press("list item", "Madre")
         launcher.await_tiles([])
-
-    def test_the_window_offers_suggestions_reload_and_editing(self):
-        launcher = self.launch()
-        for name in ("Suggerimenti di ricerca", "Aggiorna app", "Modifica categorie"):
-            with self.subTest(button=name):
-                self.assertIsNotNone(launcher.node("push button", name))

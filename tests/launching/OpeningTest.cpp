@@ -73,9 +73,8 @@ TEST(Opening, the_recent_list_is_announced_again_after_it_is_written) {
 TEST(Opening, what_is_not_running_is_opened_with_activation) {
     ModelHarness harness;
     harness.install({"A"});
-    harness.workspace.bundles[ModelHarness::pathOf("A")] = {.identifier = "org.example.a",
-                                                            .signature = {},
-                                                            .executablePath = {}};
+    harness.workspace.bundles[ModelHarness::pathOf("A")] = {
+        .identifier = "org.example.a", .signature = {}, .executablePath = {}};
     harness.model().open(harness.app("A"));
     ASSERT_EQ(harness.workspace.openings.size(), 1U);
     EXPECT_EQ(harness.workspace.openings[0].path, ModelHarness::pathOf("A"));
@@ -85,9 +84,8 @@ TEST(Opening, what_is_not_running_is_opened_with_activation) {
 TEST(Opening, what_runs_is_activated_not_opened_and_still_becomes_recent) {
     ModelHarness harness;
     harness.install({"A"});
-    harness.workspace.bundles[ModelHarness::pathOf("A")] = {.identifier = "org.example.a",
-                                                            .signature = {},
-                                                            .executablePath = {}};
+    harness.workspace.bundles[ModelHarness::pathOf("A")] = {
+        .identifier = "org.example.a", .signature = {}, .executablePath = {}};
     const RunningApplication first{.processIdentifier = 7, .identifier = "org.example.a"};
     const RunningApplication second{.processIdentifier = 8, .identifier = "org.example.a"};
     harness.running.running = {{first, {}}, {second, {}}};

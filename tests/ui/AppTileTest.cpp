@@ -1,5 +1,3 @@
-#include "ui/AppTile.h"
-
 #include <QAction>
 #include <QImage>
 #include <QMenu>
@@ -7,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ui/AppTile.h"
 #include "ui/Appearance.h"
 
 namespace tavo {
@@ -69,9 +68,9 @@ TEST(AppTile, the_star_and_the_main_area_do_not_overlap) {
 TEST(AppTile, its_menu_offers_the_three_marks_in_order) {
     QMenu menu;
     tile("Note").fillMenu(menu, Appearance(QPalette(Qt::white)));
-    EXPECT_EQ(titles(menu), (QStringList{QStringLiteral("Nascondi dall’elenco"),
-                                         QStringLiteral("Aggiungi ai preferiti"),
-                                         QStringLiteral("Categorie")}));
+    EXPECT_EQ(titles(menu),
+              (QStringList{QStringLiteral("Nascondi dall’elenco"),
+                           QStringLiteral("Aggiungi ai preferiti"), QStringLiteral("Categorie")}));
     ASSERT_NE(menu.actions().at(2)->menu(), nullptr);
     EXPECT_TRUE(menu.actions().at(2)->menu()->isEmpty());
 }
@@ -91,7 +90,9 @@ TEST(AppTile, its_menu_ticks_categories_and_toggles_the_chosen_one) {
     sorted.categories = {{"a", "Q&A"}, {"b", "B"}};
     sorted.assignedCategoryIDs = {"b"};
     std::vector<std::string> toggled;
-    sorted.toggleCategory = [&](const LauncherCategory& category) { toggled.push_back(category.id); };
+    sorted.toggleCategory = [&](const LauncherCategory& category) {
+        toggled.push_back(category.id);
+    };
     QMenu menu;
     sorted.fillMenu(menu, Appearance(QPalette(Qt::white)));
     const auto entries = menu.actions().at(2)->menu()->actions();

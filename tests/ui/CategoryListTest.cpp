@@ -1,9 +1,9 @@
-#include "ui/CategoryList.h"
-
 #include <QAccessible>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
+
+#include "ui/CategoryList.h"
 
 namespace tavo {
 namespace {
@@ -25,8 +25,10 @@ protected:
     std::vector<std::string> chosen;
 };
 
-const std::vector<CategoryList::Row> kRows{
-    {"all", "Tutte", 0, true}, {"work", "Lavoro", 0, false}, {"a", "A", 1, false}, {"b", "B", 2, false}};
+const std::vector<CategoryList::Row> kRows{{"all", "Tutte", 0, true},
+                                           {"work", "Lavoro", 0, false},
+                                           {"a", "A", 1, false},
+                                           {"b", "B", 2, false}};
 
 TEST_F(CategoryListTest, a_click_chooses_the_row) {
     show(kRows);

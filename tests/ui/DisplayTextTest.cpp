@@ -1,8 +1,8 @@
-#include "ui/DisplayText.h"
+#include <string>
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include "ui/DisplayText.h"
 
 namespace tavo {
 namespace {

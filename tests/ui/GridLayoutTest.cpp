@@ -1,6 +1,6 @@
-#include "ui/GridLayout.h"
-
 #include <gtest/gtest.h>
+
+#include "ui/GridLayout.h"
 
 namespace tavo {
 namespace {

@@ -1,9 +1,8 @@
-#include "ui/IconLoader.h"
-
 #include <gtest/gtest.h>
 
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/fakes/ManualMainQueue.h"
+#include "ui/IconLoader.h"
 #include "ui/Metrics.h"
 
 namespace tavo {
@@ -13,7 +12,8 @@ namespace {
 class IconLoaderTest : public testing::Test {
 protected:
     void SetUp() override {
-        heard = loader->loaded.subscribe([this](const std::string& path) { arrived.push_back(path); });
+        heard =
+            loader->loaded.subscribe([this](const std::string& path) { arrived.push_back(path); });
     }
     void TearDown() override { source.releaseAll(); }
 
@@ -52,7 +52,8 @@ TEST_F(IconLoaderTest, an_icon_comes_at_its_scale_with_room_for_its_shadow) {
         const int margin = qRound(IconLoader::margin() * scale);
         EXPECT_EQ(icon->width(), qRound(metrics::kIconSide * scale) + 2 * margin);
         EXPECT_EQ(icon->devicePixelRatio(), scale);
-        EXPECT_EQ(icon->pixel(icon->width() / 2, icon->height() / 2), FakeIconSource::colourOf("/a"));
+        EXPECT_EQ(icon->pixel(icon->width() / 2, icon->height() / 2),
+                  FakeIconSource::colourOf("/a"));
         EXPECT_GT(qAlpha(icon->pixel(icon->width() / 2, icon->height() - margin + 1)), 0);
         EXPECT_EQ(qAlpha(icon->pixel(0, 0)), 0);
     }

@@ -1,5 +1,3 @@
-#include "ui/LauncherView.h"
-
 #include <QAccessible>
 #include <QLabel>
 #include <QLineEdit>
@@ -11,6 +9,7 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "ui/AlertSheet.h"
 #include "ui/CategoryList.h"
+#include "ui/LauncherView.h"
 #include "ui/TileGrid.h"
 
 namespace tavo {
@@ -94,7 +93,8 @@ TEST_F(LauncherViewTest, typing_filters_grid_and_count) {
               QStringLiteral("Cerca app o categoria…"));
     EXPECT_TRUE(saysSomewhere(QStringLiteral("3 app")));
     QTest::keyClicks(&focused(), QStringLiteral("te"));
-    EXPECT_EQ(shown(), (QStringList{QStringLiteral("Apri Note"), QStringLiteral("Apri Terminale")}));
+    EXPECT_EQ(shown(),
+              (QStringList{QStringLiteral("Apri Note"), QStringLiteral("Apri Terminale")}));
     EXPECT_TRUE(saysSomewhere(QStringLiteral("2 app")));
     QTest::keyClicks(&focused(), QStringLiteral("r"));
     EXPECT_TRUE(saysSomewhere(QStringLiteral("1 app")));

@@ -1,11 +1,10 @@
-#include "ui/LauncherWindow.h"
-
 #include <QScreen>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
 
 #include "platform/Compositing.h"
+#include "ui/LauncherWindow.h"
 
 namespace tavo {
 namespace {

@@ -1,10 +1,10 @@
-#include "ui/Symbols.h"
-
 #include <QImage>
 #include <QPainter>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
+
+#include "ui/Symbols.h"
 
 namespace tavo {
 namespace {

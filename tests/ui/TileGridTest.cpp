@@ -1,5 +1,3 @@
-#include "ui/TileGrid.h"
-
 #include <QAccessible>
 #include <QScrollBar>
 #include <QtTest/QTest>
@@ -9,6 +7,7 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "ui/IconLoader.h"
+#include "ui/TileGrid.h"
 
 namespace tavo {
 namespace {
