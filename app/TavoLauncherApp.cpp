@@ -12,6 +12,7 @@
 #include "platform/linux/GioWorkspace.h"
 #include "platform/linux/PosixChildProcess.h"
 #include "platform/linux/PosixFileManager.h"
+#include "platform/linux/PropertyList.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/SqliteDefaultsStore.h"
 #include "platform/linux/UnknownRunningApplications.h"
@@ -33,6 +34,12 @@ OpeningSettings openingSettings(StartEnvironment environment) {
     return {.environment = std::move(environment),
             .applicationFolders = std::move(folders),
             .userTime = {}};
+}
+
+std::optional<std::string> bundleIconFile(const std::string& bundle) {
+    const auto values = readPropertyListStrings(bundle + "/Contents/Info.plist");
+    const auto icon = values.find("CFBundleIconFile");
+    return icon == values.end() ? std::nullopt : std::optional(icon->second);
 }
 
 }  // namespace
@@ -70,7 +77,8 @@ struct TavoLauncherApp::Parts {
     std::unique_ptr<RunningApplications> running = makeUnknownRunningApplications();
     std::unique_ptr<ChildProcess> processes = makePosixChildProcess();
     std::unique_ptr<Workspace> workspace;
-    std::unique_ptr<IconSource> icons = makeXdgIconSource(IconEnvironment::fromProcess());
+    std::unique_ptr<IconSource> icons =
+        makeXdgIconSource(IconEnvironment::fromProcess(), bundleIconFile);
     std::unique_ptr<Compositing> compositing = makeXcbCompositing();
     LauncherWindow window;
 };

@@ -24,6 +24,10 @@ public:
     // The icon of the application at `path`, `size` logical pixels at `scale`. Never empty: what
     // has no icon of its own, or one that cannot be read, gets the generic one.
     [[nodiscard]] virtual IconImage icon(const std::string& path, int size, double scale) = 0;
+
+    // Icons may have come, gone or changed: what is known of them is looked at anew with the next
+    // one asked for. Until it is called, changes need not be seen. Returns at once.
+    virtual void refresh() = 0;
 };
 
 }  // namespace tavo

@@ -283,8 +283,8 @@ void LauncherView::refreshAlert() {
 }
 
 void LauncherView::reload() {
-    model_.reload();
     icons_.refresh();
+    model_.reload();
 }
 
 void LauncherView::showSuggestions() {

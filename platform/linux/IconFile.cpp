@@ -2,6 +2,7 @@
 
 #include <QBuffer>
 #include <QByteArray>
+#include <QGuiApplication>
 #include <QImage>
 #include <QImageReader>
 #include <QLinearGradient>
@@ -56,8 +57,14 @@ QImage transparentSquare(int side) {
     return square;
 }
 
+// Fonts come with the application object of a program that has windows; without one Qt ends the
+// process at the first letter.
+bool drawsText() {
+    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
+}
+
 QImage drawn(std::string_view bytes, int side) {
-    const auto text = safeSvg(bytes);
+    const auto text = safeSvg(bytes, drawsText() ? SvgText::Keep : SvgText::Drop);
     QSvgRenderer renderer;
     if (!text || !renderer.load(borrowed(*text))) {
         return {};

@@ -14,7 +14,7 @@ namespace tavo {
 //
 // Absent when it is no regular file of at most 16 MiB, no such picture, broken, wider or higher
 // than 4,096 pixels, or when nothing of it can be seen. What an SVG refers to outside itself is
-// left out. Any thread, several at once; needs no application object.
+// left out; so is its text while there is no QGuiApplication. Any thread, several at once.
 std::optional<IconImage> readIconFile(const std::string& path, int side);
 
 // What stands for applications without a picture where no theme has one.

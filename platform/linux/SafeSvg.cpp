@@ -140,18 +140,19 @@ bool isEmbeddedPicture(const QString& link) {
     return isBearablePicture(size.width(), size.height());
 }
 
-bool isDropped(const QXmlStreamReader& reader) {
+bool isDropped(const QXmlStreamReader& reader, SvgText text) {
     const QStringView name = reader.name();
     if (name == QLatin1String("image")) {
         const QStringList links = values(reader.attributes(), QLatin1String("href"));
         return !std::ranges::all_of(links, isEmbeddedPicture);
     }
-    return name == QLatin1String("text") || name == QLatin1String("textArea");
+    return text == SvgText::Drop &&
+           (name == QLatin1String("text") || name == QLatin1String("textArea"));
 }
 
 }  // namespace
 
-std::optional<std::string> safeSvg(std::string_view bytes) {
+std::optional<std::string> safeSvg(std::string_view bytes, SvgText keepText) {
     if (bytes.size() > kLargestText) {
         return std::nullopt;
     }
@@ -169,7 +170,7 @@ std::optional<std::string> safeSvg(std::string_view bytes) {
     while (!reader.atEnd()) {
         const auto token = reader.readNext();
         if (token == QXmlStreamReader::StartElement) {
-            if (isDropped(reader)) {
+            if (isDropped(reader, keepText)) {
                 reader.skipCurrentElement();
                 continue;
             }

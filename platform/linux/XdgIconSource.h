@@ -13,10 +13,6 @@ namespace tavo {
 
 class XdgIconSource : public IconSource {
 public:
-    // Looks anew at the session's theme and at all folders with the next icon asked for. Until
-    // then what came or went in them is not seen. Any thread; returns at once.
-    virtual void refresh() = 0;
-
     // The theme that a settings service names, for what the configuration files do not say; ""
     // takes it back. Refreshes. Any thread; returns at once.
     virtual void preferTheme(const std::string& name) = 0;

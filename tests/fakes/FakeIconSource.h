@@ -51,6 +51,16 @@ public:
         return {side, std::vector<std::uint32_t>(count, colour)};
     }
 
+    void refresh() override {
+        const std::lock_guard lock(mutex_);
+        ++refreshes_;
+    }
+
+    [[nodiscard]] int refreshes() const {
+        const std::lock_guard lock(mutex_);
+        return refreshes_;
+    }
+
     void haveNoIcon(const std::string& path) {
         const std::lock_guard lock(mutex_);
         iconless_.insert(path);
@@ -96,6 +106,7 @@ private:
     std::vector<Request> requests_;
     std::set<std::string> iconless_;
     bool held_ = false;
+    int refreshes_ = 0;
     int released_ = 0;
 };
 

@@ -87,6 +87,7 @@ TEST_F(IconLoaderTest, a_known_icon_is_not_asked_for_again_until_a_refresh) {
     ASSERT_TRUE(awaitArrivals(2));
     EXPECT_EQ(source.requests().size(), 2U);
     loader->refresh();
+    EXPECT_EQ(source.refreshes(), 1);
     EXPECT_NE(loader->find("/a", 1), nullptr);
     loader->want({"/a"}, 1);
     ASSERT_TRUE(awaitArrivals(3));

@@ -227,7 +227,7 @@ TEST_F(IconFile, a_drawing_loads_nothing_from_outside) {
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         expectRed(row.text);
-        const auto safe = safeSvg(row.text);
+        const auto safe = safeSvg(row.text, SvgText::Drop);
         ASSERT_TRUE(safe);
         EXPECT_EQ(safe->find("blue.png"), std::string::npos);
     }
@@ -322,7 +322,13 @@ TEST_F(IconFile, depth_in_a_drawing_is_bounded) {
     EXPECT_FALSE(read(nested(100000)));
 }
 
-TEST_F(IconFile, text_is_left_out_without_harm) {
+TEST_F(IconFile, text_stays_where_there_are_fonts_to_draw_it_with) {
+    const auto kept = safeSvg(svg("<text x='1' y='20'>Hello</text>"), SvgText::Keep);
+    ASSERT_TRUE(kept);
+    EXPECT_NE(kept->find("Hello"), std::string::npos);
+}
+
+TEST_F(IconFile, text_is_left_out_without_harm_where_there_are_no_fonts) {
     expectRed(svg("<g style='font-family:Sans;font-size:12px'>" + kRedSquare +
                   "<text x='1' y='20'>Hello <tspan>there</tspan></text></g>"));
     EXPECT_FALSE(read(svg("<text x='1' y='20'>Hello</text>")));
