@@ -1,0 +1,59 @@
+#include <filesystem>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/TemporaryFolder.h"
+#include "tests/app/StoredModel.h"
+#include "tests/platform/linux/KillLoop.h"
+
+namespace tavo {
+namespace {
+
+// Every so many rounds begin with an empty store, so that its making is interrupted too.
+constexpr int kRoundsPerFile = 5;
+
+// A killed process leaves behind all that it gave to the system; a disk would only add time.
+std::filesystem::path placeForKilling() {
+    const char* const memory = "/dev/shm";
+    return access(memory, W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
+}
+
+TEST(MarksKill, no_mark_whose_operation_had_returned_is_lost_when_the_program_is_killed) {
+    const TemporaryFolder folder(placeForKilling());
+    const auto fileOf = [&](int round) {
+        return folder / (std::to_string(round / kRoundsPerFile) + "/defaults.sqlite");
+    };
+    int before = 0;
+    int acknowledged = 0;
+
+    KillLoop loop;
+    loop.command = [&](int round) {
+        before = round % kRoundsPerFile == 0 ? 0 : before;
+        return std::vector<std::string>{TAVO_TEST_PROGRAMS "/tavo_mark_writer", fileOf(round)};
+    };
+    loop.check = [&](int round, const std::vector<std::string>& said) {
+        acknowledged += static_cast<int>(said.size());
+        const int promised = said.empty() ? before : std::stoi(said.back());
+        ASSERT_EQ(promised, before + static_cast<int>(said.size()));
+        StoredModel model(fileOf(round));
+        for (int number = 1; number <= promised; ++number) {
+            ASSERT_TRUE(hasMark(*model, number)) << "mark " << number << " of " << promised;
+        }
+        // The one in flight may have arrived or not; nothing was ever begun beyond it.
+        before = hasMark(*model, promised + 1) ? promised + 1 : promised;
+        EXPECT_FALSE(hasMark(*model, before + 1));
+        EXPECT_FALSE(hasMark(*model, before + 2));
+        EXPECT_FALSE(hasMark(*model, before + 3));
+    };
+    loop.run();
+
+    EXPECT_GE(loop.rounds, 200);
+    // Rounds in which nothing was ever marked would prove nothing.
+    EXPECT_GT(acknowledged, loop.rounds);
+    std::printf("%d rounds, %d acknowledged marks\n", loop.rounds, acknowledged);
+}
+
+}  // namespace
+}  // namespace tavo

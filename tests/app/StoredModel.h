@@ -1,0 +1,79 @@
+// The model over the real defaults store, in an otherwise made-up world.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "catalogue/Favorites.h"
+#include "catalogue/LauncherModel.h"
+#include "platform/linux/SqliteDefaultsStore.h"
+#include "tests/fakes/FakeApplicationSource.h"
+#include "tests/fakes/FakeChildProcess.h"
+#include "tests/fakes/FakeFileManager.h"
+#include "tests/fakes/FakeRunningApplications.h"
+#include "tests/fakes/FakeWorkspace.h"
+#include "tests/fakes/ManualMainQueue.h"
+
+namespace tavo {
+
+class StoredModel {
+public:
+    explicit StoredModel(const std::string& file) : store_(makeSqliteDefaultsStore(file)) {
+        Favorites::shared().use(*store_);
+        model_ = std::make_unique<LauncherModel>(Platform{.defaults = *store_,
+                                                          .files = files_,
+                                                          .applications = applications_,
+                                                          .workspace = workspace_,
+                                                          .running = running_,
+                                                          .processes = processes_,
+                                                          .mainQueue = mainQueue_},
+                                                 TextRules("it_IT"));
+    }
+
+    LauncherModel& operator*() { return *model_; }
+    LauncherModel* operator->() { return model_.get(); }
+
+private:
+    std::unique_ptr<DefaultsStore> store_;
+    FakeFileManager files_;
+    FakeApplicationSource applications_;
+    FakeWorkspace workspace_;
+    FakeRunningApplications running_;
+    FakeChildProcess processes_;
+    ManualMainQueue mainQueue_;
+    std::unique_ptr<LauncherModel> model_;
+};
+
+// A numbered series of marks, each of its own application: hidden, favourite, assigned, opened.
+inline AppItem markedApp(int number) {
+    return {"App " + std::to_string(number), {"/Applications/" + std::to_string(number) + ".app"}};
+}
+
+inline const LauncherCategory kMarkCategory{"work", "Lavoro"};
+
+inline void setMark(LauncherModel& model, int number) {
+    switch (number % 3) {
+        case 0:
+            model.toggleHidden(markedApp(number));
+            break;
+        case 1:
+            model.toggleFavorite(markedApp(number));
+            break;
+        default:
+            model.toggleAssignment(markedApp(number), kMarkCategory);
+    }
+}
+
+inline bool hasMark(const LauncherModel& model, int number) {
+    const AppItem app = markedApp(number);
+    switch (number % 3) {
+        case 0:
+            return model.isHidden(app);
+        case 1:
+            return Favorites::shared().urls().contains(app.url.path);
+        default:
+            return model.isAssigned(app, kMarkCategory);
+    }
+}
+
+}  // namespace tavo
