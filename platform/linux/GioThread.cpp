@@ -33,12 +33,6 @@ GSource* attachTimer(GMainContext* context, std::chrono::milliseconds delay, Cal
     return source;
 }
 
-struct Child {
-    pid_t process;
-    FileDescriptor handle;
-    std::function<void(std::optional<int>)> ended;
-};
-
 // Whether the child is gone; its status, if it could be had.
 bool reap(pid_t process, std::optional<int>& status) {
     int word = 0;
@@ -49,17 +43,25 @@ bool reap(pid_t process, std::optional<int>& status) {
     return result == process || (result < 0 && errno == ECHILD);
 }
 
-gboolean childReadable(gint /*descriptor*/, GIOCondition /*condition*/, gpointer data) {
-    Child& child = *static_cast<Child*>(data);
-    std::optional<int> status;
-    if (!reap(child.process, status)) {
-        return G_SOURCE_CONTINUE;
-    }
-    child.ended(status);
-    return G_SOURCE_REMOVE;
-}
-
 }  // namespace
+
+struct GioThread::Child {
+    GioThread& thread;
+    pid_t process;
+    FileDescriptor handle;
+    std::function<void(std::optional<int>)> ended;
+
+    static gboolean readable(gint /*descriptor*/, GIOCondition /*condition*/, gpointer data) {
+        Child& child = *static_cast<Child*>(data);
+        std::optional<int> status;
+        if (!reap(child.process, status)) {
+            return G_SOURCE_CONTINUE;
+        }
+        child.ended(status);
+        child.thread.children_.erase(child.process);
+        return G_SOURCE_REMOVE;
+    }
+};
 
 // An attempt to reach the session bus, which answers in the thread's own event loop: there the
 // connection also reports its loss.
@@ -162,6 +164,7 @@ void GioThread::run() {
     if (bus_) {
         releaseBus();
     }
+    children_.clear();
     g_main_context_pop_thread_default(context_.get());
 }
 
@@ -193,11 +196,11 @@ void GioThread::watchChild(pid_t process, std::function<void(std::optional<int>)
         return;
     }
     GSource* const source = g_unix_fd_source_new(handle.get(), G_IO_IN);
-    g_source_set_callback(source, G_SOURCE_FUNC(childReadable),
-                          new Child{process, std::move(handle), std::move(ended)},
+    g_source_set_callback(source, G_SOURCE_FUNC(Child::readable),
+                          new Child{*this, process, std::move(handle), std::move(ended)},
                           [](gpointer data) { delete static_cast<Child*>(data); });
     g_source_attach(source, context_.get());
-    g_source_unref(source);
+    children_.insert_or_assign(process, ScopedSource(source));
 }
 
 void GioThread::reapUnwatched() {

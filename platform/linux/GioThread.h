@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -78,6 +79,7 @@ private:
     };
 
     class BusAttempt;
+    struct Child;
 
     void run();
     void runJobs();
@@ -91,6 +93,7 @@ private:
     std::unique_ptr<GCancellable, Unref> cancellable_;
     std::unique_ptr<GDBusConnection, Unref> bus_;
     std::unique_ptr<BusAttempt> attempt_;  // under way
+    std::map<pid_t, ScopedSource> children_;
     std::vector<pid_t> unwatched_;
     int calls_ = 0;
 

@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "platform/linux/GioWorkspace.h"
 #include "tests/contracts/WorkspaceContract.h"
 #include "tests/platform/linux/OpeningFixture.h"
@@ -168,7 +166,8 @@ TEST_F(GioWorkspace, on_x11_a_start_that_wants_notification_gets_an_identifier_o
     for (int i = 0; i < 2; ++i) {
         open(scriptEntry(body, "StartupNotify=true\n"));
         const std::string id = reported();
-        EXPECT_TRUE(std::regex_match(id, std::regex("id=tavo-[0-9]+-.+-[0-9]+_TIME4242"))) << id;
+        EXPECT_TRUE(id.starts_with("id=tavo-" + std::to_string(::getpid()) + "-")) << id;
+        EXPECT_TRUE(id.ends_with("_TIME4242")) << id;
         EXPECT_TRUE(seen.insert(id).second);
     }
     open(scriptEntry(body, "StartupNotify=false\n"));

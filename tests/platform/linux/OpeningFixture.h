@@ -91,6 +91,14 @@ protected:
         std::filesystem::create_directory(home_);
     }
 
+    // What a program does last may come after its workspace has ended, which then no longer reaps
+    // it; the next test is to find no children.
+    ~OpeningTest() override {
+        workspace_.reset();
+        while (::waitpid(-1, nullptr, 0) > 0) {
+        }
+    }
+
     // The settings with which workspaces are made; a test may change them before it opens.
     OpeningSettings settings() const {
         std::vector<std::string> variables;
