@@ -85,13 +85,8 @@ public:
     void wake() { QCoreApplication::postEvent(this, new QEvent(QEvent::User)); }
 
 protected:
-    bool event(QEvent* event) override {
-        if (event->type() == QEvent::User || event->type() == QEvent::Timer) {
-            runDue();
-            return true;
-        }
-        return QObject::event(event);
-    }
+    void customEvent(QEvent* /*event*/) override { runDue(); }
+    void timerEvent(QTimerEvent* /*event*/) override { runDue(); }
 
 private:
     // A block may run an event loop of its own, in which the others go on, and may end the queue
