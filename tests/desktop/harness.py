@@ -6,6 +6,8 @@ and clicks through the X server, presses through the accessibility bus. Nothing 
 takes time is awaited.
 """
 
+import contextlib
+import functools
 import json
 import os
 import pathlib
@@ -272,10 +274,38 @@ def press(node):
     node.do_action(names.index("Press"))
 
 
+def keeping_evidence(method):
+    """The test, which leaves its evidence while the desktop still stands."""
+    @functools.wraps(method)
+    def kept(test):
+        try:
+            method(test)
+        except unittest.SkipTest:
+            raise
+        except Exception:
+            test.keep_evidence()
+            raise
+    return kept
+
+
 class DesktopTest(unittest.TestCase):
     wm = "openbox"
     size = (1280, 800)
     tray = False
+
+    def __init_subclass__(cls):
+        for name, method in list(vars(cls).items()):
+            if name.startswith("test_"):
+                setattr(cls, name, keeping_evidence(method))
+
+    @contextlib.contextmanager
+    def subTest(self, *arguments, **parameters):
+        with super().subTest(*arguments, **parameters):
+            try:
+                yield
+            except Exception:
+                self.keep_evidence()
+                raise
 
     def setUp(self):
         if not PROGRAM:
@@ -286,9 +316,6 @@ class DesktopTest(unittest.TestCase):
         self.addCleanup(self.desktop.__exit__, None, None, None)
 
     def tearDown(self):
-        # unittest offers no public way to ask whether the test has passed so far.
-        if not self._outcome.success:
-            self._keep_evidence()
         for launcher in self.launchers:
             if launcher.process.poll() is None:
                 launcher.process.terminate()
@@ -310,7 +337,8 @@ class DesktopTest(unittest.TestCase):
     def await_file(self, path):
         wait_until(path.exists, str(path))
 
-    def _keep_evidence(self):
-        stem = ARTIFACTS / self.id().replace("/", "_")
-        print(f"picture: {self.desktop.screenshot(stem.with_suffix('.png'))}")
+    def keep_evidence(self):
+        """What the screen looked like when the test failed, and what the program said."""
+        name = ".".join(self.id().split(".")[-2:])
+        print(f"picture: {self.desktop.screenshot(ARTIFACTS / f'{name}.png')}")
         print("the program said:", self.desktop.log()[-5000:] or "nothing", sep="\n")

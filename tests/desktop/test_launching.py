@@ -1,7 +1,9 @@
 import os
 import pathlib
 
-from harness import DesktopTest, Store, await_node, children, press, wait_until
+import accessible
+from harness import (Atspi, DesktopTest, Store, await_node, children, has_state, press, wait_until,
+                     walk)
 
 
 class Launching(DesktopTest):
@@ -133,10 +135,12 @@ def children_deep(node):
 
 
 def alert_of(launcher):
-    for role in ("dialog", "alert"):
-        if node := launcher.node(role, "Impossibile aprire l’app"):
-            return node
-    return None
+    """What holds the alert's title and is no label, as long as it is shown."""
+    root = accessible.application(launcher.process.pid)
+    root.clear_cache()
+    return next((node for node in walk(root) if node.get_name() == "Impossibile aprire l’app"
+                 and node.get_role_name() != "label"
+                 and has_state(node, Atspi.StateType.SHOWING)), None)
 
 
 def texts_of(node):
