@@ -23,20 +23,42 @@ constexpr std::size_t kMostIcons = 96;
 
 constexpr double kShadowOpacity = 0.15;
 
-// One pass of a box blur over `count` values `stride` apart.
-void blurLine(const float* from, float* to, int count, int stride, int radius) {
+// One pass of a box blur down the columns of a square, all columns at once, so that the compiler
+// takes several in a step.
+void blurDown(const std::vector<float>& from, std::vector<float>& to, int side, int radius) {
     const float weight = 1.0F / static_cast<float>(2 * radius + 1);
-    float sum = 0;
-    for (int i = 0; i <= radius && i < count; ++i) {
-        sum += from[i * stride];
-    }
-    for (int i = 0; i < count; ++i) {
-        to[i * stride] = sum * weight;
-        if (i + radius + 1 < count) {
-            sum += from[(i + radius + 1) * stride];
+    const auto row = [side](int y) {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(side);
+    };
+    std::vector<float> sums(static_cast<std::size_t>(side), 0.0F);
+    const auto add = [&](int y, float sign) {
+        const float* const line = &from[row(y)];
+        for (std::size_t x = 0; x < sums.size(); ++x) {
+            sums[x] += sign * line[x];
         }
-        if (i - radius >= 0) {
-            sum -= from[(i - radius) * stride];
+    };
+    for (int y = 0; y <= radius && y < side; ++y) {
+        add(y, 1);
+    }
+    for (int y = 0; y < side; ++y) {
+        float* const line = &to[row(y)];
+        for (std::size_t x = 0; x < sums.size(); ++x) {
+            line[x] = sums[x] * weight;
+        }
+        if (y + radius + 1 < side) {
+            add(y + radius + 1, 1);
+        }
+        if (y - radius >= 0) {
+            add(y - radius, -1);
+        }
+    }
+}
+
+void transpose(const std::vector<float>& from, std::vector<float>& to, int side) {
+    const auto count = static_cast<std::size_t>(side);
+    for (std::size_t y = 0; y < count; ++y) {
+        for (std::size_t x = 0; x < count; ++x) {
+            to[x * count + y] = from[y * count + x];
         }
     }
 }
@@ -71,21 +93,21 @@ QImage withShadow(const QImage& icon, double scale) {
     const double deviation = metrics::kIconShadowRadius * scale / 2;
     const int radius = std::max(1, static_cast<int>(std::lround(deviation * 0.94)));
     std::vector<float> other(area);
-    for (int pass = 0; pass < 3; ++pass) {
-        for (int y = 0; y < side; ++y) {
-            blurLine(&alpha[at(0, y)], &other[at(0, y)], side, 1, radius);
+    for (int direction = 0; direction < 2; ++direction) {
+        for (int pass = 0; pass < 3; ++pass) {
+            blurDown(alpha, other, side, radius);
+            alpha.swap(other);
         }
-        for (int x = 0; x < side; ++x) {
-            blurLine(&other[at(x, 0)], &alpha[at(x, 0)], side, side, radius);
-        }
+        transpose(alpha, other, side);
+        alpha.swap(other);
     }
 
     QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
     for (int y = 0; y < side; ++y) {
         auto* const line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < side; ++x) {
-            line[x] =
-                qRgba(0, 0, 0, static_cast<int>(std::lround(kShadowOpacity * alpha[at(x, y)])));
+            const float darkness = static_cast<float>(kShadowOpacity) * alpha[at(x, y)];
+            line[x] = static_cast<QRgb>(darkness + 0.5F) << 24U;
         }
     }
     QPainter painter(&image);
@@ -149,7 +171,6 @@ const QImage* IconLoader::find(const std::string& path, double scale) const {
 
 void IconLoader::refresh() {
     ++generation_;
-    source_.refresh();
 }
 
 void IconLoader::startWorkers() {
