@@ -21,7 +21,7 @@ using namespace metrics;
 LauncherWindow::LauncherWindow(const Compositing& compositing)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), compositing_(compositing) {
     setAccessibleRole(*this, QAccessible::Window);
-    setAttribute(Qt::WA_TranslucentBackground);
+    blendWhereTheDesktopDoes();
     setWindowTitle(texts::kProgramName.toString());
     setAccessibleName(texts::kProgramName.toString());
     setMinimumSize(kSmallestWidth, kSmallestHeight);
@@ -40,6 +40,9 @@ void LauncherWindow::setContent(QWidget* content) {
 void LauncherWindow::present() {
     if (!placed_) {
         placeFirst();
+    }
+    if (isHidden()) {
+        blendWhereTheDesktopDoes();
     }
     show();
     raise();
@@ -149,8 +152,23 @@ bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
     return windowHandle()->startSystemResize(edges);
 }
 
+// Where nothing blends, a window that could be blended is only slower: the server keeps it apart
+// and copies it to the screen.
+void LauncherWindow::blendWhereTheDesktopDoes() {
+    const bool blended = compositing_.active();
+    if (testAttribute(Qt::WA_TranslucentBackground) == blended) {
+        return;
+    }
+    if (internalWinId() != 0) {
+        destroy();  // the window on the screen stays what it was made as
+    }
+    setAttribute(Qt::WA_NoSystemBackground, blended);
+    setAttribute(Qt::WA_TranslucentBackground, blended);
+    shapeCorners();
+}
+
 void LauncherWindow::shapeCorners() {
-    if (compositing_.active()) {
+    if (compositing_.active() && testAttribute(Qt::WA_TranslucentBackground)) {
         clearMask();
         return;
     }

@@ -36,6 +36,7 @@ protected:
 private:
     [[nodiscard]] Qt::Edges edgesAt(QPoint point) const;
     void showEdgeCursor(Qt::Edges edges);
+    void blendWhereTheDesktopDoes();
     void shapeCorners();
     void placeFirst();
 

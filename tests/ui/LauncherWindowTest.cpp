@@ -1,4 +1,5 @@
 #include <QScreen>
+#include <QWindow>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
@@ -70,6 +71,21 @@ TEST_F(LauncherWindowTest, its_corners_are_cut_only_where_nothing_blends_them) {
     EXPECT_FALSE(window.mask().contains(QPoint(1, 1)));
     EXPECT_TRUE(window.mask().contains(QPoint(450, 300)));
     EXPECT_TRUE(window.mask().contains(QPoint(450, 599)));
+}
+
+TEST_F(LauncherWindowTest, is_blended_where_the_desktop_blends_when_it_is_shown) {
+    present();
+    EXPECT_TRUE(window.windowHandle()->format().hasAlpha());
+    compositing.on = false;
+    window.hide();
+    present();
+    EXPECT_FALSE(window.windowHandle()->format().hasAlpha());
+    EXPECT_FALSE(window.mask().contains(QPoint(1, 1)));
+    compositing.on = true;
+    window.hide();
+    present();
+    EXPECT_TRUE(window.windowHandle()->format().hasAlpha());
+    EXPECT_TRUE(window.mask().isEmpty());
 }
 
 TEST_F(LauncherWindowTest, closing_is_asked_of_whoever_owns_it) {
