@@ -171,6 +171,7 @@ const QImage* IconLoader::find(const std::string& path, double scale) const {
 
 void IconLoader::refresh() {
     ++generation_;
+    source_.refresh();
 }
 
 void IconLoader::startWorkers() {
