@@ -75,16 +75,16 @@ TEST_F(LauncherWindowTest, its_corners_are_cut_only_where_nothing_blends_them) {
 
 TEST_F(LauncherWindowTest, is_blended_where_the_desktop_blends_when_it_is_shown) {
     present();
-    EXPECT_TRUE(window.windowHandle()->format().hasAlpha());
+    EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
     compositing.on = false;
     window.hide();
     present();
-    EXPECT_FALSE(window.windowHandle()->format().hasAlpha());
+    EXPECT_FALSE(window.windowHandle()->requestedFormat().hasAlpha());
     EXPECT_FALSE(window.mask().contains(QPoint(1, 1)));
     compositing.on = true;
     window.hide();
     present();
-    EXPECT_TRUE(window.windowHandle()->format().hasAlpha());
+    EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
     EXPECT_TRUE(window.mask().isEmpty());
 }
 
