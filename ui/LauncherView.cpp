@@ -3,6 +3,7 @@
 #include <QDesktopServices>
 #include <QFontMetrics>
 #include <QHBoxLayout>
+#include <QImageReader>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
@@ -32,9 +33,13 @@ using namespace metrics;
 // The launcher's mark, smooth at every scale.
 class Mark final : public QWidget {
 public:
-    explicit Mark(QWidget* parent)
-        : QWidget(parent), image_(resourcePath(QStringLiteral("TavoLauncherMark.png"))) {
+    explicit Mark(QWidget* parent) : QWidget(parent) {
         setFixedSize(kMarkSide, kMarkSide);
+        // Its format is known: asking every image plugin whether it is theirs takes milliseconds
+        // of the first frame.
+        QImageReader reader(resourcePath(QStringLiteral("TavoLauncherMark.png")), "png");
+        reader.setAutoDetectImageFormat(false);
+        image_ = reader.read();
     }
 
 protected:
@@ -352,7 +357,7 @@ void LauncherView::resizeEvent(QResizeEvent* event) {
 void LauncherView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     // An error that came while nobody could see it.
-    refreshSoon();
+    refreshAlert();
 }
 
 // The window's ground in one go, under all that is in it, so that its corners stay round.
@@ -362,14 +367,15 @@ void LauncherView::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath window;
     window.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
+    // One shape for all, so that the parts keep the window's round corners.
     const auto tinted = [&](const QRect& part, const QColor& tint) {
-        QPainterPath area;
-        area.addRect(part);
-        painter.fillPath(window.intersected(area), tint);
+        painter.setClipRect(part);
+        painter.fillPath(window, tint);
     };
     painter.fillPath(window, appearance.material);
     tinted(QRect(0, 0, kSidebarWidth, height()), appearance.recess);
     tinted(footer_->geometry(), appearance.footer);
+    painter.setClipping(false);
     painter.setPen(QPen(appearance.border, 1));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kWindowRadius - 0.5,
                             kWindowRadius - 0.5);
