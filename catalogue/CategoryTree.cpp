@@ -100,13 +100,14 @@ std::string LauncherModel::ruleText(const LauncherCategory& category) const {
 
 void LauncherModel::setCategoriesAndRules(const std::vector<LauncherCategory>& categories,
                                           const StringDictionary& rules) {
-    setCategories(categories);
-    // Rules are kept for every category handed in, also for one that the repair dropped: a name
-    // typed twice by mistake must not cost its keywords.
-    std::unordered_set<std::string_view> handedIn;
+    // Rules are kept for every category handed in, also for one that the repair drops: a name
+    // typed twice by mistake must not cost its keywords. Taken down first, because what was handed
+    // in may be the model's own list.
+    std::unordered_set<std::string> handedIn;
     for (const LauncherCategory& category : categories) {
         handedIn.insert(category.id);
     }
+    setCategories(categories);
     StringDictionary kept;
     for (const auto& [id, rule] : rules) {
         if (handedIn.contains(id) && !trimmed(rule).empty()) {

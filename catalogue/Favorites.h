@@ -24,7 +24,8 @@ public:
     // The paths as stored now; none when nothing readable is stored.
     [[nodiscard]] PathSet urls() const;
 
-    // Adds the path, or removes it when it is there. On disk when it returns.
+    // Adds the path, or removes it when it is there. On disk when it returns, unless the store was
+    // refused.
     void toggle(const std::string& path);
 
 private:

@@ -1,11 +1,11 @@
 // One category of the sidebar.
 #pragma once
 
-#include <array>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "support/Uuid.h"
@@ -23,7 +23,7 @@ struct LauncherCategory {
                      std::optional<std::string> parent = std::nullopt)
         : id(std::move(categoryId)), name(std::move(categoryName)), parentID(std::move(parent)) {}
 
-    std::string id;                       // the category's identity; never changes once it is made
+    std::string id;                       // the category's identity; an edit keeps it
     std::string name;                     // as the user reads it
     std::optional<std::string> parentID;  // none: at the top level
 

@@ -21,8 +21,9 @@
 namespace tavo {
 
 // The one model. Main thread only; no operation throws or fails. What the user arranges is on
-// disk when the operation that changed it returns; what the store holds and cannot be read is
-// taken as absent and left alone until its key is next written. Nothing is written at start.
+// disk when the operation that changed it returns, unless the store was refused; what the store
+// holds and cannot be read is taken as absent and left alone until its key is next written. Nothing
+// is written at start.
 //
 // Its operations are defined in the file of their subject: Discovery.cpp, CategoryTree.cpp,
 // Search.cpp, Marks.cpp, launching/Opening.cpp.

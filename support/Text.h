@@ -61,7 +61,7 @@ public:
     // category names are unique.
     [[nodiscard]] std::string uniqueKey(std::string_view name) const;
 
-    // The file manager's order: negative, zero or positive. Total: zero only for equal strings.
+    // The file manager's order: negative, zero or positive. Total: zero only for strings that read as the same text.
     [[nodiscard]] int compare(std::string_view a, std::string_view b) const;
 
     // Positions of `names` in the order of compare(), equal names in the order given. Much

@@ -1,8 +1,10 @@
 // The model over the real defaults store, in an otherwise made-up world.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "catalogue/Favorites.h"
 #include "catalogue/LauncherModel.h"
@@ -44,15 +46,35 @@ private:
     std::unique_ptr<LauncherModel> model_;
 };
 
-// A numbered series of marks, each of its own application: hidden, favourite, assigned, opened.
+// A numbered series of marks, each of its own application: hidden, favourite, assigned; and of
+// categories, each with its keyword.
 inline AppItem markedApp(int number) {
     return {"App " + std::to_string(number), {"/Applications/" + std::to_string(number) + ".app"}};
 }
 
 inline const LauncherCategory kMarkCategory{"work", "Lavoro"};
 
+inline LauncherCategory markedCategory(int number) {
+    return {"category " + std::to_string(number), "Categoria " + std::to_string(number)};
+}
+
+// Adds a category, last of all its keyword, so that who has the keyword has it all.
+inline void addMarkedCategory(LauncherModel& model, int number) {
+    std::vector<LauncherCategory> categories = model.customCategories();
+    categories.push_back(markedCategory(number));
+    StringDictionary rules;
+    for (const LauncherCategory& category : categories) {
+        rules[category.id] = model.ruleText(category);
+    }
+    rules[markedCategory(number).id] = "keyword " + std::to_string(number);
+    model.setCategoriesAndRules(categories, rules);
+}
+
 inline void setMark(LauncherModel& model, int number) {
-    switch (number % 3) {
+    switch (number % 4) {
+        case 3:
+            addMarkedCategory(model, number);
+            break;
         case 0:
             model.toggleHidden(markedApp(number));
             break;
@@ -66,7 +88,11 @@ inline void setMark(LauncherModel& model, int number) {
 
 inline bool hasMark(const LauncherModel& model, int number) {
     const AppItem app = markedApp(number);
-    switch (number % 3) {
+    switch (number % 4) {
+        case 3:
+            return model.ruleText(markedCategory(number)) == "keyword " + std::to_string(number) &&
+                   std::any_of(model.customCategories().begin(), model.customCategories().end(),
+                               [&](const auto& one) { return one == markedCategory(number); });
         case 0:
             return model.isHidden(app);
         case 1:

@@ -118,6 +118,15 @@ TEST(CategoryTree, a_dropped_category_loses_its_assignments_and_keeps_its_rule) 
     EXPECT_EQ(harness.model().ruleText({"work", ""}), "code");
 }
 
+TEST(CategoryTree, the_models_own_list_may_be_handed_back_to_it) {
+    ModelHarness harness;
+    harness.store({{"a", "Lavoro"}, {"b", "lavoro"}});
+    LauncherModel& model = harness.model();
+    model.setCategoriesAndRules(model.customCategories(), {{"a", "x"}, {"b", "y"}});
+    EXPECT_EQ(model.customCategories(), (Categories{{"a", "Lavoro"}}));
+    EXPECT_EQ(model.ruleText({"b", ""}), "y");
+}
+
 TEST(CategoryTree, rules_are_stored_as_typed_without_blank_and_foreign_ones) {
     ModelHarness harness;
     harness.storeRules({{"old", "x"}});

@@ -35,6 +35,15 @@ TEST(Discovery, folders_that_cannot_be_listed_contribute_nothing) {
     EXPECT_EQ(ModelHarness::namesOf(harness.model().apps()), Names{"B"});
 }
 
+TEST(Discovery, without_a_folder_in_the_home_folder_the_other_three_still_count) {
+    ModelHarness harness;
+    harness.files.home = "/home/anna";
+    harness.files.setFolder("/Applications", {"A.app"});
+    harness.files.setFolder("/System/Applications", {"B.app"});
+    harness.files.setFolder("/System/Applications/Utilities", {"C.app"});
+    EXPECT_EQ(ModelHarness::namesOf(harness.model().apps()), (Names{"A", "B", "C"}));
+}
+
 TEST(Discovery, with_every_folder_failing_the_list_is_empty) {
     ModelHarness harness;
     EXPECT_TRUE(harness.model().apps().empty());

@@ -26,6 +26,9 @@ TEST(LauncherModel, a_first_start_has_the_default_categories_and_writes_nothing)
     EXPECT_EQ(model.query(), "");
     EXPECT_EQ(model.launchError(), std::nullopt);
     EXPECT_EQ(harness.shown(), Names{"Note"});
+    for (const LauncherCategory& category : model.customCategories()) {
+        EXPECT_EQ(model.ruleText(category), "") << category.name;
+    }
     for (const char* view : {"favorites", "recent", "hidden", "work"}) {
         EXPECT_TRUE(harness.shownIn(view).empty()) << view;
     }

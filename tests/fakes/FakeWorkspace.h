@@ -2,6 +2,7 @@
 // delivers each completion itself.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <stdexcept>
 #include <thread>
@@ -20,13 +21,18 @@ public:
         OpenCompletion completion;  // empty once delivered
     };
 
+    // Called first thing in each call of the port, so that a test can see what came before it.
+    std::function<void()> onCall = [] {};
+
     std::optional<BundleFacts> bundle(const std::string& path) override {
+        onCall();
         const auto found = bundles.find(path);
         return found == bundles.end() ? std::nullopt : std::optional(found->second);
     }
 
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
+        onCall();
         openings.push_back({path, configuration.activates, std::move(completion)});
     }
 

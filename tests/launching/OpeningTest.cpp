@@ -51,8 +51,11 @@ TEST(Opening, is_recorded_before_anything_else_happens) {
     ModelHarness harness;
     harness.install({"A"});
     const AppItem app = harness.app("A");
+    std::vector<std::size_t> writesBefore;
+    harness.workspace.onCall = [&] { writesBefore.push_back(harness.defaults.writes.size()); };
     harness.model().open(app);
-    ASSERT_EQ(harness.defaults.writes.size(), 1U);
+    // Both times the workspace was asked: for the facts, and to open.
+    EXPECT_EQ(writesBefore, (std::vector<std::size_t>{1, 1}));
     ASSERT_EQ(harness.workspace.openings.size(), 1U);
     harness.workspace.complete(0, std::nullopt, Error{"no"});
     harness.mainQueue.run();
@@ -146,10 +149,13 @@ TEST(Opening, an_answer_after_the_model_is_gone_does_nothing) {
     harness.model().open(harness.app("A"));
     harness.model().open(harness.app("A"));
     harness.workspace.complete(0, std::nullopt, Error{"late"});
+    EXPECT_EQ(harness.mainQueue.waiting(), 1U);
+    harness.announcements = 0;
     harness.dropModel();
     harness.workspace.complete(1, std::nullopt, Error{"later"});
     harness.mainQueue.run();
     EXPECT_EQ(harness.mainQueue.waiting(), 0U);
+    EXPECT_EQ(harness.announcements, 0);
 }
 
 }  // namespace

@@ -108,12 +108,15 @@ TEST(Signal, may_be_emitted_again_by_a_subscriber) {
 }
 
 TEST(Signal, a_subscription_may_outlive_its_signal) {
+    const auto captured = std::make_shared<int>();
     Subscription subscription;
     {
         Signal<> signal;
-        subscription = signal.subscribe([] {});
+        subscription = signal.subscribe([captured] {});
     }
+    EXPECT_EQ(captured.use_count(), 2);
     subscription.end();
+    EXPECT_EQ(captured.use_count(), 1);
 }
 
 }  // namespace
