@@ -27,7 +27,8 @@ constexpr int kRowPitch = kRowHeight + kSidebarSpacing;
 CategoryList::CategoryList(QWidget* parent)
     : QAbstractScrollArea(parent), appearance_(palette()), scrollBar_(new ThinScrollBar(*this)) {
     setFrameShape(QFrame::NoFrame);
-    setFocusPolicy(Qt::StrongFocus);
+    // By the keyboard only: a click acts, and typing goes on in the search.
+    setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     setAccessibleName(texts::kCategories.toString());
     viewport()->setAutoFillBackground(false);

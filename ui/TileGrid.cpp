@@ -24,7 +24,8 @@ TileGrid::TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent)
       appearance_(palette()),
       scrollBar_(new ThinScrollBar(*this)) {
     setFrameShape(QFrame::NoFrame);
-    setFocusPolicy(Qt::StrongFocus);
+    // By the keyboard only: a click acts, and typing goes on in the search.
+    setFocusPolicy(Qt::TabFocus);
     setAccessibleName(texts::kApplications.toString());
     viewport()->setAutoFillBackground(false);
     viewport()->setMouseTracking(true);
