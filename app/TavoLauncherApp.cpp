@@ -22,6 +22,7 @@
 #include "ui/AccessibleItems.h"
 #include "ui/LauncherView.h"
 #include "ui/LauncherWindow.h"
+#include "ui/ToolkitTexts.h"
 
 namespace tavo {
 namespace {
@@ -86,6 +87,7 @@ struct TavoLauncherApp::Parts {
 TavoLauncherApp::TavoLauncherApp(StartEnvironment environment,
                                  std::unique_ptr<ApplicationSource> applications) {
     installAccessibleItems();
+    QCoreApplication::installTranslator(new ToolkitTexts(qApp));
     parts_ = std::make_unique<Parts>(std::move(environment), std::move(applications));
 }
 

@@ -8,6 +8,7 @@
 
 #include "ui/AccessibleItems.h"
 #include "ui/Appearance.h"
+#include "ui/DisplayText.h"
 #include "ui/Metrics.h"
 #include "ui/Texts.h"
 
@@ -83,7 +84,7 @@ void AlertSheet::applyAppearance() {
 }
 
 void AlertSheet::present(const QString& message) {
-    message_->setText(message);
+    message_->setText(breakable(message));
     message_->setAccessibleName(message);
     if (!isVisible()) {
         returnFocusTo_ = window()->focusWidget();
@@ -128,8 +129,9 @@ void AlertSheet::keyPressEvent(QKeyEvent* event) {
             onDismissed();
             break;
         default:
-            // Nothing behind the sheet hears of a key.
-            event->accept();
+            // Nothing behind the sheet hears of a key, but the window may still be closed.
+            event->setAccepted(event->keyCombination() != (Qt::CTRL | Qt::Key_Q) &&
+                               event->keyCombination() != (Qt::CTRL | Qt::Key_W));
     }
 }
 

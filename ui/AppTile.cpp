@@ -28,11 +28,6 @@ int nameHeight() {
     return height;
 }
 
-// `text` for a menu: an ampersand is a letter there, not a key.
-QString menuText(QString text) {
-    return text.replace(u'&', QStringLiteral("&&"));
-}
-
 QIcon menuIcon(QStringView symbol, const Appearance& appearance, const QMenu& menu) {
     return QIcon(symbolPixmap(symbol, appearance.text, kSymbol, menu.devicePixelRatioF()));
 }
@@ -104,9 +99,8 @@ void AppTile::fillMenu(QMenu& menu, const Appearance& appearance) const {
     menu.addAction(menuIcon(u"star", appearance, menu), starToolTip(), toggleFavorite);
     QMenu* const submenu = menu.addMenu(texts::kCategories.toString());
     for (const LauncherCategory& category : categories) {
-        QAction* const entry =
-            submenu->addAction(menuText(displayText(category.name)),
-                               [toggle = toggleCategory, category] { toggle(category); });
+        QAction* const entry = submenu->addAction(
+            menuText(category.name), [toggle = toggleCategory, category] { toggle(category); });
         if (assignedCategoryIDs.contains(category.id)) {
             entry->setIcon(menuIcon(u"checkmark", appearance, menu));
         }

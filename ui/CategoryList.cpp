@@ -58,7 +58,7 @@ void CategoryList::setRows(std::vector<Row> rows) {
 }
 
 QSize CategoryList::sizeHint() const {
-    return {kSidebarWidth - 2 * kSidebarPadding,
+    return {kSidebarWidth - kSidebarPadding,
             std::max(0, itemCount() * kRowPitch - kSidebarSpacing)};
 }
 
@@ -69,11 +69,12 @@ void CategoryList::relayout() {
 }
 
 QRect CategoryList::itemRect(int index) const {
-    const int furthest =
-        viewport()->width() - 2 * kRowHorizontal - kSymbol - kSymbolSpacing - kSmallestLabel;
+    // The sidebar's padding at the right is the scroll bar's.
+    const int width = viewport()->width() - kSidebarPadding;
+    const int furthest = width - 2 * kRowHorizontal - kSymbol - kSymbolSpacing - kSmallestLabel;
     const int indentation = std::min(row(index).depth * kIndentation, std::max(0, furthest));
-    return {indentation, index * kRowPitch - verticalScrollBar()->value(),
-            viewport()->width() - indentation, kRowHeight};
+    return {indentation, index * kRowPitch - verticalScrollBar()->value(), width - indentation,
+            kRowHeight};
 }
 
 QRect CategoryList::labelRect(int index) const {
@@ -204,7 +205,7 @@ bool CategoryList::viewportEvent(QEvent* event) {
         const int index = rowAt(help->pos());
         const QString name = index >= 0 ? itemName(index) : QString();
         QToolTip::showText(help->globalPos(),
-                           index >= 0 && elided(index) != name ? name.toHtmlEscaped() : QString(),
+                           index >= 0 && elided(index) != name ? toolTipText(name) : QString(),
                            this);
         return true;
     }
@@ -213,7 +214,10 @@ bool CategoryList::viewportEvent(QEvent* event) {
 
 void CategoryList::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
-    if (!rows_.empty()) {
+    // Only whoever comes by Tab has to be shown where he is.
+    if (event->reason() != Qt::TabFocusReason && event->reason() != Qt::BacktabFocusReason) {
+        viewport()->update();
+    } else if (!rows_.empty()) {
         setCurrent(current_);
     }
 }

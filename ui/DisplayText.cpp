@@ -45,6 +45,37 @@ QString displayText(std::string_view utf8, qsizetype longest) {
     return cleaned(utf8, longest, false);
 }
 
+QString menuText(std::string_view utf8) {
+    constexpr qsizetype kLongest = 50;
+    return displayText(utf8, kLongest).replace(u'&', QStringLiteral("&&"));
+}
+
+QString toolTipText(const QString& text) {
+    constexpr qsizetype kLongest = 400;
+    // The element makes it rich text for certain, whatever the name looks like.
+    return text.isEmpty()
+               ? text
+               : QStringLiteral("<span>") + breakable(text.left(kLongest)).toHtmlEscaped() +
+                     QStringLiteral("</span>");
+}
+
+QString breakable(const QString& text) {
+    constexpr int kLongestWord = 30;
+    constexpr QChar kBreak(0x200B);
+    QString result;
+    int run = 0;
+    for (const QChar character : text) {
+        result += character;
+        run = character.isSpace() ? 0 : run + 1;
+        // Never inside a pair of surrogates, nor between a letter and its marks.
+        if ((character == u'/' || run >= kLongestWord) && !character.isHighSurrogate()) {
+            result += kBreak;
+            run = 0;
+        }
+    }
+    return result;
+}
+
 QString displayMessage(std::string_view utf8, qsizetype longest) {
     return cleaned(utf8, longest, true);
 }

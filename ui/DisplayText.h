@@ -15,4 +15,13 @@ QString displayText(std::string_view utf8, qsizetype longest = 400);
 // The same for a message of several lines: line breaks stay.
 QString displayMessage(std::string_view utf8, qsizetype longest = 2000);
 
+// A name for a menu entry: short enough for a menu, an ampersand a letter and not a key.
+QString menuText(std::string_view utf8);
+
+// `text` as a tool tip: plain whatever it holds, and never wider than a few words.
+QString toolTipText(const QString& text);
+
+// `text` with places where a line may break inside long words and after the slashes of paths.
+QString breakable(const QString& text);
+
 }  // namespace tavo

@@ -128,6 +128,16 @@ LauncherView::LauncherView(const World& world, QWidget* parent)
     whole->addWidget(sidebar);
     whole->addLayout(column, 1);
 
+    // What an input method composes, a letter from a dead key for one, is searched for wherever the
+    // keyboard is.
+    for (QWidget* const widget : findChildren<QWidget*>()) {
+        if (widget->focusPolicy() != Qt::NoFocus && widget != search_->line() &&
+            widget != search_) {
+            widget->setAttribute(Qt::WA_InputMethodEnabled);
+            widget->installEventFilter(this);
+        }
+    }
+
     search_->take(false);
     modelChanges_ = model_.objectWillChange.subscribe([this] { refreshSoon(); });
     refresh();
@@ -142,14 +152,15 @@ QWidget* LauncherView::makeSidebar() {
     closeButton_ = new SymbolButton(u"xmark", {}, texts::kClose.toString(), sidebar);
     closeButton_->setSymbolSize(kCloseSide);
     closeButton_->setTone(SymbolButton::Tone::Secondary);
-    closeButton_->setGeometry(kRowHorizontal - kCloseSide / 2 + 2, 4, kCloseSide, kCloseSide);
+    closeButton_->move(kRowHorizontal - SymbolButton::kMargin, 4 - SymbolButton::kMargin + 1);
+    closeButton_->resize(closeButton_->sizeHint());
     connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
 
     const QString name = texts::kProgramName.toString();
     auto* const title = new TextLabel(titleFont(name), &Appearance::text, sidebar);
     title->setText(name);
     auto* const header = new QHBoxLayout;
-    header->setContentsMargins(0, 0, 0, kHeaderBottom);
+    header->setContentsMargins(0, 0, kSidebarPadding, kHeaderBottom);
     header->setSpacing(kSidebarSpacing);
     header->addWidget(new Mark(sidebar));
     header->addWidget(title, 1);
@@ -158,7 +169,7 @@ QWidget* LauncherView::makeSidebar() {
     categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
 
     auto* const layout = new QVBoxLayout(sidebar);
-    layout->setContentsMargins(kSidebarPadding, kSidebarPadding, kSidebarPadding, kSidebarPadding);
+    layout->setContentsMargins(kSidebarPadding, kSidebarPadding, 0, kSidebarPadding);
     layout->setSpacing(kSidebarSpacing);
     layout->addLayout(header);
     layout->addWidget(categories_);
@@ -185,12 +196,16 @@ QWidget* LauncherView::makeToolbar() {
     connect(reloadButton, &QAbstractButton::clicked, this, [this] { reload(); });
 
     auto* const layout = new QHBoxLayout(toolbar);
-    layout->setContentsMargins(kBarHorizontal, kToolbarVertical, kBarHorizontal, kToolbarVertical);
-    layout->setSpacing(kToolbarSpacing);
+    // The buttons' own margins are part of the spaces around them.
+    constexpr int kMargin = SymbolButton::kMargin;
+    layout->setContentsMargins(kBarHorizontal, kToolbarVertical, kBarHorizontal - kMargin,
+                               kToolbarVertical);
+    layout->setSpacing(0);
     layout->addWidget(search_, 1);
+    layout->addSpacing(kToolbarSpacing - kMargin);
     layout->addWidget(suggestions_);
-    // The flexible spacer between the two has no width left, but its spacing stays.
-    layout->addSpacing(kToolbarSpacing);
+    // Between them stands a flexible space that has no width left, with its two spacings.
+    layout->addSpacing(2 * (kToolbarSpacing - kMargin));
     layout->addWidget(reloadButton);
     return toolbar;
 }
@@ -206,7 +221,9 @@ QWidget* LauncherView::makeFooter() {
             [] { QDesktopServices::openUrl(QUrl(texts::kCreditAddress.toString())); });
 
     auto* const layout = new QHBoxLayout(footer);
-    layout->setContentsMargins(kBarHorizontal, kFooterVertical, kBarHorizontal, kFooterVertical);
+    constexpr int kMargin = SymbolButton::kMargin;
+    layout->setContentsMargins(kBarHorizontal, kFooterVertical - kMargin, kBarHorizontal - kMargin,
+                               kFooterVertical - kMargin);
     layout->addWidget(count_);
     layout->addStretch(1);
     layout->addWidget(credit);
@@ -295,6 +312,8 @@ void LauncherView::reload() {
 void LauncherView::showSuggestions() {
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    // The divider stays, also when nothing follows it.
+    menu->setSeparatorsCollapsible(false);
     const auto suggest = [this, menu](const QString& text, const std::string& query,
                                       std::string_view categoryID) {
         menu->addAction(text, this, [this, query, categoryID] {
@@ -307,11 +326,19 @@ void LauncherView::showSuggestions() {
     suggest(texts::kSuggestFavorites.toString(), {}, kFavoritesID);
     menu->addSeparator();
     for (const LauncherCategory& category : model_.customCategories()) {
-        QString name = displayText(category.name);
-        suggest(texts::kSuggestCategory.toString() + name.replace(u'&', QStringLiteral("&&")),
+        suggest(texts::kSuggestCategory.toString() + menuText(category.name),
                 "cat:" + category.name, kAllID);
     }
     menu->popup(suggestions_->mapToGlobal(QPoint(0, suggestions_->height() + 4)));
+}
+
+bool LauncherView::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::InputMethod) {
+        search_->take(false);
+        QCoreApplication::sendEvent(search_->line(), event);
+        return true;
+    }
+    return QWidget::eventFilter(object, event);
 }
 
 void LauncherView::keyPressEvent(QKeyEvent* event) {

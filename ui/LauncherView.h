@@ -40,6 +40,7 @@ public:
     std::function<void()> onEscape;
 
 protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;

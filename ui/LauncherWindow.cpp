@@ -1,5 +1,6 @@
 #include "ui/LauncherWindow.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -129,7 +130,9 @@ bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
         return false;
     }
     const auto* const widget = qobject_cast<const QWidget*>(object);
-    if (widget == nullptr || widget->window() != this) {
+    // A button at the edge stays a button.
+    if (widget == nullptr || widget->window() != this ||
+        qobject_cast<const QAbstractButton*>(widget) != nullptr) {
         return false;
     }
     if (event->type() == QEvent::Leave) {

@@ -44,17 +44,18 @@ QSize SymbolButton::sizeHint() const {
     const int symbolWidth = symbol_.isEmpty() ? 0 : symbolSize_;
     const int textWidth = text().isEmpty() ? 0 : metrics.horizontalAdvance(text());
     const int gap = symbolWidth != 0 && textWidth != 0 ? metrics::kSymbolSpacing : 0;
-    return {symbolWidth + gap + textWidth,
-            std::max(symbolWidth, text().isEmpty() ? 0 : metrics.height())};
+    const int height = std::max(symbolWidth, text().isEmpty() ? 0 : metrics.height());
+    return {symbolWidth + gap + textWidth + 2 * kMargin, height + 2 * kMargin};
 }
 
 void SymbolButton::paintEvent(QPaintEvent*) {
     const Appearance appearance(palette());
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (hasFocus()) {
-        painter.setPen(QPen(appearance.accent, 1.5));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), 4, 4);
+    if (underMouse() || hasFocus()) {
+        painter.setPen(hasFocus() ? QPen(appearance.accent, 1.5) : QPen(Qt::NoPen));
+        painter.setBrush(underMouse() ? QBrush(appearance.hover) : QBrush(Qt::NoBrush));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), kMargin, kMargin);
     }
     QColor color = tone_ == Tone::Normal ? appearance.text : appearance.secondaryText;
     if (isDown() || (underMouse() && isEnabled())) {
@@ -63,12 +64,11 @@ void SymbolButton::paintEvent(QPaintEvent*) {
             color = appearance.text;
         }
     }
-    int left = 0;
+    int left = kMargin;
     if (!symbol_.isEmpty()) {
-        const int side = std::min(symbolSize_, width());
-        const int x = text().isEmpty() ? (width() - side) / 2 : 0;
-        drawSymbol(painter, QRectF(x, (height() - side) / 2.0, side, side), symbol_, color);
-        left = side + metrics::kSymbolSpacing;
+        const QRectF box(kMargin, (height() - symbolSize_) / 2.0, symbolSize_, symbolSize_);
+        drawSymbol(painter, box, symbol_, color);
+        left += symbolSize_ + metrics::kSymbolSpacing;
     }
     painter.setFont(interfaceFont(fontSize_));
     painter.setPen(color);

@@ -5,11 +5,14 @@
 
 namespace tavo {
 
-// Without a bezel; a faint ground under the pointer, a ring under the keyboard. Its accessible
-// name is its text, else its tool tip.
+// Without a bezel; a faint ground under the pointer, a ring under the keyboard. It is kMargin
+// larger than what it shows on every side, to be easier to hit. Its accessible name is its text,
+// else its tool tip.
 class SymbolButton final : public QAbstractButton {
 public:
     enum class Tone { Normal, Secondary };
+
+    static constexpr int kMargin = 6;
 
     // `fontSize` and `symbolSize` in logical pixels. An empty symbol is no symbol.
     SymbolButton(QStringView symbol, const QString& text, const QString& toolTip, QWidget* parent);

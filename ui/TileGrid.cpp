@@ -45,18 +45,19 @@ void TileGrid::setApps(std::vector<AppItem> apps) {
     apps_ = std::move(apps);
     tiles_.clear();
     hovered_ = -1;
-    pressed_ = {};
-    current_ = -1;
     if (!currentPath.empty()) {
         const auto found = std::find_if(apps_.begin(), apps_.end(), [&](const AppItem& item) {
             return item.url.path == currentPath;
         });
-        current_ = found != apps_.end()           ? static_cast<int>(found - apps_.begin())
-                   : hasFocus() && !apps_.empty() ? 0
-                                                  : -1;
+        // The next one takes the place of one that is gone.
+        current_ = found != apps_.end() ? static_cast<int>(found - apps_.begin())
+                                        : std::min(current_, itemCount() - 1);
     }
     relayout();
     announceItems(*this);
+    if (hasFocus() && current_ >= 0) {
+        announceFocus(*this, current_);
+    }
 }
 
 void TileGrid::scrollToTop() {
@@ -266,7 +267,16 @@ void TileGrid::keyPressEvent(QKeyEvent* event) {
         }
         case Qt::Key_Return:
         case Qt::Key_Enter:
+        case Qt::Key_Space:
             pressItem(current_);
+            break;
+        case Qt::Key_F10:
+            // The toolkit makes a menu event of the Menu key only.
+            if (event->modifiers().testFlag(Qt::ShiftModifier)) {
+                showMenuOfCurrent();
+            } else {
+                event->ignore();
+            }
             break;
         default:
             event->ignore();
@@ -285,8 +295,7 @@ bool TileGrid::viewportEvent(QEvent* event) {
         } else if (target.part == Part::Star) {
             tip = tileAt(target.index).starToolTip();
         }
-        // Escaped: a tool tip would take markup in a name for markup.
-        QToolTip::showText(help->globalPos(), tip.toHtmlEscaped(), this);
+        QToolTip::showText(help->globalPos(), toolTipText(tip), this);
         return true;
     }
     return QAbstractScrollArea::viewportEvent(event);
@@ -297,18 +306,23 @@ void TileGrid::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void TileGrid::mousePressEvent(QMouseEvent* event) {
-    pressed_ = event->button() == Qt::LeftButton ? targetAt(event->position().toPoint()) : Target{};
+    const Target target = targetAt(event->position().toPoint());
+    const bool pressed = event->button() == Qt::LeftButton && target.part != Part::None;
+    pressedPart_ = pressed ? target.part : Part::None;
+    pressedPath_ = pressed ? app(target.index).url.path : std::string();
 }
 
 void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
     const Target target = targetAt(event->position().toPoint());
-    if (event->button() != Qt::LeftButton || target != pressed_) {
+    // The same application, wherever its tile has moved meanwhile.
+    if (event->button() != Qt::LeftButton || target.part == Part::None ||
+        target.part != pressedPart_ || app(target.index).url.path != pressedPath_) {
         return;
     }
-    pressed_ = {};
+    pressedPart_ = Part::None;
     if (target.part == Part::Main) {
         pressItem(target.index);
-    } else if (target.part == Part::Star) {
+    } else {
         const auto toggle = tileAt(target.index).toggleFavorite;
         toggle();
     }
@@ -316,14 +330,19 @@ void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
 
 void TileGrid::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() == QContextMenuEvent::Keyboard) {
-        if (current_ >= 0) {
-            showMenu(current_, viewport()->mapToGlobal(itemRect(current_).center()));
-        }
+        showMenuOfCurrent();
         return;
     }
     const int index = targetAt(event->pos()).index;
     if (index >= 0) {
         showMenu(index, event->globalPos());
+    }
+}
+
+void TileGrid::showMenuOfCurrent() {
+    if (current_ >= 0) {
+        setCurrent(current_);
+        showMenu(current_, viewport()->mapToGlobal(itemRect(current_).center()));
     }
 }
 
@@ -336,10 +355,12 @@ void TileGrid::showMenu(int index, QPoint globalPosition) {
 
 void TileGrid::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
-    if (current_ < 0 && !apps_.empty()) {
-        setCurrent(0);
-    } else if (current_ >= 0) {
-        setCurrent(current_);
+    // Only whoever comes by Tab has to be shown where he is; when the window or a closed menu gives
+    // the keyboard back, nothing may move under the pointer.
+    if (event->reason() != Qt::TabFocusReason && event->reason() != Qt::BacktabFocusReason) {
+        viewport()->update();
+    } else if (!apps_.empty()) {
+        setCurrent(std::max(0, current_));
     }
 }
 

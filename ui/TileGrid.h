@@ -68,8 +68,6 @@ private:
     struct Target {
         int index = -1;
         Part part = Part::None;
-
-        bool operator==(const Target&) const = default;
     };
 
     AppTile& tileAt(int index);
@@ -88,6 +86,7 @@ private:
     void setCurrent(int index);
     [[nodiscard]] int stepped(int key) const;
     void showMenu(int index, QPoint globalPosition);
+    void showMenuOfCurrent();
 
     IconLoader& icons_;
     TileMaker makeTile_;
@@ -98,7 +97,8 @@ private:
     std::map<int, AppTile> tiles_;  // those in view, made when first painted
     int current_ = -1;              // the keyboard's tile
     int hovered_ = -1;
-    Target pressed_;
+    Part pressedPart_ = Part::None;
+    std::string pressedPath_;
     Subscription iconLoaded_;
 };
 

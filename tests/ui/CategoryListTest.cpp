@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <QScrollBar>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ class CategoryListTest : public testing::Test {
 protected:
     CategoryListTest() {
         list.onSelect = [this](const std::string& id) { chosen.push_back(id); };
-        list.resize(164, 300);
+        list.resize(182, 300);
     }
 
     void show(std::vector<CategoryList::Row> rows) {
@@ -70,6 +71,17 @@ TEST_F(CategoryListTest, more_rows_than_fit_scroll) {
     list.setFocus();
     QTest::keyClick(&list, Qt::Key_End);
     EXPECT_TRUE(list.viewport()->rect().contains(list.itemRect(4999)));
+}
+
+TEST_F(CategoryListTest, a_click_on_a_scrolled_list_chooses_what_stands_there) {
+    std::vector<CategoryList::Row> rows;
+    for (int i = 0; i < 30; ++i) {
+        rows.push_back({std::to_string(i), "Categoria " + std::to_string(i), 0, i == 0});
+    }
+    show(rows);
+    list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum());
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.itemRect(28).center());
+    EXPECT_EQ(chosen, std::vector<std::string>{"28"});
 }
 
 TEST_F(CategoryListTest, a_screen_reader_finds_the_rows_by_name_with_the_selected_one) {

@@ -49,6 +49,25 @@ TEST(DisplayText, never_cuts_a_surrogate_pair_in_two) {
     EXPECT_TRUE(shown.isValidUtf16());
 }
 
+TEST(DisplayText, a_menu_entry_is_short_and_its_ampersand_a_letter) {
+    EXPECT_EQ(menuText("Q&A"), QStringLiteral("Q&&A"));
+    EXPECT_EQ(menuText(std::string(3000, 'x')).size(), 51);
+}
+
+TEST(DisplayText, a_tool_tip_is_plain_and_never_endless) {
+    EXPECT_EQ(toolTipText(QStringLiteral("Apri Tom & \"Jerry\"")),
+              QStringLiteral("<span>Apri Tom &amp; &quot;Jerry&quot;</span>"));
+    EXPECT_EQ(toolTipText(QStringLiteral("<b>x</b>")).count(QStringLiteral("<b>")), 0);
+    EXPECT_LT(toolTipText(QString(10'000, u'x')).size(), 500);
+    EXPECT_EQ(toolTipText({}), QString());
+}
+
+TEST(DisplayText, long_words_and_paths_can_be_broken) {
+    EXPECT_EQ(breakable(QStringLiteral("una frase corta")), QStringLiteral("una frase corta"));
+    EXPECT_EQ(breakable(QStringLiteral("/a/b")), QStringLiteral("/\u200Ba/\u200Bb"));
+    EXPECT_EQ(breakable(QString(95, u'x')).count(QChar(0x200B)), 3);
+}
+
 TEST(DisplayText, a_message_keeps_its_line_breaks) {
     EXPECT_EQ(displayMessage("a\nb\x02"), QStringLiteral("a\nb␂"));
 }

@@ -1,6 +1,8 @@
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
@@ -9,6 +11,7 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "ui/AlertSheet.h"
 #include "ui/CategoryList.h"
+#include "ui/DisplayText.h"
 #include "ui/LauncherView.h"
 #include "ui/TileGrid.h"
 
@@ -156,7 +159,7 @@ TEST_F(LauncherViewTest, a_failed_opening_is_an_alert_that_ok_clears) {
     world.workspace.complete(0, std::nullopt, Error{"<b>Non</b> c’è"});
     world.mainQueue.run();
     EXPECT_TRUE(saysSomewhere(QStringLiteral("Impossibile aprire l’app")));
-    EXPECT_TRUE(saysSomewhere(QStringLiteral("<b>Non</b> c’è")));
+    EXPECT_TRUE(saysSomewhere(breakable(QStringLiteral("<b>Non</b> c’è"))));
     QTest::keyClick(&focused(), Qt::Key_Return);
     EXPECT_FALSE(saysSomewhere(QStringLiteral("Impossibile aprire l’app")));
     EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
@@ -217,6 +220,38 @@ TEST_F(LauncherViewTest, however_many_changes_one_turn_redraws_once) {
     }
     EXPECT_EQ(shown().size(), 1);
     EXPECT_EQ(world.applications.calls(), static_cast<int>(before));
+}
+
+TEST_F(LauncherViewTest, the_suggestions_end_with_a_divider_when_there_are_no_categories) {
+    world.store({});
+    for (auto* const button : view().findChildren<QAbstractButton*>()) {
+        if (button->toolTip() == QStringLiteral("Suggerimenti di ricerca")) {
+            button->click();
+        }
+    }
+    auto* const menu = view().findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 3);
+    EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Recenti"));
+    EXPECT_EQ(menu->actions()[1]->text(), QStringLiteral("Preferite"));
+    EXPECT_TRUE(menu->actions()[2]->isSeparator());
+    EXPECT_GT(menu->actionGeometry(menu->actions()[2]).height(), 0);
+    menu->actions()[0]->trigger();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(list<CategoryList>().itemIsSelected(2));
+    menu->close();
+}
+
+TEST_F(LauncherViewTest, what_an_input_method_composes_over_the_grid_is_searched_for) {
+    world.install({"Àncora", "Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    ASSERT_EQ(&focused(), &list<TileGrid>());
+    QInputMethodEvent composed;
+    composed.setCommitString(QStringLiteral("à"));
+    QCoreApplication::sendEvent(&focused(), &composed);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Àncora")});
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
 }
 
 TEST_F(LauncherViewTest, hostile_names_are_shown_as_they_are_spelt) {

@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <QMenu>
 #include <QScrollBar>
 #include <QtTest/QTest>
 
@@ -92,6 +93,44 @@ TEST_F(TileGridTest, a_click_between_tiles_or_a_press_dragged_elsewhere_does_not
     QTest::mousePress(grid.viewport(), Qt::LeftButton, {}, grid.itemRect(0).center());
     QTest::mouseRelease(grid.viewport(), Qt::LeftButton, {}, grid.itemRect(1).center());
     EXPECT_TRUE(launched.empty());
+}
+
+TEST_F(TileGridTest, a_click_on_a_scrolled_grid_opens_what_stands_there_wherever_the_keyboard_was) {
+    show(600);
+    QTest::keyClick(&grid, Qt::Key_Home);
+    grid.clearFocus();
+    grid.verticalScrollBar()->setValue(3000);
+    int index = 0;
+    while (!grid.viewport()->rect().contains(grid.itemRect(index))) {
+        ++index;
+    }
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {},
+                      AppTile::iconRect(grid.itemRect(index)).center());
+    EXPECT_EQ(launched, std::vector<std::string>{"App " + std::to_string(index)});
+    EXPECT_EQ(grid.verticalScrollBar()->value(), 3000);
+    grid.setFocus(Qt::ActiveWindowFocusReason);
+    EXPECT_EQ(grid.verticalScrollBar()->value(), 3000);
+}
+
+TEST_F(TileGridTest, a_click_survives_a_redraw_between_press_and_release) {
+    show(10);
+    const QPoint point = AppTile::iconRect(grid.itemRect(3)).center();
+    QTest::mousePress(grid.viewport(), Qt::LeftButton, {}, point);
+    show(10);
+    QTest::mouseRelease(grid.viewport(), Qt::LeftButton, {}, point);
+    EXPECT_EQ(launched, std::vector<std::string>{"App 3"});
+}
+
+TEST_F(TileGridTest, shift_f10_opens_the_menu_of_the_keyboards_tile_in_view) {
+    show(600);
+    QTest::keyClick(&grid, Qt::Key_End);
+    grid.verticalScrollBar()->setValue(0);
+    QTest::keyClick(&grid, Qt::Key_F10, Qt::ShiftModifier);
+    auto* const menu = grid.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    EXPECT_TRUE(menu->isVisible());
+    EXPECT_TRUE(grid.viewport()->rect().contains(grid.itemRect(599)));
+    menu->close();
 }
 
 struct Step {

@@ -1,0 +1,19 @@
+// The toolkit's own texts in the window's language.
+#pragma once
+
+#include <QTranslator>
+
+namespace tavo {
+
+// What the menus of text fields say. Installed into the application; every other text of the
+// toolkit stays as it is.
+class ToolkitTexts final : public QTranslator {
+public:
+    using QTranslator::QTranslator;
+
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char* context, const char* sourceText,
+                                    const char* disambiguation, int count) const override;
+};
+
+}  // namespace tavo
