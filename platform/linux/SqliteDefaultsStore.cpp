@@ -83,7 +83,7 @@ private:
 
     // All of them, though one is refused: what one value is too large for may hold another.
     void writePending() {
-        const Deadline until = std::chrono::steady_clock::now() + SqliteStoreFile::kPatience;
+        const Deadline until = std::chrono::steady_clock::now() + SqliteStoreFile::kWritePatience;
         std::optional<std::string> refusal;
         for (auto next = pending_.begin(); next != pending_.end();) {
             const std::optional<SqliteRow> row = rowOf(next->second);

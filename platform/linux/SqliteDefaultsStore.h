@@ -8,6 +8,10 @@
 // a string is answered to this process's readers as it was set, but never reaches the file, which
 // keeps the value from before. The first refusal of a write is said on standard error, in one
 // line; so is the next one after writes have succeeded again.
+//
+// A value that cannot be read now, because the file is locked (waited for up to 0.1 s), may not be
+// read, or fails, is answered as absent. Before one that was answered so is replaced, the store is
+// kept as a dated copy beside the file; see SqliteStoreFile.
 #pragma once
 
 #include <memory>

@@ -124,13 +124,13 @@ private:
     bool busy_ = false;
 };
 
-std::string dated(const std::string& file) {
+std::string dated(const std::string& file, const std::string& what) {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
     std::array<char, 32> text{};
     std::strftime(text.data(), text.size(), "%Y-%m-%dT%H-%M-%S", &local);
-    return file + ".unreadable-" + text.data();
+    return file + "." + what + "-" + text.data();
 }
 
 bool isFree(const std::string& name) {
@@ -142,8 +142,8 @@ bool isFree(const std::string& name) {
     return !exists(name);
 }
 
-std::string freeName(const std::string& file) {
-    const std::string name = dated(file);
+std::string freeName(const std::string& file, const std::string& what) {
+    const std::string name = dated(file, what);
     std::string candidate = name;
     for (int n = 2; !isFree(candidate); ++n) {
         candidate = name + "-" + std::to_string(n);
@@ -164,7 +164,7 @@ SqliteOutcome moveAside(const std::string& file, Aside what, const std::string& 
     if (what == Aside::Everything) {
         suffixes.insert(suffixes.begin(), {"", "-journal"});
     }
-    const std::string name = freeName(file);
+    const std::string name = freeName(file, "unreadable");
     for (const std::string& suffix : suffixes) {
         if (std::rename((file + suffix).c_str(), (name + suffix).c_str()) != 0 && errno != ENOENT) {
             return refused(reason + "; it cannot be put aside");
@@ -197,13 +197,14 @@ std::optional<SqliteStoreFile::Identity> SqliteStoreFile::identityOf(const std::
 
 std::optional<SqliteRow> SqliteStoreFile::read(std::string_view key) {
     const auto now = std::chrono::steady_clock::now();
-    const Deadline until = locked_ ? now : now + kPatience;
+    const Deadline until = locked_ ? now : now + kReadPatience;
     std::optional<SqliteRow> row;
     SqliteOutcome outcome = connect(until);
     if (outcome.done()) {
         outcome = table_->read(key, row, until);
     }
     locked_ = outcome.kind == Kind::Busy;
+    remember(key, outcome.done() && logLeftOut_ ? writing_ : outcome);
     // Only a connection that takes part in the locking sees what others write.
     if (!outcome.done() || table_->isReadOnly()) {
         close();
@@ -222,12 +223,18 @@ std::optional<std::string> SqliteStoreFile::write(std::string_view key, const Sq
     for (int attempt = 0; attempt < 3; ++attempt) {
         outcome = connectToWrite(until);
         if (outcome.done()) {
+            outcome = keepUnread(key, row, until);
+        }
+        if (outcome.done()) {
             outcome = table_->write(key, row, until);
         }
         if (outcome.done()) {
             const std::optional<Identity> now = identityOf(file_);
             if (now && now->sameFile(identity_)) {
                 identity_ = *now;
+                if (const auto found = unread_.find(key); found != unread_.end()) {
+                    unread_.erase(found);
+                }
                 return std::nullopt;
             }
             outcome = {Kind::NotAStore, "the file is being replaced"};
@@ -238,6 +245,78 @@ std::optional<std::string> SqliteStoreFile::write(std::string_view key, const Sq
         }
     }
     return outcome.reason;
+}
+
+// What is no store now may have been caught while somebody wrote it anew.
+void SqliteStoreFile::remember(std::string_view key, const SqliteOutcome& outcome) {
+    const auto found = unread_.find(key);
+    if (outcome.done() || outcome.kind == Kind::Blank) {
+        if (found != unread_.end()) {
+            unread_.erase(found);
+        }
+    } else if (found != unread_.end()) {
+        found->second.reason = outcome.reason;
+    } else {
+        unread_.emplace(key, Unread{outcome.reason, std::nullopt});
+    }
+}
+
+// Done when `row` may take the place of what is stored under `key`. One copy serves all keys.
+SqliteOutcome SqliteStoreFile::keepUnread(std::string_view key, const SqliteRow& row,
+                                          Deadline until) {
+    const auto found = unread_.find(key);
+    if (found == unread_.end()) {
+        return {};
+    }
+    std::optional<SqliteRow> stored;
+    SqliteOutcome outcome = table_->read(key, stored, until);
+    if (!outcome.done() || !stored || stored == row || stored == found->second.kept) {
+        return outcome;
+    }
+    std::vector<std::optional<SqliteRow>> rows;
+    for (const auto& [name, unread] : unread_) {
+        outcome = table_->read(name, rows.emplace_back(), until);
+        if (!outcome.done()) {
+            return outcome;
+        }
+    }
+    outcome = keepCopy(found->second.reason, until);
+    if (outcome.done()) {
+        auto next = rows.begin();
+        for (auto& [name, unread] : unread_) {
+            unread.kept = std::move(*next++);
+        }
+    }
+    return outcome;
+}
+
+SqliteOutcome SqliteStoreFile::keepCopy(const std::string& why, Deadline until) {
+    const std::string file = resolved(file_);
+    std::string name;
+    int handle = -1;
+    do {
+        name = freeName(file, "unread");
+        handle = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    } while (handle < 0 && errno == EEXIST);
+    if (handle < 0) {
+        return refused("a copy of what could not be read cannot be made");
+    }
+    SqliteOutcome outcome = table_->copyInto(name, until);
+    if (outcome.done() && fsync(handle) != 0) {
+        outcome = refused("it cannot reach the disk");
+    }
+    ::close(handle);
+    if (!outcome.done()) {
+        unlink(name.c_str());
+        outcome.reason = "a copy of what could not be read cannot be made: " + outcome.reason;
+        return outcome;
+    }
+    syncFolder(folderOf(file));
+    std::fprintf(stderr,
+                 "tavolauncher: kept a copy of %s as %s: a value about to be replaced could not be "
+                 "read before: %s\n",
+                 file_.c_str(), name.c_str(), why.c_str());
+    return {};
 }
 
 // Done when table_ is open on what the file holds now.
@@ -270,6 +349,7 @@ SqliteOutcome SqliteStoreFile::open(const Identity& identity, Deadline until) {
     const std::string file = resolved(file_);
     writing_ = writability(file);
     const bool mayWrite = writing_.done();
+    logLeftOut_ = false;
     if (mayWrite) {
         writing_ = openAs(Access::ReadWrite, identity, until);
         if (writing_.kind != Kind::Refused && writing_.kind != Kind::NotAStore) {
@@ -282,6 +362,7 @@ SqliteOutcome SqliteStoreFile::open(const Identity& identity, Deadline until) {
         }
     }
     const SqliteOutcome alone = openAs(Access::Immutable, identity, until);
+    logLeftOut_ = alone.done() && writing_.kind == Kind::Refused && hasLog(file);
     return alone.done() || !(mayWrite || hasLog(file)) ? alone : writing_;
 }
 
@@ -395,6 +476,7 @@ SqliteOutcome SqliteStoreFile::createTable(Deadline until) {
         table_ = std::move(table);
         identity_ = *made;
         writing_ = {};
+        logLeftOut_ = false;
     }
     return outcome;
 }

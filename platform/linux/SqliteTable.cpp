@@ -1,5 +1,6 @@
 #include "platform/linux/SqliteTable.h"
 
+#include <charconv>
 #include <cstring>
 #include <thread>
 
@@ -62,9 +63,10 @@ std::string columnBytes(sqlite3_stmt* statement, int column) {
     return bytes != nullptr ? std::string(static_cast<const char*>(bytes), size) : std::string();
 }
 
-// https://www.sqlite.org/uri.html
+// https://www.sqlite.org/uri.html. An absolute path follows an empty authority; without one, a path
+// that begins with two slashes would lose its first name to it.
 std::string immutableUri(const std::string& file) {
-    std::string uri = "file:";
+    std::string uri = file.starts_with('/') ? "file://" : "file:";
     for (const char c : file) {
         switch (c) {
             case '%':
@@ -163,7 +165,12 @@ SqliteOutcome SqliteTable::checkWhole(Deadline until) {
     if (verdict != "ok") {
         return {SqliteOutcome::Kind::NotAStore, "it is damaged"};
     }
-    pageSize_ = std::stoll(pageSize);
+    const char* const end = pageSize.data() + pageSize.size();
+    const auto parsed = std::from_chars(pageSize.data(), end, pageSize_);
+    if (parsed.ec != std::errc() || parsed.ptr != end || pageSize_ <= 0) {
+        pageSize_ = 0;
+        return {SqliteOutcome::Kind::Refused, "its page size is not known"};
+    }
     return {};
 }
 
@@ -242,6 +249,18 @@ SqliteOutcome SqliteTable::write(std::string_view key, const SqliteRow& row, Dea
     const Reset reset(checkpoint_.get());
     sqlite3_step(checkpoint_.get());
     return {};
+}
+
+SqliteOutcome SqliteTable::copyInto(const std::string& file, Deadline until) {
+    Statement statement;
+    int code = prepare("VACUUM INTO ?1", statement, until);
+    if (code == SQLITE_OK) {
+        code = bindText(statement.get(), 1, file);
+    }
+    if (code == SQLITE_OK) {
+        code = stepUntilFree(statement.get(), until);
+    }
+    return outcomeOf(code);
 }
 
 bool SqliteTable::isReadOnly() const {

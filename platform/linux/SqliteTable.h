@@ -23,6 +23,8 @@ struct SqliteRow {
     std::string type;
     std::string value;
     bool isText = false;  // TEXT; otherwise BLOB
+
+    bool operator==(const SqliteRow&) const = default;
 };
 
 struct SqliteOutcome {
@@ -60,6 +62,10 @@ public:
 
     // On disk when it answers Done.
     SqliteOutcome write(std::string_view key, const SqliteRow& row, Deadline until);
+
+    // All there is in the database now, into `file`, which must be empty. Not yet safe from a
+    // power failure.
+    SqliteOutcome copyInto(const std::string& file, Deadline until);
 
     [[nodiscard]] bool isReadOnly() const;
     [[nodiscard]] std::int64_t pageSize() const { return pageSize_; }

@@ -58,12 +58,6 @@ protected:
         EXPECT_EQ(next->data("third"), "in time");
         EXPECT_TRUE(putAside().empty());
     }
-
-    ChildProgram holding(const std::vector<std::string>& statements) const {
-        std::vector<std::string> command = {TAVO_TEST_PROGRAMS "/tavo_store_writer", "hold", file_};
-        command.insert(command.end(), statements.begin(), statements.end());
-        return ChildProgram(command);
-    }
 };
 
 TEST_F(RefusedWrite, is_kept_while_another_process_is_in_the_midst_of_writing) {
