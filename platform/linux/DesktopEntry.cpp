@@ -11,6 +11,8 @@
 
 #include <glib.h>
 
+#include "support/Text.h"
+
 namespace tavo {
 namespace {
 
@@ -379,9 +381,7 @@ std::optional<DesktopEntry> DesktopEntryReader::parse(std::string_view bytes) {
     entry.type = stringOf(scan.value(kType));
     entry.name = localized(names_, scan.value(kName));
     if (const RawValue& plain = scan.value(kName); entry.name.empty() && plain) {
-        char* const repaired = g_utf8_make_valid(plain->data(), static_cast<gssize>(plain->size()));
-        entry.name = decoded(repaired);
-        g_free(repaired);
+        entry.name = decoded(repairedUtf8(*plain));
     }
     entry.icon = localized(icons_, scan.value(kIcon));
     entry.exec = stringOf(scan.value(kExec));

@@ -5,25 +5,18 @@
 #include <cstring>
 #include <string_view>
 
-#include <glib.h>
+#include "support/Text.h"
 
 namespace tavo::messages {
 namespace {
 
-std::string valid(const std::string& text) {
-    char* const repaired = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
-    std::string result = repaired;
-    g_free(repaired);
-    return result;
-}
-
 std::string quoted(const std::string& text) {
-    return "«" + valid(text) + "»";
+    return "«" + repairedUtf8(text) + "»";
 }
 
 // The system's own words, ended like a sentence.
 std::string sentence(const std::string& text) {
-    const std::string words = valid(text);
+    const std::string words = repairedUtf8(text);
     return words.ends_with('.') ? words : words + '.';
 }
 
@@ -110,7 +103,7 @@ Error entryRefused(const std::string& path) {
 
 Error programNotFound(const std::string& program, const std::string& searchPath) {
     return {"Il programma " + quoted(program) +
-            " non è stato trovato (cercato in: " + valid(searchPath) + ")."};
+            " non è stato trovato (cercato in: " + repairedUtf8(searchPath) + ")."};
 }
 
 Error programMissing(const std::string& program) {

@@ -152,6 +152,7 @@ TEST(DesktopEntry, the_name_is_the_best_translation) {
         {"an empty translation is passed over", "Name=Files\nName[it]=\n", "Files"},
         {"an ill-formed translation is passed over", "Name=Files\nName[it]=Caff\xe8\n", "Files"},
         {"an ill-formed name is repaired", "Name=Caff\xe8\n", "Caff\xef\xbf\xbd"},
+        {"an ill-formed part counts once", "Name=A\xe2\x82Z\n", "A\xef\xbf\xbdZ"},
         {"not when there is a translation", "Name=Caff\xe8\nName[it]=Bar\n", "Bar"},
         {"the name of another group", "Name=A\n[Desktop Action x]\nName=B\n", "A"},
         {"a group that comes again", "Name=A\n[X]\nName=B\n[Desktop Entry]\nName=C\n", "C"},
