@@ -1,12 +1,12 @@
 #include "platform/linux/XdgEnvironment.h"
 
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <glib.h>
+
+#include "platform/linux/PosixFileManager.h"
 
 namespace tavo {
 namespace {
@@ -32,41 +32,46 @@ std::vector<std::string> splitAtColons(std::string_view text) {
     return pieces;
 }
 
-void appendFolder(std::vector<std::string>& folders, std::string folder) {
+// Without its trailing slashes, so that more can follow. Absent when it is not absolute.
+std::optional<std::string> usableFolder(std::string folder) {
     if (!folder.starts_with('/')) {
-        return;
+        return std::nullopt;
     }
     while (folder.ends_with('/')) {
         folder.pop_back();
     }
-    folders.push_back(std::move(folder));
+    return folder;
 }
 
-std::string homeFolder() {
-    if (std::string home = variable("HOME"); home.starts_with('/')) {
-        return home;
+// Absent when nothing tells where the user's home is.
+std::optional<std::string> userFolder() {
+    if (auto folder = usableFolder(variable("XDG_DATA_HOME"))) {
+        return folder;
     }
-    const passwd* const user = getpwuid(getuid());
-    return user == nullptr ? std::string() : std::string(user->pw_dir);
+    auto home = usableFolder(makePosixFileManager()->homeDirectory());
+    return home ? std::optional(*home + "/.local/share") : std::nullopt;
 }
 
 std::vector<std::string> dataFolders() {
-    std::string user = variable("XDG_DATA_HOME");
-    if (!user.starts_with('/')) {
-        user = homeFolder() + "/.local/share";
-    }
+    const std::optional<std::string> user = userFolder();
     std::string system = variable("XDG_DATA_DIRS");
     if (system.empty()) {
         system = "/usr/local/share:/usr/share";
     }
     std::vector<std::string> folders;
-    appendFolder(folders, user);
-    for (std::string& folder : splitAtColons(system)) {
-        appendFolder(folders, std::move(folder));
+    if (user) {
+        folders.push_back(*user);
     }
-    appendFolder(folders, user + "/flatpak/exports/share");
-    appendFolder(folders, "/var/lib/flatpak/exports/share");
-    appendFolder(folders, "/var/lib/snapd/desktop");
+    for (std::string& piece : splitAtColons(system)) {
+        if (auto folder = usableFolder(std::move(piece))) {
+            folders.push_back(std::move(*folder));
+        }
+    }
+    if (user) {
+        folders.push_back(*user + "/flatpak/exports/share");
+    }
+    folders.emplace_back("/var/lib/flatpak/exports/share");
+    folders.emplace_back("/var/lib/snapd/desktop");
     return folders;
 }
 

@@ -19,8 +19,9 @@ struct XdgEnvironment {
     // The environment of this process as it is now. Main thread.
     //
     // Data folders as the XDG Base Directory Specification has them (a relative one is ignored,
-    // though GIO would look for it in the working folder), then the folders to which Flatpak and
-    // snap export entries: sessions exist whose XDG_DATA_DIRS lacks them.
+    // though GIO would look for it in the working folder; a user without a home has none), then the
+    // folders to which Flatpak and snap export entries: sessions exist whose XDG_DATA_DIRS lacks
+    // them.
     static XdgEnvironment fromProcess();
 };
 

@@ -1,5 +1,8 @@
 #include <optional>
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -63,10 +66,41 @@ TEST_F(XdgEnvironmentTest, data_folders_follow_the_variables) {
     }
 }
 
+TEST_F(XdgEnvironmentTest, the_users_folder_is_in_the_home) {
+    const passwd* const user = getpwuid(getuid());
+    ASSERT_NE(user, nullptr);
+    const std::string recorded = user->pw_dir == std::string("/") ? "" : user->pw_dir;
+    struct Row {
+        const char* name;
+        Variable home;
+        std::string expected;
+    };
+    const std::vector<Row> rows = {
+        {"plain", "/home/ada", "/home/ada/.local/share"},
+        {"a trailing slash", "/home/ada/", "/home/ada/.local/share"},
+        {"several of them", "/home/ada///", "/home/ada/.local/share"},
+        {"slashes within stay", "/home//ada", "/home//ada/.local/share"},
+        {"the root", "/", "/.local/share"},
+        {"relative", "ada", recorded + "/.local/share"},
+        {"empty", "", recorded + "/.local/share"},
+        {"unset", std::nullopt, recorded + "/.local/share"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        variables_.set("HOME", row.home);
+        const auto folders = XdgEnvironment::fromProcess().dataDirs;
+        EXPECT_EQ(folders.front(), row.expected);
+        EXPECT_THAT(folders, testing::Contains(row.expected + "/flatpak/exports/share"));
+    }
+}
+
 TEST_F(XdgEnvironmentTest, the_users_flatpak_folder_follows_the_data_home) {
-    variables_.set("XDG_DATA_HOME", "/d");
-    EXPECT_THAT(XdgEnvironment::fromProcess().dataDirs,
-                testing::Contains("/d/flatpak/exports/share"));
+    for (const char* const folder : {"/d", "/d//"}) {
+        SCOPED_TRACE(folder);
+        variables_.set("XDG_DATA_HOME", folder);
+        EXPECT_THAT(XdgEnvironment::fromProcess().dataDirs,
+                    testing::Contains("/d/flatpak/exports/share"));
+    }
 }
 
 TEST_F(XdgEnvironmentTest, desktops_are_split_at_colons) {
