@@ -15,7 +15,8 @@ struct FoundApplication {
     bool operator==(const FoundApplication&) const = default;
 };
 
-// Main thread; answers when the scan is done. Each call looks anew. In no order, each path once.
+// One call at a time, on any thread; answers when the scan is done. The first answer may be from a
+// scan already begun; each later call looks anew. In no order, each path once.
 class ApplicationSource {
 public:
     virtual ~ApplicationSource() = default;
