@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/linux/PosixFileManager.h"
+#include "platform/linux/XdgEnvironment.h"
 
 namespace tavo {
 namespace {
@@ -34,12 +35,14 @@ void addFolder(std::vector<std::string>& folders, std::string folder) {
 }  // namespace
 
 IconEnvironment IconEnvironment::fromProcess() {
-    return fromVariables([](const char* name) -> std::string {
+    IconEnvironment environment = fromVariables([](const char* name) -> std::string {
         if (const char* const value = std::getenv(name); value != nullptr && *value != '\0') {
             return value;
         }
         return std::string_view(name) == "HOME" ? makePosixFileManager()->homeDirectory() : "";
     });
+    environment.languages = messageLanguages();
+    return environment;
 }
 
 IconEnvironment IconEnvironment::fromVariables(

@@ -23,36 +23,6 @@ std::string_view withoutFlag(std::string_view key) {
     return key.substr(0, key.find("[$"));
 }
 
-std::string unescaped(std::string_view value) {
-    std::string text;
-    for (std::size_t i = 0; i < value.size(); ++i) {
-        if (value[i] != '\\' || i + 1 == value.size()) {
-            text += value[i];
-            continue;
-        }
-        switch (value[++i]) {
-            case 's':
-                text += ' ';
-                break;
-            case 'n':
-                text += '\n';
-                break;
-            case 't':
-                text += '\t';
-                break;
-            case 'r':
-                text += '\r';
-                break;
-            case '\\':
-                text += '\\';
-                break;
-            default:
-                text.append({'\\', value[i]});
-        }
-    }
-    return text;
-}
-
 }  // namespace
 
 bool KeyFileLines::next() {
@@ -90,10 +60,6 @@ std::optional<std::string> keyFileValue(const std::string& path, std::string_vie
         }
     }
     return found;
-}
-
-std::string desktopEntryIcon(const std::string& path) {
-    return unescaped(keyFileValue(path, "Desktop Entry", "Icon").value_or(""));
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Files of groups and keys: desktop entries, index.theme, settings.ini, kdeglobals.
+// Files of groups and keys that configure: index.theme, settings.ini, kdeglobals.
 //
 // The common ground of their grammars: "[group]" and "key=value" lines, "#" and ";" comments, white
 // space around keys and values without meaning. What is neither is passed over. Any thread.
@@ -34,9 +34,5 @@ private:
 // cannot be read or is no regular file of at most 1 MiB. A key may carry a flag ("Theme[$i]").
 std::optional<std::string> keyFileValue(const std::string& path, std::string_view group,
                                         std::string_view key);
-
-// The icon that the desktop entry file at `path` names in its plain Icon key, its escapes decoded.
-// Empty when there is none.
-std::string desktopEntryIcon(const std::string& path);
 
 }  // namespace tavo

@@ -81,12 +81,18 @@ XdgEnvironment XdgEnvironment::fromProcess() {
     XdgEnvironment environment;
     environment.dataDirs = dataFolders();
     environment.currentDesktops = splitAtColons(variable("XDG_CURRENT_DESKTOP"));
-    for (const char* const* language = g_get_language_names(); *language != nullptr; ++language) {
-        environment.languages.emplace_back(*language);
-    }
+    environment.languages = messageLanguages();
     const char* const path = std::getenv("PATH");
     environment.path = path == nullptr ? "/bin:/usr/bin:." : path;
     return environment;
+}
+
+std::vector<std::string> messageLanguages() {
+    std::vector<std::string> languages;
+    for (const char* const* language = g_get_language_names(); *language != nullptr; ++language) {
+        languages.emplace_back(*language);
+    }
+    return languages;
 }
 
 }  // namespace tavo

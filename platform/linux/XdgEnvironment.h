@@ -25,4 +25,8 @@ struct XdgEnvironment {
     static XdgEnvironment fromProcess();
 };
 
+// Of messages, as the process's environment has them now: the preferred language first, each with
+// its variants after it, "C" last.
+std::vector<std::string> messageLanguages();
+
 }  // namespace tavo

@@ -8,14 +8,15 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/DesktopEntry.h"
 #include "platform/linux/FileStamp.h"
 #include "platform/linux/Fingerprint.h"
 #include "platform/linux/IconFile.h"
 #include "platform/linux/IconTheme.h"
 #include "platform/linux/IconThemeName.h"
-#include "platform/linux/KeyFile.h"
 #include "platform/linux/PosixFileManager.h"
 #include "platform/linux/RenderedIconCache.h"
+#include "support/Text.h"
 
 namespace tavo {
 namespace {
@@ -48,12 +49,18 @@ std::uint64_t fingerprintOf(const std::vector<std::string>& paths) {
     return fingerprint.value();
 }
 
-Subject subjectOf(const std::string& path) {
+// Of an entry that is gone or is none, "". Blanks around a name are a slip of its author.
+std::string iconOfEntry(const std::string& path, const std::vector<std::string>& languages) {
+    const auto entry = readDesktopEntry(path, languages);
+    return entry ? std::string(trimmed(entry->icon)) : std::string();
+}
+
+Subject subjectOf(const std::string& path, const std::vector<std::string>& languages) {
     if (path.ends_with(".app")) {
         return {Subject::Kind::Bundle, path,
                 fingerprintOf({path + "/Contents/Info.plist", path + "/Contents/Resources"})};
     }
-    std::string icon = path.ends_with(".desktop") ? desktopEntryIcon(path) : std::string();
+    std::string icon = path.ends_with(".desktop") ? iconOfEntry(path, languages) : std::string();
     if (icon.starts_with('/')) {
         const std::uint64_t lookup = fingerprintOf({icon});
         return {Subject::Kind::File, std::move(icon), lookup};
@@ -153,7 +160,7 @@ std::uint64_t lookupOf(const IconTheme& theme, const Subject& subject) {
 IconImage ThemedIconSource::icon(const std::string& path, int size, double scale) {
     const int side = sideOf(size, scale);
     const auto theme = this->theme();
-    const Subject subject = subjectOf(path);
+    const Subject subject = subjectOf(path, environment_.languages);
     const std::string key = cacheKey(*theme, subject, size, scale);
     const std::uint64_t lookup = lookupOf(*theme, subject);
 

@@ -21,7 +21,8 @@ public:
 // The CFBundleIconFile that a bundle (its folder) declares, as written.
 using BundleIconFile = std::function<std::optional<std::string>(const std::string& bundle)>;
 
-// A path that ends in ".desktop" has the icon that the entry names; a folder "X.app" has the
+// A path that ends in ".desktop" has the icon that the entry names in the first of the
+// environment's languages that has one, else in its plain Icon key; a folder "X.app" has the
 // bundle's icon file, and without `bundleIconFile`, or where that has no answer, the first .icns
 // among its resources. Any other has the generic one, and so has every one whose icon is missing,
 // broken or of absurd size: the theme's "application-x-executable", else one drawn here.

@@ -189,9 +189,27 @@ TEST(DesktopEntry, the_name_is_the_best_translation) {
 }
 
 TEST(DesktopEntry, the_icon_is_localized_as_the_name_is) {
-    const auto entry = parse("[Desktop Entry]\nIcon=flag\nIcon[it]=flag-it\nIcon[de]=flag-de\n");
-    ASSERT_TRUE(entry);
-    EXPECT_EQ(entry->icon, "flag-it");
+    struct Row {
+        const char* name;
+        std::string lines;
+        std::string expected;
+    };
+    const std::vector<Row> rows = {
+        {"none", "Name=x\n", ""},
+        {"empty", "Icon=\n", ""},
+        {"plain", "Icon=terminal\n", "terminal"},
+        {"the language", "Icon=flag\nIcon[it]=flag-it\nIcon[de]=flag-de\n", "flag-it"},
+        {"another language", "Icon=flag\nIcon[de]=flag-de\n", "flag"},
+        {"an action's is not meant", "Icon=yes\n[Desktop Action New]\nIcon=no\n", "yes"},
+        {"escapes", "Icon=/opt/a\\sb\\\\c.png\n", "/opt/a b\\c.png"},
+        {"not UTF-8", "Icon=caff\xe8\n", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto entry = parse("[Desktop Entry]\n" + row.lines);
+        ASSERT_TRUE(entry);
+        EXPECT_EQ(entry->icon, row.expected);
+    }
 }
 
 TEST(DesktopEntry, other_keys_have_no_translations) {

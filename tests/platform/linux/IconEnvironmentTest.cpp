@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/IconEnvironment.h"
+#include "tests/platform/linux/ScopedVariables.h"
 
 namespace tavo {
 namespace {
@@ -45,6 +46,13 @@ TEST(IconEnvironment, variables_count_where_they_are_absolute) {
     EXPECT_EQ(environment.cacheFolder, "/c/tavolauncher/icons");
     EXPECT_EQ(environment.desktops, (Strings{"ubuntu", "GNOME"}));
     EXPECT_EQ(environment.display, ":7");
+}
+
+TEST(IconEnvironment, languages_are_those_of_messages) {
+    ScopedVariables variables;
+    variables.set("LANGUAGE", std::nullopt);
+    variables.set("LC_ALL", "it_IT");
+    EXPECT_EQ(IconEnvironment::fromProcess().languages, (Strings{"it_IT", "it", "C"}));
 }
 
 TEST(IconEnvironment, on_wayland_no_x_server_is_asked) {

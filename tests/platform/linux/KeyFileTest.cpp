@@ -38,30 +38,5 @@ TEST(KeyFile, what_is_no_regular_file_of_bearable_size_has_no_values) {
     EXPECT_EQ(keyFileValue(folder / "huge", "Icons", "Theme"), std::nullopt);
 }
 
-TEST(DesktopEntryIcon, is_the_plain_icon_key_of_the_entry_itself) {
-    struct Case {
-        const char* name;
-        const char* text;
-        const char* icon;
-    };
-    const Case cases[] = {
-        {"plain", "[Desktop Entry]\nIcon=terminal\n", "terminal"},
-        {"translated ones are not meant", "[Desktop Entry]\nIcon[it]=no\nIcon=yes\n", "yes"},
-        {"an action's is not meant", "[Desktop Entry]\nIcon=yes\n[Desktop Action New]\nIcon=no\n",
-         "yes"},
-        {"escapes", "[Desktop Entry]\nIcon=/opt/a\\sb\\\\c.png\n", "/opt/a b\\c.png"},
-        {"an unknown escape stays", "[Desktop Entry]\nIcon=a\\qb\\\n", "a\\qb\\"},
-        {"empty", "[Desktop Entry]\nIcon=\n", ""},
-        {"none", "[Desktop Entry]\nName=x\n", ""},
-    };
-    const TemporaryFolder folder;
-    for (const Case& row : cases) {
-        SCOPED_TRACE(row.name);
-        writeFile(folder / "a.desktop", row.text);
-        EXPECT_EQ(desktopEntryIcon(folder / "a.desktop"), row.icon);
-    }
-    EXPECT_EQ(desktopEntryIcon(folder / "missing.desktop"), "");
-}
-
 }  // namespace
 }  // namespace tavo

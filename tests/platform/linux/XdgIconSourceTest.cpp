@@ -125,7 +125,37 @@ TEST_F(XdgIconSourceTest, an_entry_has_the_icon_that_it_names) {
     EXPECT_EQ(colour(world_.addEntry("c", loose)), kBlue);
 }
 
+TEST_F(XdgIconSourceTest, blanks_around_an_icons_name_do_not_count) {
+    world_.addPng("system/icons/hicolor/128/themed.png", 128, kRed);
+    EXPECT_EQ(colour(world_.addEntry("a", " themed \t")), kRed);
+}
+
+TEST_F(XdgIconSourceTest, an_entry_has_the_icon_of_the_users_language) {
+    world_.addPng("system/icons/hicolor/128/flag.png", 128, kRed);
+    world_.addPng("system/icons/hicolor/128/flag-it.png", 128, kBlue);
+    const std::string path = world_.addEntry("a", "flag\nIcon[it]=flag-it");
+    struct Case {
+        const char* name;
+        std::vector<std::string> languages;
+        std::uint32_t colour;
+    };
+    const Case cases[] = {
+        {"no language", {}, kRed},
+        {"the entry's", {"it_IT", "it", "C"}, kBlue},
+        {"another, over the same cache", {"de", "C"}, kRed},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        IconEnvironment environment = world_.environment();
+        environment.languages = row.languages;
+        source_ = makeXdgIconSource(environment);
+        EXPECT_EQ(colour(path), row.colour);
+    }
+}
+
 TEST_F(XdgIconSourceTest, what_names_no_icon_that_can_be_shown_has_the_generic_one) {
+    world_.addPng("system/icons/hicolor/48/fine.png", 48, kRed);
+    writeFile(world_ / "applications/j.desktop", "[Desktop Entry]\nIcon=fine\ngarbage\n");
     writeFile(world_ / "broken.png", "no picture");
     writeFile(world_ / "system/icons/hicolor/48/broken.png", "no picture");
     ASSERT_EQ(::mkfifo((world_ / "pipe").c_str(), 0600), 0);
@@ -143,6 +173,7 @@ TEST_F(XdgIconSourceTest, what_names_no_icon_that_can_be_shown_has_the_generic_o
         {"a pipe", world_.addEntry("g", world_ / "pipe")},
         {"a device", world_.addEntry("h", "/dev/zero")},
         {"a folder", world_.addEntry("i", world_ / "system")},
+        {"an ill-formed entry", world_ / "applications/j.desktop"},
         {"an entry that is gone", world_ / "gone.desktop"},
         {"a bundle that is gone", world_ / "gone.app"},
         {"any other file", "/etc/hostname"},
