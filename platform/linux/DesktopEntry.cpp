@@ -23,7 +23,6 @@ enum Key : std::size_t {
     kExec,
     kTryExec,
     kPath,
-    kStartupWMClass,
     kOnlyShowIn,
     kNotShowIn,
     kHidden,
@@ -35,9 +34,8 @@ enum Key : std::size_t {
 };
 
 constexpr std::array<std::string_view, kKeyCount> kKeyNames = {
-    "Type",      "Name",           "Icon",          "Exec",           "TryExec",
-    "Path",      "StartupWMClass", "OnlyShowIn",    "NotShowIn",      "Hidden",
-    "NoDisplay", "Terminal",       "StartupNotify", "DBusActivatable"};
+    "Type",      "Name",   "Icon",      "Exec",     "TryExec",       "Path",           "OnlyShowIn",
+    "NotShowIn", "Hidden", "NoDisplay", "Terminal", "StartupNotify", "DBusActivatable"};
 
 using RawValue = std::optional<std::string_view>;
 
@@ -90,10 +88,6 @@ std::string_view withoutTrailingBlanks(std::string_view text) {
         text.remove_suffix(1);
     }
     return text;
-}
-
-bool isUtf8Text(std::string_view text) {
-    return g_utf8_validate_len(text.data(), text.size(), nullptr) != FALSE;
 }
 
 // The name in a line "[name]". Absent when the line is no group.
@@ -194,12 +188,12 @@ std::string decoded(std::string_view raw) {
 }
 
 std::string stringOf(const RawValue& raw) {
-    return raw && isUtf8Text(*raw) ? decoded(*raw) : std::string();
+    return raw && isUtf8(*raw) ? decoded(*raw) : std::string();
 }
 
 // A list with an escape that means nothing is no list at all.
 std::optional<std::vector<std::string>> listOf(const RawValue& raw) {
-    if (!raw || !isUtf8Text(*raw)) {
+    if (!raw || !isUtf8(*raw)) {
         return std::nullopt;
     }
     std::vector<std::string> list;
@@ -387,7 +381,6 @@ std::optional<DesktopEntry> DesktopEntryReader::parse(std::string_view bytes) {
     entry.exec = stringOf(scan.value(kExec));
     entry.tryExec = stringOf(scan.value(kTryExec));
     entry.path = stringOf(scan.value(kPath));
-    entry.startupWMClass = stringOf(scan.value(kStartupWMClass));
     entry.onlyShowIn = listOf(scan.value(kOnlyShowIn));
     entry.notShowIn = listOf(scan.value(kNotShowIn));
     entry.hidden = isTrue(scan.value(kHidden));

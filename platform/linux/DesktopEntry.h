@@ -9,11 +9,14 @@
 // Bad input never fails anything else: it reads as "no entry" or as an absent key.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/linux/KeyFile.h"
 
 namespace tavo {
 
@@ -31,7 +34,6 @@ struct DesktopEntry {
     std::string exec;
     std::string tryExec;
     std::string path;  // the working folder of the program
-    std::string startupWMClass;
 
     // Present and empty differs from absent: the former shows the entry nowhere.
     std::optional<std::vector<std::string>> onlyShowIn;
@@ -46,8 +48,8 @@ struct DesktopEntry {
     bool operator==(const DesktopEntry&) const = default;
 };
 
-// No file of this kind comes near it; a longer one is no entry.
-inline constexpr std::size_t kLargestDesktopEntry = std::size_t{1} << 20;  // bytes
+// A longer file is no entry.
+inline constexpr std::size_t kLargestDesktopEntry = kLargestKeyFile;  // bytes
 
 // Reads many entries one after the other with one buffer. One thread at a time.
 class DesktopEntryReader {

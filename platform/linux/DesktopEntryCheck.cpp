@@ -1,7 +1,8 @@
 #include "platform/linux/DesktopEntryCheck.h"
 
 #include <cerrno>
-#include <memory>
+#include <string_view>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,26 +10,14 @@
 #include <gio/gio.h>
 
 #include "platform/linux/BoundedFile.h"
+#include "platform/linux/DesktopEntry.h"
 #include "platform/linux/OpeningMessages.h"
 #include "platform/linux/ProgramCheck.h"
 
 namespace tavo {
 namespace {
 
-constexpr std::size_t kLargestEntry = std::size_t{1} << 20;
 constexpr std::string_view kSuffix = ".desktop";
-
-using KeyFile = std::unique_ptr<GKeyFile, decltype(&g_key_file_unref)>;
-
-std::string text(const KeyFile& file, const char* key) {
-    const std::unique_ptr<char, decltype(&g_free)> value(
-        g_key_file_get_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr), g_free);
-    return value ? std::string(value.get()) : std::string();
-}
-
-bool flag(const KeyFile& file, const char* key) {
-    return g_key_file_get_boolean(file.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != FALSE;
-}
 
 Error unreadable(const std::string& path, int code) {
     return code == ENOENT ? messages::applicationMissing(path)
@@ -56,26 +45,22 @@ Result<std::string> checkProgram(const std::string& program, const std::string& 
 }  // namespace
 
 Result<EntryKeys> readEntryKeys(const std::string& path) {
-    const auto bytes = readBoundedFile(path, kLargestEntry);
+    const auto bytes = readBoundedFile(path, kLargestDesktopEntry);
     if (const auto* const failure = std::get_if<FileFailure>(&bytes)) {
         return unreadable(path, failure->code);
     }
-    const std::string& content = std::get<std::string>(bytes);
-    const KeyFile file(g_key_file_new(), g_key_file_unref);
-    if (g_key_file_load_from_data(file.get(), content.data(), content.size(), G_KEY_FILE_NONE,
-                                  nullptr) == FALSE ||
-        text(file, G_KEY_FILE_DESKTOP_KEY_TYPE) != G_KEY_FILE_DESKTOP_TYPE_APPLICATION) {
+    const auto entry = parseDesktopEntry(std::get<std::string>(bytes), {});
+    if (!entry || entry->type != "Application") {
         return messages::entryInvalid(path);
     }
     EntryKeys keys;
-    keys.command = text(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
-    keys.tryExec = text(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
-    keys.workingDirectory = text(file, G_KEY_FILE_DESKTOP_KEY_PATH);
-    keys.hidden = flag(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN);
-    keys.terminal = flag(file, G_KEY_FILE_DESKTOP_KEY_TERMINAL);
-    keys.startupNotify = flag(file, G_KEY_FILE_DESKTOP_KEY_STARTUP_NOTIFY);
-    keys.busActivatable =
-        flag(file, G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE) && !entryBusName(path).empty();
+    keys.command = entry->exec;
+    keys.tryExec = entry->tryExec;
+    keys.workingDirectory = entry->path;
+    keys.hidden = entry->hidden;
+    keys.terminal = entry->terminal;
+    keys.startupNotify = entry->startupNotify;
+    keys.busActivatable = entry->dbusActivatable && !entryBusName(path).empty();
     return keys;
 }
 

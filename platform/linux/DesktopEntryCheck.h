@@ -10,7 +10,8 @@
 
 namespace tavo {
 
-// The keys that decide over a start, as written. Texts are UTF-8; empty ones were missing or empty.
+// The keys that decide over a start, escapes decoded. Texts are UTF-8; empty ones were missing or
+// empty.
 struct EntryKeys {
     std::string command;  // Exec
     std::string tryExec;
@@ -21,8 +22,8 @@ struct EntryKeys {
     bool busActivatable = false;  // DBusActivatable, and the file's name is a bus name
 };
 
-// The entry at `path`, a regular file of at most 1 MiB with a group [Desktop Entry] of type
-// Application.
+// The entry at `path`, a regular file of at most kLargestDesktopEntry that DesktopEntry's reader
+// accepts, of type Application.
 Result<EntryKeys> readEntryKeys(const std::string& path);
 
 // The command's first word, split as a shell would; empty when the command is empty or cannot be

@@ -7,8 +7,6 @@
 namespace tavo {
 namespace {
 
-constexpr std::size_t kLargestFile = std::size_t{1} << 20U;  // bytes
-
 std::string_view stripped(std::string_view text) {
     constexpr std::string_view kBlank = " \t\r";
     const std::size_t first = text.find_first_not_of(kBlank);
@@ -48,7 +46,7 @@ bool KeyFileLines::next() {
 
 std::optional<std::string> keyFileValue(const std::string& path, std::string_view group,
                                         std::string_view key) {
-    const auto bytes = readBoundedFile(path, kLargestFile);
+    const auto bytes = readBoundedFile(path, kLargestKeyFile);
     const auto* const text = std::get_if<std::string>(&bytes);
     if (text == nullptr) {
         return std::nullopt;

@@ -4,6 +4,7 @@
 // space around keys and values without meaning. What is neither is passed over. Any thread.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,8 +31,12 @@ private:
     std::string_view value_;
 };
 
+// No file of this kind comes near it.
+inline constexpr std::size_t kLargestKeyFile = std::size_t{1} << 20;  // bytes
+
 // The value in the file at `path`; of a key that comes twice, the last one. Absent when the file
-// cannot be read or is no regular file of at most 1 MiB. A key may carry a flag ("Theme[$i]").
+// cannot be read or is no regular file of at most kLargestKeyFile. A key may carry a flag
+// ("Theme[$i]").
 std::optional<std::string> keyFileValue(const std::string& path, std::string_view group,
                                         std::string_view key);
 

@@ -15,10 +15,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <glib.h>
-
 #include "platform/linux/DesktopEntry.h"
 #include "platform/linux/ProgramSearch.h"
+#include "support/Text.h"
 
 namespace tavo {
 namespace {
@@ -152,10 +151,6 @@ bool isListed(const DesktopEntry& entry, const std::vector<std::string>& desktop
            !entry.name.empty() && isShownIn(desktops, entry) && programsExist(entry, programs);
 }
 
-bool isUtf8Path(const std::string& path) {
-    return g_utf8_validate_len(path.data(), path.size(), nullptr) != FALSE;
-}
-
 class XdgApplicationSource final : public ApplicationSource {
 public:
     explicit XdgApplicationSource(XdgEnvironment environment)
@@ -220,7 +215,7 @@ private:
                 std::string path =
                     environment_.dataDirs[file.dataDir] + "/applications/" + file.name;
                 if (entry && isListed(*entry, environment_.currentDesktops, programs) &&
-                    isUtf8Path(path)) {
+                    isUtf8(path)) {
                     found.push_back({entry->name, std::move(path)});
                 }
             }

@@ -53,7 +53,6 @@ TEST(DesktopEntry, reads_every_key_that_matters) {
     expected.exec = "editor %F";
     expected.tryExec = "/usr/bin/editor";
     expected.path = "/srv/texts";
-    expected.startupWMClass = "Editor";
     expected.onlyShowIn = {"GNOME", "XFCE"};
     expected.notShowIn = {"KDE"};
     expected.hidden = expected.noDisplay = expected.terminal = true;

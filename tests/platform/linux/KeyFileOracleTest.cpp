@@ -89,7 +89,6 @@ void expectSame(const std::string& bytes) {
     EXPECT_EQ(entry->exec, oracle.string("Exec"));
     EXPECT_EQ(entry->tryExec, oracle.string("TryExec"));
     EXPECT_EQ(entry->path, oracle.string("Path"));
-    EXPECT_EQ(entry->startupWMClass, oracle.string("StartupWMClass"));
     EXPECT_EQ(entry->onlyShowIn, oracle.list("OnlyShowIn"));
     EXPECT_EQ(entry->notShowIn, oracle.list("NotShowIn"));
     EXPECT_EQ(entry->hidden, oracle.boolean("Hidden"));

@@ -34,7 +34,7 @@ TEST(KeyFile, what_is_no_regular_file_of_bearable_size_has_no_values) {
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(keyFileValue(folder / "pipe", "Icons", "Theme"), std::nullopt);
     EXPECT_EQ(keyFileValue(folder.path().string(), "Icons", "Theme"), std::nullopt);
-    writeFile(folder / "huge", "[Icons]\nTheme=x\n" + std::string((1U << 20U) + 1, '\n'));
+    writeFile(folder / "huge", "[Icons]\nTheme=x\n" + std::string(kLargestKeyFile, '\n'));
     EXPECT_EQ(keyFileValue(folder / "huge", "Icons", "Theme"), std::nullopt);
 }
 
