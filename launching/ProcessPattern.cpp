@@ -39,10 +39,12 @@ std::string escapedPattern(std::string_view text) {
 }
 
 std::string processPattern(std::string_view text) {
-    const std::string escaped = escapedPattern(text);
-    const std::size_t length = firstCharacterLength(escaped);
-    return escaped.empty() ? std::string()
-                           : "[" + escaped.substr(0, length) + "]" + escaped.substr(length);
+    std::string pattern = escapedPattern(text);
+    if (!pattern.empty()) {
+        pattern.insert(firstCharacterLength(pattern), 1, ']');
+        pattern.insert(0, 1, '[');
+    }
+    return pattern;
 }
 
 }  // namespace tavo
