@@ -250,7 +250,11 @@ class Launcher:
         return tuple(int(re.search(rf"{side}=(\d+)", shape)[1]) for side in ("WIDTH", "HEIGHT"))
 
     def await_active(self):
-        wait_until(self.is_active, "the window to have the keyboard")
+        def active():
+            if self.process.poll() is not None:
+                raise AssertionError(f"the program ended with status {self.process.returncode}")
+            return self.is_active()
+        wait_until(active, "the window to have the keyboard")
         return self
 
     def kill(self):
@@ -338,7 +342,11 @@ class DesktopTest(unittest.TestCase):
         wait_until(path.exists, str(path))
 
     def keep_evidence(self):
-        """What the screen looked like when the test failed, and what the program said."""
+        """What the screen looked like when the test failed, which windows the server had, and
+        what the programs said."""
         name = ".".join(self.id().split(".")[-2:])
         print(f"picture: {self.desktop.screenshot(ARTIFACTS / f'{name}.png')}")
+        windows = self.desktop.run("xwininfo", "-root", "-tree").splitlines()
+        print("windows:", *(line for line in windows if "has no name" not in line), sep="\n")
+        print("the window manager said:", self.desktop.log("wm.log") or "nothing", sep="\n")
         print("the program said:", self.desktop.log()[-5000:] or "nothing", sep="\n")
