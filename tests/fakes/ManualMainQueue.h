@@ -28,7 +28,7 @@ public:
                         std::move(block));
     }
 
-    // Runs what is due now, and what that adds for now, until nothing is left.
+    // Runs what is due at this moment, and what that adds, until nothing that is due is left.
     void run() { advance(Milliseconds(0)); }
 
     // Lets `time` pass, running each block at its own moment.
