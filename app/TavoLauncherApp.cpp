@@ -1,25 +1,40 @@
 #include "app/TavoLauncherApp.h"
 
 #include <QCoreApplication>
+#include <cstdio>
 
+#include "app/TavoLauncherMenuController.h"
 #include "catalogue/Favorites.h"
 #include "platform/ApplicationSource.h"
 #include "platform/ChildProcess.h"
 #include "platform/DefaultsStore.h"
 #include "platform/FileManager.h"
-#include "platform/IconSource.h"
 #include "platform/MainQueue.h"
+#include "platform/linux/ActivationTokens.h"
+#include "platform/linux/GioLinks.h"
 #include "platform/linux/GioWorkspace.h"
+#include "platform/linux/PortalDesktopSettings.h"
 #include "platform/linux/PosixChildProcess.h"
 #include "platform/linux/PosixFileManager.h"
 #include "platform/linux/PropertyList.h"
 #include "platform/linux/QtMainQueue.h"
+#include "platform/linux/SessionPresence.h"
+#include "platform/linux/SessionRunningApplications.h"
+#include "platform/linux/SessionStatusItemHosts.h"
+#include "platform/linux/SessionWindowManagement.h"
 #include "platform/linux/SqliteDefaultsStore.h"
-#include "platform/linux/UnknownRunningApplications.h"
+#include "platform/linux/TerminationSignals.h"
+#include "platform/linux/WaylandSession.h"
+#include "platform/linux/WindowSight.h"
 #include "platform/linux/XcbCompositing.h"
+#include "platform/linux/XcbUserTime.h"
 #include "platform/linux/XdgEnvironment.h"
 #include "platform/linux/XdgIconSource.h"
 #include "ui/AccessibleItems.h"
+#include "ui/ApplicationIcon.h"
+#include "ui/CaretRest.h"
+#include "ui/DesktopLook.h"
+#include "ui/FirstFrame.h"
 #include "ui/LauncherView.h"
 #include "ui/LauncherWindow.h"
 #include "ui/ToolkitTexts.h"
@@ -27,14 +42,20 @@
 namespace tavo {
 namespace {
 
-OpeningSettings openingSettings(StartEnvironment environment) {
+std::string activationToken(ActivationTokens& tokens, const std::string& identifier) {
+    constexpr std::string_view kSuffix = ".desktop";
+    const bool isEntry = identifier.ends_with(kSuffix);
+    return tokens
+        .token(isEntry ? identifier.substr(0, identifier.size() - kSuffix.size()) : identifier)
+        .value_or("");
+}
+
+std::vector<std::string> applicationFolders() {
     std::vector<std::string> folders;
     for (const std::string& dataDir : XdgEnvironment::fromProcess().dataDirs) {
         folders.push_back(dataDir + "/applications");
     }
-    return {.environment = std::move(environment),
-            .applicationFolders = std::move(folders),
-            .userTime = {}};
+    return folders;
 }
 
 std::optional<std::string> bundleIconFile(const std::string& bundle) {
@@ -46,55 +67,119 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
 }  // namespace
 
 struct TavoLauncherApp::Parts {
-    Parts(StartEnvironment environment, std::unique_ptr<ApplicationSource> found)
-        : applications(std::move(found)),
-          workspace(makeGioWorkspace(openingSettings(std::move(environment)))),
+    Parts(const StartEnvironment& environment, std::unique_ptr<ApplicationSource> found,
+          std::shared_ptr<ListedEntries> listed, SessionPresence& session)
+        : presence(session),
+          applications(std::move(found)),
+          childEnvironment(environment.forChildren()),
+          wayland(isWaylandSession(environment)),
+          running(
+              makeSessionRunningApplications(environment, wayland, std::move(listed), userTime)),
+          workspace(makeGioWorkspace(
+              {.environment = environment,
+               .wayland = wayland,
+               .applicationFolders = applicationFolders(),
+               .userTime = userTime,
+               .activationToken =
+                   [this](const std::string& identifier) {
+                       return activationToken(*tokens, identifier);
+                   },
+               .showsWindow =
+                   [this](const RunningApplication& started) {
+                       return running->showsWindow(started);
+                   },
+               .mainQueue = mainQueue.get(),
+               .seesWindows = [this,
+                               environment] { return windowsCanBeSeen(environment, wayland); }})),
           window(*compositing) {
         Favorites::shared().use(*defaults);
-        auto* const view = new LauncherView({.platform = {.defaults = *defaults,
-                                                          .files = *files,
-                                                          .applications = *applications,
-                                                          .workspace = *workspace,
-                                                          .running = *running,
-                                                          .processes = *processes,
-                                                          .mainQueue = *mainQueue},
-                                             .text = TextRules::forUser(),
-                                             .icons = *icons,
-                                             .mainQueue = *mainQueue},
-                                            &window);
+        view = new LauncherView({.platform = {.defaults = *defaults,
+                                              .files = *files,
+                                              .applications = *applications,
+                                              .workspace = *workspace,
+                                              .running = *running,
+                                              .processes = *processes,
+                                              .mainQueue = *mainQueue},
+                                 .text = TextRules::forUser(),
+                                 .icons = *icons,
+                                 .mainQueue = *mainQueue},
+                                &window);
         window.setContent(view);
-        // Nothing could bring a closed window back, so closing it ends the program.
-        view->onClose = [] { QCoreApplication::quit(); };
-        // Esc would end it too easily.
-        view->onEscape = [] {};
-        window.onClose = [] { QCoreApplication::quit(); };
-        window.onQuit = [] { QCoreApplication::quit(); };
+        view->onClose = [this] { controller.closeLauncher(); };
+        view->onEscape = [this] { controller.escape(); };
+        view->onLink = [this](const std::string& address) {
+            if (!openLink(address, childEnvironment)) {
+                std::fprintf(stderr, "tavolauncher: no program opens %s\n", address.c_str());
+            }
+        };
+        window.onClose = [this] { controller.closeLauncher(); };
+        window.onQuit = [this] { controller.quit(); };
+        window.onAnother = [this] { management->prepareToShow(window.winId(), {}); };
+        presence.serve(*mainQueue,
+                       {.activated = [this](const StartRequest& r) { controller.showLauncher(r); },
+                        .superseded = [this] { controller.quit(); },
+                        .changed = [this] { hosts->presenceChanged(); },
+                        .itemClicked = [this](const ItemClick& c) { hosts->clicked.emit(c); }});
     }
 
+    Parts(const Parts&) = delete;
+    Parts& operator=(const Parts&) = delete;
+    ~Parts() { presence.stopServing(); }
+
+    void useIconTheme(const std::string& name) {
+        icons->preferTheme(name);
+        if (view != nullptr) {
+            view->refreshIcons();
+        }
+    }
+
+    SessionPresence& presence;
     std::unique_ptr<ApplicationSource> applications;
+    std::vector<std::string> childEnvironment;
     std::unique_ptr<MainQueue> mainQueue = makeQtMainQueue();
+    // It is asking while the rest is made.
+    std::unique_ptr<DesktopSettings> settings = makePortalDesktopSettings(*mainQueue);
     std::unique_ptr<DefaultsStore> defaults = makeSqliteDefaultsStore(defaultStoreFile());
     std::unique_ptr<FileManager> files = makePosixFileManager();
-    std::unique_ptr<RunningApplications> running = makeUnknownRunningApplications();
+    UserTime userTime = watchXcbUserTime();
+    std::unique_ptr<ActivationTokens> tokens = makeWaylandActivationTokens();
+    const bool wayland;
+    std::unique_ptr<RunningApplications> running;
     std::unique_ptr<ChildProcess> processes = makePosixChildProcess();
     std::unique_ptr<Workspace> workspace;
-    std::unique_ptr<IconSource> icons =
+    std::unique_ptr<XdgIconSource> icons =
         makeXdgIconSource(IconEnvironment::fromProcess(), bundleIconFile);
     std::unique_ptr<Compositing> compositing = makeXcbCompositing();
+    CaretRest caretRest;
+    LauncherView* view = nullptr;
+    DesktopLook look{*settings, [this](const std::string& name) { useIconTheme(name); }};
     LauncherWindow window;
+    std::unique_ptr<WindowManagement> management = makeSessionWindowManagement(*running);
+    std::unique_ptr<SessionStatusItemHosts> hosts = makeSessionStatusItemHosts(presence);
+    TavoLauncherMenuController controller{
+        {.window = window, .management = *management, .hosts = *hosts, .reachable = [this] {
+             return presence.reachable();
+         }}};
+    std::shared_ptr<void> signals = listenForTermination([this] { controller.quit(); });
 };
 
-TavoLauncherApp::TavoLauncherApp(StartEnvironment environment,
-                                 std::unique_ptr<ApplicationSource> applications) {
+TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment,
+                                 std::unique_ptr<ApplicationSource> applications,
+                                 std::shared_ptr<ListedEntries> listed, SessionPresence& presence) {
     installAccessibleItems();
     QCoreApplication::installTranslator(new ToolkitTexts(qApp));
-    parts_ = std::make_unique<Parts>(std::move(environment), std::move(applications));
+    parts_ =
+        std::make_unique<Parts>(environment, std::move(applications), std::move(listed), presence);
+    useApplicationIconAfterFirstFrame(parts_->window);
+    afterFirstFrame(parts_->window, [this] { parts_->controller.applicationDidFinishLaunching(); });
 }
 
 TavoLauncherApp::~TavoLauncherApp() = default;
 
 void TavoLauncherApp::show() {
-    parts_->window.present();
+    parts_->look.awaitDesktop();
+    // The toolkit itself answers what this process was started with.
+    parts_->controller.showLauncher();
 }
 
 }  // namespace tavo

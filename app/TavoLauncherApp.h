@@ -6,6 +6,8 @@
 namespace tavo {
 
 class ApplicationSource;
+class ListedEntries;
+class SessionPresence;
 class StartEnvironment;
 
 // Everything that runs, made in order of need and ended in the reverse. Made after the
@@ -13,11 +15,14 @@ class StartEnvironment;
 class TavoLauncherApp {
 public:
     // `environment` is what applications will be started with; `applications` may be scanning
-    // already.
-    TavoLauncherApp(StartEnvironment environment, std::unique_ptr<ApplicationSource> applications);
+    // already, and leaves in `listed` what it found. `presence` outlives this.
+    TavoLauncherApp(const StartEnvironment& environment,
+                    std::unique_ptr<ApplicationSource> applications,
+                    std::shared_ptr<ListedEntries> listed, SessionPresence& presence);
     ~TavoLauncherApp();
 
-    // Shows the launcher window.
+    // Shows the launcher window for the first time; what the desktop is to know besides follows
+    // after its first frame.
     void show();
 
 private:

@@ -1,7 +1,7 @@
 // Starts a command on the X display and tells when its window showed what, seen from the X server:
 //
 //   tavo_frame_watch [--inset LEFT,TOP,RIGHT,BOTTOM] [--quiet MS] [--timeout MS] [--settle MS]
-//                    [--pictures PREFIX] -- COMMAND [ARGUMENT...]
+//                    [--pictures PREFIX] [--resident PID] -- COMMAND [ARGUMENT...]
 //
 // The window is the largest one that is mapped after the start. Its part within the insets is
 // looked at whenever the server reports a drawing. One line of JSON tells, in milliseconds from
@@ -12,6 +12,9 @@
 // part as [time, pixels of its bounds, pixels changed]. With --settle, the command's memory in kB
 // that long after "full": "pss" and "privateDirty". --pictures keeps the two pictures as
 // PREFIX-first.ppm and PREFIX-full.ppm.
+//
+// With --resident the command ends by itself and has that running process show its window; "exit"
+// is when the command had ended.
 //
 // The command is ended by its process id. Exit status: 0 when all was measured, 1 when something
 // could not be, 2 on wrong arguments.
@@ -35,6 +38,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/shm.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -74,6 +78,7 @@ struct Options {
     double timeout = 20'000;
     std::optional<double> settle;
     std::string pictures;
+    std::optional<pid_t> resident;
     char** command = nullptr;
 };
 
@@ -133,6 +138,8 @@ std::optional<Options> readArguments(int argc, char** argv) {
             options.timeout = *value;
         } else if (name == "--settle" && value) {
             options.settle = *value;
+        } else if (name == "--resident" && value) {
+            options.resident = *value;
         } else {
             return std::nullopt;
         }
@@ -165,10 +172,17 @@ public:
             started_ = time;
         }
         ::close(pipe[0]);
+        ending_ = static_cast<int>(::syscall(SYS_pidfd_open, process_, 0));
     }
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
-    ~Command() { end(); }
+    ~Command() {
+        end();
+        ::close(ending_);
+    }
+
+    // Readable once it has ended.
+    [[nodiscard]] int ending() const { return ending_; }
 
     [[nodiscard]] bool runs() {
         if (process_ > 0 && ::waitpid(process_, nullptr, WNOHANG) == process_) {
@@ -208,6 +222,7 @@ public:
 
 private:
     pid_t process_ = -1;
+    int ending_ = -1;
     double started_ = 0;
 };
 
@@ -321,6 +336,7 @@ struct Findings {
     std::optional<double> map;
     std::optional<double> first;
     std::optional<double> full;
+    std::optional<double> exit;
     int looks = 0;
     double worstLook = 0;
     std::vector<Damage> damages;
@@ -355,13 +371,13 @@ public:
         return version != nullptr;
     }
 
-    // Watches until the picture keeps still, or the command ends, or the time is up.
+    // Watches until the picture keeps still, or whoever shows the window ends, or the time is up.
     const Findings& watch(Command& command) {
         start_ = command.started();
         const double deadline = start_ + options_.timeout;
         double quietUntil = deadline;
-        while (now() < std::min(deadline, quietUntil) && command.runs()) {
-            waitUntil(std::min({deadline, quietUntil, now() + 100}));
+        while (now() < std::min(deadline, quietUntil) && shows(command)) {
+            waitUntil(std::min({deadline, quietUntil, now() + 100}), command);
             while (xcb_generic_event_t* const event = xcb_poll_for_event(connection_)) {
                 const ReplyPointer<xcb_generic_event_t> owner(event);
                 take(*event, now());
@@ -385,9 +401,18 @@ public:
     }
 
 private:
-    void waitUntil(double time) {
-        pollfd descriptor = {xcb_get_file_descriptor(connection_), POLLIN, 0};
-        ::poll(&descriptor, 1, std::max(0, static_cast<int>(time - now() + 1)));
+    [[nodiscard]] bool shows(Command& command) const {
+        return options_.resident ? ::kill(*options_.resident, 0) == 0 : command.runs();
+    }
+
+    void waitUntil(double time, const Command& command) {
+        // The command's end is waited for once.
+        std::array<pollfd, 2> sources = {{{xcb_get_file_descriptor(connection_), POLLIN, 0},
+                                          {findings_.exit ? -1 : command.ending(), POLLIN, 0}}};
+        ::poll(sources.data(), sources.size(), std::max(0, static_cast<int>(time - now() + 1)));
+        if ((sources[1].revents & POLLIN) != 0) {
+            findings_.exit = now() - start_;
+        }
     }
 
     void take(const xcb_generic_event_t& event, double time) {
@@ -484,6 +509,7 @@ void print(const Findings& findings, const std::optional<double>& pss,
     print("map", findings.map);
     print("first", findings.first);
     print("full", findings.full);
+    print("exit", findings.exit);
     print("pss", pss);
     print("privateDirty", privateDirty);
     std::printf("\"looks\": %d, \"worstLook\": %.2f, \"damages\": [", findings.looks,
@@ -524,7 +550,10 @@ int run(const Options& options) {
     if (!options.pictures.empty() && findings.full) {
         watch.savePictures(options.pictures);
     }
-    return findings.full && (!options.settle || (pss && privateDirty)) ? 0 : 1;
+    return findings.full && (!options.settle || (pss && privateDirty)) &&
+                   (!options.resident || findings.exit)
+               ? 0
+               : 1;
 }
 
 }  // namespace
@@ -533,10 +562,10 @@ int run(const Options& options) {
 int main(int argc, char** argv) {
     const auto options = tavo::readArguments(argc, argv);
     if (!options) {
-        std::fprintf(
-            stderr,
-            "Usage: tavo_frame_watch [--inset LEFT,TOP,RIGHT,BOTTOM] [--quiet MS]"
-            " [--timeout MS] [--settle MS] [--pictures PREFIX] -- COMMAND [ARGUMENT...]\n");
+        std::fprintf(stderr,
+                     "Usage: tavo_frame_watch [--inset LEFT,TOP,RIGHT,BOTTOM] [--quiet MS]"
+                     " [--timeout MS] [--settle MS] [--pictures PREFIX] [--resident PID]"
+                     " -- COMMAND [ARGUMENT...]\n");
         return 2;
     }
     return tavo::run(*options);

@@ -264,16 +264,21 @@ class Contest:
         self.desktop, self.watch, self.tree, self.caches = desktop, watch, tree, caches
         self.failures = []
 
-    def start(self, name, settle=None):
+    def environment(self, name):
         cache = self.caches / name
         cache.mkdir(parents=True, exist_ok=True)
-        environment = {**self.desktop.environment, "XDG_DATA_DIRS": str(self.tree),
-                       "XDG_CACHE_HOME": str(cache)}
-        arguments = ["--inset", INSETS[name]]
-        if settle is not None:
-            arguments += ["--settle", str(settle)]
-        run = subprocess.run([str(self.watch), *arguments, "--", *self.commands[name]],
-                             env=environment, capture_output=True, text=True, check=False)
+        return {**self.desktop.environment, "XDG_DATA_DIRS": str(self.tree),
+                "XDG_CACHE_HOME": str(cache)}
+
+    def start(self, name, settle=None):
+        more = [] if settle is None else ["--settle", str(settle)]
+        return self.look(name, self.commands[name], *more)
+
+    def look(self, name, command, *more):
+        """What the watch finds out when `command` shows the window of `name`."""
+        run = subprocess.run([str(self.watch), "--inset", INSETS[name], *more, "--", *command],
+                             env=self.environment(name), capture_output=True, text=True,
+                             check=False)
         if run.returncode != 0:
             self.failures.append(f"{name}: {run.stdout.strip()[:200]} {run.stderr.strip()[:200]}")
             return None

@@ -14,6 +14,24 @@ namespace {
 
 constexpr int kDeepestIndentation = 4;
 
+// `find` answers the category of an id, or null.
+template<typename Find>
+int countParents(const LauncherCategory& category, const Find& find) {
+    int depth = 0;
+    std::unordered_set<std::string_view> seen;
+    const std::optional<std::string>* parent = &category.parentID;
+    // Past the cap the answer no longer changes.
+    while (depth < kDeepestIndentation && *parent && seen.insert(**parent).second) {
+        const LauncherCategory* const found = find(**parent);
+        if (found == nullptr) {
+            break;
+        }
+        ++depth;
+        parent = &found->parentID;
+    }
+    return depth;
+}
+
 }  // namespace
 
 std::vector<LauncherCategory> inSidebarOrder(const std::vector<LauncherCategory>& fixed,
@@ -48,21 +66,25 @@ std::vector<LauncherCategory> inSidebarOrder(const std::vector<LauncherCategory>
 }
 
 int depthOf(const LauncherCategory& category, const std::vector<LauncherCategory>& custom) {
-    int depth = 0;
-    std::unordered_set<std::string_view> seen;
-    const std::optional<std::string>* parent = &category.parentID;
-    // Past the cap the answer no longer changes.
-    while (depth < kDeepestIndentation && *parent && seen.insert(**parent).second) {
-        const auto found = std::find_if(custom.begin(), custom.end(), [&](const auto& candidate) {
-            return candidate.id == **parent;
-        });
-        if (found == custom.end()) {
-            break;
-        }
-        ++depth;
-        parent = &found->parentID;
+    return countParents(category, [&](std::string_view id) -> const LauncherCategory* {
+        const auto found = std::find_if(custom.begin(), custom.end(),
+                                        [&](const auto& candidate) { return candidate.id == id; });
+        return found == custom.end() ? nullptr : &*found;
+    });
+}
+
+CategoryDepths::CategoryDepths(const std::vector<LauncherCategory>& custom) {
+    firstOfID_.reserve(custom.size());
+    for (const LauncherCategory& category : custom) {
+        firstOfID_.emplace(category.id, &category);
     }
-    return depth;
+}
+
+int CategoryDepths::of(const LauncherCategory& category) const {
+    return countParents(category, [this](std::string_view id) -> const LauncherCategory* {
+        const auto found = firstOfID_.find(id);
+        return found == firstOfID_.end() ? nullptr : found->second;
+    });
 }
 
 std::vector<LauncherCategory> repaired(const std::vector<LauncherCategory>& edited,

@@ -1,6 +1,8 @@
 // The order, the depth and the repair of the category tree, as functions of a list.
 #pragma once
 
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "catalogue/LauncherCategory.h"
@@ -18,6 +20,18 @@ std::vector<LauncherCategory> inSidebarOrder(const std::vector<LauncherCategory>
 // How many parents `category` has above it in `custom`, at most 4: deeper nesting is not indented
 // further. A circle of parents ends the count where it closes.
 int depthOf(const LauncherCategory& category, const std::vector<LauncherCategory>& custom);
+
+// The same for many categories of one list, each in the time of a few look-ups. The list outlives
+// it unchanged.
+class CategoryDepths {
+public:
+    explicit CategoryDepths(const std::vector<LauncherCategory>& custom);
+
+    [[nodiscard]] int of(const LauncherCategory& category) const;
+
+private:
+    std::unordered_map<std::string_view, const LauncherCategory*> firstOfID_;
+};
 
 // An edited list made fit to keep: names trimmed, categories without a name dropped, of names
 // that differ only by case or diacritics the first one kept, and a parent kept only when it

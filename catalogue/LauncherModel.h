@@ -14,11 +14,14 @@
 #include "catalogue/LauncherCategory.h"
 #include "platform/DefaultsStore.h"
 #include "platform/Platform.h"
+#include "platform/RunningApplications.h"
 #include "support/Published.h"
 #include "support/Signal.h"
 #include "support/Text.h"
 
 namespace tavo {
+
+struct BundleFacts;
 
 // The one model. Main thread only; no operation throws or fails. What the user arranges is on
 // disk when the operation that changed it returns, unless the store was refused; what the store
@@ -26,7 +29,7 @@ namespace tavo {
 // is written at start.
 //
 // Its operations are defined in the file of their subject: Discovery.cpp, CategoryTree.cpp,
-// Search.cpp, Marks.cpp, launching/Opening.cpp.
+// Search.cpp, Marks.cpp, launching/Opening.cpp, launching/AppletRecovery.cpp.
 class LauncherModel {
 public:
     // Loads what is stored and scans for applications before it returns. Everything in `platform`
@@ -91,7 +94,8 @@ public:
     void toggleAssignment(const AppItem& app, const LauncherCategory& category);
 
     // Records `app` as the most recent one, then brings it to the front when it runs or starts
-    // it. A failure becomes launchError() later.
+    // it. A failure becomes launchError() later. An applet (a bundle that merely starts a script)
+    // runs when its script does; looking for that waits for the process finder.
     void open(const AppItem& app);
 
 private:
@@ -113,6 +117,14 @@ private:
     class Membership;
 
     void recordAsRecent(const std::string& path);
+    [[nodiscard]] bool bringForward(const AppItem& app, const BundleFacts& facts, bool applet);
+
+    // The interpreter that runs the script of an applet, found by the script's name.
+    [[nodiscard]] std::optional<RunningApplication> runningPythonSidecar(const AppItem& app);
+    // Brings it forward, now or at one of the next checks; a message when there is none at the
+    // last of them.
+    void focusPythonSidecar(const AppItem& app, int attemptsRemaining);
+
     void reportLaunchError(std::string message);
 
     Platform platform_;

@@ -17,24 +17,31 @@ struct RunningApplication {
     bool operator==(const RunningApplication&) const = default;
 };
 
-// A system that cannot tell answers none, and the application is then opened.
+// A system that cannot tell answers none, and the application is then opened. Any thread; the
+// core asks on the main thread and activates on any.
 class RunningApplications {
 public:
     virtual ~RunningApplications() = default;
 
-    // Main thread. The system's own order.
+    // In the system's own order. This question is the user's click on the application: from here on
+    // an adapter may hold that the user waits for it, until the user acts elsewhere, and whether an
+    // activation that comes later is still wanted is judged by it. Whoever only wants to know asks
+    // showsWindow().
     [[nodiscard]] virtual std::vector<RunningApplication> withIdentifier(
         const std::string& identifier) = 0;
 
-    // Main thread.
     [[nodiscard]] virtual std::optional<RunningApplication> withProcess(
         std::int32_t processIdentifier) = 0;
 
-    // Main thread. The path of the program that the application runs.
+    // Whether a window can be seen that is the application's, by its identifier or its process,
+    // whichever is known. However often it is asked, nothing changes by it.
+    [[nodiscard]] virtual bool showsWindow(const RunningApplication& application) = 0;
+
+    // The path of the program that the application runs.
     [[nodiscard]] virtual std::optional<std::string> executablePath(
         const RunningApplication& application) = 0;
 
-    // Any thread. Brings all windows of the application forward, their order kept.
+    // Brings all windows of the application forward, their order kept.
     virtual void activateAllWindows(const RunningApplication& application) = 0;
 };
 

@@ -1,8 +1,11 @@
 #include "support/Text.h"
 
 #include <charconv>
+#include <memory>
 
+#include <unicode/ubrk.h>
 #include <unicode/uchar.h>
+#include <unicode/utext.h>
 
 #include "support/Utf8.h"
 
@@ -85,6 +88,25 @@ bool isUtf8(std::string_view bytes) {
 std::optional<char32_t> firstScalar(std::string_view text) {
     std::size_t offset = 0;
     return text.empty() ? std::nullopt : std::optional(nextScalar(text, offset));
+}
+
+std::size_t firstCharacterLength(std::string_view text) {
+    if (text.empty()) {
+        return 0;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<UBreakIterator, decltype(&ubrk_close)> characters(
+        ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &status), ubrk_close);
+    const std::unique_ptr<UText, decltype(&utext_close)> bytes(
+        utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status),
+        utext_close);
+    ubrk_setUText(characters.get(), bytes.get(), &status);
+    if (U_FAILURE(status)) {
+        std::size_t length = 0;
+        nextScalar(text, length);
+        return length;
+    }
+    return static_cast<std::size_t>(ubrk_next(characters.get()));
 }
 
 bool isMark(char32_t scalar) {

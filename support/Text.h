@@ -5,6 +5,7 @@
 // (one TextRules from several threads at once included).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -36,6 +37,11 @@ std::optional<char32_t> firstScalar(std::string_view text);
 // A spacing mark (Grapheme_Cluster_Break = SpacingMark).
 [[nodiscard]] bool isSpacingMark(char32_t scalar);
 
+// The bytes of the first character as a reader sees it: the first extended grapheme cluster
+// (Unicode Standard Annex 29), so that flags, families, letters with their marks and CR LF stay
+// whole. 0 when `text` is empty.
+[[nodiscard]] std::size_t firstCharacterLength(std::string_view text);
+
 // One whole decimal process identifier: an optional sign, ASCII digits, nothing else, within 32
 // signed bits.
 std::optional<std::int32_t> processIdentifier(std::string_view text);
@@ -61,7 +67,8 @@ public:
     // category names are unique.
     [[nodiscard]] std::string uniqueKey(std::string_view name) const;
 
-    // The file manager's order: negative, zero or positive. Total: zero only for strings that read as the same text.
+    // The file manager's order: negative, zero or positive. Total: zero only for strings that read
+    // as the same text.
     [[nodiscard]] int compare(std::string_view a, std::string_view b) const;
 
     // Positions of `names` in the order of compare(), equal names in the order given. Much

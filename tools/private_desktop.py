@@ -70,10 +70,13 @@ def processes_below(pid):
 
 
 class PrivateDesktop:
-    """See the module. `environment` is what programs on it are given."""
+    """See the module. `environment` is what programs on it are given. With `guarded`, xfwm4 keeps
+    the focus from windows that the user did not act in last (its prevent_focus_stealing)."""
 
-    def __init__(self, size=(1280, 800), wm="openbox", tray=False, bus=True, dpi=96):
+    def __init__(self, size=(1280, 800), wm="openbox", tray=False, bus=True, dpi=96,
+                 guarded=False):
         self.size, self.wm, self.tray, self.bus, self.dpi = size, wm, tray, bus, dpi
+        self.guarded = guarded
         self.folder = None
         self.environment = {}
 
@@ -140,10 +143,11 @@ class PrivateDesktop:
         self._start_server()
         if self.bus:
             self._start_bus()
+        if self.guarded:
+            self._guard_focus()
         if self.wm:
             self.start(self.wm.split(), log="wm.log")
-            wait_until(lambda: "#" in self._root_property("_NET_SUPPORTING_WM_CHECK"),
-                       f"the window manager {self.wm}")
+            wait_until(self._manages_windows, f"the window manager {self.wm}", pause=0)
         if self.tray:
             (self.folder / "tint2rc").write_text(_TINT2)
             self.start(["tint2", "-c", self.folder / "tint2rc"], log="tray.log")
@@ -173,9 +177,37 @@ class PrivateDesktop:
             raise DesktopError("no session bus: " + self.log("bus.log"))
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
 
+    def _guard_focus(self):
+        folder = self.home / ".config/xfce4/xfconf/xfce-perchannel-xml"
+        folder.mkdir(parents=True)
+        (folder / "xfwm4.xml").write_text(
+            '<?xml version="1.0" encoding="UTF-8"?>\n<channel name="xfwm4" version="1.0">'
+            '<property name="general" type="empty">'
+            '<property name="prevent_focus_stealing" type="bool" value="true"/>'
+            "</property></channel>\n")
+
     def _root_property(self, name):
         return subprocess.run(["xprop", "-root", name], env=self.environment, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+    def _manages_windows(self):
+        """Whether a window that is shown now is managed. A manager announces itself before it
+        listens; what is shown in between stays unseen."""
+        def windows():
+            return self._root_property("_NET_CLIENT_LIST").count("0x")
+        if "#" not in self._root_property("_NET_SUPPORTING_WM_CHECK"):
+            time.sleep(0.02)
+            return False
+        probe = self.start(["xev"], log="probe.log")
+        try:
+            wait_until(windows, "a managed window", seconds=1.0)
+        except DesktopError:
+            return False
+        finally:
+            probe.kill()
+            probe.wait()
+        wait_until(lambda: not windows(), "the end of the probe")
+        return True
 
     def _end_everything(self):
         """First asks, then does not ask any more; the newest first, the server last."""

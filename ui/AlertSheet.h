@@ -1,48 +1,39 @@
 // A message that must be read, as a sheet inside the window.
 #pragma once
 
-#include <QPointer>
-#include <QWidget>
-#include <functional>
+#include <QString>
+
+#include "ui/Sheet.h"
 
 class QLabel;
 class QPushButton;
 
 namespace tavo {
 
-// Covers its parent, dims it and takes pointer and keyboard until it is dismissed with "OK",
-// Return or Esc. The message is plain text. Main thread.
-class AlertSheet final : public QWidget {
+// A title, a message and "OK"; Return and Esc press it. The message is plain text; what the window
+// has no room for is cut with an ellipsis, but not to a screen reader. Main thread.
+class AlertSheet final : public Sheet {
 public:
     AlertSheet(const QString& title, QWidget* parent);
 
-    // Shows `message`, in place of an older one.
-    void present(const QString& message);
-
-    // Hides it and gives the keyboard back to whom it was taken from.
-    void dismiss();
-
-    // To be called when the parent was resized.
-    void place();
-
-    // Called when the user is done with it.
-    std::function<void()> onDismissed;
+    // The message to show, in place of an older one.
+    void setMessage(const QString& message);
 
 protected:
-    void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void changeEvent(QEvent* event) override;
-    bool focusNextPrevChild(bool next) override;
+    [[nodiscard]] QSize cardSize(QSize available) const override;
+    [[nodiscard]] QWidget& firstFocus() const override;
+    void submit() override;
 
 private:
-    void applyAppearance();
+    [[nodiscard]] int cardHeight() const;
+    [[nodiscard]] int messageHeight() const;
+    void cutMessage(int height) const;
 
-    QWidget* card_;
+    QString text_;
+    // Made in the order in which a screen reader reads them.
     QLabel* title_;
     QLabel* message_;
     QPushButton* ok_;
-    QPointer<QWidget> returnFocusTo_;
 };
 
 }  // namespace tavo

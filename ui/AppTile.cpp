@@ -1,15 +1,18 @@
 #include "ui/AppTile.h"
 
 #include <QFontMetrics>
+#include <QGuiApplication>
 #include <QImage>
-#include <QMenu>
 #include <QPainter>
 #include <algorithm>
 
 #include "ui/Appearance.h"
+#include "ui/DevicePixels.h"
 #include "ui/DisplayText.h"
 #include "ui/IconLoader.h"
 #include "ui/Metrics.h"
+#include "ui/OneLine.h"
+#include "ui/PopupMenu.h"
 #include "ui/Symbols.h"
 #include "ui/Texts.h"
 
@@ -18,18 +21,25 @@ namespace {
 
 using namespace metrics;
 
-const QFont& nameFont() {
-    static const QFont font = interfaceFont(kTileName);
-    return font;
+// The font of the names, for as long as the desktop keeps its interface font.
+struct NameFont {
+    NameFont() : base(QGuiApplication::font()), font(interfaceFont(kTileName)), metrics(font) {}
+
+    QFont base;
+    QFont font;
+    QFontMetrics metrics;
+};
+
+const NameFont& nameFont() {
+    static NameFont current;
+    if (current.base != QGuiApplication::font()) {
+        current = NameFont();
+    }
+    return current;
 }
 
 int nameHeight() {
-    static const int height = QFontMetrics(nameFont()).height();
-    return height;
-}
-
-QIcon menuIcon(QStringView symbol, const Appearance& appearance, const QMenu& menu) {
-    return QIcon(symbolPixmap(symbol, appearance.text, kSymbol, menu.devicePixelRatioF()));
+    return nameFont().metrics.height();
 }
 
 }  // namespace
@@ -38,7 +48,7 @@ QString AppTile::accessibleName() const {
     return texts::kOpenPrefix.toString() + displayText(app.name, 10'000);
 }
 
-QString AppTile::starToolTip() const {
+QString AppTile::starName(bool favorite) {
     return (favorite ? texts::kRemoveFavorite : texts::kAddFavorite).toString();
 }
 
@@ -51,8 +61,8 @@ QRect AppTile::iconRect(const QRect& tile) {
 }
 
 QRect AppTile::mainRect(const QRect& tile) {
-    const int width = std::min(tile.width(), std::max(kIconSide, kLargestName));
-    return {tile.center().x() - width / 2, tile.top(), width,
+    // Reaches into the spaces beside a narrow tile, as its name may.
+    return {tile.center().x() - kLargestName / 2, tile.top(), kLargestName,
             kIconSide + kTileSpacing + nameHeight()};
 }
 
@@ -66,44 +76,53 @@ QRect AppTile::starRect(const QRect& tile) {
 void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) const {
     const Appearance& appearance = look.appearance;
     if (look.current) {
-        painter.setPen(QPen(appearance.accent, 2));
+        painter.setPen(QPen(appearance.focusRing, 2));
         painter.setBrush(appearance.selection);
         painter.drawRoundedRect(mainRect(tile).adjusted(-5, -6, 5, 5), kTileRadius, kTileRadius);
     }
     const QRect icon = iconRect(tile);
     if (look.icon != nullptr) {
-        painter.drawImage(icon.topLeft() - QPoint(IconLoader::margin(), IconLoader::margin()),
+        const double scale = look.icon->devicePixelRatio();
+        const int margin = IconLoader::marginPixels(scale);
+        painter.drawImage(onDevicePixels(painter, icon.topLeft()) - QPointF(margin, margin) / scale,
                           *look.icon);
     }
 
-    const int width = std::min(tile.width(), kLargestName);
-    const QRect name(tile.center().x() - width / 2, icon.bottom() + 1 + kTileSpacing, width,
-                     nameHeight());
-    painter.setFont(nameFont());
+    const QRect name(tile.center().x() - kLargestName / 2, icon.bottom() + 1 + kTileSpacing,
+                     kLargestName, nameHeight());
+    if (shownName.isNull()) {
+        shownName = fitted(displayText(app.name), nameFont().metrics, kLargestName);
+    }
+    painter.setFont(nameFont().font);
     painter.setPen(appearance.text);
-    const QString shown = displayText(app.name);
-    painter.drawText(name, Qt::AlignCenter | Qt::TextSingleLine,
-                     QFontMetrics(nameFont()).elidedText(shown, Qt::ElideRight, width));
+    drawOneLine(painter, name, kTileSpacing / 2, Qt::AlignCenter, shownName);
 
     if (showsStar()) {
         const QRect star(tile.center().x() - kStarHeight / 2, tile.bottom() + 1 - kStarHeight,
                          kStarHeight, kStarHeight);
-        drawSymbol(painter, star, favorite ? u"star.fill" : u"star",
-                   favorite ? appearance.star : appearance.secondaryText);
+        paintStar(painter, star, appearance);
     }
 }
 
-void AppTile::fillMenu(QMenu& menu, const Appearance& appearance) const {
-    menu.addAction(menuIcon(hidden ? u"eye" : u"eye.slash", appearance, menu),
-                   (hidden ? texts::kShow : texts::kHide).toString(), toggleHidden);
-    menu.addAction(menuIcon(u"star", appearance, menu), starToolTip(), toggleFavorite);
-    QMenu* const submenu = menu.addMenu(texts::kCategories.toString());
+void AppTile::paintStar(QPainter& painter, const QRect& box, const Appearance& appearance) const {
+    if (!favorite) {
+        drawSymbol(painter, box, u"star", appearance.secondaryText);
+        return;
+    }
+    drawSymbol(painter, box, u"star.fill", appearance.star);
+    if (appearance.starOutline.alpha() > 0) {
+        drawSymbol(painter, box, u"star", appearance.starOutline);
+    }
+}
+
+void AppTile::fillMenu(PopupMenu& menu) const {
+    menu.addEntry((hidden ? texts::kShow : texts::kHide).toString(), hidden ? u"eye" : u"eye.slash",
+                  toggleHidden);
+    menu.addEntry(starToolTip(), u"star", toggleFavorite);
+    PopupMenu* const submenu = menu.addSubmenu(texts::kCategories.toString());
     for (const LauncherCategory& category : categories) {
-        QAction* const entry = submenu->addAction(
-            menuText(category.name), [toggle = toggleCategory, category] { toggle(category); });
-        if (assignedCategoryIDs.contains(category.id)) {
-            entry->setIcon(menuIcon(u"checkmark", appearance, menu));
-        }
+        submenu->addTick(menuText(category.name), assignedCategoryIDs.contains(category.id),
+                         [toggle = toggleCategory, category] { toggle(category); });
     }
 }
 

@@ -12,17 +12,17 @@
 #include "catalogue/LauncherCategory.h"
 
 class QImage;
-class QMenu;
 class QPainter;
 class QWidget;
 
 namespace tavo {
 
 struct Appearance;
+class PopupMenu;
 
 // A view of plain values, made by the grid for the rows in view and thrown away when the model
 // changes; everything it does goes out through its closures. All it keeps of its own is whether
-// the pointer is over it. Main thread.
+// the pointer is over it, and what it measured. Main thread.
 struct AppTile {
     AppItem app;
     bool favorite = false;
@@ -38,10 +38,15 @@ struct AppTile {
 
     // Also the tool tip of the main area.
     [[nodiscard]] QString accessibleName() const;
-    [[nodiscard]] QString starToolTip() const;
+    // What a press of the star would do.
+    [[nodiscard]] QString starToolTip() const { return starName(favorite); }
+    static QString starName(bool favorite);
 
     // The star is shown on favourites, and on the others under the pointer.
     [[nodiscard]] bool showsStar() const { return hovering || favorite; }
+
+    // How far the shadow, a long name and the keyboard's frame may reach beyond the tile.
+    static constexpr int kReach = 13;
 
     // All tiles are equally tall, with or without their star.
     static int height();
@@ -59,7 +64,13 @@ struct AppTile {
     void paint(QPainter& painter, const QRect& tile, const Look& look) const;
 
     // Fills `menu` with the marks: hidden, favourite, categories. Its entries keep what they need.
-    void fillMenu(QMenu& menu, const Appearance& appearance) const;
+    void fillMenu(PopupMenu& menu) const;
+
+    // The name as it was last painted: measuring it costs more than painting.
+    mutable QString shownName = {};
+
+private:
+    void paintStar(QPainter& painter, const QRect& box, const Appearance& appearance) const;
 };
 
 }  // namespace tavo

@@ -7,9 +7,11 @@
 #include <QScrollBar>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 #include "ui/DisplayText.h"
 #include "ui/Metrics.h"
+#include "ui/OneLine.h"
 #include "ui/Symbols.h"
 #include "ui/Texts.h"
 #include "ui/ThinScrollBar.h"
@@ -39,22 +41,43 @@ void CategoryList::setRows(std::vector<Row> rows) {
         return;
     }
     const bool sameItems =
-        rows.size() == rows_.size() &&
-        std::equal(rows.begin(), rows.end(), rows_.begin(),
-                   [](const Row& a, const Row& b) { return a.id == b.id && a.name == b.name; });
-    rows_ = std::move(rows);
-    const auto selected =
-        std::find_if(rows_.begin(), rows_.end(), [](const Row& row) { return row.selected; });
-    current_ = selected == rows_.end() ? 0 : static_cast<int>(selected - rows_.begin());
-    if (!sameItems) {
+        std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
+                   [](const Row& one, const Row& other) { return one.id == other.id; });
+    const std::vector<Row> before = std::exchange(rows_, std::move(rows));
+    current_ = keyboardRow(before);
+    if (sameItems) {
+        announceMarks(*this);
+        for (int index = 0; index < itemCount(); ++index) {
+            if (row(index).selected != before[static_cast<std::size_t>(index)].selected) {
+                announceSelection(*this, index);
+            }
+        }
+    } else {
+        announceItems(*this);
         updateGeometry();
         relayout();
-        announceItems(*this);
     }
-    if (selected != rows_.end()) {
-        announceSelection(*this, current_);
+    if (hasFocus()) {
+        announceFocusSoon();
     }
     viewport()->update();
+}
+
+// The keyboard stays with its category, but goes along when another one is selected.
+int CategoryList::keyboardRow(const std::vector<Row>& before) const {
+    const auto isSelected = [](const Row& row) { return row.selected; };
+    const auto selected = std::find_if(rows_.begin(), rows_.end(), isSelected);
+    const auto selectedBefore = std::find_if(before.begin(), before.end(), isSelected);
+    const bool sameSelection = selected != rows_.end() && selectedBefore != before.end() &&
+                               selected->id == selectedBefore->id;
+    auto found = selected;
+    if (sameSelection && current_ >= 0 && current_ < static_cast<int>(before.size())) {
+        const std::string& id = before[static_cast<std::size_t>(current_)].id;
+        found =
+            std::find_if(rows_.begin(), rows_.end(), [&](const Row& row) { return row.id == id; });
+        found = found == rows_.end() ? selected : found;
+    }
+    return found == rows_.end() ? 0 : static_cast<int>(found - rows_.begin());
 }
 
 QSize CategoryList::sizeHint() const {
@@ -86,9 +109,13 @@ QString CategoryList::itemName(int index) const {
     return displayText(row(index).name);
 }
 
+QString CategoryList::itemDescription(int index) const {
+    const int depth = row(index).depth;
+    return depth > 0 ? texts::kLevelPrefix.toString() + QString::number(depth + 1) : QString();
+}
+
 QString CategoryList::elided(int index) const {
-    return QFontMetrics(interfaceFont(kBody))
-        .elidedText(itemName(index), Qt::ElideRight, labelRect(index).width());
+    return fitted(itemName(index), QFontMetrics(interfaceFont(kBody)), labelRect(index).width());
 }
 
 int CategoryList::rowAt(QPoint point) const {
@@ -97,7 +124,14 @@ int CategoryList::rowAt(QPoint point) const {
 }
 
 void CategoryList::pressItem(int index) {
-    onSelect(row(index).id);
+    const std::string id = row(index).id;  // the rows may be others before it is answered
+    onSelect(id);
+}
+
+void CategoryList::focusItem(int index) {
+    setCurrent(index);
+    setFocus(Qt::OtherFocusReason);
+    announceFocusSoon();
 }
 
 void CategoryList::paintEvent(QPaintEvent* event) {
@@ -118,18 +152,17 @@ void CategoryList::paintRow(QPainter& painter, int index) const {
     painter.setBrush(row(index).selected ? QBrush(appearance_.selection) : QBrush(Qt::NoBrush));
     painter.drawRoundedRect(rect, kRowRadius, kRowRadius);
     if (focused) {
-        painter.setPen(QPen(appearance_.accent, 2));
+        painter.setPen(QPen(appearance_.focusRing, 2));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRowRadius - 1,
                                 kRowRadius - 1);
     }
     const QRect symbol(rect.left() + kRowHorizontal, rect.top() + kRowVertical, kSymbol, kSymbol);
     drawSymbol(painter, symbol, categorySymbol(QString::fromStdString(row(index).name)),
-               appearance_.accent);
+               row(index).selected ? appearance_.accentOnSelection : appearance_.accent);
     painter.setFont(interfaceFont(kBody));
     painter.setPen(appearance_.text);
-    painter.drawText(labelRect(index), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
-                     elided(index));
+    drawOneLine(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, elided(index));
 }
 
 void CategoryList::resizeEvent(QResizeEvent*) {
@@ -145,9 +178,30 @@ void CategoryList::setCurrent(int index) {
     current_ = std::clamp(index, 0, itemCount() - 1);
     QScrollBar& bar = *verticalScrollBar();
     const int top = current_ * kRowPitch;
-    bar.setValue(std::clamp(bar.value(), top + kRowHeight - viewport()->height(), top));
+    bar.setValue(std::min(std::max(bar.value(), top + kRowHeight - viewport()->height()), top));
     viewport()->update();
-    announceFocus(*this, current_);
+    if (hasFocus()) {
+        announceFocus(*this, current_);
+    }
+}
+
+// The toolkit says that the list has the keyboard after it has given it; which item has it is to
+// be the last word.
+void CategoryList::announceFocusSoon() {
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (hasFocus() && !rows_.empty()) {
+                announceFocus(*this, current_);
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void CategoryList::wheelEvent(QWheelEvent* event) {
+    if (!scrollBar_->scrollByPixels(*event)) {
+        QAbstractScrollArea::wheelEvent(event);
+    }
 }
 
 void CategoryList::keyPressEvent(QKeyEvent* event) {
@@ -178,7 +232,10 @@ void CategoryList::keyPressEvent(QKeyEvent* event) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
         case Qt::Key_Space:
-            pressItem(current_);
+            if (!event->isAutoRepeat()) {
+                setCurrent(current_);
+                pressItem(current_);
+            }
             break;
         default:
             event->ignore();
@@ -186,17 +243,24 @@ void CategoryList::keyPressEvent(QKeyEvent* event) {
 }
 
 void CategoryList::mousePressEvent(QMouseEvent* event) {
-    pressed_ = event->button() == Qt::LeftButton ? rowAt(event->position().toPoint()) : -1;
+    const int index = event->button() == Qt::LeftButton ? rowAt(event->position().toPoint()) : -1;
+    pressedId_ = index >= 0 ? std::optional(row(index).id) : std::nullopt;
     // A press on no row belongs to whoever moves the window.
-    event->setAccepted(pressed_ >= 0);
+    event->setAccepted(index >= 0);
+}
+
+// A quick second press is a press; left alone, it would go on to whoever moves the window.
+void CategoryList::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
 }
 
 void CategoryList::mouseReleaseEvent(QMouseEvent* event) {
     const int index = rowAt(event->position().toPoint());
-    if (index >= 0 && index == pressed_) {
+    const auto pressed = std::exchange(pressedId_, std::nullopt);
+    // The same category, wherever its row has moved meanwhile.
+    if (index >= 0 && pressed == row(index).id) {
         pressItem(index);
     }
-    pressed_ = -1;
 }
 
 bool CategoryList::viewportEvent(QEvent* event) {
@@ -215,11 +279,13 @@ bool CategoryList::viewportEvent(QEvent* event) {
 void CategoryList::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
     // Only whoever comes by Tab has to be shown where he is.
-    if (event->reason() != Qt::TabFocusReason && event->reason() != Qt::BacktabFocusReason) {
-        viewport()->update();
-    } else if (!rows_.empty()) {
+    const bool byTab =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (byTab && !rows_.empty()) {
         setCurrent(current_);
     }
+    viewport()->update();
+    announceFocusSoon();
 }
 
 void CategoryList::focusOutEvent(QFocusEvent* event) {
@@ -232,6 +298,8 @@ void CategoryList::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
         appearance_ = Appearance(palette());
         viewport()->update();
+    } else if (event->type() == QEvent::EnabledChange) {
+        pressedId_.reset();
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <QAbstractScrollArea>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,11 +36,15 @@ public:
     std::function<void(const std::string& id)> onSelect;
 
     int itemCount() const override { return static_cast<int>(rows_.size()); }
+    const std::string& itemKey(int index) const override { return row(index).id; }
     QString itemName(int index) const override;
+    // The level of a category that stands below another.
+    QString itemDescription(int index) const override;
     QRect itemRect(int index) const override;
     bool itemIsSelected(int index) const override { return row(index).selected; }
     bool itemHasFocus(int index) const override { return hasFocus() && index == current_; }
     void pressItem(int index) override;
+    void focusItem(int index) override;
 
     QSize sizeHint() const override;
 
@@ -48,8 +53,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
@@ -62,13 +69,15 @@ private:
     [[nodiscard]] QString elided(int index) const;
     void paintRow(QPainter& painter, int index) const;
     void setCurrent(int index);
+    void announceFocusSoon();
     void relayout();
+    [[nodiscard]] int keyboardRow(const std::vector<Row>& before) const;
 
     Appearance appearance_;
     ThinScrollBar* scrollBar_;
     std::vector<Row> rows_;
     int current_ = -1;
-    int pressed_ = -1;
+    std::optional<std::string> pressedId_;
 };
 
 }  // namespace tavo

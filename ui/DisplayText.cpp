@@ -7,6 +7,19 @@ bool turnsDirection(char16_t c) {
     return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
 }
 
+// The first `longest` characters, never half of one, and an ellipsis.
+QString cut(QString text, qsizetype longest) {
+    text.truncate(longest);
+    if (!text.isEmpty() && text.back().isHighSurrogate()) {
+        text.chop(1);
+    }
+    return text + u'…';
+}
+
+QString shortened(const QString& text, qsizetype longest) {
+    return text.size() > longest ? cut(text, longest) : text;
+}
+
 QString cleaned(std::string_view utf8, qsizetype longest, bool keepLineBreaks) {
     // A scalar has at most four bytes: what is past that many can never be shown.
     const std::string_view head = utf8.substr(0, static_cast<std::size_t>(longest) * 4);
@@ -30,11 +43,7 @@ QString cleaned(std::string_view utf8, qsizetype longest, bool keepLineBreaks) {
         }
     }
     if (shown.size() > longest || head.size() < utf8.size()) {
-        shown.truncate(longest);
-        if (!shown.isEmpty() && shown.back().isHighSurrogate()) {
-            shown.chop(1);
-        }
-        shown += u'…';
+        shown = cut(shown, longest);
     }
     return shown;
 }
@@ -55,7 +64,7 @@ QString toolTipText(const QString& text) {
     // The element makes it rich text for certain, whatever the name looks like.
     return text.isEmpty()
                ? text
-               : QStringLiteral("<span>") + breakable(text.left(kLongest)).toHtmlEscaped() +
+               : QStringLiteral("<span>") + breakable(shortened(text, kLongest)).toHtmlEscaped() +
                      QStringLiteral("</span>");
 }
 

@@ -76,7 +76,7 @@ QImage toImage(const IconImage& icon) {
 }  // namespace
 
 QImage withShadow(const QImage& icon, double scale) {
-    const int margin = static_cast<int>(std::lround(IconLoader::margin() * scale));
+    const int margin = IconLoader::marginPixels(scale);
     const int side = icon.width() + 2 * margin;
     const auto at = [side](int x, int y) { return static_cast<std::size_t>(y * side + x); };
     const auto area = static_cast<std::size_t>(side * side);
@@ -143,8 +143,13 @@ int IconLoader::margin() {
     return 2 * metrics::kIconShadowRadius;
 }
 
+int IconLoader::marginPixels(double scale) {
+    return static_cast<int>(std::lround(margin() * scale));
+}
+
 void IconLoader::want(const std::vector<std::string>& paths, double scale) {
     wanted_ = paths;
+    scale_ = scale;
     std::deque<Request> requests;
     for (const std::string& path : paths) {
         const auto known = icons_.find(path);
@@ -164,9 +169,9 @@ void IconLoader::want(const std::vector<std::string>& paths, double scale) {
     }
 }
 
-const QImage* IconLoader::find(const std::string& path, double scale) const {
+const QImage* IconLoader::find(const std::string& path) const {
     const auto known = icons_.find(path);
-    return known != icons_.end() && known->second.scale == scale ? &known->second.image : nullptr;
+    return known != icons_.end() ? &known->second.image : nullptr;
 }
 
 void IconLoader::refresh() {
@@ -216,6 +221,10 @@ void IconLoader::takeAnswers() {
         answers.swap(shared_->answers);
     }
     for (Answer& answer : answers) {
+        // One that was asked for before the window came to a screen of another scale.
+        if (answer.request.scale != scale_ && icons_.contains(answer.request.path)) {
+            continue;
+        }
         icons_[answer.request.path] = {std::move(answer.image), answer.request.scale,
                                        answer.request.generation};
     }

@@ -34,12 +34,14 @@ public:
     // and has not been begun.
     void want(const std::vector<std::string>& paths, double scale);
 
-    // The icon with its shadow: margin() larger than the icon on every side, its device pixel
-    // ratio set. Null when it is not there yet.
-    [[nodiscard]] const QImage* find(const std::string& path, double scale) const;
+    // The icon with its shadow: marginPixels(scale) larger than the icon on every side, its device
+    // pixel ratio set to its scale. Until it has arrived at the scale last wanted, as it was at
+    // another; null when it is not there at all yet.
+    [[nodiscard]] const QImage* find(const std::string& path) const;
 
-    // Logical pixels that the shadow needs around the icon.
+    // What the shadow needs around the icon: in logical pixels, and in those of a picture.
     static int margin();
+    static int marginPixels(double scale);
 
     // The icons may have changed: each is asked for anew when it is next wanted, and shown as it
     // was until then.
@@ -73,6 +75,7 @@ private:
     MainQueue& mainQueue_;
     std::unordered_map<std::string, Loaded> icons_;
     std::vector<std::string> wanted_;
+    double scale_ = 1;  // last wanted
     std::uint64_t generation_ = 0;
 
     // Between the main thread and the workers, which also ends the answers of a loader that is

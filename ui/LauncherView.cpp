@@ -1,27 +1,28 @@
 #include "ui/LauncherView.h"
 
-#include <QDesktopServices>
 #include <QFontMetrics>
 #include <QHBoxLayout>
-#include <QImageReader>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
-#include <QUrl>
 #include <QVBoxLayout>
 #include <utility>
 
+#include "catalogue/CategoryTree.h"
+#include "support/FatalError.h"
 #include "ui/AlertSheet.h"
 #include "ui/AppTile.h"
 #include "ui/Appearance.h"
+#include "ui/CategoryEditor.h"
 #include "ui/CategoryList.h"
 #include "ui/DisplayText.h"
 #include "ui/Metrics.h"
+#include "ui/PopupMenu.h"
 #include "ui/Resources.h"
 #include "ui/SearchField.h"
 #include "ui/SymbolButton.h"
+#include "ui/TextLabel.h"
 #include "ui/Texts.h"
 #include "ui/TileGrid.h"
 
@@ -33,13 +34,12 @@ using namespace metrics;
 // The launcher's mark, smooth at every scale.
 class Mark final : public QWidget {
 public:
-    explicit Mark(QWidget* parent) : QWidget(parent) {
+    explicit Mark(QWidget* parent)
+        : QWidget(parent), image_(pngResource(QStringLiteral("TavoLauncherMark.png"))) {
         setFixedSize(kMarkSide, kMarkSide);
-        // Its format is known: asking every image plugin whether it is theirs takes milliseconds
-        // of the first frame.
-        QImageReader reader(resourcePath(QStringLiteral("TavoLauncherMark.png")), "png");
-        reader.setAutoDetectImageFormat(false);
-        image_ = reader.read();
+        if (image_.isNull()) {
+            fatalError("Unexpectedly found nil while unwrapping an Optional value");
+        }
     }
 
 protected:
@@ -55,38 +55,6 @@ protected:
 private:
     QImage image_;
     QImage shown_;
-};
-
-// A line of text in one of the window's own colours.
-class TextLabel final : public QLabel {
-public:
-    using Color = QColor Appearance::*;
-
-    TextLabel(const QFont& font, Color color, QWidget* parent) : QLabel(parent), color_(color) {
-        setTextFormat(Qt::PlainText);
-        setFont(font);
-        applyColor();
-    }
-
-protected:
-    void changeEvent(QEvent* event) override {
-        QLabel::changeEvent(event);
-        if (event->type() == QEvent::PaletteChange) {
-            applyColor();
-        }
-    }
-
-private:
-    void applyColor() {
-        const QColor color = Appearance(palette()).*color_;
-        if (palette().color(QPalette::WindowText) != color) {
-            QPalette own = palette();
-            own.setColor(QPalette::WindowText, color);
-            setPalette(own);
-        }
-    }
-
-    Color color_;
 };
 
 // Title2, or as much smaller as a wide interface font needs to fit beside the mark.
@@ -107,12 +75,16 @@ std::string toUtf8(const QString& text) {
 }  // namespace
 
 LauncherView::LauncherView(const World& world, QWidget* parent)
-    : QWidget(parent), model_(world.platform, world.text), icons_(world.icons, world.mainQueue) {
+    : QWidget(parent),
+      text_(world.text),
+      model_(world.platform, world.text),
+      icons_(world.icons, world.mainQueue) {
     setAttribute(Qt::WA_TranslucentBackground);
     QWidget* const sidebar = makeSidebar();
     QWidget* const toolbar = makeToolbar();
     grid_ = new TileGrid(
         icons_, [this](const AppItem& app) { return makeTile(app); }, this);
+    grid_->isFavorite = [this](const AppItem& app) { return favorites_.contains(app.url.path); };
     grid_->onLeaveUp = [this] { search_->take(false); };
     footer_ = makeFooter();
 
@@ -148,19 +120,22 @@ LauncherView::~LauncherView() = default;
 QWidget* LauncherView::makeSidebar() {
     auto* const sidebar = new QWidget(this);
     sidebar->setFixedWidth(kSidebarWidth);
+    // The edit button's own margins are part of the spaces around it.
+    constexpr int kMargin = SymbolButton::kMargin;
 
     closeButton_ = new SymbolButton(u"xmark", {}, texts::kClose.toString(), sidebar);
     closeButton_->setSymbolSize(kCloseSide);
     closeButton_->setTone(SymbolButton::Tone::Secondary);
-    closeButton_->move(kRowHorizontal - SymbolButton::kMargin, 4 - SymbolButton::kMargin + 1);
-    closeButton_->resize(closeButton_->sizeHint());
+    // In the space above the mark, its cross in line with the mark's left edge.
+    closeButton_->setGeometry(kSidebarPadding - (kCloseButtonSide - kCloseSide) / 2, kCloseTop,
+                              kCloseButtonSide, kCloseButtonSide);
     connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
 
     const QString name = texts::kProgramName.toString();
     auto* const title = new TextLabel(titleFont(name), &Appearance::text, sidebar);
     title->setText(name);
     auto* const header = new QHBoxLayout;
-    header->setContentsMargins(0, 0, kSidebarPadding, kHeaderBottom);
+    header->setContentsMargins(kMargin, 0, kSidebarPadding, kHeaderBottom);
     header->setSpacing(kSidebarSpacing);
     header->addWidget(new Mark(sidebar));
     header->addWidget(title, 1);
@@ -168,13 +143,33 @@ QWidget* LauncherView::makeSidebar() {
     categories_ = new CategoryList(sidebar);
     categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
 
+    auto* const rows = new QHBoxLayout;
+    rows->setContentsMargins(kMargin, 0, 0, 0);
+    rows->addWidget(categories_);
+    auto* const editButton = new QHBoxLayout;
+    editButton->setContentsMargins(0, kEditButtonTop - kMargin, kSidebarPadding - kMargin, 0);
+    editButton->addWidget(makeEditButton(sidebar));
+
     auto* const layout = new QVBoxLayout(sidebar);
-    layout->setContentsMargins(kSidebarPadding, kSidebarPadding, 0, kSidebarPadding);
+    layout->setContentsMargins(kSidebarPadding - kMargin, kSidebarPadding, 0,
+                               kSidebarPadding - kMargin);
     layout->setSpacing(kSidebarSpacing);
     layout->addLayout(header);
-    layout->addWidget(categories_);
+    layout->addLayout(rows);
     layout->addStretch(1);
+    layout->addLayout(editButton);
     return sidebar;
+}
+
+QWidget* LauncherView::makeEditButton(QWidget* sidebar) {
+    auto* const button =
+        new SymbolButton(u"slider.horizontal.3", texts::kEditCategories.toString(), {}, sidebar);
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(button, &QAbstractButton::clicked, this, [this] {
+        showingCategoryEditor_ = true;
+        refreshSheets();
+    });
+    return button;
 }
 
 QWidget* LauncherView::makeToolbar() {
@@ -218,14 +213,14 @@ QWidget* LauncherView::makeFooter() {
     credit->setTone(SymbolButton::Tone::Secondary);
     credit->setCursor(Qt::PointingHandCursor);
     connect(credit, &QAbstractButton::clicked, this,
-            [] { QDesktopServices::openUrl(QUrl(texts::kCreditAddress.toString())); });
+            [this] { onLink(toUtf8(texts::kCreditAddress.toString())); });
 
     auto* const layout = new QHBoxLayout(footer);
     constexpr int kMargin = SymbolButton::kMargin;
     layout->setContentsMargins(kBarHorizontal, kFooterVertical - kMargin, kBarHorizontal - kMargin,
                                kFooterVertical - kMargin);
-    layout->addWidget(count_);
-    layout->addStretch(1);
+    // With all the space there is: a longer count needs no new layout before it is seen whole.
+    layout->addWidget(count_, 1);
     layout->addWidget(credit);
     return footer;
 }
@@ -264,9 +259,10 @@ void LauncherView::refresh() {
     refreshPending_ = false;
     favorites_ = Favorites::shared().urls();
 
+    const CategoryDepths depths(model_.customCategories());
     std::vector<CategoryList::Row> rows;
     for (const LauncherCategory& category : model_.sidebarCategories()) {
-        rows.push_back({category.id, category.name, model_.categoryDepth(category),
+        rows.push_back({category.id, category.name, depths.of(category),
                         category.id == model_.selectedCategoryID()});
     }
     categories_->setRows(std::move(rows));
@@ -278,30 +274,75 @@ void LauncherView::refresh() {
     if (shownQuery_ != model_.query() || shownCategoryID_ != model_.selectedCategoryID()) {
         shownQuery_ = model_.query();
         shownCategoryID_ = model_.selectedCategoryID();
-        grid_->scrollToTop();
+        grid_->startAnew();
     }
-    refreshAlert();
+    refreshSheets();
 }
 
-// The alert exists while there is something to say: a hidden one would stay in the tree that
-// screen readers walk.
-void LauncherView::refreshAlert() {
+// A sheet exists while it is shown: a hidden one would stay in the tree that screen readers walk.
+// The alert waits until nothing covers what it is about.
+void LauncherView::refreshSheets() {
+    if (showingCategoryEditor_ && editor_ == nullptr) {
+        editor_ = makeCategoryEditor();
+        editor_->present();
+    } else if (!showingCategoryEditor_ && editor_ != nullptr) {
+        editor_->withdraw();
+        keepKeyboard();
+        std::exchange(editor_, nullptr)->deleteLater();
+    }
     if (!model_.launchError()) {
         if (alert_ != nullptr) {
-            alert_->dismiss();
-            alert_->deleteLater();
-            alert_ = nullptr;
+            alert_->withdraw();
+            keepKeyboard();
+            std::exchange(alert_, nullptr)->deleteLater();
         }
         return;
     }
-    if (!isVisible()) {
+    if (!isVisible() || editor_ != nullptr) {
         return;
     }
     if (alert_ == nullptr) {
         alert_ = new AlertSheet(texts::kLaunchErrorTitle.toString(), this);
-        alert_->onDismissed = [this] { model_.clearLaunchError(); };
+        alert_->dismiss = [this] { model_.clearLaunchError(); };
     }
-    alert_->present(displayMessage(*model_.launchError()));
+    alert_->setMessage(displayMessage(*model_.launchError()));
+    alert_->present();
+}
+
+// Who had the keyboard before a sheet may be gone.
+void LauncherView::keepKeyboard() {
+    const QWidget* const focus = window()->focusWidget();
+    if (focus == nullptr || !focus->isVisible() || focus == this) {
+        search_->take(false);
+    }
+}
+
+CategoryEditor* LauncherView::makeCategoryEditor() {
+    const std::vector<LauncherCategory>& categories = model_.customCategories();
+    StringDictionary rules;
+    for (const LauncherCategory& category : categories) {
+        if (!rules.emplace(category.id, model_.ruleText(category)).second) {
+            // Edited, one of the two would be lost; the store is left as it is.
+            fatalError("Duplicate values for key: '" + displayText(category.id).toStdString() +
+                       "'");
+        }
+    }
+    auto* const editor = new CategoryEditor(
+        categories, std::move(rules), text_,
+        [this](const std::vector<LauncherCategory>& edited, const StringDictionary& editedRules) {
+            model_.setCategoriesAndRules(edited, editedRules);
+        },
+        this);
+    editor->dismiss = [this] {
+        showingCategoryEditor_ = false;
+        refreshSheets();
+    };
+    return editor;
+}
+
+void LauncherView::refreshIcons() {
+    icons_.refresh();
+    refreshSoon();
 }
 
 void LauncherView::reload() {
@@ -310,13 +351,10 @@ void LauncherView::reload() {
 }
 
 void LauncherView::showSuggestions() {
-    auto* const menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    // The divider stays, also when nothing follows it.
-    menu->setSeparatorsCollapsible(false);
+    auto* const menu = new PopupMenu(texts::kSearchSuggestions.toString(), this);
     const auto suggest = [this, menu](const QString& text, const std::string& query,
                                       std::string_view categoryID) {
-        menu->addAction(text, this, [this, query, categoryID] {
+        menu->addEntry(text, {}, [this, query, categoryID] {
             model_.setQuery(query);
             model_.setSelectedCategoryID(std::string(categoryID));
             search_->take(false);
@@ -329,7 +367,7 @@ void LauncherView::showSuggestions() {
         suggest(texts::kSuggestCategory.toString() + menuText(category.name),
                 "cat:" + category.name, kAllID);
     }
-    menu->popup(suggestions_->mapToGlobal(QPoint(0, suggestions_->height() + 4)));
+    menu->openAt(*suggestions_);
 }
 
 bool LauncherView::eventFilter(QObject* object, QEvent* event) {
@@ -374,17 +412,10 @@ void LauncherView::keyPressEvent(QKeyEvent* event) {
     QWidget::keyPressEvent(event);
 }
 
-void LauncherView::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    if (alert_ != nullptr) {
-        alert_->place();
-    }
-}
-
 void LauncherView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     // An error that came while nobody could see it.
-    refreshAlert();
+    refreshSheets();
 }
 
 // The window's ground in one go, under all that is in it, so that its corners stay round.

@@ -14,6 +14,7 @@ namespace tavo {
 
 class AlertSheet;
 struct AppTile;
+class CategoryEditor;
 class CategoryList;
 class SearchField;
 class SymbolButton;
@@ -35,19 +36,24 @@ public:
     LauncherView(const World& world, QWidget* parent);
     ~LauncherView() override;
 
+    // The icons may have changed.
+    void refreshIcons();
+
     // Called when the close button was pressed, and when Esc was pressed with nothing to clear.
     std::function<void()> onClose;
     std::function<void()> onEscape;
+    // Called with the address of the link that was pressed.
+    std::function<void(const std::string& address)> onLink;
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QWidget* makeSidebar();
+    QWidget* makeEditButton(QWidget* sidebar);
     QWidget* makeToolbar();
     QWidget* makeFooter();
     [[nodiscard]] AppTile makeTile(const AppItem& app);
@@ -55,10 +61,13 @@ private:
     // Draws again soon, however often it is asked for.
     void refreshSoon();
     void refresh();
-    void refreshAlert();
+    void refreshSheets();
+    void keepKeyboard();
+    CategoryEditor* makeCategoryEditor();
     void showSuggestions();
     void reload();
 
+    TextRules text_;
     LauncherModel model_;
     IconLoader icons_;
     Subscription modelChanges_;
@@ -75,7 +84,10 @@ private:
     TileGrid* grid_ = nullptr;
     QWidget* footer_ = nullptr;
     QLabel* count_ = nullptr;
-    AlertSheet* alert_ = nullptr;  // while it is shown
+    // Whether the user edits the categories.
+    bool showingCategoryEditor_ = false;
+    CategoryEditor* editor_ = nullptr;  // while it is shown
+    AlertSheet* alert_ = nullptr;       // while it is shown
 };
 
 }  // namespace tavo

@@ -9,9 +9,11 @@
 #include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
+#include <cmath>
 
 #include "platform/Compositing.h"
 #include "ui/AccessibleItems.h"
+#include "ui/Appearance.h"
 #include "ui/Metrics.h"
 #include "ui/Texts.h"
 
@@ -19,10 +21,25 @@ namespace tavo {
 
 using namespace metrics;
 
-LauncherWindow::LauncherWindow(const Compositing& compositing)
-    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint), compositing_(compositing) {
+namespace {
+
+// The window's shape, in pixels of that scale.
+QRegion roundedRegion(const QSize& size, qreal scale = 1) {
+    QPainterPath outline;
+    outline.addRoundedRect(QRectF(QPointF(), QSizeF(size) * scale), kWindowRadius * scale,
+                           kWindowRadius * scale);
+    return QRegion(outline.toFillPolygon().toPolygon());
+}
+
+}  // namespace
+
+LauncherWindow::LauncherWindow(Compositing& compositing)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint),
+      compositing_(compositing),
+      compositingChanges_(compositing.changed.subscribe([this] { followCompositing(); })) {
     setAccessibleRole(*this, QAccessible::Window);
-    blendWhereTheDesktopDoes();
+    makeBlendable(compositing_.active());
+    tintGround();
     setWindowTitle(texts::kProgramName.toString());
     setAccessibleName(texts::kProgramName.toString());
     setMinimumSize(kSmallestWidth, kSmallestHeight);
@@ -35,16 +52,21 @@ void LauncherWindow::setContent(QWidget* content) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(content);
-    content->setFocus();
 }
 
 void LauncherWindow::present() {
     if (!placed_) {
         placeFirst();
     }
-    if (isHidden()) {
-        blendWhereTheDesktopDoes();
+    if (compositing_.active() && !isBlended()) {
+        hide();  // and come back as another window
     }
+    if (isHidden()) {
+        makeBlendable(compositing_.active());
+        tintGround();
+        shapeCorners();
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();
@@ -94,10 +116,19 @@ Qt::Edges LauncherWindow::edgesAt(QPoint point) const {
     if (isMaximized() || isFullScreen() || !rect().contains(point)) {
         return edges;
     }
-    edges.setFlag(Qt::LeftEdge, point.x() < kResizeEdge);
-    edges.setFlag(Qt::RightEdge, point.x() >= width() - kResizeEdge);
-    edges.setFlag(Qt::TopEdge, point.y() < kResizeEdge);
-    edges.setFlag(Qt::BottomEdge, point.y() >= height() - kResizeEdge);
+    const int toRight = width() - 1 - point.x();
+    const int toBottom = height() - 1 - point.y();
+    const int across = std::min(point.x(), toRight);
+    const int down = std::min(point.y(), toBottom);
+    bool vertical = across < kResizeEdge;
+    bool horizontal = down < kResizeEdge;
+    if (across < kWindowRadius && down < kWindowRadius) {
+        // Round a corner the edge follows the outline: beyond it there may be no window.
+        vertical = horizontal =
+            std::hypot(kWindowRadius - across, kWindowRadius - down) > kWindowRadius - kResizeEdge;
+    }
+    edges.setFlag(point.x() < toRight ? Qt::LeftEdge : Qt::RightEdge, vertical);
+    edges.setFlag(point.y() < toBottom ? Qt::TopEdge : Qt::BottomEdge, horizontal);
     return edges;
 }
 
@@ -157,32 +188,103 @@ bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
 
 // Where nothing blends, a window that could be blended is only slower: the server keeps it apart
 // and copies it to the screen.
-void LauncherWindow::blendWhereTheDesktopDoes() {
-    const bool blended = compositing_.active();
-    if (testAttribute(Qt::WA_TranslucentBackground) == blended) {
+void LauncherWindow::makeBlendable(bool blendable) {
+    if (testAttribute(Qt::WA_TranslucentBackground) == blendable) {
         return;
     }
-    if (internalWinId() != 0) {
+    const bool another = internalWinId() != 0;
+    if (another) {
         destroy();  // the window on the screen stays what it was made as
     }
-    setAttribute(Qt::WA_NoSystemBackground, blended);
-    setAttribute(Qt::WA_TranslucentBackground, blended);
+    setAttribute(Qt::WA_NoSystemBackground, blendable);
+    setAttribute(Qt::WA_TranslucentBackground, blendable);
+    if (another && onAnother) {
+        onAnother();
+    }
+}
+
+bool LauncherWindow::isBlended() const {
+    return compositing_.active() && testAttribute(Qt::WA_TranslucentBackground);
+}
+
+void LauncherWindow::followCompositing() {
+    if (isHidden()) {
+        return;  // present() does the same
+    }
+    // One that can be blended and is not for a while only has its corners cut. One that cannot be
+    // seen, minimised or on another desktop, would come forth by being made anew: it waits until
+    // it is brought forward.
+    if (compositing_.active() && !isBlended() && !isMinimized() && windowHandle()->isExposed()) {
+        makeAnew();
+    }
+    tintGround();
     shapeCorners();
+    blurBehind();
+}
+
+// Another window takes the place of the one on the screen, and the keyboard if that had it.
+void LauncherWindow::makeAnew() {
+    const bool active = isActiveWindow();
+    const QRect place = geometry();
+    hide();
+    makeBlendable(true);
+    setGeometry(place);
+    setAttribute(Qt::WA_ShowWithoutActivating, !active);
+    show();
+    setAttribute(Qt::WA_ShowWithoutActivating, false);
+    if (active) {
+        raise();
+        activateWindow();
+    }
+}
+
+// All in the window take the opacity of its ground from its palette.
+void LauncherWindow::tintGround() {
+    QPalette own;
+    if (isBlended()) {
+        QColor ground = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
+        ground.setAlphaF(
+            static_cast<float>(compositing_.blurs() ? kBlurredMaterial : kPlainMaterial));
+        own.setColor(QPalette::Window, ground);
+    }
+    setPalette(own);
 }
 
 void LauncherWindow::shapeCorners() {
-    if (compositing_.active() && testAttribute(Qt::WA_TranslucentBackground)) {
+    if (isBlended()) {
         clearMask();
+    } else {
+        setMask(roundedRegion(size()));
+    }
+}
+
+void LauncherWindow::blurBehind() {
+    if (!compositing_.blurs() || !isBlended() || internalWinId() == 0) {
         return;
     }
-    QPainterPath outline;
-    outline.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
-    setMask(QRegion(outline.toFillPolygon().toPolygon()));
+    std::vector<PixelRect> region;
+    for (const QRect& part : roundedRegion(size(), devicePixelRatioF())) {
+        region.push_back({part.x(), part.y(), part.width(), part.height()});
+    }
+    compositing_.blurBehind(internalWinId(), region);
+}
+
+bool LauncherWindow::event(QEvent* event) {
+    if (event->type() == QEvent::ApplicationPaletteChange) {
+        tintGround();
+    }
+    return QWidget::event(event);
 }
 
 void LauncherWindow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     shapeCorners();
+    blurBehind();
+}
+
+void LauncherWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    blurBehind();
 }
 
 }  // namespace tavo

@@ -24,13 +24,16 @@ inline constexpr int kSidebarPadding = 18;
 inline constexpr int kSidebarSpacing = 9;
 inline constexpr int kHeaderBottom = 15;
 inline constexpr int kMarkSide = 34;
-inline constexpr int kCloseSide = 12;
+inline constexpr int kCloseSide = 10;
+inline constexpr int kCloseButtonSide = 16;
+inline constexpr int kCloseTop = 1;
 inline constexpr int kRowHorizontal = 11;
 inline constexpr int kRowVertical = 9;
 inline constexpr int kRowRadius = 9;
 inline constexpr int kSymbolSpacing = 8;
 inline constexpr int kIndentation = 14;
 inline constexpr int kSmallestLabel = 60;
+inline constexpr int kEditButtonTop = 8;
 
 // Toolbar
 inline constexpr int kBarHorizontal = 22;
@@ -59,10 +62,23 @@ inline constexpr int kTileRadius = 12;
 // Footer
 inline constexpr int kFooterVertical = 12;
 
+// Sheets
+inline constexpr int kSheetRadius = 12;
+inline constexpr int kSheetMargin = 10;
+
 // Alert
 inline constexpr int kAlertWidth = 320;
 inline constexpr int kAlertPadding = 20;
 inline constexpr int kAlertSpacing = 12;
-inline constexpr int kAlertRadius = 12;
+
+// Category editor
+inline constexpr int kEditorSide = 500;
+inline constexpr int kEditorPadding = 22;
+inline constexpr int kEditorSpacing = 16;
+inline constexpr int kSmallestRowList = 180;
+inline constexpr int kRowListRadius = 7;
+inline constexpr int kEditorRowSpacing = 10;
+inline constexpr int kEditorFieldSpacing = 5;
+inline constexpr int kSmallestPicker = 208;
 
 }  // namespace tavo::metrics

@@ -16,7 +16,7 @@ namespace {
 
 using namespace metrics;
 
-constexpr int kLongestQuery = 10'000;
+constexpr int kLongestQuery = 1'000'000;
 
 }  // namespace
 
@@ -29,7 +29,6 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit
     line_->setTextMargins(0, 0, 0, 0);
     line_->setAttribute(Qt::WA_MacShowFocusRect, false);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setFocusProxy(line_);
 
     auto* const layout = new QHBoxLayout(this);
     // The line brings two pixels of its own on either side.
@@ -37,8 +36,14 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit
                                0);
     layout->addWidget(line_);
 
-    connect(line_, &QLineEdit::textEdited, this, [this](const QString& text) { onEdited(text); });
+    // Not textEdited: what an assistive technology puts in is typed as well.
+    connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        if (!showing_) {
+            onEdited(text);
+        }
+    });
     connect(line_, &QLineEdit::returnPressed, this, [this] { onSubmit(); });
+    line_->installEventFilter(this);
     applyAppearance();
 }
 
@@ -47,7 +52,9 @@ void SearchField::applyAppearance() {
     QPalette linePalette = palette();
     linePalette.setColor(QPalette::Base, Qt::transparent);
     linePalette.setColor(QPalette::Text, appearance.text);
-    linePalette.setColor(QPalette::PlaceholderText, appearance.secondaryText);
+    linePalette.setColor(QPalette::PlaceholderText, appearance.promptText);
+    linePalette.setColor(QPalette::Highlight, appearance.accentGround);
+    linePalette.setColor(QPalette::HighlightedText, appearance.textOnAccent);
     line_->setPalette(linePalette);
 }
 
@@ -57,7 +64,9 @@ QSize SearchField::sizeHint() const {
 
 void SearchField::setText(const QString& text) {
     if (line_->text() != text) {
+        showing_ = true;
         line_->setText(text);
+        showing_ = false;
     }
 }
 
@@ -80,6 +89,15 @@ void SearchField::type(QKeyEvent& event) {
 
 QWidget* SearchField::line() const {
     return line_;
+}
+
+// A Return that is held down, or was when a sheet went away, opens nothing more.
+bool SearchField::eventFilter(QObject*, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) {
+        return false;
+    }
+    const auto* const key = static_cast<const QKeyEvent*>(event);
+    return key->isAutoRepeat() && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter);
 }
 
 void SearchField::paintEvent(QPaintEvent*) {

@@ -32,6 +32,7 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -40,6 +41,7 @@ private:
     void applyAppearance();
 
     QLineEdit* line_;
+    bool showing_ = false;  // the model's text, which nobody typed
 };
 
 }  // namespace tavo

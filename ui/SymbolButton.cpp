@@ -6,7 +6,9 @@
 #include <algorithm>
 
 #include "ui/Appearance.h"
+#include "ui/DisplayText.h"
 #include "ui/Metrics.h"
+#include "ui/OneLine.h"
 #include "ui/Symbols.h"
 
 namespace tavo {
@@ -48,41 +50,58 @@ QSize SymbolButton::sizeHint() const {
     return {symbolWidth + gap + textWidth + 2 * kMargin, height + 2 * kMargin};
 }
 
+int SymbolButton::textStart() const {
+    return kMargin + (symbol_.isEmpty() ? 0 : symbolSize_ + metrics::kSymbolSpacing);
+}
+
+QString SymbolButton::shownText() const {
+    return fitted(text(), QFontMetrics(interfaceFont(fontSize_)), width() - textStart());
+}
+
 void SymbolButton::paintEvent(QPaintEvent*) {
     const Appearance appearance(palette());
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (underMouse() || hasFocus()) {
-        painter.setPen(hasFocus() ? QPen(appearance.accent, 1.5) : QPen(Qt::NoPen));
+        painter.setPen(hasFocus() ? QPen(appearance.focusRing, 1.5) : QPen(Qt::NoPen));
         painter.setBrush(underMouse() ? QBrush(appearance.hover) : QBrush(Qt::NoBrush));
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), kMargin, kMargin);
     }
-    QColor color = tone_ == Tone::Normal ? appearance.text : appearance.secondaryText;
+    QColor color = tone_ == Tone::Normal      ? appearance.text
+                   : tone_ == Tone::Secondary ? appearance.secondaryText
+                                              : appearance.destructive;
     if (isDown() || (underMouse() && isEnabled())) {
         color = isDown() ? appearance.accent : color;
         if (!text().isEmpty() && tone_ == Tone::Secondary) {
             color = appearance.text;
         }
     }
-    int left = kMargin;
     if (!symbol_.isEmpty()) {
-        const QRectF box(kMargin, (height() - symbolSize_) / 2.0, symbolSize_, symbolSize_);
+        const double left = text().isEmpty() ? (width() - symbolSize_) / 2.0 : kMargin;
+        const QRectF box(left, (height() - symbolSize_) / 2.0, symbolSize_, symbolSize_);
         drawSymbol(painter, box, symbol_, color);
-        left += symbolSize_ + metrics::kSymbolSpacing;
     }
     painter.setFont(interfaceFont(fontSize_));
     painter.setPen(color);
-    painter.drawText(rect().adjusted(left, 0, 0, 0),
-                     Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text());
+    painter.drawText(rect().adjusted(textStart(), 0, 0, 0),
+                     Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, shownText());
 }
 
 void SymbolButton::keyPressEvent(QKeyEvent* event) {
     // Return presses too: people expect it of whatever has the ring.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
+        if (!event->isAutoRepeat()) {
+            click();
+        }
         return;
     }
     QAbstractButton::keyPressEvent(event);
+}
+
+void SymbolButton::resizeEvent(QResizeEvent*) {
+    if (!text().isEmpty()) {
+        setToolTip(shownText() == text() ? QString() : toolTipText(text()));
+    }
 }
 
 bool SymbolButton::event(QEvent* event) {

@@ -7,10 +7,10 @@ namespace tavo {
 
 // Without a bezel; a faint ground under the pointer, a ring under the keyboard. It is kMargin
 // larger than what it shows on every side, to be easier to hit. Its accessible name is its text,
-// else its tool tip.
+// else its tool tip. A text that does not fit ends with an ellipsis; the tool tip then says it all.
 class SymbolButton final : public QAbstractButton {
 public:
-    enum class Tone { Normal, Secondary };
+    enum class Tone { Normal, Secondary, Destructive };
 
     static constexpr int kMargin = 6;
 
@@ -21,14 +21,20 @@ public:
     void setSymbolSize(int size);
     void setTone(Tone tone);
 
+    // The text as far as there is room for it.
+    [[nodiscard]] QString shownText() const;
+
     QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     bool event(QEvent* event) override;
 
 private:
+    [[nodiscard]] int textStart() const;
+
     QString symbol_;
     int fontSize_;
     int symbolSize_;

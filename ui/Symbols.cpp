@@ -8,6 +8,7 @@
 #include <cmath>
 #include <utility>
 
+#include "ui/DevicePixels.h"
 #include "ui/Resources.h"
 
 namespace tavo {
@@ -40,11 +41,8 @@ void drawSymbol(QPainter& painter, const QRectF& box, QStringView name, const QC
     const qreal scale = painter.device()->devicePixelRatioF();
     const int side = static_cast<int>(std::min(box.width(), box.height()));
     const QPixmap pixmap = symbolPixmap(name, color, side, scale);
-    // On whole device pixels, or its lines blur.
-    const auto snapped = [scale](qreal position) { return std::round(position * scale) / scale; };
-    painter.drawPixmap(
-        QPointF(snapped(box.center().x() - side / 2.0), snapped(box.center().y() - side / 2.0)),
-        pixmap);
+    const QPointF corner = box.center() - QPointF(side, side) / 2;
+    painter.drawPixmap(onDevicePixels(painter, corner), pixmap);
 }
 
 QStringView categorySymbol(QStringView categoryName) {

@@ -6,6 +6,8 @@
 namespace tavo::texts {
 
 inline constexpr QStringView kProgramName = u"Tavo Launcher";
+inline constexpr QStringView kOpenLauncher = u"Apri Tavo Launcher";
+inline constexpr QStringView kQuitLauncher = u"Esci da Tavo Launcher";
 inline constexpr QStringView kCategories = u"Categorie";
 inline constexpr QStringView kApplications = u"App";
 inline constexpr QStringView kSearchPrompt = u"Cerca app o categoria…";
@@ -24,6 +26,22 @@ inline constexpr QStringView kHide = u"Nascondi dall’elenco";
 inline constexpr QStringView kShow = u"Mostra nell’elenco";
 inline constexpr QStringView kLaunchErrorTitle = u"Impossibile aprire l’app";
 inline constexpr QStringView kOk = u"OK";
+inline constexpr QStringView kScrollBar = u"Barra di scorrimento";
+inline constexpr QStringView kLevelPrefix = u"Livello ";
 inline constexpr QStringView kClose = u"Chiudi";
+inline constexpr QStringView kEditCategories = u"Modifica categorie";
+inline constexpr QStringView kEditorExplanation =
+    u"Aggiungi parole chiave separate da virgole per assegnare le app in automatico; "
+    u"puoi anche usare il clic destro.";
+inline constexpr QStringView kCategoryName = u"Nome categoria";
+inline constexpr QStringView kPosition = u"Posizione";
+inline constexpr QStringView kTopLevel = u"Categoria principale";
+inline constexpr QStringView kSubcategoryOf = u"Sottocategoria di ";
+inline constexpr QStringView kKeywords = u"Parole chiave automatiche, separate da virgole";
+inline constexpr QStringView kDeleteCategory = u"Elimina categoria";
+inline constexpr QStringView kNewCategory = u"Nuova categoria";
+inline constexpr QStringView kAdd = u"Aggiungi";
+inline constexpr QStringView kCancel = u"Annulla";
+inline constexpr QStringView kSave = u"Salva";
 
 }  // namespace tavo::texts

@@ -1,17 +1,19 @@
 #include "ui/TileGrid.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
-#include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 #include "ui/DisplayText.h"
 #include "ui/IconLoader.h"
 #include "ui/Metrics.h"
+#include "ui/PopupMenu.h"
 #include "ui/Texts.h"
 #include "ui/ThinScrollBar.h"
 
@@ -41,27 +43,52 @@ TileGrid::TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent)
 }
 
 void TileGrid::setApps(std::vector<AppItem> apps) {
-    const std::string currentPath = current_ >= 0 ? app(current_).url.path : std::string();
+    const auto pathAt = [this](int index) {
+        return index >= 0 ? app(index).url.path : std::string();
+    };
+    const std::string currentPath = pathAt(current_);
+    const std::string hoveredPath = pathAt(hovered_);
+    const bool sameItems = std::equal(
+        apps_.begin(), apps_.end(), apps.begin(), apps.end(),
+        [](const AppItem& one, const AppItem& other) { return one.url.path == other.url.path; });
     apps_ = std::move(apps);
     tiles_.clear();
-    hovered_ = -1;
-    if (!currentPath.empty()) {
-        const auto found = std::find_if(apps_.begin(), apps_.end(), [&](const AppItem& item) {
-            return item.url.path == currentPath;
-        });
-        // The next one takes the place of one that is gone.
-        current_ = found != apps_.end() ? static_cast<int>(found - apps_.begin())
-                                        : std::min(current_, itemCount() - 1);
+    if (sameItems) {
+        announceMarks(*this);
+        viewport()->update();
+        return;
     }
-    relayout();
+    if (current_ >= 0) {
+        const int found = indexOf(currentPath);
+        // The next one takes the place of one that is gone.
+        current_ = found >= 0 ? found : std::min(current_, itemCount() - 1);
+    }
+    hovered_ = hoveredPath.empty() ? -1 : indexOf(hoveredPath);
+    layout_.count = itemCount();
     announceItems(*this);
-    if (hasFocus() && current_ >= 0) {
-        announceFocus(*this, current_);
+    relayout();
+    // Nobody can be where there is nothing.
+    setFocusPolicy(apps_.empty() ? Qt::NoFocus : Qt::TabFocus);
+    if (hasFocus() && apps_.empty()) {
+        onLeaveUp();
+    } else if (hasFocus() && current_ >= 0 && app(current_).url.path != currentPath) {
+        announceFocusSoon();
     }
 }
 
-void TileGrid::scrollToTop() {
+int TileGrid::indexOf(const std::string& path) const {
+    const auto found = std::find_if(apps_.begin(), apps_.end(),
+                                    [&](const AppItem& item) { return item.url.path == path; });
+    return found == apps_.end() ? -1 : static_cast<int>(found - apps_.begin());
+}
+
+void TileGrid::startAnew() {
     verticalScrollBar()->setValue(0);
+    if (!hasFocus()) {
+        current_ = -1;
+    } else if (!apps_.empty()) {
+        setCurrent(0);
+    }
 }
 
 void TileGrid::enter() {
@@ -91,23 +118,23 @@ GridLayout::Range TileGrid::inView() const {
 
 void TileGrid::relayout() {
     layout_.width = viewport()->width();
-    layout_.count = itemCount();
     const int surplus = std::max(0, layout_.contentHeight() - viewport()->height());
     verticalScrollBar()->setPageStep(viewport()->height());
     verticalScrollBar()->setSingleStep(layout_.rowPitch() / 3);
     verticalScrollBar()->setRange(0, surplus);
-    updateHover();
+    pointerAt(pointer_);
     wantIcons();
     viewport()->update();
 }
 
 void TileGrid::wantIcons() {
+    iconScale_ = devicePixelRatioF();
     const GridLayout::Range range = inView();
     std::vector<std::string> paths;
     for (int index = range.first; index < range.end; ++index) {
         paths.push_back(app(index).url.path);
     }
-    icons_.want(paths, devicePixelRatioF());
+    icons_.want(paths, iconScale_);
 }
 
 QRect TileGrid::itemRect(int index) const {
@@ -123,25 +150,53 @@ void TileGrid::pressItem(int index) {
     launch();
 }
 
+void TileGrid::focusItem(int index) {
+    setCurrent(index);
+    setFocus(Qt::OtherFocusReason);
+    announceFocusSoon();
+}
+
+void TileGrid::showItemMenu(int index) {
+    setCurrent(index);
+    showMenu(index, viewport()->mapToGlobal(itemRect(index).center()));
+    watchPopup();
+}
+
+std::optional<AccessibleItems::Button> TileGrid::itemButton(int index) const {
+    const bool favorite = isFavorite ? isFavorite(app(index)) : makeTile_(app(index)).favorite;
+    if (!favorite && index != hovered_) {
+        return std::nullopt;
+    }
+    return Button{AppTile::starName(favorite), AppTile::starRect(itemRect(index))};
+}
+
+void TileGrid::pressItemButton(int index) {
+    const auto toggle = tileAt(index).toggleFavorite;
+    toggle();
+}
+
 void TileGrid::updateTile(int index) {
     // The shadow and the keyboard's frame reach beyond the tile.
-    const int margin = IconLoader::margin();
-    viewport()->update(itemRect(index).adjusted(-margin, -margin, margin, margin));
+    viewport()->update(itemRect(index).adjusted(-AppTile::kReach, -AppTile::kReach, AppTile::kReach,
+                                                AppTile::kReach));
 }
 
 void TileGrid::paintEvent(QPaintEvent* event) {
+    if (iconScale_ != devicePixelRatioF()) {
+        wantIcons();  // the window has come to a screen of another scale
+    }
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const int margin = IconLoader::margin();
-    const QRect dirty = event->rect().adjusted(-margin, -margin, margin, margin);
+    const QRect dirty = event->rect().adjusted(-AppTile::kReach, -AppTile::kReach, AppTile::kReach,
+                                               AppTile::kReach);
     const GridLayout::Range range = inView();
     for (int index = range.first; index < range.end; ++index) {
         const QRect rect = itemRect(index);
         if (rect.intersects(dirty)) {
             tileAt(index).paint(painter, rect,
                                 {.appearance = appearance_,
-                                 .icon = icons_.find(app(index).url.path, devicePixelRatioF()),
+                                 .icon = icons_.find(app(index).url.path),
                                  .current = hasFocus() && index == current_});
         }
     }
@@ -156,14 +211,14 @@ void TileGrid::resizeEvent(QResizeEvent*) {
 }
 
 void TileGrid::scrollContentsBy(int, int) {
-    updateHover();
+    pointerAt(pointer_);
     wantIcons();
     viewport()->update();
 }
 
 TileGrid::Target TileGrid::targetAt(QPoint viewportPoint) const {
     const QPoint point = viewportPoint + QPoint(0, scrollOffset());
-    const int index = layout_.tileAt(point);
+    const int index = viewport()->rect().contains(viewportPoint) ? layout_.tileAt(point) : -1;
     if (index < 0) {
         return {};
     }
@@ -174,31 +229,74 @@ TileGrid::Target TileGrid::targetAt(QPoint viewportPoint) const {
     return {index, AppTile::mainRect(tile).contains(point) ? Part::Main : Part::None};
 }
 
-void TileGrid::updateHover() {
-    const QPoint pointer = viewport()->mapFromGlobal(QCursor::pos());
-    setHovered(viewport()->underMouse() && viewport()->rect().contains(pointer)
-                   ? targetAt(pointer).index
-                   : -1);
+// Where the pointer is, or was when the tiles moved under it. Remembered, because asking the
+// display for it would take a round trip for each step of scrolling.
+void TileGrid::pointerAt(std::optional<QPoint> viewportPoint) {
+    pointer_ = viewportPoint;
+    setHovered(pointer_ && isEnabled() ? targetAt(*pointer_).index : -1);
+}
+
+// For the moments when something that lay over the grid is gone and nobody tells.
+void TileGrid::findPointer() {
+    if (QApplication::activePopupWidget() != nullptr) {
+        return;
+    }
+    const QPoint global = QCursor::pos();
+    const bool uncovered = isVisible() && QApplication::widgetAt(global) == viewport();
+    pointerAt(uncovered ? std::optional(viewport()->mapFromGlobal(global)) : std::nullopt);
+}
+
+void TileGrid::watchPopup() {
+    if (QWidget* const popup = QApplication::activePopupWidget()) {
+        popup->installEventFilter(this);
+    }
+}
+
+bool TileGrid::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::Hide && object != viewport()) {
+        // Only once it is really gone.
+        QMetaObject::invokeMethod(
+            this, [this] { findPointer(); }, Qt::QueuedConnection);
+    }
+    return QAbstractScrollArea::eventFilter(object, event);
 }
 
 void TileGrid::setHovered(int index) {
     if (index == hovered_) {
         return;
     }
-    for (const auto& [tileIndex, hovering] : {std::pair(hovered_, false), std::pair(index, true)}) {
-        if (tileIndex >= 0 && tileIndex < itemCount()) {
-            tileAt(tileIndex).hovering = hovering;
-            updateTile(tileIndex);
+    const int before = std::exchange(hovered_, index);
+    for (const int changed : {before, index}) {
+        if (changed >= 0 && changed < itemCount()) {
+            tileAt(changed).hovering = changed == hovered_;
+            updateTile(changed);
+            announceMarks(*this, changed);
         }
     }
-    hovered_ = index;
 }
 
 void TileGrid::setCurrent(int index) {
-    if (index != current_ && current_ >= 0) {
-        updateTile(current_);
+    scrollTo(index);
+    moveCurrent(index);
+}
+
+void TileGrid::moveCurrent(int index) {
+    if (index == current_) {
+        return;
     }
-    current_ = index;
+    const int before = std::exchange(current_, index);
+    for (const int changed : {before, index}) {
+        if (changed >= 0 && changed < itemCount()) {
+            updateTile(changed);
+            announceSelection(*this, changed);
+        }
+    }
+    if (hasFocus()) {
+        announceFocus(*this, index);
+    }
+}
+
+void TileGrid::scrollTo(int index) {
     const QRect tile = layout_.tile(index);
     QScrollBar& bar = *verticalScrollBar();
     const int top = tile.top() - metrics::kGridPadding;
@@ -208,8 +306,19 @@ void TileGrid::setCurrent(int index) {
     } else if (bottom > bar.value() + viewport()->height()) {
         bar.setValue(bottom - viewport()->height());
     }
-    updateTile(index);
-    announceFocus(*this, index);
+}
+
+// The toolkit says that the list has the keyboard after it has given it; which item has it is to
+// be the last word.
+void TileGrid::announceFocusSoon() {
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (hasFocus() && current_ >= 0) {
+                announceFocus(*this, current_);
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 int TileGrid::stepped(int key) const {
@@ -256,24 +365,22 @@ void TileGrid::keyPressEvent(QKeyEvent* event) {
         case Qt::Key_Home:
         case Qt::Key_End:
         case Qt::Key_PageUp:
-        case Qt::Key_PageDown: {
-            const int next = stepped(event->key());
-            if (next < 0) {
-                onLeaveUp();
-            } else {
-                setCurrent(next);
-            }
+        case Qt::Key_PageDown:
+            moveBy(event->key());
             break;
-        }
         case Qt::Key_Return:
         case Qt::Key_Enter:
         case Qt::Key_Space:
-            pressItem(current_);
+            // Once, however long it is held down.
+            if (!event->isAutoRepeat()) {
+                scrollTo(current_);
+                pressItem(current_);
+            }
             break;
         case Qt::Key_F10:
             // The toolkit makes a menu event of the Menu key only.
             if (event->modifiers().testFlag(Qt::ShiftModifier)) {
-                showMenuOfCurrent();
+                showItemMenu(current_);
             } else {
                 event->ignore();
             }
@@ -283,9 +390,23 @@ void TileGrid::keyPressEvent(QKeyEvent* event) {
     }
 }
 
+void TileGrid::moveBy(int key) {
+    const int next = stepped(key);
+    if (next < 0) {
+        onLeaveUp();
+    } else {
+        setCurrent(next);
+    }
+}
+
 bool TileGrid::viewportEvent(QEvent* event) {
-    if (event->type() == QEvent::Leave) {
-        setHovered(-1);
+    if (event->type() == QEvent::Enter) {
+        pointerAt(static_cast<QEnterEvent*>(event)->position().toPoint());
+    } else if (event->type() == QEvent::Leave) {
+        pointerAt(std::nullopt);
+        // For a menu that is about to open, perhaps; it will not tell when it closes.
+        QMetaObject::invokeMethod(
+            this, [this] { watchPopup(); }, Qt::QueuedConnection);
     } else if (event->type() == QEvent::ToolTip) {
         const auto* const help = static_cast<QHelpEvent*>(event);
         const Target target = targetAt(help->pos());
@@ -301,8 +422,20 @@ bool TileGrid::viewportEvent(QEvent* event) {
     return QAbstractScrollArea::viewportEvent(event);
 }
 
+void TileGrid::wheelEvent(QWheelEvent* event) {
+    if (!scrollBar_->scrollByPixels(*event)) {
+        QAbstractScrollArea::wheelEvent(event);
+    }
+}
+
 void TileGrid::mouseMoveEvent(QMouseEvent* event) {
-    setHovered(targetAt(event->position().toPoint()).index);
+    const QPoint point = event->position().toPoint();
+    // Tiles that move under a resting pointer make events too.
+    const bool moved = pointer_ && *pointer_ != point;
+    pointerAt(point);
+    if (moved && hasFocus() && hovered_ >= 0 && event->buttons() == Qt::NoButton) {
+        moveCurrent(hovered_);  // without scrolling: nothing may move under the pointer
+    }
 }
 
 void TileGrid::mousePressEvent(QMouseEvent* event) {
@@ -310,6 +443,11 @@ void TileGrid::mousePressEvent(QMouseEvent* event) {
     const bool pressed = event->button() == Qt::LeftButton && target.part != Part::None;
     pressedPart_ = pressed ? target.part : Part::None;
     pressedPath_ = pressed ? app(target.index).url.path : std::string();
+}
+
+// A quick second press is a press; left alone, it would go on to whoever moves the window.
+void TileGrid::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
 }
 
 void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
@@ -323,45 +461,44 @@ void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
     if (target.part == Part::Main) {
         pressItem(target.index);
     } else {
-        const auto toggle = tileAt(target.index).toggleFavorite;
-        toggle();
+        pressItemButton(target.index);
     }
 }
 
 void TileGrid::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() == QContextMenuEvent::Keyboard) {
-        showMenuOfCurrent();
+        if (current_ >= 0) {
+            showItemMenu(current_);
+        }
         return;
     }
     const int index = targetAt(event->pos()).index;
     if (index >= 0) {
         showMenu(index, event->globalPos());
-    }
-}
-
-void TileGrid::showMenuOfCurrent() {
-    if (current_ >= 0) {
-        setCurrent(current_);
-        showMenu(current_, viewport()->mapToGlobal(itemRect(current_).center()));
+        watchPopup();
     }
 }
 
 void TileGrid::showMenu(int index, QPoint globalPosition) {
-    auto* const menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    tileAt(index).fillMenu(*menu, appearance_);
-    menu->popup(globalPosition);
+    auto* const menu = new PopupMenu(displayText(app(index).name), this);
+    tileAt(index).fillMenu(*menu);
+    menu->openAt(globalPosition);
 }
 
 void TileGrid::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
+    if (apps_.empty()) {
+        return;
+    }
     // Only whoever comes by Tab has to be shown where he is; when the window or a closed menu gives
     // the keyboard back, nothing may move under the pointer.
-    if (event->reason() != Qt::TabFocusReason && event->reason() != Qt::BacktabFocusReason) {
-        viewport()->update();
-    } else if (!apps_.empty()) {
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
         setCurrent(std::max(0, current_));
     }
+    if (current_ >= 0) {
+        updateTile(current_);
+    }
+    announceFocusSoon();
 }
 
 void TileGrid::focusOutEvent(QFocusEvent* event) {
@@ -371,11 +508,35 @@ void TileGrid::focusOutEvent(QFocusEvent* event) {
     }
 }
 
+void TileGrid::hideEvent(QHideEvent* event) {
+    QAbstractScrollArea::hideEvent(event);
+    pressedPart_ = Part::None;
+    pointerAt(std::nullopt);
+}
+
 void TileGrid::changeEvent(QEvent* event) {
     QAbstractScrollArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        appearance_ = Appearance(palette());
-        viewport()->update();
+    switch (event->type()) {
+        case QEvent::PaletteChange:
+            appearance_ = Appearance(palette());
+            viewport()->update();
+            break;
+        case QEvent::FontChange:
+            layout_.tileHeight = AppTile::height();
+            tiles_.clear();
+            relayout();
+            break;
+        case QEvent::EnabledChange:
+            // Behind a sheet nothing is under the pointer.
+            pressedPart_ = Part::None;
+            if (isEnabled()) {
+                findPointer();
+            } else {
+                pointerAt(std::nullopt);
+            }
+            break;
+        default:
+            break;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <QAbstractScrollArea>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,11 +30,15 @@ public:
     // `icons` outlives the grid. `makeTile` is called for each tile that comes into view.
     TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent);
 
-    // The applications to show from now on. The keyboard's tile stays with its application.
+    // Whether an application is a favourite, where that is known without making its tile.
+    std::function<bool(const AppItem&)> isFavorite;
+
+    // The applications to show from now on, with their present marks. The keyboard's tile stays
+    // with its application.
     void setApps(std::vector<AppItem> apps);
 
-    // Back to the first row; for a list that answers another question than the last one.
-    void scrollToTop();
+    // Back to the first tile; for a list that answers another question than the last one.
+    void startAnew();
 
     // Takes the keyboard, coming from above.
     void enter();
@@ -42,24 +47,35 @@ public:
     std::function<void()> onLeaveUp;
 
     int itemCount() const override { return static_cast<int>(apps_.size()); }
+    const std::string& itemKey(int index) const override { return app(index).url.path; }
     QString itemName(int index) const override;
     QRect itemRect(int index) const override;
     bool itemIsSelected(int index) const override { return index == current_; }
     bool itemHasFocus(int index) const override { return hasFocus() && index == current_; }
     void pressItem(int index) override;
+    void focusItem(int index) override;
+    bool itemsHaveMenus() const override { return true; }
+    void showItemMenu(int index) override;
+    // The star, while it is shown.
+    std::optional<Button> itemButton(int index) const override;
+    void pressItemButton(int index) override;
 
 protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -74,6 +90,7 @@ private:
     [[nodiscard]] const AppItem& app(int index) const {
         return apps_[static_cast<std::size_t>(index)];
     }
+    [[nodiscard]] int indexOf(const std::string& path) const;
     [[nodiscard]] Target targetAt(QPoint viewportPoint) const;
     [[nodiscard]] GridLayout::Range inView() const;
     [[nodiscard]] int scrollOffset() const;
@@ -81,12 +98,19 @@ private:
     void relayout();
     void wantIcons();
     void updateTile(int index);
-    void updateHover();
+
+    void pointerAt(std::optional<QPoint> viewportPoint);
+    void findPointer();
+    void watchPopup();
     void setHovered(int index);
+
     void setCurrent(int index);
+    void moveCurrent(int index);
+    void scrollTo(int index);
+    void announceFocusSoon();
     [[nodiscard]] int stepped(int key) const;
+    void moveBy(int key);
     void showMenu(int index, QPoint globalPosition);
-    void showMenuOfCurrent();
 
     IconLoader& icons_;
     TileMaker makeTile_;
@@ -94,8 +118,10 @@ private:
     ThinScrollBar* scrollBar_;
     GridLayout layout_;
     std::vector<AppItem> apps_;
-    std::map<int, AppTile> tiles_;  // those in view, made when first painted
-    int current_ = -1;              // the keyboard's tile
+    std::map<int, AppTile> tiles_;   // those in view, made when first painted
+    double iconScale_ = 0;           // at which the icons in view were asked for
+    int current_ = -1;               // the keyboard's tile
+    std::optional<QPoint> pointer_;  // in the viewport, while nothing covers it there
     int hovered_ = -1;
     Part pressedPart_ = Part::None;
     std::string pressedPath_;

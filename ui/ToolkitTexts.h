@@ -5,8 +5,8 @@
 
 namespace tavo {
 
-// What the menus of text fields say. Installed into the application; every other text of the
-// toolkit stays as it is.
+// What the menus of text fields say, and what screen readers say can be done with a control.
+// Installed into the application; every other text of the toolkit stays as it is.
 class ToolkitTexts final : public QTranslator {
 public:
     using QTranslator::QTranslator;

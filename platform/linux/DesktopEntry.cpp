@@ -30,12 +30,24 @@ enum Key : std::size_t {
     kTerminal,
     kStartupNotify,
     kDBusActivatable,
+    kStartupWmClass,
     kKeyCount
 };
 
-constexpr std::array<std::string_view, kKeyCount> kKeyNames = {
-    "Type",      "Name",   "Icon",      "Exec",     "TryExec",       "Path",           "OnlyShowIn",
-    "NotShowIn", "Hidden", "NoDisplay", "Terminal", "StartupNotify", "DBusActivatable"};
+constexpr std::array<std::string_view, kKeyCount> kKeyNames = {"Type",
+                                                               "Name",
+                                                               "Icon",
+                                                               "Exec",
+                                                               "TryExec",
+                                                               "Path",
+                                                               "OnlyShowIn",
+                                                               "NotShowIn",
+                                                               "Hidden",
+                                                               "NoDisplay",
+                                                               "Terminal",
+                                                               "StartupNotify",
+                                                               "DBusActivatable",
+                                                               "StartupWMClass"};
 
 using RawValue = std::optional<std::string_view>;
 
@@ -381,6 +393,7 @@ std::optional<DesktopEntry> DesktopEntryReader::parse(std::string_view bytes) {
     entry.exec = stringOf(scan.value(kExec));
     entry.tryExec = stringOf(scan.value(kTryExec));
     entry.path = stringOf(scan.value(kPath));
+    entry.startupWmClass = stringOf(scan.value(kStartupWmClass));
     entry.onlyShowIn = listOf(scan.value(kOnlyShowIn));
     entry.notShowIn = listOf(scan.value(kNotShowIn));
     entry.hidden = isTrue(scan.value(kHidden));

@@ -33,7 +33,8 @@ struct DesktopEntry {
     std::string icon;  // a name in the icon theme or an absolute path, localized as the name is
     std::string exec;
     std::string tryExec;
-    std::string path;  // the working folder of the program
+    std::string path;            // the working folder of the program
+    std::string startupWmClass;  // what its windows call themselves
 
     // Present and empty differs from absent: the former shows the entry nowhere.
     std::optional<std::vector<std::string>> onlyShowIn;

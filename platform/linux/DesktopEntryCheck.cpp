@@ -13,6 +13,7 @@
 #include "platform/linux/DesktopEntry.h"
 #include "platform/linux/OpeningMessages.h"
 #include "platform/linux/ProgramCheck.h"
+#include "platform/linux/ProgramSearch.h"
 
 namespace tavo {
 namespace {
@@ -44,16 +45,18 @@ Result<std::string> checkProgram(const std::string& program, const std::string& 
 
 }  // namespace
 
-Result<EntryKeys> readEntryKeys(const std::string& path) {
+Result<EntryKeys> readEntryKeys(const std::string& path, std::span<const std::string> languages) {
     const auto bytes = readBoundedFile(path, kLargestDesktopEntry);
     if (const auto* const failure = std::get_if<FileFailure>(&bytes)) {
         return unreadable(path, failure->code);
     }
-    const auto entry = parseDesktopEntry(std::get<std::string>(bytes), {});
+    const auto entry = parseDesktopEntry(std::get<std::string>(bytes), languages);
     if (!entry || entry->type != "Application") {
         return messages::entryInvalid(path);
     }
     EntryKeys keys;
+    keys.name = entry->name;
+    keys.icon = entry->icon;
     keys.command = entry->exec;
     keys.tryExec = entry->tryExec;
     keys.workingDirectory = entry->path;
@@ -62,16 +65,6 @@ Result<EntryKeys> readEntryKeys(const std::string& path) {
     keys.startupNotify = entry->startupNotify;
     keys.busActivatable = entry->dbusActivatable && !entryBusName(path).empty();
     return keys;
-}
-
-std::string commandProgram(const std::string& command) {
-    char** words = nullptr;
-    if (g_shell_parse_argv(command.c_str(), nullptr, &words, nullptr) == FALSE) {
-        return {};
-    }
-    std::string program = words[0];
-    g_strfreev(words);
-    return program;
 }
 
 std::string entryBusName(const std::string& path) {
@@ -84,8 +77,9 @@ std::string entryBusName(const std::string& path) {
     return wellKnown ? name : std::string();
 }
 
-Result<StartableEntry> checkEntry(const std::string& path, const std::string& searchPath) {
-    const Result<EntryKeys> read = readEntryKeys(path);
+Result<StartableEntry> checkEntry(const std::string& path, const std::string& searchPath,
+                                  std::span<const std::string> languages) {
+    const Result<EntryKeys> read = readEntryKeys(path, languages);
     if (!read) {
         return read.error();
     }
@@ -105,7 +99,7 @@ Result<StartableEntry> checkEntry(const std::string& path, const std::string& se
         return keys.busActivatable ? Result(std::move(entry))
                                    : Result<StartableEntry>(messages::entryWithoutCommand(path));
     }
-    entry.program = commandProgram(keys.command);
+    entry.program = programOf(keys.command).value_or("");
     if (entry.program.empty()) {
         return messages::entryCommandUnreadable(path, keys.command);
     }

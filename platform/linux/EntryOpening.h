@@ -1,49 +1,17 @@
 // Starting what a desktop entry describes.
 #pragma once
 
-#include <chrono>
 #include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
-#include "platform/Workspace.h"
-#include "platform/linux/GioLaunchContext.h"
-#include "platform/linux/GioThread.h"
+#include "platform/linux/ApplicationStart.h"
 
 namespace tavo {
 
-// A completion that can be answered from several sides; the first answer is the one that counts.
-class OpenAnswer {
-public:
-    explicit OpenAnswer(OpenCompletion completion) : completion_(std::move(completion)) {}
-
-    void succeed(std::optional<RunningApplication> running) { answer(std::move(running), {}); }
-    void fail(Error error) { answer({}, std::move(error)); }
-
-private:
-    void answer(std::optional<RunningApplication> running, std::optional<Error> error) {
-        if (const OpenCompletion completion = std::exchange(completion_, nullptr)) {
-            completion(std::move(running), std::move(error));
-        }
-    }
-
-    OpenCompletion completion_;
-};
-
-// One start of one entry.
-struct EntryStart {
-    std::string path;
-    std::string identifier;
-    std::string searchPath;  // PATH as children have it
-    std::string home;        // a folder that exists
-    std::chrono::milliseconds patience{0};
-    LaunchContext context;
-    bool identified = false;  // whether the context has an identifier for the start
-    std::shared_ptr<OpenAnswer> answer;
-};
-
 // On `thread`, which must outlive the start's answer.
-void openEntry(GioThread& thread, EntryStart start);
+//
+// An entry that can be activated over the session bus is, and fails when the bus does not answer:
+// its command might start a second one of it. Any other starts without waiting for the bus long;
+// GIO, which would, starts it only once the bus has answered.
+void openEntry(GioThread& thread, const std::shared_ptr<const ApplicationStart>& start);
 
 }  // namespace tavo

@@ -8,40 +8,6 @@
 namespace tavo {
 namespace {
 
-// GAppLaunchContext answers a start's identifier by a virtual function.
-struct Context {
-    GAppLaunchContext parent;
-    char* startupId;
-};
-
-struct ContextClass {
-    GAppLaunchContextClass parent;
-};
-
-GObjectClass* parentClass = nullptr;
-
-char* startupNotifyId(GAppLaunchContext* context, GAppInfo* /*info*/, GList* /*files*/) {
-    return g_strdup(reinterpret_cast<Context*>(context)->startupId);
-}
-
-void finalize(GObject* object) {
-    g_free(reinterpret_cast<Context*>(object)->startupId);
-    parentClass->finalize(object);
-}
-
-void initializeClass(gpointer type, gpointer /*data*/) {
-    parentClass = static_cast<GObjectClass*>(g_type_class_peek_parent(type));
-    static_cast<GObjectClass*>(type)->finalize = finalize;
-    static_cast<GAppLaunchContextClass*>(type)->get_startup_notify_id = startupNotifyId;
-}
-
-GType contextType() {
-    static const GType type = g_type_register_static_simple(
-        G_TYPE_APP_LAUNCH_CONTEXT, "TavoLaunchContext", sizeof(ContextClass), initializeClass,
-        sizeof(Context), nullptr, G_TYPE_FLAG_FINAL);
-    return type;
-}
-
 using Variables = std::map<std::string, std::string, std::less<>>;
 
 void add(Variables& variables, std::string_view variable) {
@@ -53,13 +19,11 @@ void add(Variables& variables, std::string_view variable) {
 
 }  // namespace
 
-LaunchContext makeLaunchContext(const StartEnvironment& environment, const std::string& startupId) {
-    auto* const context = static_cast<GAppLaunchContext*>(g_object_new(contextType(), nullptr));
-    if (!startupId.empty()) {
-        reinterpret_cast<Context*>(context)->startupId = g_strdup(startupId.c_str());
-    }
+LaunchContext makeLaunchContext(const std::vector<std::string>& variables) {
+    LaunchContext owned(g_app_launch_context_new());
+    GAppLaunchContext* const context = owned.get();
     Variables wanted;
-    for (const std::string& variable : environment.forChildren()) {
+    for (const std::string& variable : variables) {
         add(wanted, variable);
     }
     Variables present;
@@ -80,7 +44,7 @@ LaunchContext makeLaunchContext(const StartEnvironment& environment, const std::
             g_app_launch_context_setenv(context, name.c_str(), value.c_str());
         }
     }
-    return LaunchContext(context);
+    return owned;
 }
 
 }  // namespace tavo

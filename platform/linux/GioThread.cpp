@@ -13,7 +13,6 @@
 namespace tavo {
 namespace {
 
-constexpr std::chrono::milliseconds kBusPatience{2000};
 constexpr int kFarewellRounds = 20;
 constexpr std::chrono::milliseconds kFarewellRound{5};
 
@@ -67,17 +66,26 @@ struct GioThread::Child {
 // connection also reports its loss.
 class GioThread::BusAttempt {
 public:
-    explicit BusAttempt(GMainContext* context)
-        : context_(context), cancellable_(g_cancellable_new()) {
+    // `told` is called when it is over.
+    BusAttempt(GMainContext* context, Callback told)
+        : context_(context), told_(std::move(told)), cancellable_(g_cancellable_new()) {
         g_bus_get(G_BUS_TYPE_SESSION, cancellable_, answered, this);
     }
     BusAttempt(const BusAttempt&) = delete;
     BusAttempt& operator=(const BusAttempt&) = delete;
     ~BusAttempt() { g_object_unref(cancellable_); }
 
-    // Whether the attempt is over; waits at most for `patience`, in which timers and children go
-    // on.
-    bool over(std::chrono::milliseconds patience) {
+    [[nodiscard]] bool over() const { return over_; }
+
+    // Whether it is over when `patience` has passed since it began; timers and children go on
+    // meanwhile.
+    bool overWithin(std::chrono::milliseconds patience) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(began_ + patience - Clock::now());
+        return over_ || (left.count() > 0 && overAfter(left));
+    }
+
+    bool overAfter(std::chrono::milliseconds patience) {
         bool late = false;
         const ScopedSource timer(attachTimer(context_, patience, [&late] { late = true; }));
         while (!over_ && !late) {
@@ -93,7 +101,7 @@ public:
     // heeds no cancelling is left to it.
     static void abandon(std::unique_ptr<BusAttempt> attempt) {
         g_cancellable_cancel(attempt->cancellable_);
-        if (!attempt->over(kFarewellRounds * kFarewellRound)) {
+        if (!attempt->overAfter(kFarewellRounds * kFarewellRound)) {
             [[maybe_unused]] BusAttempt* const left = attempt.release();
         } else if (GDBusConnection* const bus = attempt->take()) {
             g_object_unref(bus);
@@ -108,9 +116,14 @@ private:
             g_dbus_connection_set_exit_on_close(self.bus_, FALSE);
         }
         self.over_ = true;
+        self.told_();
     }
 
+    using Clock = std::chrono::steady_clock;
+
     GMainContext* context_;
+    const Callback told_;
+    const Clock::time_point began_ = Clock::now();
     GCancellable* cancellable_;
     GDBusConnection* bus_ = nullptr;
     bool over_ = false;
@@ -229,25 +242,53 @@ void GioThread::releaseBus() {
     g_weak_ref_clear(&remains);
 }
 
-GioThread::Bus GioThread::sessionBus() {
-    if (bus_ && g_dbus_connection_is_closed(bus_.get()) != FALSE) {
-        releaseBus();
-    }
+GioThread::Bus GioThread::sessionBus(std::chrono::milliseconds patience) {
+    attemptBus();
     if (bus_) {
         return Bus::connected;
     }
-    if (!attempt_) {
-        attempt_ = std::make_unique<BusAttempt>(context_.get());
+    return attempt_->overWithin(patience) ? takeBus() : Bus::silent;
+}
+
+void GioThread::whenConnected(Callback connected) {
+    attemptBus();
+    if (bus_) {
+        connected();
+    } else {
+        whenConnected_.push_back(std::move(connected));
     }
-    if (!attempt_->over(kBusPatience)) {
-        return Bus::silent;
+}
+
+void GioThread::attemptBus() {
+    if (bus_ && g_dbus_connection_is_closed(bus_.get()) != FALSE) {
+        releaseBus();
     }
+    if (!bus_ && !attempt_) {
+        // By a job, because whoever waits for the attempt is in the middle of it.
+        attempt_ = std::make_unique<BusAttempt>(context_.get(), [this] {
+            post([this] {
+                if (attempt_ && attempt_->over()) {
+                    takeBus();
+                }
+            });
+        });
+    }
+}
+
+GioThread::Bus GioThread::takeBus() {
     bus_.reset(std::exchange(attempt_, nullptr)->take());
+    const std::vector<Callback> waiting = std::exchange(whenConnected_, {});
     if (!bus_) {
         return Bus::none;
     }
     // Still the lost one, if somebody else in this process holds on to it.
-    return g_dbus_connection_is_closed(bus_.get()) != FALSE ? Bus::silent : Bus::connected;
+    if (g_dbus_connection_is_closed(bus_.get()) != FALSE) {
+        return Bus::silent;
+    }
+    for (const Callback& connected : waiting) {
+        connected();
+    }
+    return Bus::connected;
 }
 
 }  // namespace tavo

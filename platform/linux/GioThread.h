@@ -58,15 +58,24 @@ public:
     // Reaps the child `process` when it ends, and then tells how (a status as waitpid gives it;
     // none when the system reaped it first, because SIGCHLD is ignored); that may be inside the
     // call. Should the system refuse to watch it, it is reaped at one of the next calls, and
-    // nothing is told.
+    // nothing is told. Of a process that is no child of ours the end alone is told. Of several
+    // watches of one process the last one counts.
     void watchChild(pid_t process, std::function<void(std::optional<int> status)> ended);
 
     enum class Bus { connected, none, silent };
 
-    // The session bus: connected, not there, or not answering within two seconds; later calls go
-    // on waiting for the answer to the first. Losing the connection does not end the program, as
-    // it would by GLib's own rule.
-    [[nodiscard]] Bus sessionBus();
+    // The session bus: connected, not there, or not answering. It has `patience` from the first
+    // question, in which timers and children go on; later ones do not wait anew, and the attempt
+    // goes on by itself. Losing the connection does not end the program, as it would by GLib's own
+    // rule.
+    [[nodiscard]] Bus sessionBus(std::chrono::milliseconds patience);
+
+    // Never waits: `connected` is called as soon as the session bus is, which may be inside the
+    // call, and not at all when there turns out to be none.
+    void whenConnected(std::function<void()> connected);
+
+    // The session bus after one of these two has said that it is connected; null before.
+    [[nodiscard]] GDBusConnection* connection() { return bus_.get(); }
 
     // Between these two a call is under way that `cancellable()` ends.
     void beginCall() { ++calls_; }
@@ -85,6 +94,11 @@ private:
     void runJobs();
     void reapUnwatched();
 
+    void attemptBus();
+
+    // What has come of the attempt, which is over.
+    Bus takeBus();
+
     // GLib keeps one connection for the whole process for as long as anybody has a hold on it; its
     // own unfinished business in this event loop counts, and is finished here.
     void releaseBus();
@@ -93,6 +107,7 @@ private:
     std::unique_ptr<GCancellable, Unref> cancellable_;
     std::unique_ptr<GDBusConnection, Unref> bus_;
     std::unique_ptr<BusAttempt> attempt_;  // under way
+    std::vector<std::function<void()>> whenConnected_;
     std::map<pid_t, ScopedSource> children_;
     std::vector<pid_t> unwatched_;
     int calls_ = 0;

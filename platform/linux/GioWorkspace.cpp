@@ -7,12 +7,16 @@
 #include <unistd.h>
 
 #include "platform/linux/BundleFolder.h"
+#include "platform/linux/BundleOpening.h"
 #include "platform/linux/DesktopEntryCheck.h"
 #include "platform/linux/EntryOpening.h"
+#include "platform/linux/FirstWindow.h"
 #include "platform/linux/GioThread.h"
 #include "platform/linux/OpeningMessages.h"
-#include "platform/linux/PosixSpawn.h"
 #include "platform/linux/ProgramCheck.h"
+#include "platform/linux/ProgramSearch.h"
+#include "platform/linux/StartsUnderWay.h"
+#include "platform/linux/XdgEnvironment.h"
 
 namespace tavo {
 namespace {
@@ -64,54 +68,15 @@ std::string hostName() {
                                                             : std::string("localhost");
 }
 
-// What a bundle's start needs, apart from its path.
-struct BundleStart {
-    std::vector<std::string> environment;
-    std::string searchPath;
-    std::string home;
-};
-
-// The path of the program in the bundle at `path`, if it would run.
-Result<std::string> bundleProgram(const std::string& path, const BundleFacts& facts,
-                                  const std::string& searchPath) {
-    if (!facts.executablePath) {
-        return messages::bundleWithoutProgram(path);
-    }
-    Result<std::string> program = findProgram(*facts.executablePath, searchPath, "");
-    if (program) {
-        if (const auto failure = whyScriptCannotRun(program.value(), searchPath)) {
-            return *failure;
-        }
-    }
-    return program;
-}
-
-void openBundle(GioThread& thread, const std::string& path, const BundleStart& start,
-                OpenAnswer& answer) {
-    const BundleFacts facts = readBundleFolder(path).value_or(BundleFacts());
-    const Result<std::string> executable = bundleProgram(path, facts, start.searchPath);
-    if (!executable) {
-        answer.fail(executable.error());
-        return;
-    }
-    ProgramStart program;
-    program.executable = executable.value();
-    program.environment = start.environment;
-    program.workingDirectory = start.home;
-    pid_t process = 0;
-    if (const int failure = startProgram(program, process); failure != 0) {
-        answer.fail(messages::startRefused(executable.value(), failure));
-        return;
-    }
-    thread.watchChild(process, [](std::optional<int>) {});
-    answer.succeed(RunningApplication{process, facts.identifier.value_or("")});
-}
-
 class GioWorkspace final : public Workspace {
 public:
     explicit GioWorkspace(OpeningSettings settings)
         : settings_(std::move(settings)),
-          searchPath_(settings_.environment.value("PATH").value_or(kDefaultSearchPath)) {}
+          searchPath_(settings_.environment.value("PATH").value_or(kDefaultSearchPath)),
+          x11Display_(settings_.wayland ? "" : settings_.environment.value("DISPLAY").value_or("")),
+          conditions_(conditions()),
+          starts_(settings_.startingTime),
+          firstWindow_(settings_.mainQueue, settings_.showsWindow) {}
 
     std::optional<BundleFacts> bundle(const std::string& path) override {
         switch (targetAt(path)) {
@@ -124,18 +89,21 @@ public:
         }
     }
 
-    void openApplication(const std::string& path, OpenConfiguration /*configuration*/,
+    void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
-        EntryStart start = describeStart(path, std::move(completion));
         if (!thread_) {
             thread_.emplace();
         }
-        // A job can be copied, a start cannot.
-        const auto shared = std::make_shared<EntryStart>(std::move(start));
-        thread_->post(
-            [&thread = *thread_, shared, environment = settings_.environment.forChildren()] {
-                open(thread, std::move(*shared), environment);
-            });
+        // What is not to come forward has no window by which the end of its start could be told.
+        const auto start = configuration.activates ? starts_.begin(path) : starts_.beginUnnoticed();
+        if (!start) {
+            thread_->post([completion = std::move(completion)] { completion({}, {}); });
+            return;
+        }
+        const auto answer = std::make_shared<OpenAnswer>(std::move(completion), start);
+        const std::shared_ptr<const ApplicationStart> described =
+            describeStart(path, configuration.activates, answer);
+        thread_->post([&thread = *thread_, described] { open(thread, described); });
     }
 
 private:
@@ -146,7 +114,7 @@ private:
         }
         BundleFacts facts;
         facts.identifier = entryIdentifier(path, settings_.applicationFolders);
-        const auto program = findProgram(commandProgram(keys.value().command), searchPath_,
+        const auto program = findProgram(programOf(keys.value().command).value_or(""), searchPath_,
                                          keys.value().workingDirectory);
         if (program) {
             facts.executablePath = program.value();
@@ -154,35 +122,70 @@ private:
         return facts;
     }
 
-    EntryStart describeStart(const std::string& path, OpenCompletion completion) {
-        EntryStart start;
-        start.path = path;
-        start.identifier = entryIdentifier(path, settings_.applicationFolders);
-        start.searchPath = searchPath_;
-        start.home = home();
-        start.patience = settings_.patience;
-        const std::string startupId = newStartupId();
-        start.context = makeLaunchContext(settings_.environment, startupId);
-        start.identified = !startupId.empty();
-        start.answer = std::make_shared<OpenAnswer>(std::move(completion));
+    [[nodiscard]] std::shared_ptr<const StartConditions> conditions() const {
+        StartConditions common;
+        common.searchPath = searchPath_;
+        common.languages = messageLanguages();
+        common.display = x11Display_;
+        common.wayland = settings_.wayland;
+        common.patience = settings_.patience;
+        common.busPatience = settings_.busPatience;
+        common.startingTime = settings_.startingTime;
+        common.seesWindows = settings_.seesWindows;
+        return std::make_shared<const StartConditions>(std::move(common));
+    }
+
+    std::shared_ptr<const ApplicationStart> describeStart(
+        const std::string& path, bool activates, const std::shared_ptr<OpenAnswer>& answer) {
+        auto start = std::make_shared<ApplicationStart>();
+        start->conditions = conditions_;
+        start->path = path;
+        start->identifier = entryIdentifier(path, settings_.applicationFolders);
+        start->home = home();
+        start->environment = settings_.environment.forChildren();
+        start->answer = answer;
+        start->began = [](const RunningApplication&) {};
+        if (activates) {
+            start->startupId = newStartupId();
+            start->activationToken =
+                settings_.activationToken ? settings_.activationToken(start->identifier) : "";
+            start->began = [this, answer](const RunningApplication& running) {
+                awaitWindow(running, answer);
+            };
+        }
+        if (!start->startupId.empty()) {
+            start->environment.push_back("DESKTOP_STARTUP_ID=" + start->startupId);
+        }
+        if (!start->activationToken.empty()) {
+            start->environment.push_back("XDG_ACTIVATION_TOKEN=" + start->activationToken);
+        }
+        start->context = makeLaunchContext(start->environment);
         return start;
     }
 
-    static void open(GioThread& thread, EntryStart start,
-                     const std::vector<std::string>& environment) {
-        switch (targetAt(start.path)) {
+    // An answer is given on the workspace's thread, whoever has it.
+    void awaitWindow(const RunningApplication& running, const std::shared_ptr<OpenAnswer>& answer) {
+        firstWindow_.await(running, answer->start(), [this, answer, running] {
+            thread_->post([answer, running] {
+                answer->over();
+                answer->succeed(running);
+            });
+        });
+    }
+
+    static void open(GioThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
+        switch (targetAt(start->path)) {
             case Target::missing:
-                start.answer->fail(messages::applicationMissing(start.path));
+                start->answer->fail(messages::applicationMissing(start->path));
                 break;
             case Target::other:
-                start.answer->fail(messages::notAnApplication(start.path));
+                start->answer->fail(messages::notAnApplication(start->path));
                 break;
             case Target::bundle:
-                openBundle(thread, start.path, {environment, start.searchPath, start.home},
-                           *start.answer);
+                openBundle(thread, *start);
                 break;
             case Target::entry:
-                openEntry(thread, std::move(start));
+                openEntry(thread, start);
                 break;
         }
     }
@@ -196,20 +199,22 @@ private:
     // In the form that Startup Notification wants, unique for this user's session. Only an X11
     // desktop understands it.
     std::string newStartupId() {
-        const StartEnvironment& environment = settings_.environment;
-        if (environment.value("DISPLAY").value_or("").empty() ||
-            !environment.value("WAYLAND_DISPLAY").value_or("").empty()) {
+        if (x11Display_.empty()) {
             return {};
         }
         std::string id = "tavo-" + std::to_string(::getpid()) + '-' + hostName() + '-' +
-                         std::to_string(++starts_);
+                         std::to_string(++startupIds_);
         const auto time = settings_.userTime ? settings_.userTime() : std::nullopt;
         return time ? id + "_TIME" + std::to_string(*time) : id;
     }
 
     const OpeningSettings settings_;
     const std::string searchPath_;
-    std::uint64_t starts_ = 0;
+    const std::string x11Display_;  // empty where the session is none of X11
+    const std::shared_ptr<const StartConditions> conditions_;
+    std::uint64_t startupIds_ = 0;
+    StartsUnderWay starts_;
+    const FirstWindow firstWindow_;
     std::optional<GioThread> thread_;  // begins with the first opening
 };
 

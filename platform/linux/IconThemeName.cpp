@@ -88,17 +88,16 @@ std::string usualTheme(const IconEnvironment& environment) {
 
 std::string sessionIconTheme(const IconEnvironment& environment, const std::string& preferred) {
     using Question = std::string (*)(const IconEnvironment&);
-    std::array<Question, 4> questions = {fromXSettings, fromGtk, fromKde, fromLxqt};
+    // In the place of the portal's answer stands none.
+    constexpr Question kPortal = nullptr;
+    std::array<Question, 5> questions = {fromXSettings, kPortal, fromGtk, fromKde, fromLxqt};
     if (runs(environment, "KDE")) {
-        questions = {fromKde, fromXSettings, fromGtk, fromLxqt};
+        questions = {fromKde, fromXSettings, kPortal, fromGtk, fromLxqt};
     } else if (runs(environment, "LXQt")) {
-        questions = {fromLxqt, fromXSettings, fromGtk, fromKde};
-    }
-    if (isInstalled(environment, preferred)) {
-        return preferred;
+        questions = {fromLxqt, fromXSettings, kPortal, fromGtk, fromKde};
     }
     for (const Question question : questions) {
-        std::string theme = question(environment);
+        std::string theme = question == kPortal ? preferred : question(environment);
         if (isInstalled(environment, theme)) {
             return theme;
         }

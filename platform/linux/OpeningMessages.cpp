@@ -66,6 +66,13 @@ std::string signalName(int signal) {
     return name != nullptr ? std::string("SIG") + name : std::to_string(signal);
 }
 
+std::string describedProgram(const std::string& program, const std::string& name) {
+    const std::string file = program.substr(program.rfind('/') + 1);
+    const std::string text = "Il programma " + quoted(program);
+    return name.empty() || name == program || name == file ? text
+                                                           : text + " dell’app " + quoted(name);
+}
+
 }  // namespace
 
 Error applicationMissing(const std::string& path) {
@@ -145,14 +152,14 @@ Error startFailed(const std::string& program, const std::string& systemText) {
     return {"Il programma " + quoted(program) + " non si può avviare: " + sentence(systemText)};
 }
 
-Error endedWithStatus(const std::string& program, int status) {
-    return {"Il programma " + quoted(program) +
+Error endedWithStatus(const std::string& program, const std::string& name, int status) {
+    return {describedProgram(program, name) +
             " si è chiuso subito dopo l’avvio con il codice di errore " + std::to_string(status) +
             "."};
 }
 
-Error endedBySignal(const std::string& program, int signal) {
-    return {"Il programma " + quoted(program) +
+Error endedBySignal(const std::string& program, const std::string& name, int signal) {
+    return {describedProgram(program, name) +
             " è stato interrotto subito dopo l’avvio dal segnale " + signalName(signal) + "."};
 }
 
@@ -163,6 +170,10 @@ Error serviceMissing(const std::string& name) {
 
 Error activationFailed(const std::string& name, const std::string& systemText) {
     return {"L’app " + quoted(name) + " non ha accettato l’attivazione: " + sentence(systemText)};
+}
+
+Error activationUnanswered(const std::string& name) {
+    return {"L’app " + quoted(name) + " non ha risposto alla richiesta di attivazione."};
 }
 
 Error busSilent(const std::string& name) {

@@ -34,12 +34,15 @@ Error bundleWithoutProgram(const std::string& path);
 // The start.
 Error startRefused(const std::string& program, int code);  // an errno value
 Error startFailed(const std::string& program, const std::string& systemText);
-Error endedWithStatus(const std::string& program, int status);
-Error endedBySignal(const std::string& program, int signal);
+
+// Its early end. `name`: the application's, told where the program's says something else ("sh").
+Error endedWithStatus(const std::string& program, const std::string& name, int status);
+Error endedBySignal(const std::string& program, const std::string& name, int signal);
 
 // Activation over the session bus.
 Error serviceMissing(const std::string& name);
 Error activationFailed(const std::string& name, const std::string& systemText);
+Error activationUnanswered(const std::string& name);
 Error busSilent(const std::string& name);
 
 }  // namespace tavo::messages

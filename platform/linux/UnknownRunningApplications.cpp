@@ -13,6 +13,8 @@ public:
         return std::nullopt;
     }
 
+    bool showsWindow(const RunningApplication& /*application*/) override { return false; }
+
     std::optional<std::string> executablePath(const RunningApplication& /*application*/) override {
         return std::nullopt;
     }

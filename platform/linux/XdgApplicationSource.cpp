@@ -134,27 +134,43 @@ bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& ent
     return !entry.onlyShowIn;
 }
 
-bool programsExist(const DesktopEntry& entry, ProgramSearch& programs) {
+// `program` is the command's first word, where it has one.
+bool programsExist(const DesktopEntry& entry, const std::optional<std::string>& program,
+                   ProgramSearch& programs) {
     if (!entry.tryExec.empty() && !programs.finds(entry.tryExec)) {
         return false;
     }
-    if (entry.exec.empty()) {
-        return true;
-    }
-    const auto program = programOf(entry.exec);
-    return program && programs.finds(*program);
+    return entry.exec.empty() || (program && programs.finds(*program));
 }
 
-bool isListed(const DesktopEntry& entry, const std::vector<std::string>& desktops,
-              ProgramSearch& programs) {
+bool isListed(const DesktopEntry& entry, const std::vector<std::string>& desktops) {
     return entry.type == "Application" && !entry.hidden && !entry.noDisplay &&
-           !entry.name.empty() && isShownIn(desktops, entry) && programsExist(entry, programs);
+           !entry.name.empty() && isShownIn(desktops, entry);
 }
+
+// Its id from the name of its file below the application folder.
+std::string identifierOf(std::string name) {
+    std::replace(name.begin(), name.end(), '/', '-');
+    return name;
+}
+
+// What one thread read.
+struct Found {
+    std::vector<FoundApplication> applications;
+    std::vector<ListedEntry> entries;  // the same ones
+
+    void append(Found&& more) {
+        applications.insert(applications.end(), std::make_move_iterator(more.applications.begin()),
+                            std::make_move_iterator(more.applications.end()));
+        entries.insert(entries.end(), std::make_move_iterator(more.entries.begin()),
+                       std::make_move_iterator(more.entries.end()));
+    }
+};
 
 class XdgApplicationSource final : public ApplicationSource {
 public:
-    explicit XdgApplicationSource(XdgEnvironment environment)
-        : environment_(std::move(environment)) {}
+    XdgApplicationSource(XdgEnvironment environment, std::shared_ptr<ListedEntries> listed)
+        : environment_(std::move(environment)), listed_(std::move(listed)) {}
 
     std::vector<FoundApplication> applications() override {
         std::vector<int> folders;
@@ -166,18 +182,19 @@ public:
                 entries.addDataDir(i, folders.back());
             }
         }
-        std::vector<FoundApplication> found = read(entries.files(), folders);
+        Found found = read(entries.files(), folders);
         for (const int folder : folders) {
             if (folder >= 0) {
                 close(folder);
             }
         }
-        return found;
+        if (listed_) {
+            listed_->replace(std::move(found.entries));
+        }
+        return std::move(found.applications);
     }
 
 private:
-    using Found = std::vector<FoundApplication>;
-
     // What takes the time is the system's part of opening and reading, so with many files a
     // second thread halves it.
     Found read(const std::vector<EntryFile>& files, const std::vector<int>& folders) const {
@@ -196,8 +213,7 @@ private:
         if (second.joinable()) {
             second.join();
         }
-        found.insert(found.end(), std::make_move_iterator(foundBySecond.begin()),
-                     std::make_move_iterator(foundBySecond.end()));
+        found.append(std::move(foundBySecond));
         return found;
     }
 
@@ -212,23 +228,37 @@ private:
             for (std::size_t i = start; i < end; ++i) {
                 const EntryFile& file = files[i];
                 const auto entry = reader.read(folders[file.dataDir], file.name.c_str());
-                std::string path =
-                    environment_.dataDirs[file.dataDir] + "/applications/" + file.name;
-                if (entry && isListed(*entry, environment_.currentDesktops, programs) &&
-                    isUtf8(path)) {
-                    found.push_back({entry->name, std::move(path)});
+                if (entry && isListed(*entry, environment_.currentDesktops)) {
+                    add(*entry, file, programs, found);
                 }
             }
         }
     }
 
+    void add(const DesktopEntry& entry, const EntryFile& file, ProgramSearch& programs,
+             Found& found) const {
+        const std::optional<std::string> program = programOf(entry.exec);
+        std::string path = environment_.dataDirs[file.dataDir] + "/applications/" + file.name;
+        if (!programsExist(entry, program, programs) || !isUtf8(path)) {
+            return;
+        }
+        if (listed_) {
+            found.entries.push_back(
+                {identifierOf(file.name), path, entry.startupWmClass,
+                 program ? program->substr(program->rfind('/') + 1) : std::string()});
+        }
+        found.applications.push_back({entry.name, std::move(path)});
+    }
+
     const XdgEnvironment environment_;
+    const std::shared_ptr<ListedEntries> listed_;
 };
 
 }  // namespace
 
-std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment) {
-    return std::make_unique<XdgApplicationSource>(std::move(environment));
+std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment,
+                                                            std::shared_ptr<ListedEntries> listed) {
+    return std::make_unique<XdgApplicationSource>(std::move(environment), std::move(listed));
 }
 
 }  // namespace tavo

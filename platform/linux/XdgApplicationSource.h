@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/ApplicationSource.h"
+#include "platform/linux/ListedEntries.h"
 #include "platform/linux/XdgEnvironment.h"
 
 namespace tavo {
@@ -20,6 +21,9 @@ namespace tavo {
 // `name` is the localized Name as the file says it; `path` is the data folder and what follows.
 // Folders and files that cannot be read, or vanish meanwhile, contribute nothing. To be asked on
 // any thread, one at a time; with hundreds of files a call reads half of them on a second thread.
-std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment);
+//
+// Each call leaves in `listed`, where given, what windows of the same entries are recognised by.
+std::unique_ptr<ApplicationSource> makeXdgApplicationSource(
+    XdgEnvironment environment, std::shared_ptr<ListedEntries> listed = nullptr);
 
 }  // namespace tavo

@@ -13,8 +13,8 @@ namespace tavo {
 
 class XdgIconSource : public IconSource {
 public:
-    // The theme that a settings service names, for what the configuration files do not say; ""
-    // takes it back. Refreshes. Any thread; returns at once.
+    // The theme that the settings portal names, for sessions whose own settings manager does not
+    // say; "" takes it back. Refreshes. Any thread; returns at once.
     virtual void preferTheme(const std::string& name) = 0;
 };
 

@@ -43,6 +43,42 @@ TEST(CategoryTree, a_circle_of_two_has_depth_two) {
     EXPECT_EQ(depthOf(custom[0], custom), 2);
 }
 
+TEST(CategoryTree, depths_asked_for_together_are_those_asked_for_one_by_one) {
+    // Chains, circles, orphans and doubled ids, as many as a list may hold of them.
+    Categories custom;
+    for (int i = 0; i < 200; ++i) {
+        const std::string id = std::to_string(i % 150);
+        const std::string parent = std::to_string((i * 7 + i / 3) % 170);
+        custom.emplace_back(id, "Name", i % 5 == 0 ? std::nullopt : std::optional(parent));
+    }
+    const CategoryDepths depths(custom);
+    int deepest = 0;
+    for (const LauncherCategory& category : custom) {
+        EXPECT_EQ(depths.of(category), depthOf(category, custom)) << category.id;
+        deepest = std::max(deepest, depths.of(category));
+    }
+    EXPECT_EQ(deepest, 4);
+}
+
+TEST(CategoryTree, a_stored_circle_stands_below_the_fixed_categories_two_levels_deep) {
+    ModelHarness harness;
+    harness.store({{"a", "A", "b"}, {"b", "B", "a"}, {"t", "T"}});
+    const LauncherModel& model = harness.model();
+    EXPECT_EQ(idsOf(model.sidebarCategories()),
+              (std::vector<std::string>{"all", "favorites", "recent", "hidden", "t", "a", "b"}));
+    EXPECT_EQ(model.categoryDepth(model.customCategories()[0]), 2);
+}
+
+TEST(CategoryTree, two_of_one_id_are_both_stored_and_the_first_one_is_listed) {
+    ModelHarness harness;
+    harness.store({});
+    harness.model().setCategoriesAndRules({{"a", "Prima"}, {"a", "Seconda"}}, {});
+    EXPECT_EQ(harness.model().customCategories(), (Categories{{"a", "Prima"}, {"a", "Seconda"}}));
+    const Categories listed = harness.model().sidebarCategories();
+    ASSERT_EQ(listed.size(), 5U);
+    EXPECT_EQ(listed.back(), (LauncherCategory{"a", "Prima"}));
+}
+
 TEST(CategoryTree, the_deepest_of_six_nested_categories_has_depth_four) {
     Categories chain{{"0", "0"}};
     for (int i = 1; i < 6; ++i) {

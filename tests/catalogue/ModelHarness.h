@@ -81,16 +81,19 @@ public:
     }
     void storeRules(const StringDictionary& rules) { defaults.holdValue(kRulesKey, rules); }
 
+    Platform platform() {
+        return {.defaults = defaults,
+                .files = files,
+                .applications = applications,
+                .workspace = workspace,
+                .running = running,
+                .processes = processes,
+                .mainQueue = mainQueue};
+    }
+
     LauncherModel& model() {
         if (!model_) {
-            model_ = std::make_unique<LauncherModel>(Platform{.defaults = defaults,
-                                                              .files = files,
-                                                              .applications = applications,
-                                                              .workspace = workspace,
-                                                              .running = running,
-                                                              .processes = processes,
-                                                              .mainQueue = mainQueue},
-                                                     text_);
+            model_ = std::make_unique<LauncherModel>(platform(), text_);
             changes_ = model_->objectWillChange.subscribe([this] { ++announcements; });
         }
         return *model_;

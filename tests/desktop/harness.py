@@ -12,8 +12,10 @@ import json
 import os
 import pathlib
 import re
+import signal
 import sqlite3
 import struct
+import subprocess
 import sys
 import unittest
 import zlib
@@ -22,7 +24,8 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 
 import accessible  # noqa: E402
 from accessible import await_node, children, find, walk  # noqa: E402
-from private_desktop import PrivateDesktop, processes_below, wait_until  # noqa: E402,F401
+from private_desktop import (  # noqa: E402,F401
+    DesktopError, PrivateDesktop, processes_below, wait_until)
 from gi.repository import Atspi  # noqa: E402
 
 PROGRAM = os.environ.get("TAVO_PROGRAM", "")
@@ -37,6 +40,8 @@ class Desktop(PrivateDesktop):
 
     def __enter__(self):
         super().__enter__()
+        if self.wm:
+            self._await_window_manager()
         self.data = self.folder / "data"
         self.data.mkdir()
         self.programs = self.folder / "programs"
@@ -44,6 +49,15 @@ class Desktop(PrivateDesktop):
         self.hermetic = {"XDG_DATA_DIRS": str(self.data)}
         accessible.connect(self)
         return self
+
+    def _await_window_manager(self):
+        """Until it does as it is told. Openbox says that it is there, and takes over the windows,
+        long before it reads its events; what programs ask for in between, the showing of a window
+        for one, it may never hear of."""
+        def obeys():
+            self.xdo("set_num_desktops", 3)
+            return "= 3" in self._root_property("_NET_NUMBER_OF_DESKTOPS")
+        wait_until(obeys, f"{self.wm} to take requests")
 
     def entry(self, name, id=None, folder=None, **keys):
         """Writes a desktop entry and answers its file. Keys with None are left out."""
@@ -105,10 +119,48 @@ class Desktop(PrivateDesktop):
         self.xdo("key", "--delay", "5", *keys)
 
     def click(self, node, button=1):
+        self.point_at(node)
+        self.xdo("click", button)
+
+    def point_at(self, node):
         """Where the node is, and only once the server has the pointer there."""
         box = node.get_extents(Atspi.CoordType.SCREEN)
-        self.xdo("mousemove", "--sync", box.x + box.width // 2, box.y + box.height // 2)
-        self.xdo("click", button)
+        self.move_pointer(box.x + box.width // 2, box.y + box.height // 2)
+
+    def move_pointer(self, x, y):
+        # Waiting for a pointer to move that is there already would take for ever.
+        if self.pointer() != (x, y):
+            self.xdo("mousemove", "--sync", x, y)
+
+    def pointer(self):
+        said = self.xdo("getmouselocation", "--shell")
+        return tuple(int(re.search(rf"{axis}=(\d+)", said)[1]) for axis in "XY")
+
+
+    def pixels(self):
+        """What the screen shows now."""
+        picture = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],
+                                 env=self.environment, check=True, capture_output=True, timeout=30)
+        return Pixels(self.size[0], picture.stdout)
+
+
+class Pixels:
+    """A picture of the screen: rows of red, green and blue, one byte each."""
+
+    def __init__(self, width, content):
+        self.width, self.content = width, content
+
+    def at(self, x, y):
+        start = 3 * (y * self.width + x)
+        return tuple(self.content[start:start + 3])
+
+    def part(self, box):
+        """The rows of a box, anything with x, y, width and height."""
+        return [self.content[3 * (y * self.width + box.x):][:3 * box.width]
+                for y in range(box.y, box.y + box.height)]
+
+    def differ_in(self, other, box):
+        return self.part(box) != other.part(box)
 
 
 def png(side, colour):
@@ -183,6 +235,37 @@ class Launcher:
             return self.node(role, name)
         return await_node(there, f"{role} “{name}”")
 
+    def menu(self):
+        """The open menu, the outermost of them, or None."""
+        return self.node("popup menu")
+
+    def await_menu(self, name):
+        return self.await_node("popup menu", name)
+
+    def await_no_menu(self):
+        self.await_equal(self.menu, None)
+
+    def menu_texts(self):
+        """The open menu's entries, "—" for a divider, "✓" behind what is ticked, a submenu as a
+        list of its title and its entries."""
+        return texts_of_menu(self.menu())
+
+    def focus_path(self):
+        """Roles and names of what has the keyboard, the outermost first: a list and its item for
+        one; those of the open menu while there is one."""
+        root = self.menu() or accessible.application(self.process.pid)
+        root.clear_cache()
+        return [(node.get_role_name(), node.get_name()) for node in walk(root)
+                if has_state(node, Atspi.StateType.FOCUSED)]
+
+    def focused(self):
+        """Role and name of what has the keyboard, the innermost, or None."""
+        path = self.focus_path()
+        return path[-1] if path else None
+
+    def await_focus(self, role, name):
+        self.await_equal(self.focused, (role, name))
+
     def tiles(self):
         """The names of the applications that the grid shows, in its order."""
         return [item.get_name().removeprefix("Apri ") for item in children(self.node("list", "App"))]
@@ -202,7 +285,7 @@ class Launcher:
         return chosen[0] if len(chosen) == 1 else chosen
 
     def search_text(self):
-        return Atspi.Text.get_text(self.node("text", "Cerca app o categoria…"), 0, -1)
+        return text_of(self.node("text", "Cerca app o categoria…"))
 
     def await_tiles(self, names):
         """Waits for exactly these applications, in this order, and for their count."""
@@ -220,6 +303,17 @@ class Launcher:
             await_node(same, repr(wanted))
         except Exception as error:
             raise AssertionError(f"{question.__name__}: wanted {wanted!r}, got {last}") from error
+
+    def await_change(self, question, before):
+        """Waits for another answer than `before` and answers it."""
+        answers = []
+
+        def changed():
+            answers[:] = [question()]
+            return answers[0] != before
+
+        await_node(changed, f"{question.__name__} to be other than {before!r}")
+        return answers[0]
 
     def press(self, role, name):
         press(self.await_node(role, name))
@@ -240,14 +334,23 @@ class Launcher:
         return bool(self._visible_windows())
 
     def is_active(self):
-        """By the window manager's word, not the program's own."""
+        """By the window manager's word and the server's, not the program's own: the manager names
+        the window before the server sends it the keys."""
+        windows = self._visible_windows()
         said = self.desktop.run("xprop", "-root", "_NET_ACTIVE_WINDOW")
         active = re.search(r"0x[0-9a-f]+", said)
-        return bool(active) and str(int(active[0], 16)) in self._visible_windows()
+        return (bool(active) and str(int(active[0], 16)) in windows
+                and self.desktop.xdo("getwindowfocus", "-f") in windows)
 
     def size(self):
         shape = self.desktop.xdo("getwindowgeometry", "--shell", self.window_id())
         return tuple(int(re.search(rf"{side}=(\d+)", shape)[1]) for side in ("WIDTH", "HEIGHT"))
+
+    def geometry(self):
+        """Left, top, width and height on the screen."""
+        said = self.desktop.run("xwininfo", "-id", self.window_id())
+        return tuple(int(re.search(rf"{what}: +(-?\d+)", said)[1]) for what in (
+            "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
 
     def await_active(self):
         def active():
@@ -263,19 +366,47 @@ class Launcher:
         self.process.wait()
 
     def quit(self):
-        """Ctrl+Q; answers the exit status."""
+        """Ctrl+Q; answers the exit status. The keys are let go when it has ended: one that is on
+        its way to the accessibility bus meanwhile is memory that the toolkit loses."""
         self.await_active()
-        self.desktop.key("ctrl+q")
-        return self.process.wait(timeout=20)
+        self.desktop.xdo("keydown", "ctrl", "keydown", "q")
+        try:
+            return self.process.wait(timeout=20)
+        finally:
+            self.desktop.xdo("keyup", "q", "keyup", "ctrl")
 
 
 def has_state(node, state):
     return node.get_state_set().contains(state)
 
 
-def press(node):
-    names = [node.get_action_name(index) for index in range(node.get_n_actions())]
-    node.do_action(names.index("Press"))
+def actions(node):
+    return [node.get_action_name(index) for index in range(node.get_n_actions())]
+
+
+def press(node, action="Press"):
+    node.do_action(actions(node).index(action))
+
+
+def child_of(node, name):
+    return next((each for each in children(node) if each.get_name() == name), None)
+
+
+def texts_of_menu(menu):
+    texts = []
+    for entry in children(menu):
+        if entry.get_role_name() == "separator":
+            texts.append("—")
+        elif children(entry):
+            texts.append([entry.get_name(), *texts_of_menu(children(entry)[0])])
+        else:
+            ticked = has_state(entry, Atspi.StateType.CHECKED)
+            texts.append(entry.get_name() + (" ✓" if ticked else ""))
+    return texts
+
+
+def text_of(node):
+    return Atspi.Text.get_text(node, 0, -1)
 
 
 def keeping_evidence(method):
@@ -315,7 +446,8 @@ class DesktopTest(unittest.TestCase):
         if not PROGRAM:
             self.fail("TAVO_PROGRAM does not name the program")
         self.launchers = []
-        self.desktop = Desktop(size=self.size, wm=self.wm, tray=self.tray)
+        self.desktop = Desktop(size=self.size, wm=self.wm, tray=self.tray,
+                               guarded=bool(self.wm) and self.wm.startswith("xfwm4"))
         self.desktop.__enter__()
         self.addCleanup(self.desktop.__exit__, None, None, None)
 
@@ -328,15 +460,30 @@ class DesktopTest(unittest.TestCase):
         if SANITIZER_REPORT.search(log):
             self.fail(f"a sanitizer reported:\n{log[-20000:]}")
 
-    def launch(self, wait=True, **environment):
+    def launch(self, wait=True, program=None, **environment):
         """Starts the program; with `wait`, answers when its window has the keyboard."""
-        process = self.desktop.start([PROGRAM], {**self.desktop.hermetic, **environment})
+        process = self.desktop.start([program or PROGRAM], {**self.desktop.hermetic, **environment})
         launcher = Launcher(self.desktop, process)
         self.launchers.append(launcher)
         if wait:
             launcher.await_node("list", "App")
             launcher.await_active()
         return launcher
+
+    def another_server(self, *arguments):
+        """The display of an X server without a window manager, and the server."""
+        read, write = os.pipe()
+        server = self.desktop.start(["Xvfb", "-displayfd", write, "-nolisten", "tcp", "-noreset",
+                                     *arguments], log="server2.log", pass_fds=[write])
+        os.close(write)
+        with os.fdopen(read) as pipe:
+            return f":{pipe.readline().strip()}", server
+
+    def silent_server(self):
+        """One that takes connections and never answers."""
+        display, server = self.another_server()
+        server.send_signal(signal.SIGSTOP)
+        return display, server
 
     def await_file(self, path):
         wait_until(path.exists, str(path))

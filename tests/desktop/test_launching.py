@@ -30,6 +30,26 @@ class Launching(DesktopTest):
         self.desktop.click(launcher.await_node("list item", "Apri Ananas"))
         self.await_file(mark)
 
+    def test_a_start_tells_the_desktop_which_of_the_users_clicks_or_keys_it_answers(self):
+        """By the server's time, at the end of its startup id."""
+        said = self.desktop.folder / "startup-id"
+        program = self.desktop.script("telling", f"echo \"$DESKTOP_STARTUP_ID\" >'{said}.new'\n"
+                                                 f"mv '{said}.new' '{said}'")
+        self.desktop.entry("Ananas", Exec=f'"{program}"', StartupNotify="true")
+        launcher = self.launch()
+
+        def key():
+            self.desktop.type("ana")
+            self.desktop.key("Return")
+        times = []
+        for do in (lambda: self.desktop.click(launcher.await_node("list item", "Apri Ananas")), key):
+            do()
+            self.await_file(said)
+            self.assertRegex(said.read_text(), r"_TIME[1-9]\d*$")
+            times.append(int(said.read_text().rpartition("_TIME")[2]))
+            said.unlink()
+        self.assertGreater(times[1], times[0])
+
     def test_opening_leaves_window_search_and_selection_as_they_are(self):
         _, mark = self.desktop.marking_entry("Ananas")
         self.desktop.entry("Zeppelin")
@@ -71,14 +91,19 @@ class Launching(DesktopTest):
         again.press("list item", "Recenti")
         again.await_tiles(["Ananas"])
 
-    def test_an_application_outlives_the_launcher_and_leaves_no_zombie(self):
-        pid_file = self.desktop.folder / "pid"
-        go_on = self.desktop.folder / "go-on"
+    def lasting_entry(self, name):
+        """An entry whose program writes its process id, then what it is told; then it ends."""
+        pid_file = self.desktop.folder / f"{name}.pid"
+        go_on = self.desktop.folder / f"{name}.go-on"
         os.mkfifo(go_on)
         program = self.desktop.script(
-            "longer", f"echo $$ >'{pid_file}.new'; mv '{pid_file}.new' '{pid_file}'\n"
-                      f"read line <'{go_on}'; echo \"$line\" >'{pid_file}.heard'")
-        self.desktop.entry("Longer", Exec=f'"{program}"')
+            name, f"echo $$ >'{pid_file}.new'; mv '{pid_file}.new' '{pid_file}'\n"
+                  f"read line <'{go_on}'; echo \"$line\" >'{pid_file}.heard'")
+        self.desktop.entry(name, Exec=f'"{program}"')
+        return pid_file, go_on
+
+    def test_an_application_outlives_the_launcher(self):
+        pid_file, go_on = self.lasting_entry("Longer")
         launcher = self.launch()
         launcher.press("list item", "Apri Longer")
         self.await_file(pid_file)
@@ -86,12 +111,27 @@ class Launching(DesktopTest):
         go_on.write_text("still here\n")
         self.await_file(pathlib.Path(f"{pid_file}.heard"))
 
-    def test_a_finished_application_leaves_no_zombie_behind(self):
-        _, mark = self.desktop.marking_entry("Ananas")
+    def test_finished_applications_leave_no_zombies_below_the_launcher(self):
+        started = {name: self.lasting_entry(name) for name in ("Ananas", "Bosco", "Cedro")}
         launcher = self.launch()
-        launcher.press("list item", "Apri Ananas")
-        self.await_file(mark)
-        wait_until(lambda: not zombies_of(launcher.process.pid), "the child to be reaped")
+        for name, (pid_file, _) in started.items():
+            launcher.press("list item", f"Apri {name}")
+            self.await_file(pid_file)
+        # Neither by what it takes to start them...
+        wait_until(lambda: not zombies_below(launcher.process.pid), "the starts to be reaped")
+        for pid_file, go_on in started.values():
+            pid = int(pid_file.read_text())
+            self.assertNotIn(state_of(pid), (None, "Z"))
+            go_on.write_text("enough\n")
+            wait_until(lambda: state_of(pid) in (None, "Z"), "the application to end")
+        # ... nor by their end.
+        wait_until(lambda: not zombies_below(launcher.process.pid), "the ended to be reaped")
+
+    def test_the_count_of_zombies_finds_one(self):
+        # What the test above relies on, shown on a parent that reaps nothing.
+        parent = self.desktop.start(["python3", "-c", "import os, time\n"
+                                     "os.fork() or os._exit(0)\ntime.sleep(600)"])
+        wait_until(lambda: len(zombies_below(parent.pid)) == 1, "the zombie")
 
     def test_a_bundle_of_the_users_application_folder_opens(self):
         mark = self.desktop.folder / "bundle.ran"
@@ -147,13 +187,28 @@ def texts_of(node):
     return [child.get_name() for child in children_deep(node)]
 
 
-def zombies_of(pid):
-    found = []
-    for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
-        try:
-            state, parent = stat.read_text(errors="replace").rpartition(")")[2].split()[:2]
-        except OSError:
-            continue
-        if state == "Z" and int(parent) == pid:
-            found.append(stat.parent.name)
-    return found
+def stat_of(pid):
+    """State and parent of a process, or None when there is none."""
+    try:
+        stat = pathlib.Path(f"/proc/{pid}/stat").read_text(errors="replace")
+    except OSError:
+        return None
+    state, parent = stat.rpartition(")")[2].split()[:2]
+    return state, int(parent)
+
+
+def state_of(pid):
+    stat = stat_of(pid)
+    return stat and stat[0]
+
+
+def zombies_below(pid):
+    """The processes that descend from `pid`, ended and reaped by nobody."""
+    stats = {int(entry.name): stat for entry in pathlib.Path("/proc").glob("[0-9]*")
+             if (stat := stat_of(entry.name))}
+
+    def descends(each):
+        while each in stats and each != pid:
+            each = stats[each][1]
+        return each == pid
+    return [each for each, (state, parent) in stats.items() if state == "Z" and descends(parent)]

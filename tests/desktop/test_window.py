@@ -1,3 +1,5 @@
+import re
+
 from harness import DesktopTest, wait_until
 
 
@@ -14,6 +16,16 @@ class Window(DesktopTest):
                 self.desktop.run("wmctrl", "-i", "-r", hex(int(launcher.window_id())), "-e",
                                  f"0,-1,-1,{asked[0]},{asked[1]}")
                 wait_until(lambda: launcher.size() == wanted, f"the size {wanted}")
+
+    def test_it_has_no_title_bar(self):
+        launcher = self.launch()
+        window = launcher.window_id()
+        said = self.desktop.run("xprop", "-id", window, "_MOTIF_WM_HINTS", "_NET_FRAME_EXTENTS")
+        hints = re.search(r"_MOTIF_WM_HINTS.* = (.*)", said)[1].split(", ")
+        decorations = 2  # of the flags, that the third number counts
+        self.assertTrue(int(hints[0], 16) & decorations, said)
+        self.assertEqual(int(hints[2], 16), 0, said)
+        self.assertRegex(said, r"_NET_FRAME_EXTENTS.* = 0, 0, 0, 0")
 
     def test_every_control_has_a_name_for_a_screen_reader(self):
         self.desktop.entry("Ananas")

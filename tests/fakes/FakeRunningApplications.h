@@ -1,6 +1,7 @@
 // Running applications as a test lists them.
 #pragma once
 
+#include <algorithm>
 #include <mutex>
 
 #include "platform/RunningApplications.h"
@@ -33,6 +34,15 @@ public:
             }
         }
         return std::nullopt;
+    }
+
+    bool showsWindow(const RunningApplication& application) override {
+        return std::any_of(running.begin(), running.end(), [&](const Known& known) {
+            return (!application.identifier.empty() &&
+                    known.application.identifier == application.identifier) ||
+                   (application.processIdentifier != 0 &&
+                    known.application.processIdentifier == application.processIdentifier);
+        });
     }
 
     std::optional<std::string> executablePath(const RunningApplication& application) override {

@@ -1,9 +1,46 @@
 #include <gtest/gtest.h>
 
+#include "tests/contracts/RunningApplicationsContract.h"
 #include "tests/fakes/FakeRunningApplications.h"
 
 namespace tavo {
 namespace {
+
+struct FakeRig {
+    static constexpr bool kTellsProcesses = true;
+
+    static void turnToLauncher() {}
+
+    RunningApplications& running() { return fake_; }
+    static std::string whyNot() { return {}; }
+
+    std::int32_t start(const std::string& identifier) {
+        fake_.running.push_back({{++last_, identifier}, program(last_)});
+        return last_;
+    }
+    void end(std::int32_t process) {
+        std::erase_if(fake_.running, [&](const FakeRunningApplications::Known& known) {
+            return known.application.processIdentifier == process;
+        });
+    }
+    static std::string program(std::int32_t process) { return "/bin/" + std::to_string(process); }
+
+    // The latest activation of what runs decides.
+    [[nodiscard]] bool isInFront(std::int32_t process) const {
+        std::int32_t front = 0;
+        for (const RunningApplication& application : fake_.activated()) {
+            for (const FakeRunningApplications::Known& known : fake_.running) {
+                front = known.application == application ? application.processIdentifier : front;
+            }
+        }
+        return front == process;
+    }
+
+    FakeRunningApplications fake_;
+    std::int32_t last_ = 10;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, RunningApplicationsContract, FakeRig);
 
 TEST(FakeRunningApplications, answers_what_it_was_given_in_that_order) {
     FakeRunningApplications fake;
@@ -16,6 +53,16 @@ TEST(FakeRunningApplications, answers_what_it_was_given_in_that_order) {
     EXPECT_EQ(fake.executablePath({12, "b"}), std::nullopt);
     EXPECT_EQ(fake.identifiersAsked, (std::vector<std::string>{"a", "c"}));
     EXPECT_EQ(fake.processesAsked, (std::vector<std::int32_t>{12, 99}));
+}
+
+TEST(FakeRunningApplications, to_ask_for_a_window_is_no_look_up) {
+    FakeRunningApplications fake;
+    fake.running = {{{11, "a"}, {}}};
+    EXPECT_TRUE(fake.showsWindow({0, "a"}));
+    EXPECT_TRUE(fake.showsWindow({11, ""}));
+    EXPECT_FALSE(fake.showsWindow({12, "b"}));
+    EXPECT_TRUE(fake.identifiersAsked.empty());
+    EXPECT_TRUE(fake.processesAsked.empty());
 }
 
 TEST(FakeRunningApplications, activations_are_recorded_also_of_what_is_gone) {

@@ -73,6 +73,17 @@ TEST(Opening, the_recent_list_is_announced_again_after_it_is_written) {
     EXPECT_EQ(writesSeen, 1U);
 }
 
+TEST(Opening, announces_each_step_on_the_recent_list_and_once_more_after_the_write) {
+    ModelHarness harness;
+    harness.install({"A"});
+    const AppItem app = harness.app("A");
+    std::vector<std::size_t> writesBefore;
+    const auto watch = harness.model().objectWillChange.subscribe(
+        [&] { writesBefore.push_back(harness.defaults.writes.size()); });
+    harness.model().open(app);
+    EXPECT_EQ(writesBefore, (std::vector<std::size_t>{0, 0, 0, 1}));
+}
+
 TEST(Opening, what_is_not_running_is_opened_with_activation) {
     ModelHarness harness;
     harness.install({"A"});
@@ -96,6 +107,43 @@ TEST(Opening, what_runs_is_activated_not_opened_and_still_becomes_recent) {
     EXPECT_TRUE(harness.workspace.openings.empty());
     EXPECT_EQ(harness.running.activated(), std::vector{first});
     EXPECT_EQ(recentPaths(harness), ModelHarness::pathsOf({"A"}));
+}
+
+TEST(Opening, of_two_running_instances_the_first_in_the_systems_order_is_activated) {
+    ModelHarness harness;
+    harness.install({"A"});
+    harness.workspace.bundles[ModelHarness::pathOf("A")] = {
+        .identifier = "org.example.a", .signature = {}, .executablePath = {}};
+    const RunningApplication high{.processIdentifier = 900, .identifier = "org.example.a"};
+    const RunningApplication low{.processIdentifier = 8, .identifier = "org.example.a"};
+    harness.running.running = {{high, {}}, {low, {}}};
+    harness.model().open(harness.app("A"));
+    EXPECT_EQ(harness.running.activated(), std::vector{high});
+}
+
+TEST(Opening, the_bundle_is_read_and_looked_up_before_it_is_opened) {
+    ModelHarness harness;
+    harness.install({"A"});
+    harness.workspace.bundles[ModelHarness::pathOf("A")] = {
+        .identifier = "org.example.a", .signature = {}, .executablePath = {}};
+    const AppItem app = harness.app("A");
+    std::vector<std::size_t> lookUpsBefore;
+    harness.workspace.onCall = [&] {
+        lookUpsBefore.push_back(harness.running.identifiersAsked.size());
+    };
+    harness.model().open(app);
+    EXPECT_EQ(lookUpsBefore, (std::vector<std::size_t>{0, 1}));
+    EXPECT_EQ(harness.running.identifiersAsked, Names{"org.example.a"});
+    EXPECT_TRUE(harness.processes.runs.empty());
+}
+
+TEST(Opening, a_bundle_without_identifier_is_not_looked_up) {
+    ModelHarness harness;
+    harness.install({"A"});
+    harness.workspace.bundles[ModelHarness::pathOf("A")] = {};
+    harness.model().open(harness.app("A"));
+    EXPECT_TRUE(harness.running.identifiersAsked.empty());
+    EXPECT_EQ(harness.workspace.openings.size(), 1U);
 }
 
 TEST(Opening, what_is_no_bundle_is_opened_with_activation_all_the_same) {
@@ -130,6 +178,18 @@ TEST(Opening, an_error_becomes_the_launch_error_on_the_main_queue) {
     EXPECT_EQ(harness.announcements, 1);
     harness.model().clearLaunchError();
     EXPECT_EQ(harness.model().launchError(), std::nullopt);
+}
+
+TEST(Opening, an_application_that_came_with_an_error_is_activated_and_the_error_told) {
+    ModelHarness harness;
+    harness.install({"A"});
+    harness.model().open(harness.app("A"));
+    const RunningApplication started{.processIdentifier = 9, .identifier = ""};
+    harness.workspace.complete(0, started, Error{"half"});
+    EXPECT_EQ(harness.running.activated(), std::vector{started});
+    harness.mainQueue.run();
+    EXPECT_EQ(harness.model().launchError(), "half");
+    EXPECT_EQ(recentPaths(harness), ModelHarness::pathsOf({"A"}));
 }
 
 TEST(Opening, a_newer_error_replaces_the_older) {

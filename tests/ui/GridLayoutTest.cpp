@@ -26,6 +26,7 @@ TEST(GridLayout, fits_as_many_columns_of_100_to_130_as_the_width_allows) {
         {"the first window", 780, 6, 104},
         {"the smallest window", 560, 4, 111},
         {"a large screen", 3640, 30, 100},
+        {"four thousand pixels, maximised", 3840 - 200, 30, 100},
         {"narrower than one column", 40, 1, 100},
     };
     for (const Row& row : rows) {
@@ -39,6 +40,15 @@ TEST(GridLayout, never_lets_a_column_grow_beyond_130) {
     for (int width = 156; width < 4000; ++width) {
         EXPECT_LE(layout(width, 10).tileWidth(), 130) << width;
         EXPECT_GE(layout(width, 10).tileWidth(), 100) << width;
+    }
+}
+
+TEST(GridLayout, shows_n_columns_as_soon_as_n_of_100_fit) {
+    for (int n = 1; n <= 30; ++n) {
+        const int least = 2 * 28 + n * 100 + (n - 1) * 20;
+        EXPECT_EQ(layout(least, 100).columns(), n);
+        EXPECT_EQ(layout(least, 100).tileWidth(), 100);
+        EXPECT_EQ(layout(least + 119, 100).columns(), n);
     }
 }
 

@@ -36,10 +36,10 @@ protected:
 TEST_F(IconLoaderTest, an_icon_is_not_there_before_it_arrives_and_never_waited_for) {
     source.hold();
     loader->want({"/a"}, 1);
-    EXPECT_EQ(loader->find("/a", 1), nullptr);
+    EXPECT_EQ(loader->find("/a"), nullptr);
     source.releaseAll();
     ASSERT_TRUE(awaitArrivals(1));
-    EXPECT_NE(loader->find("/a", 1), nullptr);
+    EXPECT_NE(loader->find("/a"), nullptr);
 }
 
 TEST_F(IconLoaderTest, an_icon_comes_at_its_scale_with_room_for_its_shadow) {
@@ -47,7 +47,7 @@ TEST_F(IconLoaderTest, an_icon_comes_at_its_scale_with_room_for_its_shadow) {
         arrived.clear();
         loader->want({"/a"}, scale);
         ASSERT_TRUE(awaitArrivals(1));
-        const QImage* const icon = loader->find("/a", scale);
+        const QImage* const icon = loader->find("/a");
         ASSERT_NE(icon, nullptr);
         const int margin = qRound(IconLoader::margin() * scale);
         EXPECT_EQ(icon->width(), qRound(metrics::kIconSide * scale) + 2 * margin);
@@ -70,11 +70,11 @@ TEST_F(IconLoaderTest, what_is_no_longer_wanted_and_not_begun_is_never_asked_for
     loader->want({"/new"}, 1);
     source.releaseAll();
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (loader->find("/new", 1) == nullptr && std::chrono::steady_clock::now() < deadline) {
+    while (loader->find("/new") == nullptr && std::chrono::steady_clock::now() < deadline) {
         queue.run();
         std::this_thread::yield();
     }
-    EXPECT_NE(loader->find("/new", 1), nullptr);
+    EXPECT_NE(loader->find("/new"), nullptr);
     // The workers had at most one request each in hand.
     EXPECT_LE(source.requests().size(), 3U);
 }
@@ -88,10 +88,34 @@ TEST_F(IconLoaderTest, a_known_icon_is_not_asked_for_again_until_a_refresh) {
     EXPECT_EQ(source.requests().size(), 2U);
     loader->refresh();
     EXPECT_EQ(source.refreshes(), 1);
-    EXPECT_NE(loader->find("/a", 1), nullptr);
+    EXPECT_NE(loader->find("/a"), nullptr);
     loader->want({"/a"}, 1);
     ASSERT_TRUE(awaitArrivals(3));
     EXPECT_EQ(arrived.back(), "/a");
+}
+
+TEST_F(IconLoaderTest, on_a_screen_of_another_scale_the_known_icon_stands_in_for_the_right_one) {
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    source.hold();
+    loader->want({"/a"}, 2);
+    ASSERT_NE(loader->find("/a"), nullptr);
+    EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 1);
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 2);
+}
+
+TEST_F(IconLoaderTest, an_icon_of_the_screen_before_never_replaces_the_right_one) {
+    loader->want({"/a"}, 2);
+    ASSERT_TRUE(awaitArrivals(1));
+    source.hold();
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(source.awaitRequests(2));
+    loader->want({"/a"}, 2);
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 2);
 }
 
 TEST_F(IconLoaderTest, keeps_a_bounded_number_and_always_what_is_in_view) {
@@ -105,12 +129,12 @@ TEST_F(IconLoaderTest, keeps_a_bounded_number_and_always_what_is_in_view) {
         loader->want(page, 1);
         ASSERT_TRUE(awaitArrivals(all.size()));
         for (const std::string& path : page) {
-            EXPECT_NE(loader->find(path, 1), nullptr);
+            EXPECT_NE(loader->find(path), nullptr);
         }
     }
     std::size_t kept = 0;
     for (const std::string& path : all) {
-        kept += loader->find(path, 1) != nullptr ? 1U : 0U;
+        kept += loader->find(path) != nullptr ? 1U : 0U;
     }
     EXPECT_LT(kept, 150U);
 }

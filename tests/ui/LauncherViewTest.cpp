@@ -23,18 +23,12 @@ class LauncherViewTest : public testing::Test {
 protected:
     LauncherView& view() {
         if (!view_) {
-            view_ = std::make_unique<LauncherView>(
-                LauncherView::World{.platform = {.defaults = world.defaults,
-                                                 .files = world.files,
-                                                 .applications = world.applications,
-                                                 .workspace = world.workspace,
-                                                 .running = world.running,
-                                                 .processes = world.processes,
-                                                 .mainQueue = world.mainQueue},
-                                    .text = TextRules("it_IT"),
-                                    .icons = icons,
-                                    .mainQueue = world.mainQueue},
-                nullptr);
+            view_ =
+                std::make_unique<LauncherView>(LauncherView::World{.platform = world.platform(),
+                                                                   .text = TextRules("it_IT"),
+                                                                   .icons = icons,
+                                                                   .mainQueue = world.mainQueue},
+                                               nullptr);
             view_->onClose = [this] { ++closed; };
             view_->onEscape = [this] { ++escaped; };
             view_->resize(980, 640);
@@ -80,6 +74,14 @@ protected:
         return false;
     }
     QWidget& focused() { return *QApplication::focusWidget(); }
+    void openEditor() {
+        for (auto* const button : view().findChildren<QAbstractButton*>()) {
+            if (button->text() == QStringLiteral("Modifica categorie")) {
+                button->click();
+            }
+        }
+        QCoreApplication::processEvents();
+    }
 
     ModelHarness world;
     FakeIconSource icons;
@@ -210,6 +212,131 @@ TEST_F(LauncherViewTest, an_error_while_hidden_waits_until_the_window_is_shown) 
     EXPECT_TRUE(saysSomewhere(QStringLiteral("tardi")));
 }
 
+TEST_F(LauncherViewTest, edited_categories_and_keywords_show_once_saved) {
+    world.install({"Note", "Posta"});
+    view();
+    openEditor();
+    QTest::keyClicks(&focused(), QStringLiteral("Scrittura"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClicks(&focused(), QStringLiteral("note"));
+    EXPECT_EQ(list<CategoryList>().itemCount(), 7);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(shown().size(), 2);
+    ASSERT_EQ(list<CategoryList>().itemCount(), 8);
+    EXPECT_EQ(list<CategoryList>().itemName(7), QStringLiteral("Scrittura"));
+    list<CategoryList>().pressItem(7);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+}
+
+TEST_F(LauncherViewTest, a_dismissed_editor_leaves_keywords_and_categories_as_they_were) {
+    world.store({{"work", "Lavoro"}});
+    view();
+    openEditor();
+    QTest::keyClicks(&focused(), QStringLiteral("Scrittura"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list<CategoryList>().itemCount(), 5);
+    EXPECT_EQ(escaped, 0);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    openEditor();
+    EXPECT_EQ(view().findChildren<QLineEdit*>().size(), 1 + 2 + 1);
+}
+
+TEST_F(LauncherViewTest, keywords_typed_and_cancelled_change_no_rule) {
+    world.store({{"work", "Lavoro"}});
+    world.storeRules({{"work", "note"}});
+    world.install({"Note", "Posta"});
+    view();
+    const std::size_t writes = world.defaults.writes.size();
+    openEditor();
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClicks(&focused(), QStringLiteral(", posta"));
+    for (auto* const button : view().findChildren<QAbstractButton*>()) {
+        if (button->text() == QStringLiteral("Annulla")) {
+            button->click();
+        }
+    }
+    list<CategoryList>().pressItem(4);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+    EXPECT_EQ(world.defaults.writes.size(), writes);
+}
+
+TEST_F(LauncherViewTest, behind_the_editor_everything_is_disabled) {
+    world.install({"Note"});
+    view();
+    openEditor();
+    EXPECT_FALSE(list<TileGrid>().isEnabled());
+    EXPECT_FALSE(list<CategoryList>().isEnabled());
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_TRUE(list<TileGrid>().isEnabled());
+    EXPECT_TRUE(list<CategoryList>().isEnabled());
+}
+
+TEST_F(LauncherViewTest, an_error_while_categories_are_edited_waits_until_that_is_done) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    openEditor();
+    world.workspace.complete(0, std::nullopt, Error{"primo"});
+    world.mainQueue.run();
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("primo")));
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("primo")));
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("primo")));
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+    EXPECT_TRUE(list<TileGrid>().isEnabled());
+}
+
+TEST_F(LauncherViewTest, a_return_held_down_presses_a_button_once) {
+    world.install({"Note"});
+    view();
+    const int before = world.applications.calls();
+    for (auto* const button : view().findChildren<QAbstractButton*>()) {
+        if (button->toolTip() == QStringLiteral("Aggiorna app")) {
+            QTest::keyClick(button, Qt::Key_Return);
+            QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+            QCoreApplication::sendEvent(button, &repeated);
+        }
+    }
+    EXPECT_EQ(world.applications.calls(), before + 1);
+}
+
+TEST_F(LauncherViewTest, a_grid_that_runs_empty_hands_the_keyboard_to_the_search) {
+    world.install({"Note"});
+    world.storeHidden({"Note"});
+    view();
+    list<CategoryList>().pressItem(3);
+    ASSERT_EQ(shown().size(), 1);
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    ASSERT_EQ(&focused(), &list<TileGrid>());
+    list<CategoryList>().pressItem(0);
+    EXPECT_TRUE(shown().isEmpty());
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+}
+
+TEST_F(LauncherViewTest, a_return_held_down_opens_nothing_more) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"),
+                       true);
+    QCoreApplication::sendEvent(&focused(), &repeated);
+    EXPECT_EQ(world.workspace.openings.size(), 1U);
+}
+
+TEST_F(LauncherViewTest, text_put_in_by_a_screen_reader_is_searched_for) {
+    world.install({"Note", "Posta"});
+    QAccessible::queryAccessibleInterface(view().findChild<QLineEdit*>())
+        ->setText(QAccessible::Value, QStringLiteral("pos"));
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Posta")});
+}
+
 TEST_F(LauncherViewTest, however_many_changes_one_turn_redraws_once) {
     world.install({"Note"});
     view();
@@ -239,7 +366,7 @@ TEST_F(LauncherViewTest, the_suggestions_end_with_a_divider_when_there_are_no_ca
     menu->actions()[0]->trigger();
     QCoreApplication::processEvents();
     EXPECT_TRUE(list<CategoryList>().itemIsSelected(2));
-    menu->close();
+    EXPECT_EQ(view().findChild<QMenu*>(), nullptr);
 }
 
 TEST_F(LauncherViewTest, what_an_input_method_composes_over_the_grid_is_searched_for) {

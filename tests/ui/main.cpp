@@ -1,18 +1,21 @@
 // Views need an application object; without a screen, and always drawn the same way.
 #include <QApplication>
-#include <QStyleFactory>
 #include <cstdlib>
 
 #include <gtest/gtest.h>
 
 #include "ui/AccessibleItems.h"
+#include "ui/LauncherStyle.h"
+#include "ui/Motion.h"
 
 int main(int argc, char** argv) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
     testing::InitGoogleTest(&argc, argv);
+    QApplication::setStyle(new tavo::LauncherStyle);
     QApplication application(argc, argv);
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     tavo::installAccessibleItems();
+    // What a test looks at is there at once.
+    tavo::setReducedMotion(true);
     return RUN_ALL_TESTS();
 }

@@ -28,7 +28,9 @@ void called(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gc
     GVariant* const platformData = g_variant_get_child_value(parameters, 0);
     const gchar* id = "";
     g_variant_lookup(platformData, "desktop-startup-id", "&s", &id);
-    std::ofstream(service.report) << method << " id=" << id << std::endl;
+    const gchar* token = "";
+    g_variant_lookup(platformData, "activation-token", "&s", &token);
+    std::ofstream(service.report) << method << " id=" << id << " token=" << token << std::endl;
     g_variant_unref(platformData);
     if (service.behaviour == "answer") {
         g_dbus_method_invocation_return_value(invocation, nullptr);

@@ -53,6 +53,7 @@ TEST(DesktopEntry, reads_every_key_that_matters) {
     expected.exec = "editor %F";
     expected.tryExec = "/usr/bin/editor";
     expected.path = "/srv/texts";
+    expected.startupWmClass = "Editor";
     expected.onlyShowIn = {"GNOME", "XFCE"};
     expected.notShowIn = {"KDE"};
     expected.hidden = expected.noDisplay = expected.terminal = true;

@@ -1,72 +1,20 @@
 // Opening over a session bus of the test's own.
+#include <atomic>
+
 #include <gio/gio.h>
 
-#include "platform/linux/PosixSpawn.h"
+#include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/OpeningFixture.h"
+#include "tests/platform/linux/PrivateBus.h"
 
 namespace tavo {
 namespace {
 
 using processes::Answer;
-using processes::Folder;
 using processes::Openings;
 using processes::OpeningTest;
-using processes::Report;
+using processes::PrivateBus;
 using std::chrono::milliseconds;
-
-// A bus daemon with services of its own and nothing else. Ends with the test, its services too.
-class PrivateBus {
-public:
-    explicit PrivateBus(const Folder& folder) : folder_(folder) {
-        std::filesystem::create_directories(folder.path("services"));
-        const std::string configuration = folder.write(
-            "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + folder.path("bus") +
-                            "</listen><servicedir>" + folder.path("services") +
-                            "</servicedir><policy context='default'><allow send_destination='*'/>"
-                            "<allow receive_sender='*'/>"
-                            "<allow own='*'/></policy></busconfig>");
-        int ends[2];
-        EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-        const FileDescriptor reading(ends[0]);
-        FileDescriptor writing(ends[1]);
-        ProgramStart daemon;
-        // Goes even if the test is killed.
-        daemon.executable = "/usr/bin/setpriv";
-        daemon.arguments = {"--pdeathsig",
-                            "KILL",
-                            "/usr/bin/dbus-daemon",
-                            "--nofork",
-                            "--nopidfile",
-                            "--print-address=1",
-                            "--config-file=" + configuration};
-        daemon.environment = {"PATH=/usr/bin:/bin", "HOME=" + folder.path()};
-        daemon.output = writing.get();
-        EXPECT_EQ(startProgram(daemon, process_), 0);
-        writing.close();
-        char address[512];
-        EXPECT_GT(::read(reading.get(), address, sizeof address), 0);  // it listens
-        variable_.emplace("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.path("bus"));
-    }
-    PrivateBus(const PrivateBus&) = delete;
-    PrivateBus& operator=(const PrivateBus&) = delete;
-    ~PrivateBus() { end(); }
-
-    void end() {
-        if (process_ > 0) {
-            processes::endProcess(std::exchange(process_, 0));
-        }
-    }
-
-    void addService(const std::string& name, const std::string& command) const {
-        folder_.write("services/" + name + ".service",
-                      "[D-BUS Service]\nName=" + name + "\nExec=" + command + "\n");
-    }
-
-private:
-    const Folder& folder_;
-    pid_t process_ = 0;
-    std::optional<processes::Variable> variable_;
-};
 
 class BusOpening : public OpeningTest {
 protected:
@@ -97,6 +45,42 @@ protected:
                      std::string(kName) + ".desktop");
     }
 
+    static std::string commandLineOf(pid_t process) {
+        std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    // Windows are looked for on `queue_`, whose time the test moves.
+    void watchWindows() {
+        OpeningSettings settings = this->settings();
+        settings.mainQueue = &queue_;
+        settings.showsWindow = [this](const RunningApplication& application) {
+            asked_.insert(application.processIdentifier);
+            return window_;
+        };
+        settings.seesWindows = [this] { return seesWindows_.load(); };
+        workspace_ = makeGioWorkspace(std::move(settings));
+    }
+
+    // What the workspace's thread had to do is done.
+    void drain() { open(folder_.path("nothing")); }
+
+    // Whether a click now activates the service, which then runs as `process_`.
+    bool clickActivates() {
+        const Answer answer = open(activatableEntry());
+        EXPECT_EQ(answer.text(), "(no error)");
+        if (answer.running) {
+            EXPECT_EQ(reported(), "Activate id= token=");
+            process_ = answer.running->processIdentifier;
+        }
+        return answer.running.has_value();
+    }
+
+    ManualMainQueue queue_;
+    bool window_ = false;
+    std::atomic<bool> seesWindows_ = true;
+    std::set<pid_t> asked_;
+    pid_t process_ = 0;
     GLogLevelFlags before_ = G_LOG_LEVEL_CRITICAL;
     std::optional<PrivateBus> bus_;
 };
@@ -106,24 +90,87 @@ TEST_F(BusOpening, an_activatable_entry_is_activated_instead_of_run) {
     addService("answer");
     const Answer answer = open(activatableEntry());
     EXPECT_EQ(answer.text(), "(no error)");
-    EXPECT_EQ(answer.running, (RunningApplication{0, std::string(kName) + ".desktop"}));
-    EXPECT_EQ(reported(), "Activate id=");
+    ASSERT_TRUE(answer.running);
+    EXPECT_EQ(answer.running->identifier, std::string(kName) + ".desktop");
+    // The service's own.
+    EXPECT_NE(commandLineOf(answer.running->processIdentifier).find(kName), std::string::npos);
+    EXPECT_EQ(reported(), "Activate id= token=");
 }
 
 TEST_F(BusOpening, an_activation_carries_the_starts_identifier_on_x11) {
     added_ = {"DISPLAY=:99"};
     startBus();
     addService("answer");
-    EXPECT_EQ(open(activatableEntry("StartupNotify=true\n")).text(), "(no error)");
+    EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     EXPECT_TRUE(reported().starts_with("Activate id=tavo-"));
 }
 
-TEST_F(BusOpening, a_service_that_runs_already_is_activated_again) {
+TEST_F(BusOpening, where_windows_cannot_be_seen_a_service_is_activated_at_each_click) {
     startBus();
     addService("answer");
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
-        EXPECT_EQ(reported(), "Activate id=");
+        EXPECT_EQ(reported(), "Activate id= token=");
+    }
+}
+
+TEST_F(BusOpening, where_the_session_does_not_show_windows_a_service_is_activated_at_each_click) {
+    startBus();
+    addService("answer");
+    seesWindows_ = false;
+    watchWindows();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(clickActivates());
+        drain();
+    }
+}
+
+TEST_F(BusOpening, a_click_while_the_services_window_is_to_come_does_not_activate_it_again) {
+    startBus();
+    addService("answer");
+    watchWindows();
+    EXPECT_TRUE(clickActivates());
+    drain();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(clickActivates());
+    }
+    queue_.advance(milliseconds(100));
+    EXPECT_EQ(asked_, (std::set<pid_t>{0, process_}));  // by its identifier, and by its process
+    EXPECT_FALSE(clickActivates());
+}
+
+TEST_F(BusOpening, once_its_window_has_shown_a_service_is_activated_again) {
+    startBus();
+    addService("answer");
+    watchWindows();
+    EXPECT_TRUE(clickActivates());
+    drain();
+    EXPECT_FALSE(clickActivates());
+    window_ = true;
+    queue_.advance(milliseconds(100));
+    drain();
+    EXPECT_TRUE(clickActivates());
+}
+
+TEST_F(BusOpening, a_service_that_ends_before_its_window_is_activated_again) {
+    startBus();
+    addService("answer");
+    watchWindows();
+    EXPECT_TRUE(clickActivates());
+    drain();
+    EXPECT_FALSE(clickActivates());
+    ::kill(process_, SIGKILL);
+    EXPECT_TRUE(processes::becomesTrue([&] { return clickActivates(); }));
+}
+
+TEST_F(BusOpening, after_its_time_a_service_without_a_window_is_activated_again) {
+    startingTime_ = milliseconds(0);
+    startBus();
+    addService("answer");
+    watchWindows();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(clickActivates());
+        drain();
     }
 }
 
@@ -159,11 +206,67 @@ TEST_F(BusOpening, a_service_that_cannot_start_is_told) {
         << text;
 }
 
-TEST_F(BusOpening, a_service_that_says_nothing_counts_as_started_after_a_while) {
-    patience_ = milliseconds(50);
+TEST_F(BusOpening, a_service_that_says_nothing_is_told_when_its_time_is_over) {
+    patience_ = milliseconds(1);  // is for programs
+    busPatience_ = milliseconds(200);
     startBus();
     addService("silence");
+    EXPECT_EQ(open(activatableEntry()).text(),
+              "L’app «" + std::string(kName) + "» non ha risposto alla richiesta di attivazione.");
+    EXPECT_EQ(reported(), "Activate id= token=");
+}
+
+TEST(OpeningSettings, a_service_has_the_buss_own_time_to_answer) {
+    const OpeningSettings settings{
+        .environment = StartEnvironment({}), .applicationFolders = {}, .userTime = {}};
+    EXPECT_EQ(settings.busPatience, std::chrono::seconds(25));
+    EXPECT_EQ(settings.patience, std::chrono::seconds(2));
+    EXPECT_EQ(settings.startingTime, std::chrono::seconds(15));
+}
+
+TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
+    startingTime_ = milliseconds(0);  // is for programs
+    startBus();
+    addService("silence");
+    Openings first;
+    workspace().openApplication(activatableEntry(), {}, first.completion());
+    EXPECT_EQ(reported(), "Activate id= token=");
+    const Answer second = open(activatableEntry());
+    EXPECT_EQ(second.text(), "(no error)");
+    EXPECT_EQ(second.running, std::nullopt);
+    EXPECT_EQ(first.now().calls, 0);
+    // Whatever comes next is from another entry.
+    EXPECT_EQ(open(scriptEntry("echo other >" + report_.path())).text(), "(no error)");
+    EXPECT_EQ(reported(), "other");
+}
+
+TEST_F(BusOpening, after_a_refusal_a_service_is_activated_again) {
+    startBus();
+    addService("refuse");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_NE(open(activatableEntry()).text().find("Not today."), std::string::npos);
+        EXPECT_EQ(reported(), "Activate id= token=");
+    }
+}
+
+TEST_F(BusOpening, an_entry_without_a_command_is_activated) {
+    startBus();
+    addService("answer");
+    const std::string path = entry("DBusActivatable=true\n", std::string(kName) + ".desktop");
+    EXPECT_EQ(open(path).text(), "(no error)");
+    EXPECT_EQ(reported(), "Activate id= token=");
+}
+
+TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_toolkits) {
+    added_ = {"WAYLAND_DISPLAY=wayland-0"};
+    startBus();
+    addService("answer");
+    OpeningSettings settings = this->settings();
+    settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
+    workspace_ = makeGioWorkspace(std::move(settings));
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
+    const std::string token = "for " + std::string(kName) + ".desktop";
+    EXPECT_EQ(reported(), "Activate id=" + token + " token=" + token);
 }
 
 TEST_F(BusOpening, ending_does_not_wait_for_a_service_that_says_nothing) {
@@ -171,7 +274,7 @@ TEST_F(BusOpening, ending_does_not_wait_for_a_service_that_says_nothing) {
     addService("silence");
     Openings opening;
     workspace().openApplication(activatableEntry(), {}, opening.completion());
-    EXPECT_EQ(reported(), "Activate id=");
+    EXPECT_EQ(reported(), "Activate id= token=");
     workspace_.reset();
     EXPECT_EQ(opening.now().calls, 0);
 }
@@ -201,7 +304,7 @@ TEST_F(BusOpening, an_ordinary_entry_is_run_with_a_bus_as_without) {
     startBus();
     EXPECT_EQ(open(scriptEntry("echo ran >" + report_.path() + "; exit 5")).text(),
               "Il programma «" + folder_.path("program") +
-                  "» si è chiuso subito dopo l’avvio con il codice di errore 5.");
+                  "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 5.");
     EXPECT_EQ(reported(), "ran");
 }
 
@@ -209,7 +312,7 @@ TEST_F(BusOpening, losing_the_bus_ends_nothing_and_commands_are_run_from_then_on
     startBus();
     addService("answer");
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
-    EXPECT_EQ(reported(), "Activate id=");
+    EXPECT_EQ(reported(), "Activate id= token=");
     bus_->end();
     // The loss is noticed in the course of some opening.
     EXPECT_TRUE(

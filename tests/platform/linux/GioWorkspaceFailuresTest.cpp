@@ -1,9 +1,6 @@
 // Everything that can keep an application from starting, and what the user then reads.
 #include <functional>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include "tests/platform/linux/OpeningFixture.h"
 
 namespace tavo {
@@ -133,20 +130,6 @@ TEST_F(OpeningFailure, a_program_that_the_system_cannot_run_is_told_by_its_early
     const std::string text = open(entry("Exec=" + path + "\n")).text();
     EXPECT_NE(text.find("«" + path + "»"), std::string::npos) << text;
     EXPECT_NE(text.find("codice di errore"), std::string::npos) << text;
-}
-
-TEST_F(OpeningFailure, a_session_bus_that_does_not_answer_is_told) {
-    // Accepts connections, as far as the system does that for it, and never says a word.
-    const FileDescriptor silent(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const std::string path = folder_.path("bus");
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(silent.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(silent.get(), 8), 0);
-    const processes::Variable bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path);
-    EXPECT_EQ(open(entry("Exec=/bin/true\n")).text(),
-              "L’app «app.desktop» non si può attivare: il bus di sessione non risponde.");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "platform/linux/GioWorkspace.h"
+#include "platform/linux/WaylandSession.h"
 #include "tests/contracts/WorkspaceContract.h"
 #include "tests/platform/linux/OpeningFixture.h"
 
@@ -156,28 +157,42 @@ TEST_F(GioWorkspace, a_started_program_gets_the_environment_of_our_start_alone) 
     EXPECT_EQ(reported(), "kept value/then////");
 }
 
-TEST_F(GioWorkspace, on_x11_a_start_that_wants_notification_gets_an_identifier_of_its_own) {
+TEST_F(GioWorkspace, on_x11_every_start_gets_an_identifier_of_its_own) {
     added_ = {"DISPLAY=:99"};
+    folder_.script("bin/xdg-terminal-exec", "exec \"$@\"");
+    const processes::Variable path("PATH", folder_.path("bin") + ":/usr/bin:/bin");
     OpeningSettings settings = this->settings();
     settings.userTime = [] { return 4242; };
     workspace_ = makeGioWorkspace(std::move(settings));
     const std::string body = "echo \"id=$DESKTOP_STARTUP_ID\" >" + report_.path();
     std::set<std::string> seen;
-    for (int i = 0; i < 2; ++i) {
-        open(scriptEntry(body, "StartupNotify=true\n"));
+    for (const std::string lines : {"StartupNotify=true\n", "StartupNotify=true\n",
+                                    "StartupNotify=false\n", "", "Terminal=true\n"}) {
+        SCOPED_TRACE(lines);
+        open(scriptEntry(body, lines));
         const std::string id = reported();
         EXPECT_TRUE(id.starts_with("id=tavo-" + std::to_string(::getpid()) + "-")) << id;
         EXPECT_TRUE(id.ends_with("_TIME4242")) << id;
         EXPECT_TRUE(seen.insert(id).second);
     }
-    open(scriptEntry(body, "StartupNotify=false\n"));
-    EXPECT_EQ(reported(), "id=");
 }
 
 TEST_F(GioWorkspace, on_wayland_there_is_no_startup_identifier) {
     added_ = {"DISPLAY=:99", "WAYLAND_DISPLAY=wayland-0"};
+    OpeningSettings settings = this->settings();
+    settings.wayland = true;
+    workspace_ = makeGioWorkspace(std::move(settings));
     open(scriptEntry("echo \"id=$DESKTOP_STARTUP_ID\" >" + report_.path(), "StartupNotify=true\n"));
     EXPECT_EQ(reported(), "id=");
+}
+
+TEST_F(GioWorkspace, a_left_over_name_of_a_compositor_takes_no_startup_identifier_away) {
+    added_ = {"DISPLAY=:99", "WAYLAND_DISPLAY=/nonexistent/wayland-0"};
+    OpeningSettings settings = this->settings();
+    settings.wayland = isWaylandSession(settings.environment);
+    workspace_ = makeGioWorkspace(std::move(settings));
+    open(scriptEntry("echo \"id=$DESKTOP_STARTUP_ID\" >" + report_.path(), "StartupNotify=true\n"));
+    EXPECT_TRUE(reported().starts_with("id=tavo-"));
 }
 
 TEST_F(GioWorkspace, a_program_that_hands_over_and_ends_is_no_error) {
@@ -189,13 +204,47 @@ TEST_F(GioWorkspace, a_program_that_hands_over_and_ends_is_no_error) {
 TEST_F(GioWorkspace, a_program_that_fails_at_once_is_reported_with_its_status) {
     EXPECT_EQ(open(scriptEntry("exit 3")).text(),
               "Il programma «" + folder_.path("program") +
-                  "» si è chiuso subito dopo l’avvio con il codice di errore 3.");
+                  "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 3.");
 }
 
 TEST_F(GioWorkspace, a_program_that_crashes_at_once_is_reported_with_the_signal) {
     EXPECT_EQ(open(scriptEntry("kill -SEGV $$")).text(),
               "Il programma «" + folder_.path("program") +
-                  "» è stato interrotto subito dopo l’avvio dal segnale SIGSEGV.");
+                  "» dell’app «App» è stato interrotto subito dopo l’avvio dal segnale SIGSEGV.");
+}
+
+struct EarlyEnd {
+    const char* name;
+    const char* lines;
+    const char* text;
+};
+
+TEST_F(GioWorkspace, an_early_end_names_the_application_where_the_program_says_something_else) {
+    const processes::Variable path("PATH", "/usr/bin:/bin");
+    const processes::Variable language("LANGUAGE", "it");
+    const processes::Variable locale("LC_ALL", "C.UTF-8");
+    for (const EarlyEnd& row :
+         {EarlyEnd{"a shell", "Exec=sh -c \"exec /no/such\"\n",
+                   "Il programma «sh» dell’app «App» si è chiuso subito dopo l’avvio con il codice "
+                   "di errore 127."},
+          {"a setter of variables", "Exec=env A=b tavo-no-such\n",
+           "Il programma «env» dell’app «App» si è chiuso subito dopo l’avvio con il codice di "
+           "errore 127."},
+          {"a translated name", "Name[it]=Nome\nExec=sh -c \"exit 4\"\n",
+           "Il programma «sh» dell’app «Nome» si è chiuso subito dopo l’avvio con il codice di "
+           "errore 4."},
+          {"a signal", "Exec=sh -c \"kill -ABRT \\\\$\\\\$\"\n",
+           "Il programma «sh» dell’app «App» è stato interrotto subito dopo l’avvio dal segnale "
+           "SIGABRT."},
+          {"one name for both", "Name[it]=false\nExec=false\n",
+           "Il programma «false» si è chiuso subito dopo l’avvio con il codice di errore 1."},
+          {"one name for both, and a path", "Name[it]=false\nExec=/bin/false\n",
+           "Il programma «/bin/false» si è chiuso subito dopo l’avvio con il codice di errore "
+           "1."}}) {
+        SCOPED_TRACE(row.name);
+        workspace_.reset();
+        EXPECT_EQ(open(entry(row.lines)).text(), row.text);
+    }
 }
 
 TEST_F(GioWorkspace, a_program_that_runs_on_is_answered_with_its_process) {

@@ -80,11 +80,27 @@ TEST_F(IconThemeName, at_last_whatever_known_theme_is_installed) {
     EXPECT_EQ(fallbackIconTheme(world_.environment()), "Papirus");
 }
 
-TEST_F(IconThemeName, a_preferred_theme_outranks_all_while_it_is_installed) {
+TEST_F(IconThemeName, a_preferred_theme_outranks_files_while_it_is_installed) {
     configureAll();
     install({"Portal"});
-    EXPECT_EQ(theme({"KDE"}, "Portal"), "Portal");
-    EXPECT_EQ(theme({"KDE"}, "Gone"), "Kde");
+    EXPECT_EQ(theme({"GNOME"}, "Portal"), "Portal");
+    EXPECT_EQ(theme({}, "Portal"), "Portal");
+    EXPECT_EQ(theme({"GNOME"}, "Gone"), "Gtk4");
+}
+
+TEST_F(IconThemeName, a_preferred_theme_does_not_outrank_a_desktops_own_settings) {
+    configureAll();
+    install({"Portal"});
+    EXPECT_EQ(theme({"KDE"}, "Portal"), "Kde");
+    EXPECT_EQ(theme({"LXQt"}, "Portal"), "Lxqt");
+    XServer server;
+    if (!server.runs()) {
+        GTEST_SKIP() << "Xvfb cannot be started";
+    }
+    install({"Published"});
+    const auto manager = server.publishSettings(
+        XSettingsBytes(false).addString("Net/IconThemeName", "Published").property());
+    EXPECT_EQ(theme({"XFCE"}, "Portal", server.display()), "Published");
 }
 
 TEST_F(IconThemeName, published_settings_outrank_files_except_on_kde) {

@@ -51,7 +51,7 @@ struct Answer {
 
 class Openings {
 public:
-    [[nodiscard]] OpenCompletion completion() {
+    [[nodiscard]] OpenCompletion completion() const {
         return [shared = shared_](std::optional<RunningApplication> running,
                                   std::optional<Error> error) {
             const std::lock_guard lock(shared->mutex);
@@ -114,7 +114,9 @@ protected:
         return {.environment = StartEnvironment(variables),
                 .applicationFolders = {folder_.path("applications")},
                 .userTime = {},
-                .patience = patience_};
+                .patience = patience_,
+                .busPatience = busPatience_,
+                .startingTime = startingTime_};
     }
 
     Workspace& workspace() {
@@ -149,6 +151,8 @@ protected:
     std::string home_;
     std::vector<std::string> added_;  // to the environment
     std::chrono::milliseconds patience_ = kPatience;
+    std::chrono::milliseconds busPatience_ = kPatience;
+    std::chrono::milliseconds startingTime_ = kPatience;
     std::unique_ptr<Workspace> workspace_;
 };
 

@@ -11,6 +11,7 @@ TEST(UnknownRunningApplications, nothing_is_known_to_run_not_even_this_program) 
     const auto running = makeUnknownRunningApplications();
     EXPECT_TRUE(running->withIdentifier("org.example.App.desktop").empty());
     EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);
+    EXPECT_FALSE(running->showsWindow({::getpid(), "org.example.App.desktop"}));
     EXPECT_EQ(running->executablePath({::getpid(), ""}), std::nullopt);
     running->activateAllWindows({::getpid(), ""});
     EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);

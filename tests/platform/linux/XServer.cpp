@@ -30,7 +30,7 @@ xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name) {
 
 }  // namespace
 
-XServer::XServer() {
+XServer::XServer(const char* screen) {
     std::array<int, 2> ends = {};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return;
@@ -42,7 +42,7 @@ XServer::XServer() {
         const int nowhere = ::open("/dev/null", O_RDWR);
         ::dup2(nowhere, STDOUT_FILENO);
         ::dup2(nowhere, STDERR_FILENO);
-        ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "64x64x24",
+        ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", screen,
                  "-nolisten", "tcp", nullptr);
         ::_exit(127);
     }
@@ -68,6 +68,7 @@ XServer::XServer() {
 XServer::~XServer() {
     if (process_ > 0) {
         ::kill(process_, SIGTERM);
+        ::kill(process_, SIGCONT);  // a test may have stopped it
         ::waitpid(process_, nullptr, 0);
     }
 }

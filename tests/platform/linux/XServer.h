@@ -11,13 +11,14 @@ namespace tavo {
 class XServer {
 public:
     // Starts Xvfb under a display number of its own choice and waits until it can be connected to.
-    XServer();
+    explicit XServer(const char* screen = "64x64x24");
     ~XServer();
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
 
     [[nodiscard]] bool runs() const { return !display_.empty(); }
     [[nodiscard]] const std::string& display() const { return display_; }
+    [[nodiscard]] pid_t process() const { return process_; }
 
     // Publishes the bytes as the settings of screen 0, until the answer goes.
     [[nodiscard]] std::shared_ptr<void> publishSettings(const std::string& property) const;

@@ -75,6 +75,31 @@ TEST_F(XdgApplicationSourceTest, sub_folders_are_part_of_the_id) {
     EXPECT_THAT(names(), UnorderedElementsAre("User chess"));
 }
 
+TEST_F(XdgApplicationSourceTest, a_scan_leaves_what_windows_are_recognised_by) {
+    const auto listed = std::make_shared<ListedEntries>();
+    const auto source = makeXdgApplicationSource(environment_, listed);
+    const std::string path = tree_.write(
+        "user/applications/games/chess.desktop",
+        entryText("Chess",
+                  "StartupWMClass=Knight\nExec=" + tree_.makeProgram("bin/other chess") + "\n"));
+    tree_.write("user/applications/quoted.desktop",
+                "[Desktop Entry]\nType=Application\nName=Q\nExec=\"" +
+                    tree_.makeProgram("bin/two words") + "\" %U\n");
+    tree_.write("user/applications/secret.desktop", entryText("S", "NoDisplay=true\n"));
+    (void)source->applications();
+    const auto matching = listed->matching();
+    EXPECT_EQ(matching->identifierAt(path), "");
+    EXPECT_EQ(matching->owner({"", "Two Words", ""}, nullptr), "quoted.desktop");
+    EXPECT_EQ(matching->owner({"", "secret", ""}, nullptr), "");
+
+    const std::string chess = tree_.write("user/applications/games/chess.desktop",
+                                          entryText("Chess", "StartupWMClass=Knight\n"));
+    (void)source->applications();
+    EXPECT_EQ(listed->matching()->identifierAt(chess), "games-chess.desktop");
+    EXPECT_EQ(listed->matching()->owner({"", "knight", ""}, nullptr), "games-chess.desktop");
+    EXPECT_EQ(listed->matching()->owner({"", "games-Chess", ""}, nullptr), "games-chess.desktop");
+}
+
 TEST_F(XdgApplicationSourceTest, hidden_folders_and_files_count_and_other_suffixes_do_not) {
     tree_.write("user/applications/.hidden/a.desktop", entryText("A"));
     tree_.write("user/applications/.b.desktop", entryText("B"));

@@ -1,0 +1,26 @@
+#include "app/LauncherApplication.h"
+
+#include <QEvent>
+#include <QSessionManager>
+
+namespace tavo {
+
+LauncherApplication::LauncherApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    setQuitOnLastWindowClosed(false);
+    setQuitLockEnabled(false);
+    const auto neverRestart = [](QSessionManager& manager) {
+        manager.setRestartHint(QSessionManager::RestartNever);
+    };
+    connect(this, &QGuiApplication::commitDataRequest, this, neverRestart, Qt::DirectConnection);
+    connect(this, &QGuiApplication::saveStateRequest, this, neverRestart, Qt::DirectConnection);
+}
+
+bool LauncherApplication::event(QEvent* event) {
+    if (event->type() == QEvent::Quit) {
+        exit(0);
+        return true;
+    }
+    return QApplication::event(event);
+}
+
+}  // namespace tavo

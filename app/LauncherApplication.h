@@ -1,0 +1,19 @@
+// The application object.
+#pragma once
+
+#include <QApplication>
+
+namespace tavo {
+
+// A session that ends, or a desktop that asks the program to quit, is obeyed at once: the toolkit
+// would ask the window first, which closing merely hides. A session's manager must not start the
+// program again by itself; that is for the user's own autostart entries.
+class LauncherApplication final : public QApplication {
+public:
+    LauncherApplication(int& argc, char** argv);
+
+protected:
+    bool event(QEvent* event) override;
+};
+
+}  // namespace tavo

@@ -1,0 +1,42 @@
+#!/bin/bash
+# Builds the Debian package of the program and looks it over:
+#
+#   packaging/build_deb.sh
+#
+# It ends up in build/deb/, and its path is the last line. Installs the packages that are missing
+# for it. Built from the files of the tree as they are, in a folder of its own; the same tree gives
+# the same package.
+set -euo pipefail
+umask 022
+cd "$(dirname "$0")/.."
+
+tools/packages.sh build package
+
+deb=$PWD/build/deb
+source=$deb/source
+rm -rf "$source"
+rm -f "$deb"/tavolauncher_*
+mkdir -p "$source"
+tar --create --exclude=./build --exclude=./.git --exclude=./.cache --exclude=__pycache__ . |
+    tar --extract --directory "$source"
+mv "$source/packaging/debian" "$source/debian"
+
+# The package alone: nobody asked for the one with the debug symbols. The compiler's cache has to be
+# told where it is, because the build has a home of its own.
+if command -v ccache >/dev/null; then
+    CCACHE_DIR=$(ccache --get-config cache_dir)
+    export CCACHE_DIR
+fi
+export DEB_BUILD_OPTIONS="noautodbgsym ${DEB_BUILD_OPTIONS-}" DEB_CXXFLAGS_STRIP=-g
+log=$deb/build.log
+echo "Building the package"
+(cd "$source" && dpkg-buildpackage --build=binary --no-sign) >"$log" 2>&1 || {
+    tail -n 40 "$log" >&2
+    echo "All of it in $log" >&2
+    exit 1
+}
+rm -rf "$source"
+
+package=$(ls "$deb"/tavolauncher_*.deb)
+lintian --allow-root --fail-on error,warning --display-info "$deb"/tavolauncher_*.changes
+echo "$package"

@@ -1,0 +1,54 @@
+// Our status item on the bus, for panels to draw (the StatusNotifierItem specification, with the
+// names of KDE that are in use everywhere).
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include <gio/gio.h>
+
+#include "platform/DrawnItem.h"
+#include "platform/linux/BusObject.h"
+#include "platform/linux/NotifierMenu.h"
+
+namespace tavo {
+
+// Everything happens on the thread that it is made on.
+class NotifierItem {
+public:
+    // `clicked` hears what the user did. A token that the panel hands over goes with the click that
+    // comes next.
+    NotifierItem(DrawnItem item, std::function<void(const ItemClick&)> clicked);
+    NotifierItem(const NotifierItem&) = delete;
+    NotifierItem& operator=(const NotifierItem&) = delete;
+    ~NotifierItem() { leave(); }
+
+    // Offers the item on this bus until leave(), to the watcher that is there and to each that
+    // comes later. One bus at a time.
+    void follow(GDBusConnection* bus);
+
+    // Panels take it for gone then.
+    void leave();
+
+    void repaint(std::vector<ItemImage> images);
+
+private:
+    static void watcherAppeared(GDBusConnection* bus, const gchar* name, const gchar* owner,
+                                gpointer data);
+
+    void called(const std::string& method, GVariant* parameters, GDBusMethodInvocation* invocation);
+    [[nodiscard]] GVariant* property(const std::string& name) const;
+    void click(std::optional<std::size_t> entry);
+
+    DrawnItem item_;
+    const std::function<void(const ItemClick&)> clicked_;
+    // Of its own: panels drop an item when its name goes, and one that is made anew has another.
+    const std::string name_;
+    BusObject object_;
+    NotifierMenu menu_;
+    std::string token_;
+    GDBusConnection* bus_ = nullptr;  // while it is offered there
+    guint watch_ = 0;
+};
+
+}  // namespace tavo

@@ -1,0 +1,16 @@
+// Waiting for a Wayland compositor, but not for ever.
+#pragma once
+
+#include <chrono>
+
+#include <wayland-client.h>
+
+namespace tavo {
+
+// Until the compositor has handled every request made so far and its events on `queue` (null: the
+// display's own one) have been dispatched. False when the connection broke or nothing came within
+// `patience`. Other threads may read from the same display.
+bool waitForCompositor(wl_display* display, wl_event_queue* queue,
+                       std::chrono::milliseconds patience = std::chrono::milliseconds(500));
+
+}  // namespace tavo

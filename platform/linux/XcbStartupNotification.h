@@ -1,0 +1,26 @@
+// Telling an X11 desktop that an application starts (Startup Notification Protocol 0.1).
+//
+// Panels and window managers then show that something is on its way, and know which of the user's
+// clicks its first window answers.
+#pragma once
+
+#include <string>
+
+namespace tavo {
+
+struct StartAnnouncement {
+    std::string id;           // the program's DESKTOP_STARTUP_ID
+    std::string name;         // as the user reads it
+    std::string program;      // its executable file
+    std::string application;  // the desktop-file id
+};
+
+// Any thread; to the X server of `display` (the form of DISPLAY). False when there is none or it
+// does not answer in the time that XcbConnection gives it, in which case nothing may have arrived.
+// Text that is not UTF-8 is repaired, long text cut.
+bool announceStart(const std::string& display, const StartAnnouncement& start);
+
+// That it shows a window by now, or will not.
+bool announceStartOver(const std::string& display, const std::string& id);
+
+}  // namespace tavo

@@ -1,0 +1,70 @@
+"""A settings portal on a private desktop, which says what a test tells it to."""
+
+import threading
+
+from gi.repository import Gio, GLib
+
+_NAME = "org.freedesktop.portal.Desktop"
+_PATH = "/org/freedesktop/portal/desktop"
+_INTERFACE = "org.freedesktop.portal.Settings"
+_DESCRIPTION = f"""<node><interface name="{_INTERFACE}">
+<method name="ReadOne"><arg type="s" direction="in"/><arg type="s" direction="in"/>
+<arg type="v" direction="out"/></method>
+<signal name="SettingChanged"><arg type="s"/><arg type="s"/><arg type="v"/></signal>
+</interface></node>"""
+
+COLOR_SCHEME = ("org.freedesktop.appearance", "color-scheme")
+ICON_THEME = ("org.gnome.desktop.interface", "icon-theme")
+NONE, DARK, LIGHT = (GLib.Variant("u", number) for number in range(3))
+
+
+class SettingsPortal:
+    """Serves `values`, by (group, key), on the bus while it is entered."""
+
+    def __init__(self, address, values):
+        self.address, self.values = address, dict(values)
+        self.asked = threading.Event()
+
+    def __enter__(self):
+        self._context = GLib.MainContext.new()
+        self._loop = GLib.MainLoop.new(self._context, False)
+        ready = threading.Event()
+        self._thread = threading.Thread(target=self._serve, args=(ready,), daemon=True)
+        self._thread.start()
+        if not ready.wait(20):
+            raise RuntimeError("the settings portal did not reach its bus")
+        return self
+
+    def __exit__(self, *_):
+        self._loop.quit()
+        self._thread.join()
+        self._bus.close_sync(None)
+
+    def set(self, key, value):
+        """The user chooses; programs are told."""
+        self.values[key] = value
+        self._bus.emit_signal(None, _PATH, _INTERFACE, "SettingChanged",
+                              GLib.Variant("(ssv)", (*key, value)))
+        self._bus.flush_sync(None)
+
+    def _serve(self, ready):
+        self._context.push_thread_default()
+        flags = Gio.DBusConnectionFlags
+        self._bus = Gio.DBusConnection.new_for_address_sync(
+            self.address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None)
+        node = Gio.DBusNodeInfo.new_for_xml(_DESCRIPTION)
+        self._bus.register_object(_PATH, node.interfaces[0], self._called, None, None)
+        self._bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                            "org.freedesktop.DBus", "RequestName",
+                            GLib.Variant("(su)", (_NAME, 0)), None, Gio.DBusCallFlags.NONE, -1, None)
+        ready.set()
+        self._loop.run()
+        self._context.pop_thread_default()
+
+    def _called(self, _bus, _sender, _path, _interface, _method, parameters, invocation):
+        key = parameters.unpack()
+        if key in self.values:
+            invocation.return_value(GLib.Variant("(v)", (self.values[key],)))
+        else:
+            invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "No such setting")
+        self.asked.set()

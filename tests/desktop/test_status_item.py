@@ -1,0 +1,635 @@
+"""The item in the panel: on the trays and panels that are installed, and on one made up."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import time
+
+import harness
+from harness import ARTIFACTS, wait_until
+from private_desktop import _end_with_parent
+from test_single_instance import InstanceTest
+
+OPEN, QUIT = "Apri Tavo Launcher", "Esci da Tavo Launcher"
+ROUNDS = int(os.environ.get("TAVO_ROUNDS", "10"))
+# Longer than the program waits for a bus before it makes do with a tray.
+LATE = 5.0
+
+
+class TrayTest(InstanceTest):
+    """With a tray that embeds; what the panel is comes from the derived class."""
+    command = None
+    package = None
+
+    def setUp(self):
+        super().setUp()
+        if self.command and not shutil.which(self.command[0]):
+            self.skipTest(f"{self.command[0]} is not installed")
+
+    def start_tray(self):
+        return self.desktop.start(self.command, log="tray.log")
+
+    def windows(self):
+        """What the server says of each window; asked again when one goes meanwhile."""
+        def tree():
+            done = subprocess.run(["xwininfo", "-root", "-tree"], env=self.desktop.environment,
+                                  capture_output=True, text=True)
+            return done.returncode == 0 and done.stdout.splitlines()
+        return wait_until(tree, "the tree of windows")
+
+    def item(self):
+        """Place and size of the item's window on the screen, or None."""
+        for line in self.windows():
+            found = re.search(r'\("tavolauncher" "TavoLauncher"\)\s+(\d+)x(\d+)\+\S+\s+'
+                              r"\+(-?\d+)\+(-?\d+)", line)
+            if found:
+                width, height, x, y = map(int, found.groups())
+                if 8 < width < 100 and x >= 0 and y >= 0:
+                    return x, y, width, height
+        return None
+
+    def await_item(self):
+        """Once it is where it stays."""
+        last = []
+
+        def settled():
+            place = self.item()
+            last.append(place)
+            return place if len(last) > 8 and len(set(last[-8:])) == 1 else None
+        return wait_until(settled, "the item in the tray", pause=0.05)
+
+    def point_at_item(self):
+        x, y, width, height = self.await_item()
+        self.desktop.move_pointer(x + width // 2, y + height // 2)
+
+    def menu_window(self):
+        """Place and size of the open menu, or None."""
+        for line in self.windows():
+            found = re.search(r'\("tavolauncher" "TavoLauncher"\)\s+(\d+)x(\d+)\+\S+\s+'
+                              r"\+(-?\d+)\+(-?\d+)", line)
+            if found:
+                width, height, x, y = map(int, found.groups())
+                if 100 < width < 500 and 40 < height < 300 and self.mapped(line.split()[0]):
+                    return x, y, width, height
+        return None
+
+    def mapped(self, window):
+        return "IsViewable" in self.desktop.run("xwininfo", "-id", window)
+
+    def await_menu_window(self):
+        """Once it is where it stays."""
+        last = []
+
+        def settled():
+            last.append(self.menu_window())
+            return last[-1] if len(last) > 4 and len(set(last[-4:])) == 1 else None
+        return wait_until(settled, "the menu")
+
+    def bring_back(self, launcher):
+        """By a click on the item, which is in the tray."""
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("click", 1)
+        launcher.await_active()
+
+    def picture(self, name):
+        return self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.{name}.png")
+
+
+class Embedded(TrayTest):
+    command = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
+               "--height", "32"]
+
+    def test_a_left_click_brings_the_window_forward_when_the_button_is_let_go(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        for _ in range(ROUNDS):
+            self.another_window_in_front(launcher)
+            self.desktop.xdo("mousedown", 1)
+            self.assertFalse(launcher.is_active())
+            self.desktop.xdo("mouseup", 1)
+            launcher.await_active()
+
+    def test_a_left_click_brings_a_closed_window_back(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        for _ in range(ROUNDS):
+            self.desktop.key("ctrl+w")
+            self.await_hidden(launcher)
+            self.desktop.xdo("click", 1)
+            launcher.await_active()
+            self.assert_accessory(launcher)
+
+    def test_a_button_let_go_beside_the_item_does_nothing(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("mousedown", 1)
+        self.desktop.move_pointer(400, 400)
+        self.desktop.xdo("mouseup", 1)
+        self.point_at_item()
+        self.assertFalse(launcher.is_shown())
+        self.desktop.xdo("click", 2)
+        self.desktop.xdo("click", 1)
+        launcher.await_active()
+
+    def test_a_right_click_opens_the_menu_at_the_items_edge_when_let_go(self):
+        self.start_tray()
+        launcher = self.launch()
+        x, y, width, height = self.await_item()
+        self.point_at_item()
+        self.desktop.xdo("mousedown", 3)
+        self.assertIsNone(self.menu_window())
+        self.desktop.xdo("mouseup", 3)
+        menu = wait_until(self.menu_window, "the menu")
+        self.picture("menu")
+        self.assertGreaterEqual(menu[1], y + height)
+        self.assertLessEqual(menu[0], x + width)
+        self.assertGreaterEqual(menu[0] + menu[2], x)
+        self.assertEqual(launcher.menu_texts(), [OPEN, "—", QUIT])
+
+    def test_the_menus_first_entry_opens_and_its_last_quits(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("click", 3)
+        wait_until(self.menu_window, "the menu")
+        self.desktop.key("Down", "Return")
+        launcher.await_active()
+        self.desktop.xdo("click", 3)
+        wait_until(self.menu_window, "the menu")
+        self.desktop.key("Up", "Return")
+        self.assertEqual(launcher.process.wait(timeout=20), 0)
+
+    def test_ctrl_q_quits_while_the_menu_is_open(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("click", 3)
+        wait_until(self.menu_window, "the menu")
+        self.desktop.key("ctrl+q")
+        self.assertEqual(launcher.process.wait(timeout=20), 0)
+
+    def test_a_click_on_the_menus_first_entry_opens(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("click", 3)
+        self.await_menu_window()
+        self.desktop.click(launcher.await_node("menu item", OPEN))
+        launcher.await_active()
+
+    def test_the_item_says_its_name_under_the_pointer(self):
+        self.start_tray()
+        launcher = self.launch()
+        self.point_at_item()
+        self.assertEqual(launcher.await_node("tool tip", "Tavo Launcher").get_name(),
+                         "Tavo Launcher")
+        self.picture("tip")
+
+    def test_a_tray_that_comes_after_seconds_gets_the_item(self):
+        launcher = self.launch()
+        time.sleep(LATE)
+        self.start_tray()
+        self.bring_back(launcher)
+
+    def test_a_tray_that_comes_late_gets_the_item(self):
+        launcher = self.launch()
+        self.assertIsNone(self.item())
+        self.start_tray()
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("click", 1)
+        launcher.await_active()
+
+    def test_a_tray_that_crashes_and_returns_gets_the_item_again(self):
+        tray = self.start_tray()
+        launcher = self.launch()
+        self.await_item()
+        tray.kill()
+        tray.wait()
+        wait_until(lambda: self.item() is None, "the item to go")
+        self.start_tray()
+        self.point_at_item()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.desktop.xdo("click", 1)
+        launcher.await_active()
+        self.picture("returned")
+
+
+class EmbeddedUnderXfwm4(Embedded):
+    wm = "xfwm4 --compositor=off"
+
+
+class EmbeddedInTint2(Embedded):
+    def setUp(self):
+        super().setUp()
+        settings = self.desktop.folder / "tint2rc"
+        settings.write_text("panel_items = TSC\npanel_size = 100% 32\n"
+                            "panel_position = top center horizontal\nsystray_icon_size = 24\n")
+        self.command = ["tint2", "-c", str(settings)]
+
+
+class TrayAtEachSide(TrayTest):
+    """The menu opens beside the panel, whole, wherever that is."""
+
+    def open_menu_at(self, position, items="SC"):
+        settings = self.desktop.folder / "tint2rc"
+        settings.write_text(f"panel_items = {items}\npanel_size = 100% 32\nsystray_icon_size = 24\n"
+                            f"strut_policy = follow_size\npanel_position = {position}\n")
+        self.command = ["tint2", "-c", str(settings)]
+        self.start_tray()
+        self.launch()
+        item = self.await_item()
+        self.point_at_item()
+        self.desktop.xdo("click", 3)
+        x, y, width, height = menu = self.await_menu_window()
+        self.picture(f"{position} {items}".replace(" ", "-"))
+        self.assertGreater(height, 60, "both entries are in view")
+        self.assertTrue(0 <= x <= 1280 - width and 0 <= y <= 800 - height, menu)
+        return item, menu
+
+    def assert_adjoins(self, edge, items):
+        """But for what the panel keeps free around the item."""
+        self.assertIn(edge - items, range(5))
+
+    def test_at_the_bottom_it_opens_above_the_item(self):
+        item, menu = self.open_menu_at("bottom left horizontal")
+        self.assert_adjoins(item[1], menu[1] + menu[3])
+
+    def test_in_the_corner_at_the_bottom_it_opens_above_the_item(self):
+        item, menu = self.open_menu_at("bottom right horizontal", "FS")
+        self.assertGreater(item[0], 1000)
+        self.assert_adjoins(item[1], menu[1] + menu[3])
+
+    def test_at_the_left_it_opens_beside_the_item(self):
+        item, menu = self.open_menu_at("center left vertical")
+        self.assert_adjoins(menu[0], item[0] + item[2])
+
+    def test_at_the_right_it_opens_beside_the_item(self):
+        item, menu = self.open_menu_at("center right vertical")
+        self.assert_adjoins(item[0], menu[0] + menu[2])
+
+    def test_in_the_corner_at_the_right_it_opens_beside_the_item(self):
+        item, menu = self.open_menu_at("center right vertical", "FS")
+        self.assertGreater(item[1], 700)
+        self.assert_adjoins(item[0], menu[0] + menu[2])
+
+
+class Notified(TrayTest):
+    """A panel that draws the item itself; made up, so that it does what the protocol says."""
+
+    def start_panel(self, *arguments):
+        panel = subprocess.Popen(
+            ["/usr/bin/python3", "-W", "ignore",
+             str(pathlib.Path(__file__).with_name("status_notifier_watcher.py")), *arguments],
+            env=self.desktop.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+            preexec_fn=_end_with_parent)
+        self.addCleanup(self.end_panel, panel)
+        self.assertIn("ready", panel.stdout.readline())
+        return panel
+
+    def end_panel(self, panel):
+        panel.kill()
+        panel.wait()
+        panel.stdin.close()
+        panel.stdout.close()
+
+    def ask(self, panel, command):
+        self.tell(panel, command)
+        return panel.stdout.readline().strip().partition(" ")[2]
+
+    def tell(self, panel, command):
+        panel.stdin.write(command + "\n")
+        panel.stdin.flush()
+
+    def test_a_click_brings_a_closed_window_back(self):
+        panel = self.start_panel()
+        launcher = self.launch()
+        self.assertIn("registered", panel.stdout.readline())
+        for _ in range(ROUNDS):
+            self.desktop.key("ctrl+w")
+            self.await_hidden(launcher)
+            self.tell(panel, "activate")
+            launcher.await_active()
+            self.assert_accessory(launcher)
+
+    def test_the_panel_is_given_menu_tool_tip_and_symbol(self):
+        panel = self.start_panel()
+        self.launch()
+        self.assertIn("registered", panel.stdout.readline())
+        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+        self.assertEqual(self.ask(panel, "tooltip"), "Tavo Launcher")
+        sizes = [int(size) for size in self.ask(panel, "sizes").split()]
+        self.assertGreaterEqual(len(sizes), 3)
+        self.assertTrue({16, 22, 32} <= set(sizes), sizes)
+
+    def test_without_a_drawing_of_the_symbol_there_are_tool_tip_menu_and_clicks(self):
+        folder = self.desktop.folder / "installed"
+        folder.mkdir()
+        shutil.copy(harness.PROGRAM, folder / "tavolauncher")
+        shutil.copytree(pathlib.Path(harness.PROGRAM).parent / "resources", folder / "resources")
+        (folder / "resources/symbols/square.grid.3x3.svg").unlink()
+        panel = self.start_panel()
+        launcher = self.launch(program=folder / "tavolauncher")
+        self.assertIn("registered", panel.stdout.readline())
+        self.assertEqual(self.ask(panel, "tooltip"), "Tavo Launcher")
+        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+        self.click_in(panel, launcher)
+
+    def click_in(self, panel, launcher):
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.tell(panel, "activate")
+        launcher.await_active()
+
+    def launch_with_returning_bus(self):
+        """The program, and what starts a bus for it and ends that again."""
+        address = self.desktop.folder / "returning-bus"
+        self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={address}"
+
+        def start():
+            daemon = self.desktop.start(["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                         f"--address=unix:path={address}"], log="bus2.log")
+            wait_until(lambda: subprocess.run(
+                ["dbus-send", "--session", "--dest=org.freedesktop.DBus", "--print-reply",
+                 "/", "org.freedesktop.DBus.GetId"], env=self.desktop.environment,
+                capture_output=True).returncode == 0, "the bus")
+            return daemon
+
+        def end(daemon):
+            daemon.kill()
+            daemon.wait()
+            address.unlink(missing_ok=True)
+        return start, end
+
+    def test_after_the_bus_died_and_returned_the_item_is_there_again(self):
+        start_bus, end_bus = self.launch_with_returning_bus()
+        bus = start_bus()
+        panel = self.start_panel()
+        launcher = self.launch(wait=False).await_active()
+        for _ in range(2):
+            self.assertIn("registered", panel.stdout.readline())
+            self.click_in(panel, launcher)
+            end_bus(bus)
+            self.end_panel(panel)
+            bus = start_bus()
+            panel = self.start_panel()
+        self.assertIn("registered", panel.stdout.readline())
+        self.click_in(panel, launcher)
+
+    def test_a_bus_that_comes_after_the_program_has_the_item(self):
+        start_bus, _ = self.launch_with_returning_bus()
+        launcher = self.launch(wait=False).await_active()
+        start_bus()
+        panel = self.start_panel()
+        self.assertIn("registered", panel.stdout.readline())
+        self.click_in(panel, launcher)
+
+    def test_a_panel_that_comes_after_seconds_has_the_item(self):
+        launcher = self.launch()
+        time.sleep(LATE)
+        panel = self.start_panel()
+        self.assertIn("registered", panel.stdout.readline())
+        self.click_in(panel, launcher)
+
+    def test_a_panel_after_a_tray_and_a_tray_after_a_panel_have_the_item(self):
+        tray = self.desktop.start(Embedded.command, log="tray.log")
+        launcher = self.launch()
+        self.bring_back(launcher)
+        tray.kill()
+        tray.wait()
+        panel = self.start_panel()
+        self.assertIn("registered", panel.stdout.readline())
+        self.click_in(panel, launcher)
+        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+        self.end_panel(panel)
+        self.desktop.start(Embedded.command, log="tray.log")
+        self.bring_back(launcher)
+
+    def test_the_item_moves_to_a_panel_that_draws_it_and_back_to_the_tray(self):
+        self.desktop.start(Embedded.command, log="tray.log")
+        launcher = self.launch()
+        self.await_item()
+        panel = self.start_panel()
+        self.assertIn("registered", panel.stdout.readline())
+        wait_until(lambda: self.item() is None, "the item to leave the tray")
+        self.click_in(panel, launcher)
+        self.end_panel(panel)
+        self.bring_back(launcher)
+
+    def test_a_panel_that_embeds_first_and_draws_itself_a_moment_later_has_the_menu(self):
+        self.desktop.start(Embedded.command, log="tray.log")
+        wait_until(lambda: "Trayer Panel" in self.desktop.run("xwininfo", "-root", "-tree")
+                   or '"trayer"' in self.desktop.run("xwininfo", "-root", "-tree"), "the tray")
+        panel = self.start_panel("late")
+        self.launch()
+        self.assertIn("registered", panel.stdout.readline())
+        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+
+    def test_the_menus_first_entry_opens_and_its_last_quits(self):
+        panel = self.start_panel()
+        launcher = self.launch()
+        self.assertIn("registered", panel.stdout.readline())
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.tell(panel, f"choose {OPEN}")
+        launcher.await_active()
+        self.tell(panel, f"choose {QUIT}")
+        self.assertEqual(launcher.process.wait(timeout=20), 0)
+
+    def test_a_panel_that_comes_late_crashes_and_returns_has_the_item_each_time(self):
+        launcher = self.launch()
+        for _ in range(3):
+            panel = self.start_panel()
+            self.assertIn("registered", panel.stdout.readline())
+            self.desktop.key("ctrl+w")
+            self.await_hidden(launcher)
+            self.tell(panel, "activate")
+            launcher.await_active()
+            self.end_panel(panel)
+
+
+class NotifiedUnderXfwm4(Notified):
+    wm = "xfwm4 --compositor=off"
+
+
+class PanelTest(InstanceTest):
+    """A real panel that draws the item itself, alone on it at the screen's left upper corner."""
+    item = None  # the middle of the symbol
+    command = None
+
+    def setUp(self):
+        super().setUp()
+        if not shutil.which(self.command[0]):
+            self.skipTest(f"{self.command[0]} is not installed")
+        self.configure()
+
+    def bring_back(self, launcher):
+        self.click()
+        wait_until(launcher.is_shown, "the window")
+
+    def start_panel(self):
+        return self.desktop.start(self.command, self.session, log="panel.log")
+
+    def pixels(self):
+        """The colours where the item is, as a picture's bytes."""
+        return subprocess.run(["import", "-window", "root", "-crop", "28x28+2+2", "rgb:-"],
+                              env=self.desktop.environment, capture_output=True).stdout
+
+    def await_symbol(self):
+        """Light on dark or dark on light: two colours far from each other, and it stays so."""
+        last = []
+
+        def there():
+            shown = self.pixels()
+            last.append(shown)
+            return (len(last) > 8 and len(set(last[-8:])) == 1 and shown
+                    and max(shown) - min(shown) > 120)
+        wait_until(there, "the symbol in the panel", pause=0.05)
+
+    def menu_heights(self):
+        """Of the panel's menus in view: windows of some size that no manager has."""
+        found = []
+        for line in self.desktop.run("xwininfo", "-root", "-children").splitlines():
+            window = re.match(r"\s+(0x[0-9a-f]+) .*  (\d+)x(\d+)\+", line)
+            if window and 50 < int(window[2]) < 500 and 30 < int(window[3]) < 300:
+                said = self.desktop.run("xwininfo", "-id", window[1])
+                if "IsViewable" in said and "Override Redirect State: yes" in said:
+                    found.append(int(window[3]))
+        return found
+
+    def open_menu(self):
+        """Until a panel has read the item's menu, it may show a longer one of its own."""
+        def item_menu():
+            wait_until(lambda: not self.menu_heights(), "tool tips and menus to go")
+            self.click(3)
+            if max(wait_until(self.menu_heights, "a menu")) < 100:
+                return True
+            self.desktop.key("Escape")
+            return False
+        wait_until(item_menu, "the item's menu")
+
+    def click(self, button=1):
+        self.desktop.move_pointer(*self.item)
+        self.desktop.xdo("click", button)
+
+
+class XfcePanel(PanelTest):
+    dark = False
+    item = (25, 16)  # right of the panel's handle
+    command = ["xfce4-panel", "--disable-wm-check"]
+    session = {"XDG_CURRENT_DESKTOP": "XFCE"}
+
+    def configure(self):
+        folder = self.desktop.home / ".config/xfce4/xfconf/xfce-perchannel-xml"
+        folder.mkdir(parents=True)
+        (folder / "xfce4-panel.xml").write_text(
+            '<?xml version="1.0" encoding="UTF-8"?><channel name="xfce4-panel" version="1.0">'
+            '<property name="configver" type="int" value="2"/>'
+            '<property name="panels" type="array"><value type="int" value="1"/>'
+            '<property name="panel-1" type="empty">'
+            '<property name="position" type="string" value="p=6;x=0;y=0"/>'
+            '<property name="length" type="uint" value="100"/>'
+            '<property name="size" type="uint" value="32"/>'
+            '<property name="plugin-ids" type="array"><value type="int" value="1"/></property>'
+            '</property></property><property name="plugins" type="empty">'
+            '<property name="plugin-1" type="string" value="systray"/></property></channel>')
+
+    def test_a_left_click_brings_a_closed_window_back(self):
+        self.start_panel()
+        launcher = self.launch()
+        self.await_symbol()
+        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.png")
+        for _ in range(ROUNDS):
+            self.desktop.key("ctrl+w")
+            self.await_hidden(launcher)
+            self.bring_back(launcher)
+            launcher.await_active()
+            self.assert_accessory(launcher)
+
+    def test_a_right_click_opens_the_menu_whose_entries_open_and_quit(self):
+        self.start_panel()
+        launcher = self.launch()
+        self.await_symbol()
+        self.desktop.key("ctrl+w")
+        self.await_hidden(launcher)
+        self.open_menu()
+        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.menu.png")
+        self.desktop.key("Down", "Return")
+        launcher.await_active()
+        self.open_menu()
+        self.desktop.key("Up", "Return")
+        self.assertEqual(launcher.process.wait(timeout=20), 0)
+
+    def test_another_panel_of_another_look_leaves_the_symbol_to_be_seen(self):
+        """The first in the list of windows, and as dark as this one is light or the reverse."""
+        settings = self.desktop.folder / "other"
+        other = "#ffffff" if self.dark else "#000000"
+        settings.write_text(f"rounded = 0\nbackground_color = {other} 100\n"
+                            "panel_items = C\npanel_size = 100% 32\npanel_background_id = 1\n"
+                            "panel_position = bottom center horizontal\n")
+        self.desktop.start(["tint2", "-c", settings], log="other.log")
+        wait_until(lambda: "DOCK" in self.window_types(), "the other panel")
+        self.start_panel()
+        self.launch()
+        self.await_symbol()
+        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.other.png")
+
+    def window_types(self):
+        windows = re.findall("0x[0-9a-f]+", self.desktop.run("xprop", "-root", "_NET_CLIENT_LIST"))
+        return "".join(self.desktop.run("xprop", "-id", window, "_NET_WM_WINDOW_TYPE")
+                       for window in windows)
+
+    def test_a_panel_that_comes_late_crashes_and_returns_has_the_item_each_time(self):
+        launcher = self.launch()
+        for _ in range(2):
+            panel = self.start_panel()
+            self.desktop.move_pointer(600, 700)  # what it points at may look different
+            self.await_symbol()
+            self.desktop.key("ctrl+w")
+            self.await_hidden(launcher)
+            self.bring_back(launcher)
+            launcher.await_active()
+            panel.kill()
+            panel.wait()
+
+
+class XfcePanelEmbedding(XfcePanel):
+    """The same panel, and the program without a bus: the panel takes its window in."""
+
+    def launch(self, wait=True, **environment):
+        launcher = super().launch(wait=False, **environment,
+                                  DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent")
+        launcher.await_active()
+        return launcher
+
+
+class LxqtPanel(XfcePanel):
+    dark = True
+    item = (15, 16)
+    command = ["lxqt-panel"]
+    session = {"XDG_CURRENT_DESKTOP": "LXQt"}
+
+    def configure(self):
+        folder = self.desktop.home / ".config/lxqt"
+        folder.mkdir(parents=True)
+        (folder / "panel.conf").write_text(
+            "panels=panel1\n[panel1]\nplugins=statusnotifier\nposition=Top\npanelSize=32\n"
+            "width=100\nwidth-percent=true\nalignment=-1\ndesktop=0\n"
+            "[statusnotifier]\ntype=statusnotifier\n")

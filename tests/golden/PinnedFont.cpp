@@ -1,0 +1,79 @@
+#include "tests/golden/PinnedFont.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRawFont>
+#include <QtEndian>
+#include <stdexcept>
+
+namespace tavo {
+namespace {
+
+constexpr char kInstalled[] = "/usr/share/fonts/opentype/inter";
+// The weights that the window is written in. No others: each is read anew by every test.
+constexpr const char* kFiles[] = {"Inter-Regular.otf", "Inter-Medium.otf", "Inter-SemiBold.otf",
+                                  "Inter-Bold.otf"};
+
+constexpr char kConfiguration[] = R"(<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "fonts.dtd">
+<fontconfig>
+  <dir>%1/fonts</dir>
+  <cachedir>%1/font-cache</cachedir>
+  <match target="pattern">
+    <edit name="family" mode="prepend_first"><string>Inter</string></edit>
+  </match>
+  <match target="font">
+    <edit name="antialias" mode="assign"><bool>true</bool></edit>
+    <edit name="hinting" mode="assign"><bool>false</bool></edit>
+    <edit name="hintstyle" mode="assign"><const>hintnone</const></edit>
+    <edit name="autohint" mode="assign"><bool>false</bool></edit>
+    <edit name="rgba" mode="assign"><const>none</const></edit>
+    <edit name="lcdfilter" mode="assign"><const>lcdnone</const></edit>
+    <edit name="embeddedbitmap" mode="assign"><bool>false</bool></edit>
+  </match>
+</fontconfig>
+)";
+
+}  // namespace
+
+void pinFont(const QString& folder) {
+    QDir().mkpath(folder + QStringLiteral("/fonts"));
+    QDir().mkpath(folder + QStringLiteral("/font-cache"));
+    for (const char* const name : kFiles) {
+        const QString file = QStringLiteral("%1/%2").arg(kInstalled, QString::fromUtf8(name));
+        if (QFile::exists(file)) {
+            QFile::link(file, QStringLiteral("%1/fonts/%2").arg(folder, QString::fromUtf8(name)));
+        }
+    }
+    const QString path = folder + QStringLiteral("/fonts.conf");
+    QFile configuration(path);
+    if (!configuration.open(QIODevice::WriteOnly)) {
+        throw std::runtime_error("the font cannot be pinned");
+    }
+    configuration.write(QString::fromUtf8(kConfiguration).arg(folder).toUtf8());
+    qputenv("FONTCONFIG_FILE", path.toUtf8());
+    qunsetenv("FONTCONFIG_PATH");
+    qunsetenv("FONTCONFIG_SYSROOT");
+    // Of the outlines, too, there is more than one way to draw them.
+    qunsetenv("FREETYPE_PROPERTIES");
+}
+
+QString pinnedFont() {
+    QString version;
+    for (const char* const name : kFiles) {
+        const QRawFont font(QStringLiteral("%1/%2").arg(kInstalled, QString::fromUtf8(name)), 12);
+        const QByteArray head = font.fontTable("head");
+        if (head.size() < 12) {
+            return QStringLiteral("none: Inter is not in %1").arg(kInstalled);
+        }
+        // The revision as a number with sixteen binary places, and the file's checksum.
+        const auto revision = qFromBigEndian<qint32>(head.constData() + 4);
+        const auto checksum = qFromBigEndian<quint32>(head.constData() + 8);
+        version += version.isEmpty() ? QStringLiteral("Inter %1").arg(revision / 65536.0, 0, 'f', 3)
+                                     : QString();
+        version += QStringLiteral(" %1").arg(checksum, 8, 16, QChar(u'0'));
+    }
+    return version;
+}
+
+}  // namespace tavo

@@ -1,0 +1,279 @@
+#include "tests/golden/Scenes.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <ostream>
+
+#include "tests/golden/Stage.h"
+#include "ui/AlertSheet.h"
+#include "ui/AppTile.h"
+#include "ui/CategoryEditor.h"
+#include "ui/CategoryList.h"
+#include "ui/CategoryRow.h"
+#include "ui/CategoryRows.h"
+#include "ui/LauncherWindow.h"
+#include "ui/Metrics.h"
+#include "ui/SearchField.h"
+#include "ui/Texts.h"
+#include "ui/TileGrid.h"
+
+namespace tavo {
+namespace {
+
+constexpr int kAround = 40;  // of the window around what a picture is about
+
+const QString kLongName = QStringLiteral("Registratore vocale con trascrizione automatica");
+
+void noApplications(Stage& stage) {
+    stage.install({});
+    stage.window();
+}
+
+void full(Stage& stage) {
+    stage.window();
+}
+
+void smallest(Stage& stage) {
+    stage.setWindowSize({metrics::kSmallestWidth, metrics::kSmallestHeight});
+    stage.window();
+}
+
+void searchWithResults(Stage& stage) {
+    stage.type(QStringLiteral("vi"));
+}
+
+void searchWithoutResults(Stage& stage) {
+    stage.type(QStringLiteral("niente del genere"));
+}
+
+void favorites(Stage& stage) {
+    stage.select(QStringLiteral("Preferite"));
+}
+
+void recents(Stage& stage) {
+    stage.select(QStringLiteral("Recenti"));
+}
+
+void hidden(Stage& stage) {
+    stage.world.storeHidden({"Giochi", "Mappe"});
+    stage.select(QStringLiteral("Nascoste"));
+}
+
+void nestedCategory(Stage& stage) {
+    stage.select(QStringLiteral("Progetti"));
+}
+
+// Depth, length and number beyond what fits.
+void manyCategories(Stage& stage) {
+    std::vector<LauncherCategory> categories = {{"a", "Amministrazione e contabilità"},
+                                                {"b", "Fatture", "a"},
+                                                {"c", "Fornitori", "b"},
+                                                {"d", "Estero", "c"},
+                                                {"e", "Oltremare", "d"},
+                                                {"f", "Utility"}};
+    for (int i = 1; i <= 9; ++i) {
+        categories.emplace_back("n" + std::to_string(i), "Progetto " + std::to_string(i));
+    }
+    stage.world.store(categories);
+    stage.select(QStringLiteral("Estero"));
+    CategoryList& list = stage.categories();
+    // At the edge, where the scroll bar shows itself and stays.
+    stage.pointAt(*list.viewport(), QPoint(list.viewport()->width() - 8, 200));
+    stage.crop({0, 0, metrics::kSidebarWidth, metrics::kFirstHeight});
+}
+
+void keyboardInSidebar(Stage& stage) {
+    stage.window();
+    stage.categories().setFocus(Qt::TabFocusReason);
+    stage.press(Qt::Key_Down);
+    stage.crop({0, 0, metrics::kSidebarWidth, metrics::kFirstHeight});
+}
+
+void scrolledToTheEnd(Stage& stage) {
+    TileGrid& grid = stage.grid();
+    grid.verticalScrollBar()->setValue(grid.verticalScrollBar()->maximum());
+    stage.pointAt(*grid.viewport(), QPoint(grid.viewport()->width() - 8, 20));
+}
+
+// Pointer on the one, keyboard on the other.
+void markTiles(Stage& stage, int pointed, int steps) {
+    TileGrid& grid = stage.grid();
+    stage.pointAt(*grid.viewport(), AppTile::iconRect(grid.itemRect(pointed)).center());
+    stage.press(Qt::Key_Down);
+    for (int step = 0; step < steps; ++step) {
+        stage.press(Qt::Key_Right);
+    }
+    const QRect all = grid.itemRect(0) | grid.itemRect(grid.itemCount() - 1);
+    stage.crop(
+        all.adjusted(-20, -20, 20, 20).translated(stage.placeOf(*grid.viewport()).topLeft()));
+}
+
+// Plain, favourite, pointed at, with the keyboard, with a long name.
+void tileStates(Stage& stage) {
+    stage.install({"Agenda", "Calcolatrice", "Disegno", "Foto", kLongName.toStdString(), "Video"});
+    markTiles(stage, stage.tileOf(QStringLiteral("Disegno")), 3);
+}
+
+// Several at once: a favourite with the pointer, a long name with the keyboard.
+void tileStatesCombined(Stage& stage) {
+    stage.install({"Calcolatrice", "Codice", kLongName.toStdString()});
+    stage.world.storeFavorites({"Calcolatrice", kLongName.toStdString()});
+    markTiles(stage, stage.tileOf(QStringLiteral("Calcolatrice")), 2);
+}
+
+// The picture shows the window's part that the popups cover, and a little around it.
+void cropToPopups(Stage& stage) {
+    QRect covered;
+    for (const QWidget* const popup : stage.popups()) {
+        covered |= stage.placeOf(*popup);
+    }
+    stage.crop(covered.adjusted(-kAround, -kAround, kAround, kAround));
+}
+
+void suggestionMenu(Stage& stage) {
+    stage.pressButton(texts::kSearchSuggestions.toString());
+    stage.press(Qt::Key_Down);
+    cropToPopups(stage);
+}
+
+void suggestionMenuWithoutCategories(Stage& stage) {
+    stage.world.store({});
+    stage.pressButton(texts::kSearchSuggestions.toString());
+    cropToPopups(stage);
+}
+
+// What it says of an application without marks, and its first entry with the keyboard.
+void tileMenu(Stage& stage) {
+    stage.openTileMenu(QStringLiteral("Archivio"));
+    stage.press(Qt::Key_Down);
+    cropToPopups(stage);
+}
+
+// Hidden, favourite and assigned, with the categories opened.
+void tileMenuWithCategories(Stage& stage) {
+    stage.world.storeHidden({"Calcolatrice"});
+    stage.select(QStringLiteral("Nascoste"));
+    stage.openTileMenu(QStringLiteral("Calcolatrice"));
+    for (int entry = 0; entry < 3; ++entry) {
+        stage.press(Qt::Key_Down);
+    }
+    stage.press(Qt::Key_Right);
+    cropToPopups(stage);
+}
+
+void editor(Stage& stage) {
+    stage.pressButton(texts::kEditCategories.toString());
+}
+
+template<typename SheetKind>
+void cropToSheet(Stage& stage) {
+    const QWidget& card =
+        *partsOf<SheetKind>(stage.window())
+             .front()
+             ->template findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    stage.crop(stage.placeOf(card).adjusted(-kAround, -kAround, kAround, kAround));
+}
+
+void editorWithoutCategories(Stage& stage) {
+    stage.world.store({});
+    editor(stage);
+    cropToSheet<CategoryEditor>(stage);
+}
+
+void editorWithPickerOpen(Stage& stage) {
+    editor(stage);
+    QWidget* const picker =
+        partsOf<CategoryRows>(stage.window()).front()->rowAt(2, true).controls().at(1);
+    stage.click(*picker, picker->rect().center());
+    cropToSheet<CategoryEditor>(stage);
+}
+
+// A category was added, and the next one is being typed.
+void editorAdding(Stage& stage) {
+    editor(stage);
+    stage.type(QStringLiteral("Fotografie"));
+    stage.press(Qt::Key_Return);
+    stage.type(QStringLiteral("Studio"));
+    cropToSheet<CategoryEditor>(stage);
+}
+
+// The keyboard in a name that is being written, all of it selected.
+void editorRenaming(Stage& stage) {
+    editor(stage);
+    auto* const name = dynamic_cast<QLineEdit*>(
+        partsOf<CategoryRows>(stage.window()).front()->rowAt(1).controls().at(0));
+    name->setFocus(Qt::TabFocusReason);
+    name->selectAll();
+    cropToSheet<CategoryEditor>(stage);
+}
+
+void alert(Stage& stage) {
+    stage.press(Qt::Key_Return);
+    stage.failOpening("Agenda non si è avviata: il programma “agenda” non c’è.");
+}
+
+void alertWithLongMessage(Stage& stage) {
+    stage.press(Qt::Key_Return);
+    std::string message = "Il file /opt/applicazioni/agenda/1.4/bin/agenda-principale";
+    for (int i = 0; i < 12; ++i) {
+        message += " non è un programma che questo computer sappia eseguire;";
+    }
+    stage.failOpening(message);
+    cropToSheet<AlertSheet>(stage);
+}
+
+void toolbarStates(Stage& stage) {
+    for (auto* const button : partsOf<QAbstractButton>(stage.window())) {
+        if (button->toolTip() == texts::kSearchSuggestions) {
+            button->setFocus(Qt::TabFocusReason);
+        } else if (button->toolTip() == texts::kReload) {
+            stage.pointAt(*button, button->rect().center());
+        }
+    }
+    stage.crop({metrics::kSidebarWidth, 0, metrics::kFirstWidth - metrics::kSidebarWidth, 108});
+}
+
+}  // namespace
+
+void PrintTo(const Scene& scene, std::ostream* out) {
+    *out << scene.name;
+}
+
+const std::vector<Scene>& scenes() {
+    static const std::vector<Scene> all = {
+        {.name = "no_applications", .arrange = noApplications},
+        {.name = "full", .arrange = full, .everyScale = true},
+        {.name = "smallest_window", .arrange = smallest},
+        {.name = "search_with_results", .arrange = searchWithResults},
+        {.name = "search_without_results", .arrange = searchWithoutResults},
+        {.name = "favorites", .arrange = favorites},
+        {.name = "recents", .arrange = recents},
+        {.name = "hidden", .arrange = hidden},
+        {.name = "nested_category", .arrange = nestedCategory},
+        {.name = "many_categories", .arrange = manyCategories},
+        {.name = "keyboard_in_sidebar", .arrange = keyboardInSidebar},
+        {.name = "scrolled_to_the_end", .arrange = scrolledToTheEnd},
+        {.name = "toolbar_states", .arrange = toolbarStates, .everyScale = true},
+        {.name = "tile_states", .arrange = tileStates, .everyScale = true},
+        {.name = "tile_states_combined", .arrange = tileStatesCombined},
+        {.name = "suggestion_menu", .arrange = suggestionMenu, .everyScale = true},
+        {.name = "suggestion_menu_without_categories", .arrange = suggestionMenuWithoutCategories},
+        {.name = "tile_menu", .arrange = tileMenu},
+        {.name = "tile_menu_with_categories",
+         .arrange = tileMenuWithCategories,
+         .everyScale = true},
+        {.name = "editor", .arrange = editor},
+        {.name = "editor_without_categories", .arrange = editorWithoutCategories},
+        {.name = "editor_with_picker_open", .arrange = editorWithPickerOpen},
+        {.name = "editor_adding", .arrange = editorAdding},
+        {.name = "editor_renaming", .arrange = editorRenaming, .everyScale = true},
+        {.name = "alert", .arrange = alert},
+        {.name = "alert_with_long_message", .arrange = alertWithLongMessage, .everyScale = true},
+    };
+    return all;
+}
+
+}  // namespace tavo

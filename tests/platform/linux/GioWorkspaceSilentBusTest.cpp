@@ -1,0 +1,136 @@
+// A session bus that is there and does not answer.
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "tests/platform/linux/ChildProgram.h"
+#include "tests/platform/linux/OpeningFixture.h"
+#include "tests/platform/linux/PrivateBus.h"
+
+namespace tavo {
+namespace {
+
+using processes::Answer;
+using processes::Openings;
+using processes::OpeningTest;
+using processes::PrivateBus;
+using processes::Report;
+
+class SilentBus : public OpeningTest {
+protected:
+    static constexpr const char* kName = "org.example.Activatable";
+
+    // Accepts connections, as far as the system does that for it, and never says a word.
+    SilentBus()
+        : silent_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
+          address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder_.path("silence")) {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        folder_.path("silence").copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(::bind(silent_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(::listen(silent_.get(), 8), 0);
+    }
+
+    std::string activatableEntry() const {
+        return entry("DBusActivatable=true\nExec=/bin/true\n", std::string(kName) + ".desktop");
+    }
+
+    FileDescriptor silent_;
+    processes::Variable address_;
+};
+
+TEST_F(SilentBus, keeps_no_ordinary_entry_from_starting) {
+    added_ = {"KEPT=kept", "XDG_ACTIVATION_TOKEN=ours"};
+    const std::string path = scriptEntry(
+        "read -r pid name state parent group session rest </proc/$$/stat; "
+        "[ $$ = $session ] && echo \"$# $1 $(pwd) $(readlink /proc/$$/fd/0) "
+        "$KEPT$XDG_ACTIVATION_TOKEN $GIO_LAUNCHED_DESKTOP_FILE "
+        "$((GIO_LAUNCHED_DESKTOP_FILE_PID - $$))\" >" +
+        report_.path());
+    std::filesystem::rename(path, path + ".old");
+    std::ofstream(path) << std::ifstream(path + ".old").rdbuf();
+    EXPECT_EQ(open(path).text(), "(no error)");
+    EXPECT_EQ(reported(), "0  " + home_ + " /dev/null kept " + path + " 0");
+    const std::string inFolder =
+        scriptEntry("pwd >" + report_.path(), "Path=" + folder_.path("applications") + "\n");
+    EXPECT_EQ(open(inFolder).text(), "(no error)");
+    EXPECT_EQ(reported(), folder_.path("applications"));
+}
+
+TEST_F(SilentBus, hides_no_early_failure) {
+    EXPECT_EQ(open(scriptEntry("exit 5")).text(),
+              "Il programma «" + folder_.path("program") +
+                  "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 5.");
+    EXPECT_EQ(open(entry("Exec=/no/such\n")).text(), "Il programma «/no/such» non esiste.");
+}
+
+TEST_F(SilentBus, keeps_no_bundle_from_starting) {
+    folder_.script("Foo.app/Foo", "echo ran >" + report_.path());
+    EXPECT_EQ(open(folder_.path("Foo.app")).text(), "(no error)");
+    EXPECT_EQ(reported(), "ran");
+}
+
+TEST_F(SilentBus, fails_an_activation_with_a_clear_text_each_time) {
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(open(activatableEntry()).text(),
+                  "L’app «org.example.Activatable.desktop» non si può attivare: il bus di sessione "
+                  "non risponde.");
+    }
+}
+
+// A real bus, which is stopped for a while.
+class StoppedBus : public OpeningTest {
+protected:
+    StoppedBus() : requests_(folder_, "requests"), bus_(folder_) {
+        manager_.emplace(std::vector<std::string>{
+            std::string(TAVO_TEST_PROGRAMS) + "/tavo_user_manager", requests_.path(), "answer"});
+        EXPECT_EQ(manager_->readLine(), "ready");
+        ::kill(bus_.process(), SIGSTOP);
+    }
+    ~StoppedBus() override { goOn(); }
+
+    void goOn() const { ::kill(bus_.process(), SIGCONT); }
+
+    Report requests_;
+    PrivateBus bus_;
+    std::optional<ChildProgram> manager_;
+};
+
+TEST_F(StoppedBus, what_was_started_meanwhile_gets_its_scope_when_the_bus_goes_on) {
+    const std::string body = "echo $$ >" + report_.path() + "; exec sleep 1000";
+    folder_.script("Foo.app/Foo", body);
+    patience_ = std::chrono::milliseconds(1);
+    std::set<std::string> wanted;
+    std::vector<pid_t> running;
+    for (const auto& [path, name] :
+         {std::pair(folder_.path("Foo.app"), "Foo.app"), std::pair(scriptEntry(body), "app")}) {
+        const Answer answer = open(path);
+        ASSERT_TRUE(answer.running);
+        running.push_back(answer.running->processIdentifier);
+        wanted.insert("app-tavolauncher-" + std::string(name) + "-" + reported() + ".scope");
+    }
+    goOn();
+    std::set<std::string> asked;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const std::string request = requests_.line().value_or("(none)");
+        asked.insert(request.substr(0, request.find(' ')));
+    }
+    EXPECT_EQ(asked, wanted);
+    for (const pid_t process : running) {
+        ::kill(process, SIGKILL);
+    }
+}
+
+TEST_F(StoppedBus, of_what_has_ended_meanwhile_no_scope_is_asked_for) {
+    folder_.script("Ended.app/Ended", "exit 0");
+    EXPECT_EQ(open(folder_.path("Ended.app")).text(), "(no error)");
+    EXPECT_TRUE(processes::becomesTrue([] { return processes::children().size() <= 2; }));
+    folder_.script("Foo.app/Foo", "exec sleep 1000");
+    const Answer answer = open(folder_.path("Foo.app"));
+    ASSERT_TRUE(answer.running);
+    goOn();
+    EXPECT_TRUE(requests_.line().value_or("(none)").starts_with("app-tavolauncher-Foo.app-"));
+    ::kill(answer.running->processIdentifier, SIGKILL);
+}
+
+}  // namespace
+}  // namespace tavo
