@@ -16,6 +16,7 @@ import tree
 FORBIDDEN = {
     "a numbered part of some paper": r"\bPart" + r" [1-9]\.[1-9]\b",
     "a paper that the program is not made of": r"\b(?:spec|design|lessons|speed)" + r"\.md\b",
+    "a paper without a name": r"\b(?:the|this) specifi" + r"cation\b",
     "a path of one machine": r"/wo" + r"rk/(?:shared|main)\b|/tmp" + r"/wt\b",
     "a host that packages come from": r"\bdeb\.deb" + r"ian\.org|\bpy" + r"pi\.org|\bnpm" + r"js\.",
     "work left undone": r"\b(?:TO" + r"DO|FIX" + r"ME|XX" + r"X|HA" + r"CK)\b",

@@ -13,9 +13,9 @@ import unittest
 def main(path, name):
     path = pathlib.Path(path)
     sys.path[:0] = [str(path.parent), str(pathlib.Path(__file__).parent)]
-    specification = importlib.util.spec_from_file_location(path.stem, path)
-    module = importlib.util.module_from_spec(specification)
-    specification.loader.exec_module(module)
+    found = importlib.util.spec_from_file_location(path.stem, path)
+    module = importlib.util.module_from_spec(found)
+    found.loader.exec_module(module)
     suite = unittest.defaultTestLoader.loadTestsFromName(name, module)
     result = unittest.TextTestRunner(stream=sys.stdout, verbosity=2).run(suite)
     for _, reason in result.skipped:

@@ -5,6 +5,7 @@ from planted import PlantedTree
 OUT_OF_PLACE = (
     "as Part" + " 2.3 says",
     "see des" + "ign.md",
+    "as the specifi" + "cation wants",
     "in /wo" + "rk/shared",
     "from deb.deb" + "ian.org",
     "// TO" + "DO: later",
