@@ -3,13 +3,16 @@
 
     tools/test_summary.py PRESET=results.xml...
 
-The last line is "N passed, N failed", with ", N skipped" when some were. Fails when a test
+What a failed test printed last stands, indented, below its name. The last line is "N passed, N failed", with ", N skipped" when some were. Fails when a test
 failed, when none ran, or when a file is not there.
 """
 
 import re
 import sys
 import xml.etree.ElementTree as xml
+
+
+LINES_OF_A_FAILURE = 40
 
 
 def reason_of(case):
@@ -24,8 +27,15 @@ def reason_of(case):
     return (skipped.get("message") if skipped is not None else None) or "no reason given"
 
 
+def end_of(said):
+    """The last lines of what a test printed, indented, none of them empty."""
+    lines = [line for line in (said or "").splitlines() if line.strip()]
+    return "".join(f"\n    {line}" for line in lines[-LINES_OF_A_FAILURE:])
+
+
 def read(path):
-    """The names of the passed and of the failed tests, and the skipped ones with their reasons."""
+    """The names of the passed tests, the failed ones with what they said last, and the skipped ones
+    with their reasons."""
     passed, failed, skipped = [], [], []
     for case in xml.parse(path).getroot().iter("testcase"):
         status = case.get("status")
@@ -39,7 +49,7 @@ def read(path):
             else:
                 skipped.append((case.get("name"), reason_of(case)))
         else:
-            failed.append(case.get("name"))
+            failed.append(case.get("name") + end_of(case.findtext("system-out")))
     return passed, failed, skipped
 
 

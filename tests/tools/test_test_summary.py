@@ -29,6 +29,12 @@ class TestSummary(PlantedTree):
         self.assertEqual((status, lines[-1]), (1, "2 passed, 1 failed"))
         self.assertIn("dev: FAILED b", lines)
 
+    def test_shows_the_end_of_what_a_failed_test_printed(self):
+        said = "\n\n".join(f"line {number}" for number in range(100))
+        _, lines = self.summed(FAILED.replace("<failure", f"<system-out>{said}</system-out><failure"))
+        shown = lines[lines.index("dev: FAILED b") + 1:-1]
+        self.assertEqual((shown[0], shown[-1]), ("    line 60", "    line 99"))
+
     def test_succeeds_when_all_passed(self):
         self.assertEqual(self.summed(PASSED), (0, ["1 passed, 0 failed"]))
 
