@@ -68,12 +68,13 @@ TYPED_TEST_P(MainQueueContract, no_delay_is_the_same_as_now) {
 
 TYPED_TEST_P(MainQueueContract, the_shorter_delay_comes_first) {
     using std::chrono::milliseconds;
-    this->queue().asyncAfter(milliseconds(60), this->note("60"));
-    this->queue().asyncAfter(milliseconds(20), this->note("20"));
-    this->queue().asyncAfter(milliseconds(40), this->note("40"));
+    // Far enough apart for a machine that stops for a moment between two lines.
+    this->queue().asyncAfter(milliseconds(600), this->note("600"));
+    this->queue().asyncAfter(milliseconds(200), this->note("200"));
+    this->queue().asyncAfter(milliseconds(400), this->note("400"));
     this->queue().async(this->note("now"));
     ASSERT_TRUE(this->runUntilNotes(4));
-    EXPECT_EQ(this->notes_, (std::vector<std::string>{"now", "20", "40", "60"}));
+    EXPECT_EQ(this->notes_, (std::vector<std::string>{"now", "200", "400", "600"}));
 }
 
 TYPED_TEST_P(MainQueueContract, a_block_that_is_not_due_waits) {

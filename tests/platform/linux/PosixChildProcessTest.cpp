@@ -55,7 +55,7 @@ TEST(PosixChildProcess, what_an_overdue_child_started_ends_with_it) {
     const Folder folder;
     Report report(folder);
     // The grandchild keeps the output open and would hold it for long after the shell has ended.
-    EXPECT_EQ(shell("sleep 1000 & echo $! >" + report.path(), {.time = milliseconds(300)}),
+    EXPECT_EQ(shell("sleep 1000 & echo $! >" + report.path(), {.time = milliseconds(1500)}),
               std::nullopt);
     const auto grandchild = report.line();
     ASSERT_TRUE(grandchild);

@@ -42,8 +42,10 @@ XServer::XServer(const char* screen) {
         const int nowhere = ::open("/dev/null", O_RDWR);
         ::dup2(nowhere, STDOUT_FILENO);
         ::dup2(nowhere, STDERR_FILENO);
+        // A server that begins anew whenever its last client has left would now and then refuse
+        // the next one.
         ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", screen,
-                 "-nolisten", "tcp", nullptr);
+                 "-nolisten", "tcp", "-noreset", nullptr);
         ::_exit(127);
     }
     ::close(ends[1]);
