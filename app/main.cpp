@@ -1,22 +1,16 @@
-// The program's entry.
+// The program's entry, and all of it that a start needs which only brings the window of another
+// process to the front. Nothing but the C++ library is loaded for that.
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "app/DisplayFailures.h"
-#include "app/LauncherApplication.h"
-#include "app/TavoLauncherApp.h"
-#include "platform/linux/ListedEntries.h"
-#include "platform/linux/PrefetchedApplicationSource.h"
-#include "platform/linux/SessionBusAddress.h"
-#include "platform/linux/SessionPresence.h"
+#include <dlfcn.h>
+
+#include "app/Program.h"
+#include "platform/linux/InstanceSocket.h"
 #include "platform/linux/StartEnvironment.h"
-#include "platform/linux/XdgApplicationSource.h"
-#include "platform/linux/XdgEnvironment.h"
-#include "ui/LauncherStyle.h"
 
 namespace {
 
@@ -64,35 +58,17 @@ std::optional<int> answerArguments(int argc, char** argv) {
     return kUsageError;
 }
 
-// Libraries wait for a bus that does not answer for as long as it takes, and start one of their own
-// where there is none. Ours is the only process that hears of this: what it starts gets the
-// environment as it was.
-void keepLibrariesFrom(const std::string& bus) {
-    if (bus.empty() || !tavo::busAnswers(bus)) {
-        ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+// The program, loaded with all that it needs; null, with a line on standard error, when something
+// is missing.
+decltype(&runTavoLauncher) loadProgram() {
+    // Where it is, the executable says itself: its run path is set when it is built, and again
+    // when it is installed.
+    void* const library = ::dlopen("libtavolauncher.so", RTLD_LAZY | RTLD_LOCAL);
+    void* const run = library != nullptr ? ::dlsym(library, "runTavoLauncher") : nullptr;
+    if (run == nullptr) {
+        std::fprintf(stderr, "tavolauncher: the program cannot be loaded: %s\n", ::dlerror());
     }
-}
-
-// Whether another process shows its window instead; its exit status then.
-std::optional<int> handOver(tavo::SessionPresence& presence,
-                            const tavo::StartEnvironment& environment,
-                            const tavo::StartRequest& request) {
-    using Start = tavo::SessionPresence::Start;
-    switch (presence.claim(tavo::SessionPresence::Places::in(environment), request)) {
-        case Start::HandedOver:
-            return 0;
-        case Start::NoAnswer:
-            std::fprintf(stderr,
-                         "tavolauncher: another process of it is starting or ending, and takes "
-                         "too long about it\n");
-            return kFailure;
-        case Start::GoOn:
-            break;
-    }
-    const std::string bus = tavo::sessionBusAddress();
-    keepLibrariesFrom(bus);
-    presence.attend(bus, request);
-    return std::nullopt;
+    return reinterpret_cast<decltype(&runTavoLauncher)>(run);
 }
 
 }  // namespace
@@ -103,37 +79,27 @@ int main(int argc, char** argv) {
     if (const auto status = answerArguments(argc, argv)) {
         return *status;
     }
-    const StartRequest request = {
-        .startupId = environment.value("DESKTOP_STARTUP_ID").value_or(""),
-        .activationToken = environment.value("XDG_ACTIVATION_TOKEN").value_or("")};
-    SessionPresence presence;
-    if (const auto status = handOver(presence, environment, request)) {
-        return *status;
+    ProgramStart start = {
+        .argc = argc,
+        .argv = argv,
+        .environment = environment,
+        .request = {.startupId = environment.value("DESKTOP_STARTUP_ID").value_or(""),
+                    .activationToken = environment.value("XDG_ACTIVATION_TOKEN").value_or("")},
+        .socket = nullptr};
+    InstanceClaimed claimed = claimInstance(InstancePlaces::in(environment), start.request);
+    switch (claimed.claim) {
+        case InstanceClaim::HandedOver:
+            return 0;
+        case InstanceClaim::NoAnswer:
+            std::fprintf(stderr,
+                         "tavolauncher: another process of it is starting or ending, and takes "
+                         "too long about it\n");
+            return kFailure;
+        case InstanceClaim::First:
+        case InstanceClaim::Impossible:
+            break;
     }
-    // The scan runs while the toolkit starts; the model waits for what is left of it.
-    const auto listed = std::make_shared<ListedEntries>();
-    auto applications = makePrefetchedApplicationSource(
-        makeXdgApplicationSource(XdgEnvironment::fromProcess(), listed));
-
-    std::optional<StartGuard> starting(std::in_place);
-    QCoreApplication::setApplicationName(QStringLiteral("TavoLauncher"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.tavolauncher.TavoLauncher"));
-    QApplication::setStyle(new LauncherStyle);
-    LauncherApplication application(argc, argv);
-    starting.reset();
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tavo Launcher"));
-    const DisplayLossGuard displayMayGo;
-
-    TavoLauncherApp app(environment, std::move(applications), listed, presence);
-    if (presence.superseded()) {
-        return 0;
-    }
-    app.show();
-    int status = 0;
-    // A start that finds this process ending would be left without a window.
-    do {
-        status = QApplication::exec();
-    } while (!presence.endUnlessAsked());
-    return status;
+    start.socket = std::move(claimed.socket);
+    const auto run = loadProgram();
+    return run != nullptr ? run(start) : kFailure;
 }

@@ -90,7 +90,8 @@ everything >"$work/installed"
 echo "It depends on: $depends"
 echo "Files of its own: $(comm -13 "$work/before" "$work/installed" | wc -l), packages in all:" \
     "$(inside dpkg-query --show | wc -l)"
-if inside ldd /usr/bin/tavolauncher | grep 'not found'; then
+library=$(inside dpkg-query --listfiles tavolauncher | grep '/libtavolauncher\.so$')
+if inside ldd /usr/bin/tavolauncher "$library" | grep 'not found'; then
     echo "FAILED: libraries are missing" >&2
     exit 1
 fi

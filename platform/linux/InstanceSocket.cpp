@@ -15,6 +15,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "platform/linux/StartEnvironment.h"
+
 namespace tavo {
 namespace {
 
@@ -23,11 +25,6 @@ constexpr char kLock[] = "tavolauncher.lock";
 constexpr int kWaiting = 64;
 constexpr std::size_t kLongestToken = 1024;
 constexpr std::chrono::milliseconds kBetweenTries{1};
-// The first says something at once, whatever else it is doing; one that is stopped finds the
-// message when it goes on.
-constexpr std::chrono::milliseconds kAnswer{250};
-// One that says that it is starting ends sooner than this if its display does not answer.
-constexpr std::chrono::milliseconds kStart{15000};
 
 // What the first says.
 constexpr char kTaken = 1;
@@ -90,7 +87,7 @@ std::optional<std::string> hear(int socket, std::chrono::milliseconds patience) 
     return ::recv(socket, &said, 1, 0) == 1 ? std::string(1, said) : std::string();
 }
 
-HandOver handOver(int folder, const StartRequest& request) {
+HandOver handOver(int folder, const StartRequest& request, const InstancePatience& patience) {
     const FileDescriptor socket = makeSocket();
     const sockaddr_un address = addressIn(folder);
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
@@ -101,10 +98,10 @@ HandOver handOver(int folder, const StartRequest& request) {
     if (::send(socket.get(), message.data(), message.size(), MSG_NOSIGNAL) < 0) {
         return HandOver::NobodyThere;
     }
-    auto said = hear(socket.get(), kAnswer);
+    auto said = hear(socket.get(), patience.answer);
     const bool starting = said == std::string(1, kStarting);
     if (starting) {
-        said = hear(socket.get(), kStart);
+        said = hear(socket.get(), patience.start);
     }
     if (!said || *said == std::string(1, kTaken)) {
         return HandOver::Done;
@@ -118,19 +115,18 @@ void say(int connection, char what) {
 }
 
 // With the lock held, so that nobody else does it.
-FileDescriptor listenIn(int folder) {
+FileDescriptor bindIn(int folder) {
     ::unlinkat(folder, kSocket, 0);
     FileDescriptor socket = makeSocket();
     const sockaddr_un address = addressIn(folder);
-    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(socket.get(), kWaiting) != 0) {
+    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         return {};
     }
     return socket;
 }
 
 InstanceClaimed claimIn(FileDescriptor folder, const StartRequest& request,
-                        std::chrono::milliseconds patience) {
+                        const InstancePatience& patience) {
     if (!folder.valid()) {
         return {};
     }
@@ -139,14 +135,14 @@ InstanceClaimed claimIn(FileDescriptor folder, const StartRequest& request,
     if (!lock.valid()) {
         return {};
     }
-    auto end = std::chrono::steady_clock::now() + patience;
+    auto end = std::chrono::steady_clock::now() + patience.silence;
     do {
-        const HandOver done = handOver(folder.get(), request);
+        const HandOver done = handOver(folder.get(), request, patience);
         if (done == HandOver::Done) {
             return {.claim = InstanceClaim::HandedOver, .socket = nullptr};
         }
         if (::flock(lock.get(), LOCK_EX | LOCK_NB) == 0) {
-            FileDescriptor listener = listenIn(folder.get());
+            FileDescriptor listener = bindIn(folder.get());
             if (!listener.valid()) {
                 return {};
             }
@@ -159,9 +155,8 @@ InstanceClaimed claimIn(FileDescriptor folder, const StartRequest& request,
         }
         if (done == HandOver::GivenUp) {
             // Somebody else who waited for it has been quicker.
-            end = std::chrono::steady_clock::now() + patience;
+            end = std::chrono::steady_clock::now() + patience.silence;
         }
-        // Somebody who holds the lock and does not listen is about to, or about to end.
         std::this_thread::sleep_for(kBetweenTries);
     } while (std::chrono::steady_clock::now() < end);
     return {.claim = InstanceClaim::NoAnswer, .socket = nullptr};
@@ -177,6 +172,11 @@ InstanceSocket::~InstanceSocket() {
     ::unlinkat(folder_.get(), kSocket, 0);
     listener_.close();
     lock_.close();
+}
+
+void InstanceSocket::listen() const {
+    // Nothing that could fail is left after the socket has got its address.
+    ::listen(listener_.get(), kWaiting);
 }
 
 FileDescriptor InstanceSocket::accept() const {
@@ -210,11 +210,21 @@ void confirmStartRequest(int connection) {
     say(connection, kTaken);
 }
 
-InstanceClaimed claimInstance(const std::string& runtimeFolder, const std::string& temporaryFolder,
-                              const StartRequest& request, std::chrono::milliseconds patience) {
-    InstanceClaimed claimed = claimIn(openOwn(runtimeFolder), request, patience);
-    if (claimed.claim == InstanceClaim::Impossible && temporaryFolder.starts_with('/')) {
-        const std::string own = temporaryFolder + "/tavolauncher-" + std::to_string(::geteuid());
+InstancePlaces InstancePlaces::in(const StartEnvironment& environment) {
+    std::string temporary = environment.value("TMPDIR").value_or("");
+    if (!temporary.starts_with('/')) {
+        temporary = "/tmp";
+    }
+    return {.runtimeFolder = environment.value("XDG_RUNTIME_DIR").value_or(""),
+            .temporaryFolder = std::move(temporary)};
+}
+
+InstanceClaimed claimInstance(const InstancePlaces& places, const StartRequest& request,
+                              const InstancePatience& patience) {
+    InstanceClaimed claimed = claimIn(openOwn(places.runtimeFolder), request, patience);
+    if (claimed.claim == InstanceClaim::Impossible && places.temporaryFolder.starts_with('/')) {
+        const std::string own =
+            places.temporaryFolder + "/tavolauncher-" + std::to_string(::geteuid());
         ::mkdir(own.c_str(), S_IRWXU);
         claimed = claimIn(openOwn(own), request, patience);
     }

@@ -16,7 +16,6 @@
 #include "platform/linux/InstanceSocket.h"
 #include "platform/linux/NotifierItem.h"
 #include "platform/linux/SessionBusLink.h"
-#include "platform/linux/StartEnvironment.h"
 #include "platform/linux/StatusNotifierWatch.h"
 
 namespace tavo {
@@ -373,35 +372,15 @@ private:
     std::vector<FileDescriptor> held_;  // starts that wait until it is sure that the window comes
 };
 
-SessionPresence::Places SessionPresence::Places::in(const StartEnvironment& environment) {
-    std::string temporary = environment.value("TMPDIR").value_or("");
-    if (!temporary.starts_with('/')) {
-        temporary = "/tmp";
-    }
-    return {.runtimeFolder = environment.value("XDG_RUNTIME_DIR").value_or(""),
-            .temporaryFolder = std::move(temporary)};
-}
-
-SessionPresence::SessionPresence() : shared_(std::make_shared<Shared>()) {}
+SessionPresence::SessionPresence(std::unique_ptr<InstanceSocket> socket)
+    : socket_(std::move(socket)), shared_(std::make_shared<Shared>()) {}
 
 SessionPresence::~SessionPresence() = default;
 
-SessionPresence::Start SessionPresence::claim(const Places& places, const StartRequest& request) {
-    InstanceClaimed claimed = claimInstance(places.runtimeFolder, places.temporaryFolder, request);
-    switch (claimed.claim) {
-        case InstanceClaim::HandedOver:
-            return Start::HandedOver;
-        case InstanceClaim::NoAnswer:
-            return Start::NoAnswer;
-        case InstanceClaim::First:
-        case InstanceClaim::Impossible:
-            break;
-    }
-    socket_ = std::move(claimed.socket);
-    return Start::GoOn;
-}
-
 void SessionPresence::attend(const std::string& address, const StartRequest& request) {
+    if (socket_) {
+        socket_->listen();
+    }
     presence_ = std::make_unique<Presence>(shared_, std::move(socket_), address, request);
 }
 

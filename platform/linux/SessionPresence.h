@@ -2,7 +2,6 @@
 // reach, and which has its status item on the bus.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,7 +16,6 @@ namespace tavo {
 
 class InstanceSocket;
 class MainQueue;
-class StartEnvironment;
 
 // One process per user, by two roads. The socket (InstanceSocket) is the quick one, and needs no
 // bus. The bus name (InstanceName) is how desktops activate the program, and how two starts find
@@ -29,29 +27,13 @@ class StartEnvironment;
 // the bus is back, without polling.
 class SessionPresence {
 public:
-    enum class Start : std::uint8_t {
-        GoOn,        // this process is the one
-        HandedOver,  // another one is, and shows its window
-        NoAnswer,    // another one is starting or ending, and takes too long about it
-    };
-
-    struct Places {
-        std::string runtimeFolder;    // XDG_RUNTIME_DIR, or ""
-        std::string temporaryFolder;  // instead of it
-
-        // A TMPDIR that depends on where the program is started is none.
-        static Places in(const StartEnvironment& environment);
-    };
-
-    SessionPresence();
+    // With what claimInstance() gave this process, or null where there is no place for a socket.
+    explicit SessionPresence(std::unique_ptr<InstanceSocket> socket);
     SessionPresence(const SessionPresence&) = delete;
     SessionPresence& operator=(const SessionPresence&) = delete;
     ~SessionPresence();
 
-    // Once, first of all.
-    [[nodiscard]] Start claim(const Places& places, const StartRequest& request);
-
-    // Once, soon after: hears other starts from now on, and claims the name on the bus at
+    // Once, as soon as can be: hears other starts from now on, and claims the name on the bus at
     // `address` (as sessionBusAddress() gives it). `request` is for another owner of the name.
     void attend(const std::string& address, const StartRequest& request);
 

@@ -14,6 +14,7 @@ ID = "org.tavolauncher.TavoLauncher"
 SIDES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 FILES = {
     "bin/tavolauncher",
+    f"{os.environ['TAVO_LIBRARIES']}/tavolauncher/libtavolauncher.so",
     f"etc/xdg/autostart/{ID}.desktop",
     f"share/applications/{ID}.desktop",
     f"share/dbus-1/services/{ID}.service",
@@ -84,6 +85,25 @@ class Installed(DesktopTest):
         link = self.desktop.programs / "tavo"
         link.symlink_to(self.prefix / "bin/tavolauncher")
         self.assertEqual(self.start(link).quit(), 0)
+
+    def test_a_start_that_hands_over_loads_no_toolkit(self):
+        """The executable is linked to the C++ library alone; sanitizers add theirs."""
+        said = subprocess.run(["readelf", "--dynamic", "--wide", self.prefix / "bin/tavolauncher"],
+                              check=True, capture_output=True, text=True).stdout
+        needed = set(re.findall(r"\(NEEDED\).*\[(\w+)", said))
+        self.assertLessEqual(needed - {"libasan", "libubsan", "libtsan"},
+                             {"libstdc", "libm", "libgcc_s", "libc"})
+
+    def test_without_its_library_there_is_one_line_and_status_1_and_the_next_start_is_the_first(self):
+        library = self.prefix / os.environ["TAVO_LIBRARIES"] / "tavolauncher/libtavolauncher.so"
+        elsewhere = library.rename(self.desktop.folder / "elsewhere.so")
+        done = subprocess.run([self.prefix / "bin/tavolauncher"], capture_output=True, text=True,
+                              timeout=60, env={**self.desktop.environment, **self.desktop.hermetic})
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr, r"\Atavolauncher: the program cannot be loaded: [^\n]*"
+                                      r"libtavolauncher\.so[^\n]*\n\Z")
+        elsewhere.rename(library)
+        self.assertEqual(self.start(self.prefix / "bin/tavolauncher").quit(), 0)
 
     def test_its_window_has_the_class_that_its_entry_names(self):
         launcher = self.start(self.prefix / "bin/tavolauncher")

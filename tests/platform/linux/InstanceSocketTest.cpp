@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/InstanceSocket.h"
+#include "platform/linux/StartEnvironment.h"
 #include "tests/platform/linux/ProcessFixture.h"
 
 namespace tavo {
@@ -21,7 +22,10 @@ using namespace std::chrono_literals;
 
 const StartRequest kRequest = {.startupId = "panel-1_TIME42", .activationToken = "token"};
 constexpr int kPatienceMs = 20000;
-constexpr int kLongerThanSilence = 400;  // a first that says nothing for 250 ms is left alone
+constexpr auto kAnswer = 1000ms;
+constexpr int kLongerThanAnswer = 1200;
+// For a first that does answer, however busy the machine is.
+constexpr InstancePatience kPatient = {.answer = 20s, .start = 20s, .silence = 20s};
 
 class InstanceSocketTest : public testing::Test {
 protected:
@@ -35,8 +39,19 @@ protected:
     }
 
     InstanceClaimed claim(const StartRequest& request = {},
-                          std::chrono::milliseconds patience = 3s) const {
-        return claimInstance(run_, temporary_, request, patience);
+                          const InstancePatience& patience = {}) const {
+        InstanceClaimed claimed = claimUnheard(request, patience);
+        if (claimed.socket) {
+            claimed.socket->listen();
+        }
+        return claimed;
+    }
+
+    // One that does not listen yet.
+    InstanceClaimed claimUnheard(const StartRequest& request = {},
+                                 const InstancePatience& patience = {}) const {
+        return claimInstance({.runtimeFolder = run_, .temporaryFolder = temporary_}, request,
+                             patience);
     }
 
     // The next start that hands over, once its request is there.
@@ -69,7 +84,7 @@ TEST_F(InstanceSocketTest, the_first_start_is_the_first_and_the_second_hands_its
     ASSERT_EQ(first.claim, InstanceClaim::First);
     std::optional<StartRequest> served;
     std::thread server([&] { served = serveOne(*first.socket); });
-    const InstanceClaimed second = claim(kRequest);
+    const InstanceClaimed second = claim(kRequest, kPatient);
     server.join();
     EXPECT_EQ(second.claim, InstanceClaim::HandedOver);
     EXPECT_EQ(second.socket, nullptr);
@@ -89,10 +104,10 @@ TEST_F(InstanceSocketTest, a_start_that_is_told_to_wait_does_until_it_is_confirm
         EXPECT_EQ(readStartRequest(caller.get()), kRequest);
         holdStartRequest(caller.get());
         pollfd leaves = {.fd = caller.get(), .events = POLLIN, .revents = 0};
-        EXPECT_EQ(::poll(&leaves, 1, kLongerThanSilence), 0) << "it did not wait";
+        EXPECT_EQ(::poll(&leaves, 1, kLongerThanAnswer), 0) << "it did not wait";
         confirmStartRequest(caller.get());
     });
-    EXPECT_EQ(claim(kRequest).claim, InstanceClaim::HandedOver);
+    EXPECT_EQ(claim(kRequest, {.answer = kAnswer}).claim, InstanceClaim::HandedOver);
     server.join();
 }
 
@@ -104,8 +119,21 @@ TEST_F(InstanceSocketTest, a_start_that_is_told_to_wait_in_vain_becomes_the_firs
         first.socket.reset();
         caller.close();
     });
-    EXPECT_EQ(claim(kRequest).claim, InstanceClaim::First);
+    EXPECT_EQ(claim(kRequest, kPatient).claim, InstanceClaim::First);
     server.join();
+}
+
+TEST_F(InstanceSocketTest, a_start_waits_for_one_that_is_being_loaded) {
+    const InstanceClaimed first = claimUnheard();
+    std::optional<StartRequest> served;
+    std::thread server([&] {
+        std::this_thread::sleep_for(20ms);  // the load
+        first.socket->listen();
+        served = serveOne(*first.socket);
+    });
+    EXPECT_EQ(claim(kRequest, kPatient).claim, InstanceClaim::HandedOver);
+    server.join();
+    EXPECT_EQ(served, kRequest);
 }
 
 TEST_F(InstanceSocketTest, a_start_that_finds_the_first_ending_becomes_the_first) {
@@ -115,7 +143,7 @@ TEST_F(InstanceSocketTest, a_start_that_finds_the_first_ending_becomes_the_first
             first.socket.reset();  // with the other start connected, and unanswered
         }
     });
-    const InstanceClaimed second = claim(kRequest);
+    const InstanceClaimed second = claim(kRequest, kPatient);
     ending.join();
     EXPECT_EQ(second.claim, InstanceClaim::First);
 }
@@ -123,7 +151,7 @@ TEST_F(InstanceSocketTest, a_start_that_finds_the_first_ending_becomes_the_first
 TEST_F(InstanceSocketTest, a_socket_that_a_killed_process_left_behind_misleads_nobody) {
     const pid_t child = ::fork();
     if (child == 0) {
-        const InstanceClaimed first = claimInstance(run_, temporary_, {});
+        const InstanceClaimed first = claim();
         ::kill(::getpid(), SIGKILL);
     }
     ::waitpid(child, nullptr, 0);
@@ -152,9 +180,8 @@ TEST_F(InstanceSocketTest, of_many_starts_in_the_same_moment_one_is_the_first) {
 }
 
 TEST_F(InstanceSocketTest, one_that_holds_the_place_and_never_listens_is_not_waited_for_for_ever) {
-    const InstanceClaimed first = claim();
-    std::filesystem::remove(run_ + "/tavolauncher.socket");
-    EXPECT_EQ(claim({}, 20ms).claim, InstanceClaim::NoAnswer);
+    const InstanceClaimed first = claimUnheard();
+    EXPECT_EQ(claim({}, {.silence = 20ms}).claim, InstanceClaim::NoAnswer);
 }
 
 TEST_F(InstanceSocketTest, a_folder_that_others_may_write_is_not_used) {
@@ -176,7 +203,8 @@ TEST_F(InstanceSocketTest, a_folder_named_from_the_working_directory_is_not_used
     std::filesystem::current_path(folder_.path());
     for (const std::string name : {"", "relative"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(claimInstance(name, name, {}).claim, InstanceClaim::Impossible);
+        EXPECT_EQ(claimInstance({.runtimeFolder = name, .temporaryFolder = name}, {}).claim,
+                  InstanceClaim::Impossible);
     }
     std::filesystem::current_path(here);
     EXPECT_FALSE(std::filesystem::exists(folder_.path("relative")));
@@ -245,6 +273,30 @@ INSTANTIATE_TEST_SUITE_P(Messages, StartRequestMessage,
                                          Message{"one token that ends", std::string("a\0", 2)},
                                          Message{"no end", std::string("a\0b", 3)},
                                          Message{"three tokens", std::string("a\0b\0c\0", 6)}));
+
+struct Environment {
+    std::string name;
+    std::vector<std::string> variables;
+    std::string runtimeFolder;
+    std::string temporaryFolder;
+};
+
+class PlacesInEnvironment : public testing::TestWithParam<Environment> {};
+
+TEST_P(PlacesInEnvironment, do_not_depend_on_the_working_directory) {
+    SCOPED_TRACE(GetParam().name);
+    const auto places = InstancePlaces::in(StartEnvironment(GetParam().variables));
+    EXPECT_EQ(places.runtimeFolder, GetParam().runtimeFolder);
+    EXPECT_EQ(places.temporaryFolder, GetParam().temporaryFolder);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Environments, PlacesInEnvironment,
+    testing::Values(Environment{"nothing set", {}, "", "/tmp"},
+                    Environment{"both", {"XDG_RUNTIME_DIR=/run/1", "TMPDIR=/t"}, "/run/1", "/t"},
+                    Environment{"an empty one", {"TMPDIR="}, "", "/tmp"},
+                    Environment{"a relative one", {"TMPDIR=here"}, "", "/tmp"},
+                    Environment{"a relative one with dots", {"TMPDIR=../here"}, "", "/tmp"}));
 
 }  // namespace
 }  // namespace tavo

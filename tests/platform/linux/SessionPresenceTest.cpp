@@ -14,9 +14,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/MainQueue.h"
+#include "platform/linux/InstanceSocket.h"
 #include "platform/linux/SessionBusAddress.h"
 #include "platform/linux/SessionPresence.h"
-#include "platform/linux/StartEnvironment.h"
 #include "tests/platform/linux/PanelStandIn.h"
 #include "tests/platform/linux/PrivateBus.h"
 #include "tests/platform/linux/ProcessFixture.h"
@@ -62,12 +62,18 @@ private:
     std::deque<std::function<void()>> blocks_;
 };
 
-// One process's presence, with what it heard.
+// A first that is busy for a moment is not taken for one that is stopped.
+constexpr InstancePatience kPatient = {.answer = std::chrono::milliseconds(1000)};
+
+InstanceClaimed claim(const InstancePlaces& places, const StartRequest& request = {}) {
+    return claimInstance(places, request, kPatient);
+}
+
+// One process's presence, with what it heard; none when another one has the place.
 struct Side {
-    Side(const SessionPresence::Places& places, const std::string& bus,
-         const StartRequest& request = {}) {
-        start = presence.claim(places, request);
-        if (start == SessionPresence::Start::GoOn) {
+    Side(const InstancePlaces& places, const std::string& bus, const StartRequest& request = {})
+        : claimed(tavo::claim(places, request)), presence(std::move(claimed.socket)) {
+        if (isOne()) {
             presence.attend(bus, request);
             presence.serve(queue, {.activated = [this](const StartRequest& r) { asked = r; },
                                    .superseded = [this] { superseded = true; },
@@ -79,6 +85,9 @@ struct Side {
     Side& operator=(const Side&) = delete;
     ~Side() { presence.stopServing(); }
 
+    [[nodiscard]] bool isOne() const {
+        return claimed.claim == InstanceClaim::First || claimed.claim == InstanceClaim::Impossible;
+    }
     bool awaitReachable() {
         return queue.runUntil([this] { return presence.reachable(); });
     }
@@ -90,7 +99,7 @@ struct Side {
     std::optional<StartRequest> asked;
     std::optional<ItemClick> click;
     bool superseded = false;
-    SessionPresence::Start start;
+    InstanceClaimed claimed;
     SessionPresence presence;
 };
 
@@ -102,7 +111,7 @@ protected:
         }
     }
 
-    SessionPresence::Places in(const std::string& name) const {
+    InstancePlaces in(const std::string& name) const {
         return {.runtimeFolder = folder_.path(name), .temporaryFolder = folder_.path("none")};
     }
 
@@ -113,15 +122,14 @@ protected:
 
 TEST_F(SessionPresenceTest, a_start_is_confirmed_before_anybody_has_looked_at_its_request) {
     Side first(in("one"), "");
-    SessionPresence second;
-    EXPECT_EQ(second.claim(in("one"), kRequest), SessionPresence::Start::HandedOver);
+    EXPECT_EQ(claim(in("one"), kRequest).claim, InstanceClaim::HandedOver);
     EXPECT_TRUE(first.awaitRequest(kRequest));
 }
 
 // For what must not happen: longer than an answer takes that waits for nothing.
 bool becomesTrueSoon(const std::function<bool()>& condition) {
-    constexpr std::chrono::milliseconds kLong{400};
-    const auto end = std::chrono::steady_clock::now() + kLong;
+    constexpr std::chrono::milliseconds kLonger{200};
+    const auto end = std::chrono::steady_clock::now() + kPatient.answer + kLonger;
     while (!condition() && std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
@@ -130,9 +138,9 @@ bool becomesTrueSoon(const std::function<bool()>& condition) {
 
 // A start that waits for its answer.
 struct WaitingStart {
-    explicit WaitingStart(const SessionPresence::Places& places)
+    explicit WaitingStart(const InstancePlaces& places)
         : thread([this, places] {
-              start = presence.claim(places, kRequest);
+              claimed = claim(places, kRequest);
               over = true;
           }) {}
     WaitingStart(const WaitingStart&) = delete;
@@ -143,22 +151,20 @@ struct WaitingStart {
         return becomesTrueSoon([this] { return over.load(); });
     }
 
-    SessionPresence::Start await() {
+    InstanceClaim await() {
         if (thread.joinable()) {
             thread.join();
         }
-        return start;
+        return claimed.claim;
     }
 
     std::atomic<bool> over = false;
-    SessionPresence::Start start = SessionPresence::Start::NoAnswer;
-    SessionPresence presence;
+    InstanceClaimed claimed;
     std::thread thread;
 };
 
 TEST_F(SessionPresenceTest, a_start_waits_until_it_is_sure_that_the_first_shows_its_window) {
-    SessionPresence first;
-    ASSERT_EQ(first.claim(in("one"), {}), SessionPresence::Start::GoOn);
+    SessionPresence first(claim(in("one")).socket);
     first.attend("", {});
     WaitingStart second(in("one"));
     EXPECT_FALSE(second.endsSoon());
@@ -168,25 +174,23 @@ TEST_F(SessionPresenceTest, a_start_waits_until_it_is_sure_that_the_first_shows_
                         .superseded = [] {},
                         .changed = [] {},
                         .itemClicked = [](const ItemClick&) {}});
-    EXPECT_EQ(second.await(), SessionPresence::Start::HandedOver);
+    EXPECT_EQ(second.await(), InstanceClaim::HandedOver);
     EXPECT_TRUE(queue.runUntil([&] { return asked == kRequest; }));
     first.stopServing();
 }
 
 TEST_F(SessionPresenceTest, a_start_that_waited_for_one_which_failed_takes_its_place) {
-    auto first = std::make_unique<SessionPresence>();
-    ASSERT_EQ(first->claim(in("one"), {}), SessionPresence::Start::GoOn);
+    auto first = std::make_unique<SessionPresence>(claim(in("one")).socket);
     first->attend("", {});
     WaitingStart second(in("one"));
     EXPECT_FALSE(second.endsSoon());
     first.reset();
-    EXPECT_EQ(second.await(), SessionPresence::Start::GoOn);
+    EXPECT_EQ(second.await(), InstanceClaim::First);
 }
 
 TEST_F(SessionPresenceTest, a_start_by_the_bus_that_waited_for_one_which_failed_has_the_name) {
     const processes::PrivateBus bus(folder_);
-    auto first = std::make_unique<SessionPresence>();
-    ASSERT_EQ(first->claim(in("none"), {}), SessionPresence::Start::GoOn);
+    auto first = std::make_unique<SessionPresence>(claim(in("none")).socket);
     first->attend(address(), {});
     ASSERT_TRUE(processes::becomesTrue([&] { return first->reachable(); }));
     Side second(in("none"), address());
@@ -198,15 +202,14 @@ TEST_F(SessionPresenceTest, a_start_by_the_bus_that_waited_for_one_which_failed_
 
 TEST_F(SessionPresenceTest, a_process_that_a_start_waits_for_does_not_end) {
     Side first(in("one"), "");
-    SessionPresence second;
-    ASSERT_EQ(second.claim(in("one"), kRequest), SessionPresence::Start::HandedOver);
+    ASSERT_EQ(claim(in("one"), kRequest).claim, InstanceClaim::HandedOver);
     EXPECT_FALSE(first.presence.endUnlessAsked());
 }
 
 TEST_F(SessionPresenceTest, after_it_has_ended_the_next_start_is_the_first) {
     Side first(in("one"), "");
     EXPECT_TRUE(first.presence.endUnlessAsked());
-    EXPECT_EQ(Side(in("one"), "").start, SessionPresence::Start::GoOn);
+    EXPECT_EQ(claim(in("one")).claim, InstanceClaim::First);
 }
 
 TEST_F(SessionPresenceTest, a_start_that_shares_only_the_bus_hands_over_by_it) {
@@ -256,7 +259,7 @@ TEST_F(SessionPresenceTest, a_bus_that_never_answers_stops_nothing) {
     Side first(in("one"), address());
     EXPECT_TRUE(first.presence.reachable());
     EXPECT_EQ(first.presence.notifierHost(), std::nullopt);
-    EXPECT_EQ(Side(in("one"), address(), kRequest).start, SessionPresence::Start::HandedOver);
+    EXPECT_EQ(claim(in("one"), kRequest).claim, InstanceClaim::HandedOver);
     EXPECT_TRUE(first.awaitRequest(kRequest));
     EXPECT_TRUE(first.presence.endUnlessAsked());
 }
@@ -271,30 +274,6 @@ TEST_F(SessionPresenceTest, a_bus_without_a_watcher_has_no_panel) {
     Side first(in("one"), address());
     EXPECT_TRUE(first.queue.runUntil([&] { return first.presence.notifierHost() == false; }));
 }
-
-struct Environment {
-    std::string name;
-    std::vector<std::string> variables;
-    std::string runtimeFolder;
-    std::string temporaryFolder;
-};
-
-class PlacesInEnvironment : public testing::TestWithParam<Environment> {};
-
-TEST_P(PlacesInEnvironment, do_not_depend_on_the_working_directory) {
-    SCOPED_TRACE(GetParam().name);
-    const auto places = SessionPresence::Places::in(StartEnvironment(GetParam().variables));
-    EXPECT_EQ(places.runtimeFolder, GetParam().runtimeFolder);
-    EXPECT_EQ(places.temporaryFolder, GetParam().temporaryFolder);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Environments, PlacesInEnvironment,
-    testing::Values(Environment{"nothing set", {}, "", "/tmp"},
-                    Environment{"both", {"XDG_RUNTIME_DIR=/run/1", "TMPDIR=/t"}, "/run/1", "/t"},
-                    Environment{"an empty one", {"TMPDIR="}, "", "/tmp"},
-                    Environment{"a relative one", {"TMPDIR=here"}, "", "/tmp"},
-                    Environment{"a relative one with dots", {"TMPDIR=../here"}, "", "/tmp"}));
 
 TEST_F(SessionPresenceTest, the_status_item_is_there_again_on_each_bus_that_comes) {
     Side first(in("one"), address());

@@ -1,0 +1,67 @@
+#include "app/Program.h"
+
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "app/DisplayFailures.h"
+#include "app/LauncherApplication.h"
+#include "app/TavoLauncherApp.h"
+#include "platform/linux/InstanceSocket.h"
+#include "platform/linux/ListedEntries.h"
+#include "platform/linux/PrefetchedApplicationSource.h"
+#include "platform/linux/SessionBusAddress.h"
+#include "platform/linux/SessionPresence.h"
+#include "platform/linux/StartEnvironment.h"
+#include "platform/linux/XdgApplicationSource.h"
+#include "platform/linux/XdgEnvironment.h"
+#include "ui/LauncherStyle.h"
+
+namespace {
+
+// Libraries wait for a bus that does not answer for as long as it takes, and start one of their own
+// where there is none. Ours is the only process that hears of this: what it starts gets the
+// environment as it was.
+void keepLibrariesFrom(const std::string& bus) {
+    if (bus.empty() || !tavo::busAnswers(bus)) {
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+    }
+}
+
+}  // namespace
+
+int runTavoLauncher(tavo::ProgramStart& start) {
+    using namespace tavo;
+    SessionPresence presence(std::move(start.socket));
+    const std::string bus = sessionBusAddress();
+    keepLibrariesFrom(bus);
+    presence.attend(bus, start.request);
+    // The scan runs while the toolkit starts; the model waits for what is left of it.
+    const auto listed = std::make_shared<ListedEntries>();
+    auto applications = makePrefetchedApplicationSource(
+        makeXdgApplicationSource(XdgEnvironment::fromProcess(), listed));
+
+    std::optional<StartGuard> starting(std::in_place);
+    QCoreApplication::setApplicationName(QStringLiteral("TavoLauncher"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.tavolauncher.TavoLauncher"));
+    QApplication::setStyle(new LauncherStyle);
+    LauncherApplication application(start.argc, start.argv);
+    starting.reset();
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tavo Launcher"));
+    const DisplayLossGuard displayMayGo;
+
+    TavoLauncherApp app(start.environment, std::move(applications), listed, presence);
+    if (presence.superseded()) {
+        return 0;
+    }
+    app.show();
+    int status = 0;
+    // A start that finds this process ending would be left without a window.
+    do {
+        status = QApplication::exec();
+    } while (!presence.endUnlessAsked());
+    return status;
+}
