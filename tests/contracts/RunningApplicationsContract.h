@@ -4,8 +4,7 @@
 // application of that identifier with a window and answers its process; void end(process);
 // std::string program(process), the path of what it runs; bool isInFront(process), whether it is
 // or soon will be; constexpr bool kTellsProcesses, whether applications are told by process as well
-// as by identifier; void turnToLauncher(), after which the user's last act was in this program;
-// std::string whyNot(), why it cannot be had here, empty when it can.
+// as by identifier; void turnToLauncher(), after which the user's last act was in this program.
 #pragma once
 
 #include <algorithm>
@@ -23,12 +22,6 @@ class RunningApplicationsContract : public testing::Test {
 protected:
     static constexpr const char* kFirst = "org.example.First.desktop";
     static constexpr const char* kSecond = "org.example.Second.desktop";
-
-    void SetUp() override {
-        if (const std::string why = rig_.whyNot(); !why.empty()) {
-            GTEST_SKIP() << why;
-        }
-    }
 
     std::vector<std::int32_t> processes(const std::string& identifier) {
         std::vector<std::int32_t> found;

@@ -21,12 +21,6 @@ LATE = 5.0
 class TrayTest(InstanceTest):
     """With a tray that embeds; what the panel is comes from the derived class."""
     command = None
-    package = None
-
-    def setUp(self):
-        super().setUp()
-        if self.command and not shutil.which(self.command[0]):
-            self.skipTest(f"{self.command[0]} is not installed")
 
     def start_tray(self):
         return self.desktop.start(self.command, log="tray.log")
@@ -476,8 +470,6 @@ class PanelTest(InstanceTest):
 
     def setUp(self):
         super().setUp()
-        if not shutil.which(self.command[0]):
-            self.skipTest(f"{self.command[0]} is not installed")
         self.configure()
 
     def bring_back(self, launcher):

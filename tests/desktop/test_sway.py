@@ -22,8 +22,7 @@ class Sway(InstanceTest):
         if os.geteuid() == 0:
             self.skipTest("sway refuses to run as root")
         for program in ("sway", "waybar", "foot"):
-            if not shutil.which(program):
-                self.skipTest(f"{program} is not installed")
+            self.assertTrue(shutil.which(program), f"{program} is not installed")
         super().setUp()
         run = self.desktop.folder / "run"
         settings = self.desktop.folder / "sway.conf"

@@ -12,7 +12,6 @@ struct FakeRig {
     static void turnToLauncher() {}
 
     RunningApplications& running() { return fake_; }
-    static std::string whyNot() { return {}; }
 
     std::int32_t start(const std::string& identifier) {
         fake_.running.push_back({{++last_, identifier}, program(last_)});

@@ -101,7 +101,8 @@ ApprovalFolders& approvalFolders() {
 }
 
 QString madeWith() {
-    return QStringLiteral("toolkit %1\nfont %2\n").arg(QString::fromUtf8(qVersion()), pinnedFont());
+    return QStringLiteral("toolkit %1\nfont %2\n")
+        .arg(QString::fromUtf8(qVersion()), pinnedFont().value_or(QStringLiteral("none")));
 }
 
 QString appearanceFolder(Look look) {

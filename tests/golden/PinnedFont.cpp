@@ -58,13 +58,13 @@ void pinFont(const QString& folder) {
     qunsetenv("FREETYPE_PROPERTIES");
 }
 
-QString pinnedFont() {
+std::optional<QString> pinnedFont() {
     QString version;
     for (const char* const name : kFiles) {
         const QRawFont font(QStringLiteral("%1/%2").arg(kInstalled, QString::fromUtf8(name)), 12);
         const QByteArray head = font.fontTable("head");
         if (head.size() < 12) {
-            return QStringLiteral("none: Inter is not in %1").arg(kInstalled);
+            return std::nullopt;
         }
         // The revision as a number with sixteen binary places, and the file's checksum.
         const auto revision = qFromBigEndian<qint32>(head.constData() + 4);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 
 namespace tavo {
 
@@ -9,8 +10,8 @@ namespace tavo {
 // its caches say. Before the application object is made. Writes only below `folder`.
 void pinFont(const QString& folder);
 
-// Its version, and what else tells one build of it from another; after the application object is
-// made.
-QString pinnedFont();
+// Its version, and what else tells one build of it from another; none where it is not installed.
+// After the application object is made.
+std::optional<QString> pinnedFont();
 
 }  // namespace tavo

@@ -2,7 +2,6 @@ import configparser
 import os
 import pathlib
 import re
-import shutil
 import struct
 import subprocess
 import unittest
@@ -28,32 +27,23 @@ def version():
 class Validators(unittest.TestCase):
     """What the tools of desktops say of our files."""
 
-    def require(self, *tools):
-        for tool in tools:
-            if not shutil.which(tool):
-                self.skipTest(f"{tool} is not installed")
-
     def assert_silent(self, *command):
         ran = subprocess.run(command, capture_output=True, text=True,
                              env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8"})
         self.assertEqual((ran.returncode, ran.stdout + ran.stderr), (0, ""))
 
     def test_the_desktop_entry_is_valid(self):
-        self.require("desktop-file-validate")
         self.assert_silent("desktop-file-validate", PACKAGING / f"{ID}.desktop")
 
     def test_the_autostart_entry_is_valid(self):
-        self.require("desktop-file-validate")
         self.assert_silent("desktop-file-validate", PACKAGING / f"{ID}.autostart.desktop")
 
     def test_the_metainfo_is_valid(self):
-        self.require("appstreamcli")
         ran = subprocess.run(["appstreamcli", "validate", "--no-net", "--no-color",
                               PACKAGING / f"{ID}.metainfo.xml"], capture_output=True, text=True)
         self.assertEqual(ran.returncode, 0, ran.stdout + ran.stderr)
 
     def test_the_manual_pages_are_set_without_a_complaint(self):
-        self.require("man", "groff")
         for page in ("tavolauncher.1", "it/tavolauncher.1"):
             with self.subTest(page=page):
                 self.assert_silent("sh", "-c",

@@ -11,9 +11,6 @@ namespace {
 
 TEST(WaylandActivationTokens, each_request_is_given_a_token_of_its_own) {
     const WaylandDesktop desktop;
-    if (!desktop.whyNot().empty()) {
-        GTEST_SKIP() << desktop.whyNot();
-    }
     ChildProgram asker(desktop.onDesktop({TAVO_TEST_PROGRAMS "/tavo_token_asker"}));
     std::set<std::string> tokens;
     for (int round = 0; round < 3; ++round) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <stdexcept>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -43,8 +44,7 @@ std::string firstMatch(const std::string& folder, const std::string& prefix) {
 WaylandDesktop::WaylandDesktop() {
     for (const char* const program : {"/usr/bin/sway", "/usr/bin/swaymsg", "/usr/bin/foot"}) {
         if (::access(program, X_OK) != 0) {
-            whyNot_ = std::string("not installed: ") + program;
-            return;
+            throw std::runtime_error(std::string("not installed: ") + program);
         }
     }
     const std::string configuration =
@@ -56,8 +56,7 @@ WaylandDesktop::WaylandDesktop() {
     if (::geteuid() == 0) {
         ::chmod(folder_.path().c_str(), 0755);
         if (::chown(runtime.c_str(), kNobody, kNobody) != 0) {
-            whyNot_ = "the folder cannot be given to nobody";
-            return;
+            throw std::runtime_error("the folder cannot be given to nobody");
         }
         words = {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups",
                  "/usr/bin/env"};
@@ -74,7 +73,7 @@ WaylandDesktop::WaylandDesktop() {
             control_ = firstMatch(runtime, "sway-ipc.");
             return !display_.empty() && !control_.empty() && !message({"-t", "get_tree"}).empty();
         })) {
-        whyNot_ = "sway does not come up";
+        throw std::runtime_error("sway does not come up");
     }
 }
 

@@ -16,10 +16,9 @@ namespace tavo {
 // sway, which does not run as root: there it runs as nobody.
 class WaylandDesktop {
 public:
+    // Throws, and says why, when there is none.
     WaylandDesktop();
 
-    // Why there is none; empty when there is.
-    [[nodiscard]] const std::string& whyNot() const { return whyNot_; }
     // The path of its socket.
     [[nodiscard]] const std::string& display() const { return display_; }
 
@@ -52,7 +51,6 @@ private:
     std::string control_;
     std::unique_ptr<ChildProgram> compositor_;
     pid_t compositorProcess_ = 0;
-    std::string whyNot_;
 };
 
 }  // namespace tavo

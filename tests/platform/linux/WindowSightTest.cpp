@@ -24,9 +24,6 @@ TEST(WindowSight, there_is_none_without_a_display) {
 TEST(WindowSight, on_x11_it_takes_a_window_manager) {
     for (const Manager manager : {Manager::none, Manager::openbox}) {
         const XDesktop desktop(manager);
-        if (!desktop.whyNot().empty()) {
-            GTEST_SKIP() << desktop.whyNot();
-        }
         const std::string display = "DISPLAY=" + desktop.display();
         EXPECT_EQ(seen({display}), manager != Manager::none);
         // The name of a compositor that is gone hides nothing.
@@ -36,18 +33,12 @@ TEST(WindowSight, on_x11_it_takes_a_window_manager) {
 
 TEST(WindowSight, there_is_none_where_the_server_does_not_answer) {
     const XServer server;
-    if (!server.runs()) {
-        GTEST_SKIP() << "there is no Xvfb";
-    }
     ::kill(server.process(), SIGSTOP);
     EXPECT_FALSE(seen({"DISPLAY=" + server.display()}));
 }
 
 TEST(WindowSight, on_wayland_it_takes_a_compositor_that_lists_windows) {
     const WaylandDesktop desktop;
-    if (!desktop.whyNot().empty()) {
-        GTEST_SKIP() << desktop.whyNot();
-    }
     EXPECT_TRUE(seen({"WAYLAND_DISPLAY=" + desktop.display()}));
 }
 

@@ -1,6 +1,7 @@
 #include "tests/platform/linux/XDesktop.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace tavo {
 namespace {
@@ -25,14 +26,9 @@ constexpr const char* kGuarded = R"(<?xml version="1.0" encoding="UTF-8"?>
 }  // namespace
 
 XDesktop::XDesktop(Manager manager) {
-    if (!server_.runs()) {
-        whyNot_ = "no X server (Xvfb)";
-        return;
-    }
     connection_ = XcbConnection::open(server_.display());
     if (!connection_) {
-        whyNot_ = "no connection to the X server";
-        return;
+        throw std::runtime_error("no connection to the X server");
     }
     variables_ = {"DISPLAY=" + server_.display(),
                   "HOME=" + folder_.path(),
@@ -52,8 +48,7 @@ XDesktop::XDesktop(Manager manager) {
 
 void XDesktop::startManager(const std::vector<std::string>& command) {
     if (!isInstalled(command.front())) {
-        whyNot_ = "not installed: " + command.front();
-        return;
+        throw std::runtime_error("not installed: " + command.front());
     }
     if (command.front() == "xfwm4") {
         // It keeps its settings with a service.
@@ -70,7 +65,7 @@ void XDesktop::startManager(const std::vector<std::string>& command) {
         std::make_unique<ChildProgram>(onDesktop({"/bin/sh", "-c", line + " >/dev/null 2>&1"}));
     if (!becomesTrue([this] { return !rootNumbers("_NET_SUPPORTING_WM_CHECK").empty(); }) ||
         !becomesTrue([this] { return managesWindows(); })) {
-        whyNot_ = command.front() + " does not come up";
+        throw std::runtime_error(command.front() + " does not come up");
     }
 }
 

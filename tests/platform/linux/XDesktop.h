@@ -32,11 +32,10 @@ inline void PrintTo(Manager manager, std::ostream* stream) {
 
 class XDesktop {
 public:
-    // `xfwm4Guarded` gives the focus only to windows that had the user's input last.
+    // `xfwm4Guarded` gives the focus only to windows that had the user's input last. Throws, and
+    // says why, when there is no such desktop.
     explicit XDesktop(Manager manager);
 
-    // Why there is no such desktop; empty when there is.
-    [[nodiscard]] const std::string& whyNot() const { return whyNot_; }
     [[nodiscard]] const std::string& display() const { return server_.display(); }
 
     // Command words that run `command` on this desktop.
@@ -75,7 +74,6 @@ private:
     std::unique_ptr<ChildProgram> bus_;
     std::unique_ptr<ChildProgram> manager_;
     std::unique_ptr<XcbConnection> connection_;
-    std::string whyNot_;
 };
 
 // A program that makes windows as it is told (WindowMaker.cpp says how).

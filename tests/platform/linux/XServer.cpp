@@ -33,7 +33,7 @@ xcb_atom_t internAtom(xcb_connection_t* connection, std::string_view name) {
 XServer::XServer(const char* screen) {
     std::array<int, 2> ends = {};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        return;
+        throw std::runtime_error("no pipe");
     }
     const std::string descriptor = std::to_string(ends[1]);
     process_ = ::fork();
@@ -61,13 +61,19 @@ XServer::XServer(const char* screen) {
         number.append(bytes.data(), static_cast<std::size_t>(got));
     }
     ::close(ends[0]);
-    if (number.ends_with('\n')) {
-        number.pop_back();
-        display_ = ":" + number;
+    if (!number.ends_with('\n')) {
+        end();
+        throw std::runtime_error("Xvfb does not come up");
     }
+    number.pop_back();
+    display_ = ":" + number;
 }
 
 XServer::~XServer() {
+    end();
+}
+
+void XServer::end() {
     if (process_ > 0) {
         ::kill(process_, SIGTERM);
         ::kill(process_, SIGCONT);  // a test may have stopped it

@@ -11,12 +11,12 @@ namespace tavo {
 class XServer {
 public:
     // Starts Xvfb under a display number of its own choice and waits until it can be connected to.
+    // Throws when it does not come up.
     explicit XServer(const char* screen = "64x64x24");
     ~XServer();
     XServer(const XServer&) = delete;
     XServer& operator=(const XServer&) = delete;
 
-    [[nodiscard]] bool runs() const { return !display_.empty(); }
     [[nodiscard]] const std::string& display() const { return display_; }
     [[nodiscard]] pid_t process() const { return process_; }
 
@@ -24,6 +24,8 @@ public:
     [[nodiscard]] std::shared_ptr<void> publishSettings(const std::string& property) const;
 
 private:
+    void end();
+
     pid_t process_ = -1;
     std::string display_;
 };

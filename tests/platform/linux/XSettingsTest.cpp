@@ -45,9 +45,6 @@ TEST(XSettings, without_a_display_nobody_is_asked) {
 
 TEST(XSettings, are_read_from_the_settings_manager_of_the_screen) {
     XServer server;
-    if (!server.runs()) {
-        GTEST_SKIP() << "Xvfb cannot be started";
-    }
     EXPECT_EQ(readXSettings(server.display()), std::nullopt) << "nobody publishes any yet";
     const std::string property =
         XSettingsBytes(false).addString("Net/IconThemeName", "Papirus").property();

@@ -25,7 +25,6 @@ struct XcbRig {
     static void turnToLauncher() {}
 
     RunningApplications& running() { return *running_; }
-    std::string whyNot() const { return desktop_.whyNot(); }
 
     std::int32_t start(const std::string& identifier) {
         auto program = std::make_unique<WindowedProgram>(desktop_);
@@ -73,9 +72,6 @@ constexpr const char* kApp = "app.desktop";
 class XcbFronting : public testing::TestWithParam<Manager> {
 protected:
     void SetUp() override {
-        if (!desktop_.whyNot().empty()) {
-            GTEST_SKIP() << desktop_.whyNot();
-        }
         running_ =
             makeXcbRunningApplications(desktop_.display(), listed_, [this] { return userTime_; });
         app_.emplace(desktop_);
