@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "platform/linux/BusDaemon.h"
 #include "platform/linux/OpeningMessages.h"
 
 namespace tavo {
@@ -83,14 +84,11 @@ void identified(GObject* bus, GAsyncResult* result, gpointer data) {
 }
 
 void identify(GDBusConnection* bus, OwnedCall call) {
-    constexpr int kPatience = 1000;  // milliseconds
+    constexpr std::chrono::milliseconds kPatience{1000};
     GioThread& thread = call->thread;
     const std::string name = call->name;
-    thread.beginCall();
-    g_dbus_connection_call(
-        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()), G_VARIANT_TYPE("(u)"),
-        G_DBUS_CALL_FLAGS_NONE, kPatience, thread.cancellable(), identified, call.release());
+    askBus(thread, bus, "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()), "(u)",
+           identified, call.release(), kPatience);
 }
 
 void answered(GObject* bus, GAsyncResult* result, gpointer data) {

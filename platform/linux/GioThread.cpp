@@ -1,6 +1,7 @@
 #include "platform/linux/GioThread.h"
 
 #include <cerrno>
+#include <condition_variable>
 #include <utility>
 
 #include <sys/wait.h>
@@ -151,6 +152,20 @@ void GioThread::post(Callback job) {
         jobs_.push_back(std::move(job));
     }
     g_main_context_wakeup(context_.get());
+}
+
+void GioThread::postAndWait(const Callback& job) {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool done = false;
+    post([&] {
+        job();
+        const std::lock_guard lock(mutex);
+        done = true;
+        changed.notify_all();
+    });
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [&done] { return done; });
 }
 
 void GioThread::run() {

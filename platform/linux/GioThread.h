@@ -50,6 +50,10 @@ public:
     // Any thread. `job` runs on this one, after all given before.
     void post(std::function<void()> job);
 
+    // Any other thread, before this one's end begins. Returns when `job` has run, as it does when
+    // posted.
+    void postAndWait(const std::function<void()>& job);
+
     // What follows is for jobs and callbacks on this thread.
 
     [[nodiscard]] ScopedSource after(std::chrono::milliseconds delay,

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/BusDaemon.h"
 #include "platform/linux/Variant.h"
 
 namespace tavo {
@@ -20,7 +21,6 @@ constexpr char kDescription[] =
     "</interface></node>";
 
 // D-Bus Specification, "org.freedesktop.DBus.RequestName".
-constexpr guint32 kDoNotQueue = 4;
 constexpr guint32 kPrimaryOwner = 1;
 constexpr guint32 kAlreadyOwner = 4;
 
@@ -63,11 +63,8 @@ void InstanceName::claim(GDBusConnection* bus) {
 
 void InstanceName::askForName(GDBusConnection* bus) {
     --triesLeft_;
-    thread_.beginCall();
-    g_dbus_connection_call(
-        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
-        g_variant_new("(su)", kName, kDoNotQueue), G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
-        -1, thread_.cancellable(), &InstanceName::nameAnswered, this);
+    askBus(thread_, bus, "RequestName", g_variant_new("(su)", kName, kDoNotQueue), "(u)",
+           &InstanceName::nameAnswered, this);
 }
 
 void InstanceName::nameAnswered(GObject* source, GAsyncResult* result, gpointer data) {

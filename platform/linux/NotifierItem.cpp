@@ -5,6 +5,8 @@
 
 #include <unistd.h>
 
+#include "platform/linux/BusDaemon.h"
+
 namespace tavo {
 namespace {
 
@@ -13,9 +15,6 @@ constexpr char kWatcherPath[] = "/StatusNotifierWatcher";
 constexpr char kPath[] = "/StatusNotifierItem";
 constexpr char kMenuPath[] = "/StatusNotifierItem/Menu";
 constexpr char kId[] = "tavolauncher";
-constexpr char kBus[] = "org.freedesktop.DBus";
-constexpr char kBusPath[] = "/org/freedesktop/DBus";
-constexpr guint32 kDoNotQueue = 4;
 // Compositors' tokens are some dozens of letters.
 constexpr std::size_t kLongestToken = 4096;
 
@@ -100,9 +99,7 @@ void NotifierItem::follow(GDBusConnection* bus) {
     // Before anybody knows of it: a panel asks at once.
     object_.offer(bus, kPath);
     menu_.offer(bus, kMenuPath);
-    g_dbus_connection_call(bus, kBus, kBusPath, kBus, "RequestName",
-                           g_variant_new("(su)", name_.c_str(), kDoNotQueue), nullptr,
-                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+    tellBus(bus, "RequestName", g_variant_new("(su)", name_.c_str(), kDoNotQueue));
     watch_ = g_bus_watch_name_on_connection(bus, kWatcher, G_BUS_NAME_WATCHER_FLAGS_NONE,
                                             &NotifierItem::watcherAppeared, nullptr, this, nullptr);
 }
@@ -113,9 +110,7 @@ void NotifierItem::leave() {
     }
     g_bus_unwatch_name(std::exchange(watch_, 0));
     if (g_dbus_connection_is_closed(bus_) == FALSE) {
-        g_dbus_connection_call(bus_, kBus, kBusPath, kBus, "ReleaseName",
-                               g_variant_new("(s)", name_.c_str()), nullptr, G_DBUS_CALL_FLAGS_NONE,
-                               -1, nullptr, nullptr, nullptr);
+        tellBus(bus_, "ReleaseName", g_variant_new("(s)", name_.c_str()));
     }
     object_.withdraw();
     menu_.withdraw();

@@ -11,6 +11,7 @@
 #include <gio/gio.h>
 
 #include "platform/MainQueue.h"
+#include "platform/linux/BusDaemon.h"
 #include "platform/linux/GioThread.h"
 #include "platform/linux/SessionBusAddress.h"
 #include "platform/linux/Variant.h"
@@ -21,8 +22,6 @@ namespace {
 constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char kSettings[] = "org.freedesktop.portal.Settings";
-constexpr char kBus[] = "org.freedesktop.DBus";
-constexpr char kBusPath[] = "/org/freedesktop/DBus";
 
 // By then the first window has long been painted.
 constexpr std::chrono::milliseconds kBeforeStartingThePortal{500};
@@ -171,8 +170,8 @@ private:
                 G_DBUS_SIGNAL_FLAGS_NONE, &Portal::settingChanged, this, nullptr));
         }
         subscriptions_.push_back(g_dbus_connection_signal_subscribe(
-            bus_.get(), kBus, kBus, "NameOwnerChanged", kBusPath, kPortal, G_DBUS_SIGNAL_FLAGS_NONE,
-            &Portal::ownerChanged, this, nullptr));
+            bus_.get(), kBusName, kBusName, "NameOwnerChanged", kBusPath, kPortal,
+            G_DBUS_SIGNAL_FLAGS_NONE, &Portal::ownerChanged, this, nullptr));
     }
 
     void askAll() {
@@ -225,9 +224,7 @@ private:
         }
         start_ = thread_.after(kBeforeStartingThePortal, [this] {
             // Its coming is what counts, not the answer.
-            g_dbus_connection_call(bus_.get(), kBus, kBusPath, kBus, "StartServiceByName",
-                                   g_variant_new("(su)", kPortal, 0U), nullptr,
-                                   G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+            tellBus(bus_.get(), "StartServiceByName", g_variant_new("(su)", kPortal, 0U));
         });
     }
 
@@ -293,17 +290,7 @@ public:
     PortalDesktopSettings& operator=(const PortalDesktopSettings&) = delete;
 
     ~PortalDesktopSettings() override {
-        bool left = false;
-        thread_->post([this, &left] {
-            portal_.leave();
-            const std::lock_guard lock(shared_->mutex);
-            left = true;
-            shared_->changed.notify_all();
-        });
-        {
-            std::unique_lock lock(shared_->mutex);
-            shared_->changed.wait(lock, [&left] { return left; });
-        }
+        thread_->postAndWait([this] { portal_.leave(); });
         thread_.reset();
         portal_.disconnect();
     }

@@ -1,6 +1,5 @@
 #include "platform/linux/SessionPresence.h"
 
-#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -195,7 +194,7 @@ public:
     Presence& operator=(const Presence&) = delete;
 
     ~Presence() {
-        wait([this] { leave(); });
+        thread_->postAndWait([this] { leave(); });
         thread_.reset();
     }
 
@@ -210,7 +209,7 @@ public:
 
     // A start does not wait long for an answer; what it has said by then counts all the same.
     void hearAll() {
-        wait([this] {
+        thread_->postAndWait([this] {
             while (socket_ && isReadable(socket_->listener()) && admit()) {
             }
             for (auto caller = callers_.begin(); caller != callers_.end();) {
@@ -272,21 +271,6 @@ private:
     static bool isReadable(int descriptor) {
         pollfd now = {.fd = descriptor, .events = POLLIN, .revents = 0};
         return ::poll(&now, 1, 0) == 1;
-    }
-
-    // Runs `job` on the thread, and returns when it is done.
-    void wait(const std::function<void()>& job) {
-        std::mutex mutex;
-        std::condition_variable changed;
-        bool done = false;
-        thread_->post([&] {
-            job();
-            const std::lock_guard lock(mutex);
-            done = true;
-            changed.notify_all();
-        });
-        std::unique_lock lock(mutex);
-        changed.wait(lock, [&done] { return done; });
     }
 
     bool admit() {

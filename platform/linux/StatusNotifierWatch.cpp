@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/linux/BusDaemon.h"
 #include "platform/linux/Variant.h"
 
 namespace tavo {
@@ -57,12 +58,8 @@ void StatusNotifierWatch::hostsChanged(GDBusConnection* bus, const gchar* /*send
 }
 
 void StatusNotifierWatch::askForProcess(GDBusConnection* bus, const char* owner) {
-    thread_.beginCall();
-    g_dbus_connection_call(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                           "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-                           g_variant_new("(s)", owner), G_VARIANT_TYPE("(u)"),
-                           G_DBUS_CALL_FLAGS_NONE, -1, thread_.cancellable(),
-                           &StatusNotifierWatch::processAnswered, this);
+    askBus(thread_, bus, "GetConnectionUnixProcessID", g_variant_new("(s)", owner), "(u)",
+           &StatusNotifierWatch::processAnswered, this);
 }
 
 void StatusNotifierWatch::processAnswered(GObject* source, GAsyncResult* result, gpointer data) {

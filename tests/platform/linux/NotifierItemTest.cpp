@@ -49,17 +49,7 @@ protected:
 
     std::string address() const { return "unix:path=" + folder_.path("bus"); }
 
-    void onThread(const std::function<void()>& job) {
-        bool done = false;
-        thread_.post([&] {
-            job();
-            const std::lock_guard lock(mutex_);
-            done = true;
-            changed_.notify_all();
-        });
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [&done] { return done; });
-    }
+    void onThread(const std::function<void()>& job) { thread_.postAndWait(job); }
 
     std::optional<ItemClick> awaitClick() {
         std::unique_lock lock(mutex_);
@@ -129,9 +119,8 @@ TEST_F(NotifierItemTest, is_gone_for_panels_when_it_ends_and_a_new_one_has_anoth
     const std::string name = panel.awaitItem();
     dropItem();
     // Asked over the connection that gave the name up, and so after that.
-    const Variant owned =
-        ours_->call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                            "NameHasOwner", g_variant_new("(s)", name.c_str()));
+    const Variant owned = ours_->call(kBusName, kBusPath, kBusName, "NameHasOwner",
+                                      g_variant_new("(s)", name.c_str()));
     ASSERT_TRUE(owned);
     EXPECT_EQ(Client::text(owned.get()), "(false,)");
     onThread([this] {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/BusDaemon.h"
 #include "platform/linux/BusObject.h"
 #include "platform/linux/GioThread.h"
 #include "platform/linux/Variant.h"
@@ -73,15 +74,15 @@ public:
                        g_dbus_method_invocation_return_value(invocation, nullptr);
                    },
                .property = [](const char*) { return g_variant_new_boolean(TRUE); }}) {
-        runOnThread([this] { watcher_.offer(client_.bus(), "/StatusNotifierWatcher"); });
-        EXPECT_TRUE(client_.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                 "org.freedesktop.DBus", "RequestName",
-                                 g_variant_new("(su)", "org.kde.StatusNotifierWatcher", 4)));
+        thread_.postAndWait([this] { watcher_.offer(client_.bus(), "/StatusNotifierWatcher"); });
+        EXPECT_TRUE(
+            client_.call(kBusName, kBusPath, kBusName, "RequestName",
+                         g_variant_new("(su)", "org.kde.StatusNotifierWatcher", kDoNotQueue)));
     }
     PanelStandIn(const PanelStandIn&) = delete;
     PanelStandIn& operator=(const PanelStandIn&) = delete;
     ~PanelStandIn() {
-        runOnThread([this] { watcher_.withdraw(); });
+        thread_.postAndWait([this] { watcher_.withdraw(); });
     }
 
     // The name of the latest item, once there have been `count`; "" when they do not come.
@@ -106,18 +107,6 @@ private:
         const std::lock_guard lock(mutex_);
         items_.emplace_back(name);
         changed_.notify_all();
-    }
-
-    void runOnThread(const std::function<void()>& job) {
-        bool done = false;
-        thread_.post([&] {
-            job();
-            const std::lock_guard lock(mutex_);
-            done = true;
-            changed_.notify_all();
-        });
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [&done] { return done; });
     }
 
     Client client_;

@@ -1,9 +1,10 @@
 #include "tests/platform/linux/PortalStandIn.h"
 
 #include <cstdlib>
-#include <future>
 
 #include <gtest/gtest.h>
+
+#include "platform/linux/BusDaemon.h"
 
 namespace tavo {
 namespace {
@@ -30,7 +31,7 @@ GVariant* parsed(const std::string& text) {
 }  // namespace
 
 PortalStandIn::PortalStandIn() {
-    perform([this] {
+    thread_.postAndWait([this] {
         GError* error = nullptr;
         bus_ = g_dbus_connection_new_for_address_sync(
             std::getenv("DBUS_SESSION_BUS_ADDRESS"),
@@ -48,48 +49,39 @@ PortalStandIn::PortalStandIn() {
 
 PortalStandIn::~PortalStandIn() {
     releaseAnswers();
-    perform([this] {
+    thread_.postAndWait([this] {
         g_dbus_connection_close_sync(bus_, nullptr, nullptr);
         g_object_unref(bus_);
     });
 }
 
-void PortalStandIn::perform(const std::function<void()>& job) {
-    std::promise<void> done;
-    thread_.post([&] {
-        job();
-        done.set_value();
-    });
-    done.get_future().wait();
-}
-
 void PortalStandIn::callBus(const char* method, GVariant* parameters) {
     GError* error = nullptr;
-    GVariant* const reply = g_dbus_connection_call_sync(
-        bus_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-        parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
+    GVariant* const reply =
+        g_dbus_connection_call_sync(bus_, kBusName, kBusPath, kBusName, method, parameters, nullptr,
+                                    G_DBUS_CALL_FLAGS_NONE, -1, nullptr, &error);
     ASSERT_NE(reply, nullptr) << error->message;
     g_variant_unref(reply);
 }
 
 void PortalStandIn::enter() {
-    perform([this] { callBus("RequestName", g_variant_new("(su)", kName, 0U)); });
+    thread_.postAndWait([this] { callBus("RequestName", g_variant_new("(su)", kName, 0U)); });
 }
 
 void PortalStandIn::leave() {
-    perform([this] { callBus("ReleaseName", g_variant_new("(s)", kName)); });
+    thread_.postAndWait([this] { callBus("ReleaseName", g_variant_new("(s)", kName)); });
 }
 
 void PortalStandIn::set(const std::string& group, const std::string& name, const std::string& value,
                         bool told) {
-    perform([&] { values_[{group, name}] = value; });
+    thread_.postAndWait([&] { values_[{group, name}] = value; });
     if (told) {
         say("('" + group + "', '" + name + "', <" + value + ">)");
     }
 }
 
 void PortalStandIn::say(const std::string& parameters) {
-    perform([&] {
+    thread_.postAndWait([&] {
         GError* error = nullptr;
         g_dbus_connection_emit_signal(bus_, nullptr, kPath, kInterface, "SettingChanged",
                                       parsed(parameters), &error);
@@ -99,15 +91,15 @@ void PortalStandIn::say(const std::string& parameters) {
 }
 
 void PortalStandIn::haveMethods(std::set<std::string> methods) {
-    perform([&] { methods_ = std::move(methods); });
+    thread_.postAndWait([&] { methods_ = std::move(methods); });
 }
 
 void PortalStandIn::holdAnswers() {
-    perform([this] { holding_ = true; });
+    thread_.postAndWait([this] { holding_ = true; });
 }
 
 void PortalStandIn::releaseAnswers() {
-    perform([this] {
+    thread_.postAndWait([this] {
         holding_ = false;
         for (GDBusMethodInvocation* const invocation : std::exchange(held_, {})) {
             answer(invocation);
@@ -118,7 +110,7 @@ void PortalStandIn::releaseAnswers() {
 
 int PortalStandIn::questions() {
     int count = 0;
-    perform([&] { count = questions_; });
+    thread_.postAndWait([&] { count = questions_; });
     return count;
 }
 

@@ -1,11 +1,11 @@
 // A settings portal that says what a test tells it to.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gio/gio.h>
 
@@ -49,8 +49,6 @@ private:
                        const gchar* interface, const gchar* method, GVariant* parameters,
                        GDBusMethodInvocation* invocation, gpointer data);
     void answer(GDBusMethodInvocation* invocation);
-    // On the thread, and waits for it.
-    void perform(const std::function<void()>& job);
     void callBus(const char* method, GVariant* parameters);
 
     // On the thread alone.
