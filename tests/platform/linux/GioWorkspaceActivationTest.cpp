@@ -32,7 +32,9 @@ protected:
 
     void startBus() { bus_.emplace(folder_); }
 
-    void addService(const std::string& behaviour) {
+    // A bus with the service, which does this when it is activated.
+    void startBusWithService(const std::string& behaviour) {
+        startBus();
         bus_->addService(kName, std::string(TAVO_TEST_PROGRAMS) + "/tavo_activatable_service " +
                                     kName + " " + report_.path() + " " + behaviour);
     }
@@ -62,9 +64,6 @@ protected:
         workspace_ = makeGioWorkspace(std::move(settings));
     }
 
-    // What the workspace's thread had to do is done.
-    void drain() { open(folder_.path("nothing")); }
-
     // Whether a click now activates the service, which then runs as `process_`.
     bool clickActivates() {
         const Answer answer = open(activatableEntry());
@@ -74,6 +73,14 @@ protected:
             process_ = answer.running->processIdentifier;
         }
         return answer.running.has_value();
+    }
+
+    // The service has been activated, and its window is to come.
+    void activateAndWatchWindows() {
+        startBusWithService("answer");
+        watchWindows();
+        EXPECT_TRUE(clickActivates());
+        drain();
     }
 
     ManualMainQueue queue_;
@@ -86,8 +93,7 @@ protected:
 };
 
 TEST_F(BusOpening, an_activatable_entry_is_activated_instead_of_run) {
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     const Answer answer = open(activatableEntry());
     EXPECT_EQ(answer.text(), "(no error)");
     ASSERT_TRUE(answer.running);
@@ -99,15 +105,13 @@ TEST_F(BusOpening, an_activatable_entry_is_activated_instead_of_run) {
 
 TEST_F(BusOpening, an_activation_carries_the_starts_identifier_on_x11) {
     added_ = {"DISPLAY=:99"};
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     EXPECT_TRUE(reported().starts_with("Activate id=tavo-"));
 }
 
 TEST_F(BusOpening, where_windows_cannot_be_seen_a_service_is_activated_at_each_click) {
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
         EXPECT_EQ(reported(), "Activate id= token=");
@@ -115,8 +119,7 @@ TEST_F(BusOpening, where_windows_cannot_be_seen_a_service_is_activated_at_each_c
 }
 
 TEST_F(BusOpening, where_the_session_does_not_show_windows_a_service_is_activated_at_each_click) {
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     seesWindows_ = false;
     watchWindows();
     for (int i = 0; i < 3; ++i) {
@@ -126,11 +129,7 @@ TEST_F(BusOpening, where_the_session_does_not_show_windows_a_service_is_activate
 }
 
 TEST_F(BusOpening, a_click_while_the_services_window_is_to_come_does_not_activate_it_again) {
-    startBus();
-    addService("answer");
-    watchWindows();
-    EXPECT_TRUE(clickActivates());
-    drain();
+    activateAndWatchWindows();
     for (int i = 0; i < 3; ++i) {
         EXPECT_FALSE(clickActivates());
     }
@@ -140,11 +139,7 @@ TEST_F(BusOpening, a_click_while_the_services_window_is_to_come_does_not_activat
 }
 
 TEST_F(BusOpening, once_its_window_has_shown_a_service_is_activated_again) {
-    startBus();
-    addService("answer");
-    watchWindows();
-    EXPECT_TRUE(clickActivates());
-    drain();
+    activateAndWatchWindows();
     EXPECT_FALSE(clickActivates());
     window_ = true;
     queue_.advance(milliseconds(100));
@@ -153,11 +148,7 @@ TEST_F(BusOpening, once_its_window_has_shown_a_service_is_activated_again) {
 }
 
 TEST_F(BusOpening, a_service_that_ends_before_its_window_is_activated_again) {
-    startBus();
-    addService("answer");
-    watchWindows();
-    EXPECT_TRUE(clickActivates());
-    drain();
+    activateAndWatchWindows();
     EXPECT_FALSE(clickActivates());
     ::kill(process_, SIGKILL);
     EXPECT_TRUE(processes::becomesTrue([&] { return clickActivates(); }));
@@ -165,8 +156,7 @@ TEST_F(BusOpening, a_service_that_ends_before_its_window_is_activated_again) {
 
 TEST_F(BusOpening, after_its_time_a_service_without_a_window_is_activated_again) {
     startingTime_ = milliseconds(0);
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     watchWindows();
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(clickActivates());
@@ -191,15 +181,13 @@ TEST_F(BusOpening, a_missing_service_is_told_on_x11_too) {
 }
 
 TEST_F(BusOpening, a_service_that_refuses_is_told_in_its_own_words) {
-    startBus();
-    addService("refuse");
+    startBusWithService("refuse");
     EXPECT_EQ(open(activatableEntry()).text(),
               "L’app «" + std::string(kName) + "» non ha accettato l’attivazione: Not today.");
 }
 
 TEST_F(BusOpening, a_service_that_cannot_start_is_told) {
-    startBus();
-    addService("die");
+    startBusWithService("die");
     const std::string text = open(activatableEntry()).text();
     EXPECT_TRUE(
         text.starts_with("L’app «" + std::string(kName) + "» non ha accettato l’attivazione: "))
@@ -209,8 +197,7 @@ TEST_F(BusOpening, a_service_that_cannot_start_is_told) {
 TEST_F(BusOpening, a_service_that_says_nothing_is_told_when_its_time_is_over) {
     patience_ = milliseconds(1);  // is for programs
     busPatience_ = milliseconds(200);
-    startBus();
-    addService("silence");
+    startBusWithService("silence");
     EXPECT_EQ(open(activatableEntry()).text(),
               "L’app «" + std::string(kName) + "» non ha risposto alla richiesta di attivazione.");
     EXPECT_EQ(reported(), "Activate id= token=");
@@ -226,8 +213,7 @@ TEST(OpeningSettings, a_service_has_the_buss_own_time_to_answer) {
 
 TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
     startingTime_ = milliseconds(0);  // is for programs
-    startBus();
-    addService("silence");
+    startBusWithService("silence");
     Openings first;
     workspace().openApplication(activatableEntry(), {}, first.completion());
     EXPECT_EQ(reported(), "Activate id= token=");
@@ -241,8 +227,7 @@ TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
 }
 
 TEST_F(BusOpening, after_a_refusal_a_service_is_activated_again) {
-    startBus();
-    addService("refuse");
+    startBusWithService("refuse");
     for (int i = 0; i < 2; ++i) {
         EXPECT_NE(open(activatableEntry()).text().find("Not today."), std::string::npos);
         EXPECT_EQ(reported(), "Activate id= token=");
@@ -250,8 +235,7 @@ TEST_F(BusOpening, after_a_refusal_a_service_is_activated_again) {
 }
 
 TEST_F(BusOpening, an_entry_without_a_command_is_activated) {
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     const std::string path = entry("DBusActivatable=true\n", std::string(kName) + ".desktop");
     EXPECT_EQ(open(path).text(), "(no error)");
     EXPECT_EQ(reported(), "Activate id= token=");
@@ -259,8 +243,7 @@ TEST_F(BusOpening, an_entry_without_a_command_is_activated) {
 
 TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_toolkits) {
     added_ = {"WAYLAND_DISPLAY=wayland-0"};
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     OpeningSettings settings = this->settings();
     settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
     workspace_ = makeGioWorkspace(std::move(settings));
@@ -270,8 +253,7 @@ TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_tool
 }
 
 TEST_F(BusOpening, ending_does_not_wait_for_a_service_that_says_nothing) {
-    startBus();
-    addService("silence");
+    startBusWithService("silence");
     Openings opening;
     workspace().openApplication(activatableEntry(), {}, opening.completion());
     EXPECT_EQ(reported(), "Activate id= token=");
@@ -309,8 +291,7 @@ TEST_F(BusOpening, an_ordinary_entry_is_run_with_a_bus_as_without) {
 }
 
 TEST_F(BusOpening, losing_the_bus_ends_nothing_and_commands_are_run_from_then_on) {
-    startBus();
-    addService("answer");
+    startBusWithService("answer");
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     EXPECT_EQ(reported(), "Activate id= token=");
     bus_->end();

@@ -1,10 +1,8 @@
 // A session bus that is there and does not answer.
-#include <sys/socket.h>
-#include <sys/un.h>
-
-#include "tests/platform/linux/ChildProgram.h"
 #include "tests/platform/linux/OpeningFixture.h"
 #include "tests/platform/linux/PrivateBus.h"
+#include "tests/platform/linux/SilentSocket.h"
+#include "tests/platform/linux/UserManagerStandIn.h"
 
 namespace tavo {
 namespace {
@@ -13,28 +11,22 @@ using processes::Answer;
 using processes::Openings;
 using processes::OpeningTest;
 using processes::PrivateBus;
-using processes::Report;
+using processes::SilentSocket;
+using processes::UserManagerStandIn;
 
 class SilentBus : public OpeningTest {
 protected:
     static constexpr const char* kName = "org.example.Activatable";
 
-    // Accepts connections, as far as the system does that for it, and never says a word.
     SilentBus()
-        : silent_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
-          address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder_.path("silence")) {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        folder_.path("silence").copy(address.sun_path, sizeof address.sun_path - 1);
-        EXPECT_EQ(::bind(silent_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(::listen(silent_.get(), 8), 0);
-    }
+        : silent_(folder_.path("silence")),
+          address_("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder_.path("silence")) {}
 
     std::string activatableEntry() const {
         return entry("DBusActivatable=true\nExec=/bin/true\n", std::string(kName) + ".desktop");
     }
 
-    FileDescriptor silent_;
+    SilentSocket silent_;
     processes::Variable address_;
 };
 
@@ -80,19 +72,16 @@ TEST_F(SilentBus, fails_an_activation_with_a_clear_text_each_time) {
 // A real bus, which is stopped for a while.
 class StoppedBus : public OpeningTest {
 protected:
-    StoppedBus() : requests_(folder_, "requests"), bus_(folder_) {
-        manager_.emplace(std::vector<std::string>{
-            std::string(TAVO_TEST_PROGRAMS) + "/tavo_user_manager", requests_.path(), "answer"});
-        EXPECT_EQ(manager_->readLine(), "ready");
+    StoppedBus() : bus_(folder_), manager_(folder_) {
+        manager_.start("answer");
         ::kill(bus_.process(), SIGSTOP);
     }
     ~StoppedBus() override { goOn(); }
 
     void goOn() const { ::kill(bus_.process(), SIGCONT); }
 
-    Report requests_;
     PrivateBus bus_;
-    std::optional<ChildProgram> manager_;
+    UserManagerStandIn manager_;
 };
 
 TEST_F(StoppedBus, what_was_started_meanwhile_gets_its_scope_when_the_bus_goes_on) {
@@ -111,7 +100,7 @@ TEST_F(StoppedBus, what_was_started_meanwhile_gets_its_scope_when_the_bus_goes_o
     goOn();
     std::set<std::string> asked;
     for (std::size_t i = 0; i < wanted.size(); ++i) {
-        const std::string request = requests_.line().value_or("(none)");
+        const std::string request = manager_.request();
         asked.insert(request.substr(0, request.find(' ')));
     }
     EXPECT_EQ(asked, wanted);
@@ -128,7 +117,7 @@ TEST_F(StoppedBus, of_what_has_ended_meanwhile_no_scope_is_asked_for) {
     const Answer answer = open(folder_.path("Foo.app"));
     ASSERT_TRUE(answer.running);
     goOn();
-    EXPECT_TRUE(requests_.line().value_or("(none)").starts_with("app-tavolauncher-Foo.app-"));
+    EXPECT_TRUE(manager_.request().starts_with("app-tavolauncher-Foo.app-"));
     ::kill(answer.running->processIdentifier, SIGKILL);
 }
 

@@ -55,9 +55,6 @@ protected:
         drain();
     }
 
-    // What the workspace's thread had to do is done.
-    void drain() { open(folder_.path("nothing")); }
-
     // Windows are looked for on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();

@@ -143,6 +143,9 @@ protected:
         return opening.wait();
     }
 
+    // What the workspace's thread had to do is done.
+    void drain() { open(folder_.path("nothing")); }
+
     // What the entry's program wrote into the report, "(nothing)" if it never did.
     std::string reported() { return report_.line().value_or("(nothing)"); }
 

@@ -1,9 +1,6 @@
 #include <csignal>
 #include <optional>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include <gtest/gtest.h>
 
 #include "platform/linux/PortalDesktopSettings.h"
@@ -11,6 +8,7 @@
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/PortalStandIn.h"
 #include "tests/platform/linux/PrivateBus.h"
+#include "tests/platform/linux/SilentSocket.h"
 
 namespace tavo {
 namespace {
@@ -19,6 +17,7 @@ using processes::Folder;
 using processes::kPatience;
 using processes::PrivateBus;
 using processes::Report;
+using processes::SilentSocket;
 using processes::Variable;
 using std::chrono::milliseconds;
 
@@ -268,12 +267,7 @@ TEST(PortalDesktopSettings, without_a_bus_nothing_is_known_at_once) {
 
 TEST(PortalDesktopSettings, a_bus_that_never_speaks_holds_nobody_up) {
     const Folder folder;
-    const FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    folder.path("bus").copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(::listen(listener.get(), 1), 0);
+    const SilentSocket silent(folder.path("bus"));
     const Variable bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.path("bus"));
     ManualMainQueue queue;
     const auto settings = makePortalDesktopSettings(queue);

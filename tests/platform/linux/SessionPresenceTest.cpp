@@ -8,9 +8,6 @@
 #include <thread>
 #include <vector>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include <gtest/gtest.h>
 
 #include "platform/MainQueue.h"
@@ -20,6 +17,7 @@
 #include "tests/platform/linux/PanelStandIn.h"
 #include "tests/platform/linux/PrivateBus.h"
 #include "tests/platform/linux/ProcessFixture.h"
+#include "tests/platform/linux/SilentSocket.h"
 
 namespace tavo {
 namespace {
@@ -247,13 +245,7 @@ TEST_F(SessionPresenceTest, the_name_is_claimed_when_the_bus_comes_and_again_whe
 }
 
 TEST_F(SessionPresenceTest, a_bus_that_never_answers_stops_nothing) {
-    const FileDescriptor silent(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un place = {};
-    place.sun_family = AF_UNIX;
-    const std::string file = folder_.path("bus");
-    std::copy(file.begin(), file.end(), place.sun_path);
-    ASSERT_EQ(::bind(silent.get(), reinterpret_cast<const sockaddr*>(&place), sizeof place), 0);
-    ASSERT_EQ(::listen(silent.get(), 8), 0);
+    const processes::SilentSocket silent(folder_.path("bus"));
     EXPECT_FALSE(busAnswers(address()));
 
     Side first(in("one"), address());

@@ -1,8 +1,8 @@
 // Scopes, asked for from a stand-in for systemd on a bus of the test's own.
 #include "platform/linux/SystemdScope.h"
-#include "tests/platform/linux/ChildProgram.h"
 #include "tests/platform/linux/OpeningFixture.h"
 #include "tests/platform/linux/PrivateBus.h"
+#include "tests/platform/linux/UserManagerStandIn.h"
 
 namespace tavo {
 namespace {
@@ -11,7 +11,7 @@ using processes::Answer;
 using processes::Openings;
 using processes::OpeningTest;
 using processes::PrivateBus;
-using processes::Report;
+using processes::UserManagerStandIn;
 using std::chrono::milliseconds;
 
 TEST(ScopeName, follows_the_conventions_and_escapes_what_a_unit_cannot_be_called) {
@@ -23,70 +23,59 @@ TEST(ScopeName, follows_the_conventions_and_escapes_what_a_unit_cannot_be_called
 
 class ScopeOpening : public OpeningTest {
 protected:
-    ScopeOpening() : requests_(folder_, "requests"), bus_(folder_) {}
+    ScopeOpening() : bus_(folder_), manager_(folder_) {}
 
-    void startManager(const std::string& behaviour) {
-        manager_.emplace(std::vector<std::string>{
-            std::string(TAVO_TEST_PROGRAMS) + "/tavo_user_manager", requests_.path(), behaviour});
-        ASSERT_EQ(manager_->readLine(), "ready");
-    }
-
-    // The next request that the manager got.
-    std::string request() { return requests_.line().value_or("(none)"); }
-
-    // What it has to say for this process.
+    // The request that has to come for this process.
     static std::string expected(const std::string& name, const std::string& process) {
         return "app-tavolauncher-" + name + "-" + process + ".scope fail [('PIDs', <[uint32 " +
                process + "]>), ('Slice', <'app.slice'>), ('CollectMode', <'inactive-or-failed'>)]";
     }
 
-    Report requests_;
     PrivateBus bus_;
-    std::optional<ChildProgram> manager_;
+    UserManagerStandIn manager_;
 };
 
 TEST_F(ScopeOpening, an_entrys_program_gets_a_scope_of_its_own) {
-    startManager("answer");
+    manager_.start("answer");
     EXPECT_EQ(open(scriptEntry("echo $$ >" + report_.path())).text(), "(no error)");
-    EXPECT_EQ(request(), expected("app", reported()));
+    EXPECT_EQ(manager_.request(), expected("app", reported()));
 }
 
 TEST_F(ScopeOpening, a_bundles_program_gets_a_scope_of_its_own) {
-    startManager("answer");
+    manager_.start("answer");
     // A bundle does not wait for the bus, so its program has to last until that is there.
     folder_.script("Foo.app/Foo", "echo $$ >" + report_.path() + "; exec sleep 1000");
     const Answer answer = open(folder_.path("Foo.app"));
     ASSERT_TRUE(answer.running);
-    EXPECT_EQ(request(), expected("Foo.app", reported()));
+    EXPECT_EQ(manager_.request(), expected("Foo.app", reported()));
     ::kill(answer.running->processIdentifier, SIGKILL);
 }
 
 TEST_F(ScopeOpening, every_start_asks_anew_also_after_a_refusal) {
-    startManager("refuse");
+    manager_.start("refuse");
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(open(scriptEntry("echo $$ >" + report_.path())).text(), "(no error)");
-        EXPECT_EQ(request(), expected("app", reported()));
+        EXPECT_EQ(manager_.request(), expected("app", reported()));
     }
 }
 
 TEST_F(ScopeOpening, an_early_failure_is_told_whatever_the_manager_says) {
     for (const char* const behaviour : {"answer", "refuse", "silence"}) {
         SCOPED_TRACE(behaviour);
-        manager_.reset();
-        startManager(behaviour);
+        manager_.start(behaviour);
         EXPECT_EQ(
             open(scriptEntry("exit 3")).text(),
             "Il programma «" + folder_.path("program") +
                 "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 3.");
-        EXPECT_NE(request(), "(none)");
+        EXPECT_NE(manager_.request(), "(none)");
     }
 }
 
 TEST_F(ScopeOpening, a_manager_that_says_nothing_delays_neither_start_nor_answer_nor_end) {
-    startManager("silence");
+    manager_.start("silence");
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(open(scriptEntry("echo $$ >" + report_.path())).text(), "(no error)");
-        EXPECT_EQ(request(), expected("app", reported()));
+        EXPECT_EQ(manager_.request(), expected("app", reported()));
     }
     workspace_.reset();
 }

@@ -75,6 +75,41 @@ protected:
         return becomesTrue([&] { return desktop_.focused() == window.process; });
     }
 
+    // As a click in the launcher does on what it has found to run.
+    void click(const char* identifier) {
+        ASSERT_TRUE(runs(identifier));
+        running_->activateAllWindows({0, identifier});
+    }
+    void focus(const WaylandDesktop::Window& window) {
+        desktop_.command("[pid=" + std::to_string(window.process) + "] focus");
+        ASSERT_TRUE(becomesFocused(window));
+    }
+    // The user is in another program, on another workspace.
+    [[nodiscard]] WaylandDesktop::Window goToAnotherWorkspace() {
+        desktop_.command("workspace 2");
+        auto other = desktop_.open("other");
+        EXPECT_TRUE(becomesFocused(other));
+        return other;
+    }
+
+    // The tool was looked for at a click in the launcher, did not run, and was started; the user
+    // has gone elsewhere meanwhile.
+    struct LeftStart {
+        WaylandDesktop::Window launcher;
+        WaylandDesktop::Window tool;
+        WaylandDesktop::Window elsewhere;
+    };
+    [[nodiscard]] LeftStart startToolAndLeave() {
+        LeftStart start;
+        start.launcher = desktop_.open(kOwn);
+        EXPECT_TRUE(becomesFocused(start.launcher));
+        EXPECT_FALSE(runs("tool.desktop"));
+        start.tool = desktop_.open("tool");
+        start.elsewhere = desktop_.open("elsewhere");
+        EXPECT_TRUE(becomesFocused(start.elsewhere));
+        return start;
+    }
+
     WaylandDesktop desktop_;
     std::shared_ptr<ListedEntries> listed_ = std::make_shared<ListedEntries>();
     std::unique_ptr<RunningApplications> running_;
@@ -93,11 +128,8 @@ TEST_F(WaylandRunningApplicationsTest, windows_are_told_by_their_application_id)
 TEST_F(WaylandRunningApplicationsTest, all_windows_come_forward_the_newest_last) {
     const auto first = desktop_.open("tool");
     const auto second = desktop_.open("tool");
-    desktop_.command("workspace 2");
-    const auto other = desktop_.open("other");
-    ASSERT_TRUE(becomesFocused(other));
-    ASSERT_TRUE(runs("tool.desktop"));
-    running_->activateAllWindows({0, "tool.desktop"});
+    const auto other = goToAnotherWorkspace();
+    click("tool.desktop");
     EXPECT_TRUE(becomesFocused(second));
 }
 
@@ -105,8 +137,7 @@ TEST_F(WaylandRunningApplicationsTest, the_active_window_stays_the_active_one) {
     const auto first = desktop_.open("tool");
     const auto second = desktop_.open("tool");
     ASSERT_TRUE(becomesFocused(second));
-    desktop_.command("[pid=" + std::to_string(first.process) + "] focus");
-    ASSERT_TRUE(becomesFocused(first));
+    focus(first);
     running_->activateAllWindows({0, "tool.desktop"});
     EXPECT_TRUE(becomesFocused(first));
 }
@@ -123,39 +154,25 @@ TEST_F(WaylandRunningApplicationsTest, a_process_comes_forward_as_what_it_was_st
 }
 
 TEST_F(WaylandRunningApplicationsTest, a_started_program_that_the_user_has_left_steals_nothing) {
-    const auto launcher = desktop_.open(kOwn);
-    ASSERT_TRUE(becomesFocused(launcher));
-    EXPECT_FALSE(runs("tool.desktop"));
-    const auto tool = desktop_.open("tool");
-    const auto elsewhere = desktop_.open("elsewhere");
-    ASSERT_TRUE(becomesFocused(elsewhere));
-    running_->activateAllWindows({tool.process, "tool.desktop"});
-    EXPECT_EQ(desktop_.focused(), elsewhere.process);
-    desktop_.command("[pid=" + std::to_string(launcher.process) + "] focus");
-    ASSERT_TRUE(becomesFocused(launcher));
-    running_->activateAllWindows({tool.process, "tool.desktop"});
-    EXPECT_TRUE(becomesFocused(tool));
+    const LeftStart start = startToolAndLeave();
+    running_->activateAllWindows({start.tool.process, "tool.desktop"});
+    EXPECT_EQ(desktop_.focused(), start.elsewhere.process);
+    focus(start.launcher);
+    running_->activateAllWindows({start.tool.process, "tool.desktop"});
+    EXPECT_TRUE(becomesFocused(start.tool));
 }
 
 TEST_F(WaylandRunningApplicationsTest, waiting_for_a_first_window_is_no_click) {
-    const auto launcher = desktop_.open(kOwn);
-    ASSERT_TRUE(becomesFocused(launcher));
-    EXPECT_FALSE(runs("tool.desktop"));
-    const auto tool = desktop_.open("tool");
-    const auto elsewhere = desktop_.open("elsewhere");
-    ASSERT_TRUE(becomesFocused(elsewhere));
-    EXPECT_TRUE(running_->showsWindow({tool.process, "tool.desktop"}));
-    running_->activateAllWindows({tool.process, "tool.desktop"});
-    EXPECT_EQ(desktop_.focused(), elsewhere.process);
+    const LeftStart start = startToolAndLeave();
+    EXPECT_TRUE(running_->showsWindow({start.tool.process, "tool.desktop"}));
+    running_->activateAllWindows({start.tool.process, "tool.desktop"});
+    EXPECT_EQ(desktop_.focused(), start.elsewhere.process);
 }
 
 TEST_F(WaylandRunningApplicationsTest, a_window_on_another_workspace_is_gone_to) {
     const auto tool = desktop_.open("tool");
-    desktop_.command("workspace 2");
-    const auto other = desktop_.open("other");
-    ASSERT_TRUE(becomesFocused(other));
-    ASSERT_TRUE(runs("tool.desktop"));
-    running_->activateAllWindows({0, "tool.desktop"});
+    const auto other = goToAnotherWorkspace();
+    click("tool.desktop");
     EXPECT_TRUE(becomesFocused(tool));
 }
 
