@@ -25,12 +25,15 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 import accessible  # noqa: E402
 from accessible import await_node, children, find, walk  # noqa: E402
 from private_desktop import (  # noqa: E402,F401
-    DesktopError, PrivateDesktop, processes_below, wait_until)
+    DesktopError, PrivateDesktop, _end_with_parent, processes_below, wait_until)
 from gi.repository import Atspi  # noqa: E402
 
 PROGRAM = os.environ.get("TAVO_PROGRAM", "")
 # Where pictures and logs of failed tests go.
 ARTIFACTS = pathlib.Path(os.environ.get("TAVO_ARTIFACTS", "artifacts"))
+
+# How often the tests bring the window back that do it time after time.
+ROUNDS = int(os.environ.get("TAVO_ROUNDS", "10"))
 
 SANITIZER_REPORT = re.compile(r"ERROR: \w+Sanitizer|WARNING: ThreadSanitizer|runtime error:")
 
@@ -142,6 +145,16 @@ class Desktop(PrivateDesktop):
         picture = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],
                                  env=self.environment, check=True, capture_output=True, timeout=30)
         return Pixels(self.size[0], picture.stdout)
+
+
+def wait_until_still(question, what, looks=8, pause=0.05):
+    """The answer of `question`, once it is true and has been the same at the last `looks` looks."""
+    seen = []
+
+    def still():
+        seen.append(question())
+        return seen[-1] if len(seen) > looks and len(set(seen[-looks:])) == 1 else None
+    return wait_until(still, what, pause=pause)
 
 
 class Pixels:
@@ -360,6 +373,16 @@ class Launcher:
         wait_until(active, "the window to have the keyboard")
         return self
 
+    def close(self):
+        """By its keys: its window has the keyboard."""
+        self.desktop.key("ctrl+w")
+        self.await_hidden()
+
+    def await_hidden(self):
+        wait_until(lambda: not self.is_shown(), "the window to go")
+        if self.process.poll() is not None:
+            raise AssertionError(f"the program ended with status {self.process.returncode}")
+
     def kill(self):
         """As if the machine took it: without a chance to write anything."""
         self.process.kill()
@@ -484,6 +507,29 @@ class DesktopTest(unittest.TestCase):
         display, server = self.another_server()
         server.send_signal(signal.SIGSTOP)
         return display, server
+
+    def stand_in(self, name, *arguments):
+        """Starts a program of this folder, to be talked to line by line, and waits until it says that
+        it is ready. It ends with the test."""
+        process = subprocess.Popen(
+            ["/usr/bin/python3", "-W", "ignore", str(pathlib.Path(__file__).with_name(name)),
+             *arguments],
+            env=self.desktop.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+            preexec_fn=_end_with_parent)
+        self.addCleanup(self.end_stand_in, process)
+        self.assertEqual(process.stdout.readline().split()[:1], ["ready"])
+        return process
+
+    @staticmethod
+    def end_stand_in(process):
+        process.kill()
+        process.wait()
+        process.stdin.close()
+        process.stdout.close()
+
+    def picture(self, name):
+        """Leaves what the screen shows now, to be looked at."""
+        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.{name}.png")
 
     def await_file(self, path):
         wait_until(path.exists, str(path))

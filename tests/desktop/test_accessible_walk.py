@@ -1,12 +1,9 @@
-from harness import Atspi, DesktopTest, await_node, child_of, children, has_state, press, text_of
-from walk import Walk
+from harness import Atspi, DesktopTest, await_node, child_of, children, has_state, press
+from walk import Hand, Walk
 
 
-class AccessibleHand:
+class AccessibleHand(Hand):
     """Actions of the accessibility tree: press, set text, choose, show menu. No key, no pointer."""
-
-    def __init__(self, desktop, launcher):
-        self.desktop, self.launcher = desktop, launcher
 
     def open_editor(self):
         self.launcher.press("push button", "Modifica categorie")
@@ -15,8 +12,7 @@ class AccessibleHand:
     def add_category(self, name):
         self._set_text("Nuova categoria", name)
         self.launcher.press("push button", "Aggiungi")
-        self.launcher.await_node("text", f"Nome categoria: {name}")
-        self._await_text("Nuova categoria", "")
+        self.await_category(name)
 
     def set_keywords(self, category, text):
         self._set_text(f"Parole chiave automatiche, separate da virgole: {category}", text)
@@ -31,16 +27,15 @@ class AccessibleHand:
 
     def delete_category(self, name):
         self.launcher.press("push button", f"Elimina categoria: {name}")
-        self.launcher.await_equal(lambda: self.launcher.node("text", f"Nome categoria: {name}"),
-                                  None)
+        self.await_no_category(name)
 
     def save(self):
         self.launcher.press("push button", "Salva")
-        self.launcher.await_equal(lambda: self.launcher.node("dialog"), None)
+        self.await_saved()
 
     def select(self, row):
         self.launcher.press("list item", row)
-        self.launcher.await_equal(self.launcher.selected_row, row)
+        self.await_selected(row)
 
     def choose_mark(self, application, *entries):
         press(self.launcher.await_node("list item", f"Apri {application}"), "ShowMenu")
@@ -58,12 +53,7 @@ class AccessibleHand:
     def _set_text(self, field, text):
         node = self.launcher.await_node("text", field)
         Atspi.EditableText.set_text_contents(node, text)
-        self._await_text(field, text)
-
-    def _await_text(self, field, wanted):
-        def text():
-            return text_of(self.launcher.node("text", field))
-        self.launcher.await_equal(text, wanted)
+        self.await_text(field, text)
 
 
 class AccessibleWalk(DesktopTest):
@@ -78,21 +68,7 @@ class AccessibleWalk(DesktopTest):
         super().tearDown()
 
     def test_categories_and_marks_are_made_used_and_undone_through_the_tree_alone(self):
-        walk = Walk(self, AccessibleHand)
-        walk.make_nested_category_with_keywords()
-        walk.see_what_the_keywords_found()
-        walk.assign_by_hand()
-        walk.favour()
-        walk.hide()
-        walk.show_again()
-        walk.delete_the_category()
+        Walk(self, AccessibleHand).make_use_and_undo()
 
     def test_what_was_done_through_the_tree_is_there_after_a_restart_and_for_other_processes(self):
-        walk = Walk(self, AccessibleHand)
-        walk.make_nested_category_with_keywords()
-        walk.assign_by_hand()
-        walk.favour()
-        walk.hide()
-        walk.restart()
-        walk.find_everything_as_it_was_left_hidden()
-        walk.show_again()
+        Walk(self, AccessibleHand).restart_in_the_middle()

@@ -46,6 +46,19 @@ class Fronting(DesktopTest):
         self.desktop.point_at(launcher.await_node("list item", f"Apri {name}"))
         self.desktop.xdo("click", *options, 1)
 
+    def start_by_click(self, launcher, name, *options):
+        """Answers the application's window, which is in front."""
+        self.click(launcher, name, *options)
+        window = self.await_window(name)
+        self.await_front(window)
+        return window
+
+    def front_by_click(self, launcher, name, window):
+        """From another program, which the user has turned to meanwhile."""
+        self.activate(self.other)
+        self.click(launcher, name)
+        self.await_front(window)
+
     def await_front(self, window):
         wait_until(lambda: is_in_front(self.desktop, window), "the window in front")
 
@@ -58,12 +71,8 @@ class Fronting(DesktopTest):
     def test_a_click_starts_and_another_click_fronts(self):
         mark = self.entry("Ananas")
         launcher = self.launch()
-        self.click(launcher, "Ananas")
-        window = self.await_window("Ananas")
-        self.await_front(window)
-        self.activate(self.other)
-        self.click(launcher, "Ananas")
-        self.await_front(window)
+        window = self.start_by_click(launcher, "Ananas")
+        self.front_by_click(launcher, "Ananas", window)
         self.assertEqual(self.runs(mark), 1)
 
     def test_all_minimised_windows_are_restored_the_upper_one_active(self):
@@ -89,13 +98,9 @@ class Fronting(DesktopTest):
     def test_an_application_on_another_desktop_is_gone_to(self):
         mark = self.entry("Ananas")
         launcher = self.launch()
-        self.click(launcher, "Ananas")
-        window = self.await_window("Ananas")
-        self.await_front(window)
+        window = self.start_by_click(launcher, "Ananas")
         self.desktop.xdo("set_desktop_for_window", window, 1)
-        self.activate(self.other)
-        self.click(launcher, "Ananas")
-        self.await_front(window)
+        self.front_by_click(launcher, "Ananas", window)
         self.assertEqual(self.desktop.xdo("get_desktop"), "1")
         self.assertEqual(self.runs(mark), 1)
 
@@ -116,33 +121,23 @@ class Fronting(DesktopTest):
         # Its start is announced, and that it is over, which is when it would have come to the front.
         self.await_in_log("root.log", "_NET_STARTUP_INFO_BEGIN", times=2)
         # What is started after it comes to the front when it would have.
-        self.click(launcher, "Celere")
-        quick = self.await_window("Celere")
-        self.await_front(quick)
+        quick = self.start_by_click(launcher, "Celere")
         self.await_in_log("active.log", hex(quick))
         self.assertNotIn(hex(slow), self.desktop.log("active.log"))
 
     def test_a_program_that_a_shell_waits_for_is_started_once_and_fronted(self):
         mark = self.entry("Ananas", command='sh -c "{} ; true"')
         launcher = self.launch()
-        self.click(launcher, "Ananas", "--repeat", 2, "--delay", 80)
-        window = self.await_window("Ananas")
-        self.await_front(window)
-        self.activate(self.other)
-        self.click(launcher, "Ananas")
-        self.await_front(window)
+        window = self.start_by_click(launcher, "Ananas", "--repeat", 2, "--delay", 80)
+        self.front_by_click(launcher, "Ananas", window)
         self.assertEqual(self.runs(mark), 1)
 
     def test_a_left_over_name_of_a_compositor_changes_nothing(self):
         mark = self.entry("Ananas", StartupNotify="true")
         launcher = self.launch(WAYLAND_DISPLAY="wayland-77")
-        self.click(launcher, "Ananas")
-        window = self.await_window("Ananas")
-        self.await_front(window)
+        window = self.start_by_click(launcher, "Ananas")
         self.assertRegex(mark.read_text(), re.compile(r"id=tavo-.*_TIME\d+"))
-        self.activate(self.other)
-        self.click(launcher, "Ananas")
-        self.await_front(window)
+        self.front_by_click(launcher, "Ananas", window)
         self.assertEqual(self.runs(mark), 1)
 
 

@@ -1,12 +1,9 @@
-from harness import Atspi, DesktopTest, children, has_state, text_of
-from walk import Walk
+from harness import Atspi, DesktopTest, children, has_state
+from walk import Hand, Walk
 
 
-class KeyboardHand:
+class KeyboardHand(Hand):
     """Keys as a keyboard sends them. The tree is only read."""
-
-    def __init__(self, desktop, launcher):
-        self.desktop, self.launcher = desktop, launcher
 
     def open_editor(self):
         self._go(("push button", "Modifica categorie"), "Tab")
@@ -17,14 +14,13 @@ class KeyboardHand:
         self._go(("text", "Nuova categoria"), "Tab")
         self.desktop.type(name)
         self.desktop.key("Return")
-        self.launcher.await_node("text", f"Nome categoria: {name}")
-        self._await_text("Nuova categoria", "")
+        self.await_category(name)
 
     def set_keywords(self, category, text):
         field = f"Parole chiave automatiche, separate da virgole: {category}"
         self._go(("text", field), "shift+Tab")
         self.desktop.type(text)
-        self._await_text(field, text)
+        self.await_text(field, text)
 
     def nest(self, category, parent):
         picker = ("combo box", f"Posizione: {category}")
@@ -42,17 +38,16 @@ class KeyboardHand:
     def delete_category(self, name):
         self._go(("push button", f"Elimina categoria: {name}"), "shift+Tab")
         self.desktop.key("space")
-        self.launcher.await_equal(lambda: self.launcher.node("text", f"Nome categoria: {name}"),
-                                  None)
+        self.await_no_category(name)
 
     def save(self):
         self.desktop.key("Return")
-        self.launcher.await_equal(lambda: self.launcher.node("dialog"), None)
+        self.await_saved()
 
     def select(self, row):
         self._go_to_item("Categorie", row, "Down")
         self.desktop.key("Return")
-        self.launcher.await_equal(self.launcher.selected_row, row)
+        self.await_selected(row)
 
     def choose_mark(self, application, *entries):
         self._go_to_item("App", f"Apri {application}", "Right")
@@ -85,29 +80,10 @@ class KeyboardHand:
             path = self.launcher.await_change(self.launcher.focus_path, path)
         raise AssertionError(f"{key}, pressed {most} times, leads to {path}, not to {wanted}")
 
-    def _await_text(self, field, wanted):
-        def text():
-            return text_of(self.launcher.node("text", field))
-        self.launcher.await_equal(text, wanted)
-
 
 class KeyboardWalk(DesktopTest):
     def test_categories_and_marks_are_made_used_and_undone_by_keys_alone(self):
-        walk = Walk(self, KeyboardHand)
-        walk.make_nested_category_with_keywords()
-        walk.see_what_the_keywords_found()
-        walk.assign_by_hand()
-        walk.favour()
-        walk.hide()
-        walk.show_again()
-        walk.delete_the_category()
+        Walk(self, KeyboardHand).make_use_and_undo()
 
     def test_what_was_done_by_keys_is_there_after_a_restart_and_for_other_processes(self):
-        walk = Walk(self, KeyboardHand)
-        walk.make_nested_category_with_keywords()
-        walk.assign_by_hand()
-        walk.favour()
-        walk.hide()
-        walk.restart()
-        walk.find_everything_as_it_was_left_hidden()
-        walk.show_again()
+        Walk(self, KeyboardHand).restart_in_the_middle()

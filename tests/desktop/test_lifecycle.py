@@ -6,7 +6,7 @@ import socket
 import struct
 import subprocess
 
-from harness import PROGRAM, DesktopTest, wait_until
+from harness import PROGRAM, DesktopTest
 from private_desktop import _end_with_parent, processes_below
 
 
@@ -24,8 +24,7 @@ class Ending(DesktopTest):
 
     def test_a_signal_ends_it_while_its_window_is_hidden(self):
         launcher = self.launch()
-        self.desktop.key("ctrl+w")
-        wait_until(lambda: not launcher.is_shown(), "the window to go")
+        launcher.close()
         launcher.process.terminate()
         self.assertEqual(launcher.process.wait(timeout=20), 0)
 
@@ -38,8 +37,7 @@ class Ending(DesktopTest):
         self.launchers.append(other)
         other.await_active()
         nohup.send_signal(signal.SIGHUP)
-        self.desktop.key("ctrl+w")
-        wait_until(lambda: not other.is_shown(), "the window to go")
+        other.close()
         self.assertIsNone(nohup.poll())
 
     def test_nothing_of_it_is_left_in_the_runtime_folder_that_a_next_start_could_find(self):

@@ -2,17 +2,14 @@
 
 import json
 import os
-import pathlib
 import re
 import signal
 import subprocess
 
-from harness import PROGRAM, DesktopTest, wait_until
+from harness import PROGRAM, ROUNDS, DesktopTest, wait_until
 from private_desktop import _end_with_parent, processes_below
 
 NAME = "org.tavolauncher.TavoLauncher"
-# How many rounds the long test makes.
-ROUNDS = int(os.environ.get("TAVO_ROUNDS", "10"))
 
 
 class InstanceTest(DesktopTest):
@@ -37,10 +34,6 @@ class InstanceTest(DesktopTest):
         """The windows that the manager manages, the bottom one first."""
         said = self.desktop.run("xprop", "-root", "_NET_CLIENT_LIST_STACKING")
         return [str(int(window, 16)) for window in re.findall(r"0x[0-9a-f]+", said)]
-
-    def await_hidden(self, launcher):
-        wait_until(lambda: not launcher.is_shown(), "the window to go")
-        self.assertIsNone(launcher.process.poll(), "closing hides; the program stays")
 
     def bus_owner(self):
         """The process that owns the program's bus name, or None."""
@@ -77,29 +70,28 @@ class Instance(InstanceTest):
 
     def test_a_closed_window_comes_back_with_a_second_start(self):
         launcher = self.launch()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher.close()
         self.second_start()
         launcher.await_active()
 
     def test_a_window_closed_by_the_desktop_comes_back_with_a_second_start(self):
         launcher = self.launch()
         self.desktop.run("wmctrl", "-i", "-c", launcher.window_id())
-        self.await_hidden(launcher)
+        launcher.await_hidden()
         self.second_start()
         launcher.await_active()
 
     def test_escape_without_a_search_hides_the_window_and_keeps_the_program(self):
         launcher = self.launch()
         self.desktop.key("Escape")
-        self.await_hidden(launcher)
+        launcher.await_hidden()
         self.second_start()
         launcher.await_active()
 
     def test_a_minimised_window_comes_back_with_a_second_start(self):
         launcher = self.launch()
         self.desktop.xdo("windowminimize", launcher.window_id())
-        wait_until(lambda: not launcher.is_shown(), "the window to go")
+        launcher.await_hidden()
         self.second_start()
         launcher.await_active()
 
@@ -132,7 +124,7 @@ class Instance(InstanceTest):
         for close in (lambda: self.desktop.key("ctrl+w"), lambda: self.desktop.key("Escape"),
                       lambda: self.desktop.run("wmctrl", "-i", "-c", window)):
             close()
-            self.await_hidden(launcher)
+            launcher.await_hidden()
             self.second_start()
             self.assertEqual(launcher.await_active().window_id(), window)
 
@@ -144,8 +136,7 @@ class Instance(InstanceTest):
                                   ("ActivateAction", ["nothing", "[]",
                                                       "{'desktop-startup-id': <'x_TIME0'>}"])):
             with self.subTest(method):
-                self.desktop.key("ctrl+w")
-                self.await_hidden(launcher)
+                launcher.close()
                 self.call(method, *arguments)
                 launcher.await_active()
 
@@ -165,8 +156,7 @@ class Instance(InstanceTest):
     def test_closing_and_starting_again_always_ends_with_the_window_in_front(self):
         launcher = self.launch()
         for _ in range(ROUNDS):
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
+            launcher.close()
             self.second_start()
             launcher.await_active()
 
@@ -212,8 +202,7 @@ class OneProcess(InstanceTest):
     def test_of_starts_without_a_common_runtime_folder_one_stays_by_the_bus(self):
         launcher = self.launch()
         self.await_owner(launcher)
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher.close()
         other = self.desktop.folder / "other"
         other.mkdir(mode=0o700)
         self.second_start(XDG_RUNTIME_DIR=str(other))
@@ -222,8 +211,7 @@ class OneProcess(InstanceTest):
     def test_without_a_bus_a_second_start_finds_the_first(self):
         nowhere = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
         launcher = self.launch(wait=False, **nowhere).await_active()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher.close()
         self.second_start(**nowhere)
         launcher.await_active()
 
@@ -249,15 +237,7 @@ class OneProcess(InstanceTest):
 
     def test_what_a_second_start_was_started_with_reaches_whoever_has_the_bus_name(self):
         """A stand-in has it, which says what it is told."""
-        owner = subprocess.Popen(
-            ["/usr/bin/python3", "-W", "ignore",
-             str(pathlib.Path(__file__).with_name("application_stand_in.py")), NAME],
-            env=self.desktop.environment, stdout=subprocess.PIPE, text=True,
-            preexec_fn=_end_with_parent)
-        self.addCleanup(owner.stdout.close)
-        self.addCleanup(owner.wait)
-        self.addCleanup(owner.kill)
-        self.assertEqual(owner.stdout.readline(), "ready\n")
+        owner = self.stand_in("application_stand_in.py", NAME)
         self.second_start(DESKTOP_STARTUP_ID="panel-1_TIME42", XDG_ACTIVATION_TOKEN="token")
         self.assertEqual(json.loads(owner.stdout.readline()),
                          {"desktop-startup-id": "panel-1_TIME42", "activation-token": "token"})
@@ -272,8 +252,7 @@ class OneProcess(InstanceTest):
 
     def test_a_start_while_the_first_does_not_react_ends_and_is_served_later(self):
         launcher = self.launch()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher.close()
         os.kill(launcher.process.pid, signal.SIGSTOP)
         self.second_start()
         os.kill(launcher.process.pid, signal.SIGCONT)
@@ -309,8 +288,7 @@ class OneProcess(InstanceTest):
                       if b"--print-address=" in open(f"/proc/{pid}/cmdline", "rb").read())
         os.kill(daemon, signal.SIGSTOP)
         self.addCleanup(os.kill, daemon, signal.SIGCONT)
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher.close()
         self.second_start()
         launcher.await_active()
         self.desktop.type("ban")
@@ -329,8 +307,7 @@ class OneProcess(InstanceTest):
             daemon.kill()
             daemon.wait()
             address.unlink(missing_ok=True)
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
+            launcher.close()
             self.second_start()
             launcher.await_active()
 

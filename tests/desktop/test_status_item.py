@@ -1,6 +1,5 @@
 """The item in the panel: on the trays and panels that are installed, and on one made up."""
 
-import os
 import pathlib
 import re
 import shutil
@@ -8,12 +7,12 @@ import subprocess
 import time
 
 import harness
-from harness import ARTIFACTS, wait_until
-from private_desktop import _end_with_parent
+from harness import ROUNDS, wait_until, wait_until_still
 from test_single_instance import InstanceTest
 
 OPEN, QUIT = "Apri Tavo Launcher", "Esci da Tavo Launcher"
-ROUNDS = int(os.environ.get("TAVO_ROUNDS", "10"))
+TRAYER = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
+          "--height", "32"]
 # Longer than the program waits for a bus before it makes do with a tray.
 LATE = 5.0
 
@@ -33,26 +32,25 @@ class TrayTest(InstanceTest):
             return done.returncode == 0 and done.stdout.splitlines()
         return wait_until(tree, "the tree of windows")
 
-    def item(self):
-        """Place and size of the item's window on the screen, or None."""
+    def own_windows(self):
+        """Id, and place and size on the screen, of each of the program's windows."""
         for line in self.windows():
             found = re.search(r'\("tavolauncher" "TavoLauncher"\)\s+(\d+)x(\d+)\+\S+\s+'
                               r"\+(-?\d+)\+(-?\d+)", line)
             if found:
                 width, height, x, y = map(int, found.groups())
-                if 8 < width < 100 and x >= 0 and y >= 0:
-                    return x, y, width, height
+                yield line.split()[0], (x, y, width, height)
+
+    def item(self):
+        """Place and size of the item's window on the screen, or None."""
+        for _, (x, y, width, height) in self.own_windows():
+            if 8 < width < 100 and x >= 0 and y >= 0:
+                return x, y, width, height
         return None
 
     def await_item(self):
         """Once it is where it stays."""
-        last = []
-
-        def settled():
-            place = self.item()
-            last.append(place)
-            return place if len(last) > 8 and len(set(last[-8:])) == 1 else None
-        return wait_until(settled, "the item in the tray", pause=0.05)
+        return wait_until_still(self.item, "the item in the tray")
 
     def point_at_item(self):
         x, y, width, height = self.await_item()
@@ -60,13 +58,9 @@ class TrayTest(InstanceTest):
 
     def menu_window(self):
         """Place and size of the open menu, or None."""
-        for line in self.windows():
-            found = re.search(r'\("tavolauncher" "TavoLauncher"\)\s+(\d+)x(\d+)\+\S+\s+'
-                              r"\+(-?\d+)\+(-?\d+)", line)
-            if found:
-                width, height, x, y = map(int, found.groups())
-                if 100 < width < 500 and 40 < height < 300 and self.mapped(line.split()[0]):
-                    return x, y, width, height
+        for window, (x, y, width, height) in self.own_windows():
+            if 100 < width < 500 and 40 < height < 300 and self.mapped(window):
+                return x, y, width, height
         return None
 
     def mapped(self, window):
@@ -74,33 +68,36 @@ class TrayTest(InstanceTest):
 
     def await_menu_window(self):
         """Once it is where it stays."""
-        last = []
+        return wait_until_still(self.menu_window, "the menu", looks=4, pause=0.02)
 
-        def settled():
-            last.append(self.menu_window())
-            return last[-1] if len(last) > 4 and len(set(last[-4:])) == 1 else None
-        return wait_until(settled, "the menu")
-
-    def bring_back(self, launcher):
-        """By a click on the item, which is in the tray."""
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
-        self.desktop.xdo("click", 1)
-        launcher.await_active()
-
-    def picture(self, name):
-        return self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.{name}.png")
-
-
-class Embedded(TrayTest):
-    command = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
-               "--height", "32"]
-
-    def test_a_left_click_brings_the_window_forward_when_the_button_is_let_go(self):
+    def launch_in_tray(self):
+        """A tray, and the program, with the pointer at its item."""
         self.start_tray()
         launcher = self.launch()
         self.point_at_item()
+        return launcher
+
+    def open_menu(self):
+        self.desktop.xdo("click", 3)
+        wait_until(self.menu_window, "the menu")
+
+    def close_and_click(self, launcher):
+        """The click on the item, where the pointer is, brings the closed window back."""
+        launcher.close()
+        self.desktop.xdo("click", 1)
+        launcher.await_active()
+
+    def bring_back(self, launcher):
+        """Closed, by a click on the item, which is in the tray."""
+        self.point_at_item()
+        self.close_and_click(launcher)
+
+
+class Embedded(TrayTest):
+    command = TRAYER
+
+    def test_a_left_click_brings_the_window_forward_when_the_button_is_let_go(self):
+        launcher = self.launch_in_tray()
         for _ in range(ROUNDS):
             self.another_window_in_front(launcher)
             self.desktop.xdo("mousedown", 1)
@@ -109,22 +106,14 @@ class Embedded(TrayTest):
             launcher.await_active()
 
     def test_a_left_click_brings_a_closed_window_back(self):
-        self.start_tray()
-        launcher = self.launch()
-        self.point_at_item()
+        launcher = self.launch_in_tray()
         for _ in range(ROUNDS):
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
-            self.desktop.xdo("click", 1)
-            launcher.await_active()
+            self.close_and_click(launcher)
             self.assert_accessory(launcher)
 
     def test_a_button_let_go_beside_the_item_does_nothing(self):
-        self.start_tray()
-        launcher = self.launch()
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher = self.launch_in_tray()
+        launcher.close()
         self.desktop.xdo("mousedown", 1)
         self.desktop.move_pointer(400, 400)
         self.desktop.xdo("mouseup", 1)
@@ -150,46 +139,32 @@ class Embedded(TrayTest):
         self.assertEqual(launcher.menu_texts(), [OPEN, "—", QUIT])
 
     def test_the_menus_first_entry_opens_and_its_last_quits(self):
-        self.start_tray()
-        launcher = self.launch()
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
-        self.desktop.xdo("click", 3)
-        wait_until(self.menu_window, "the menu")
+        launcher = self.launch_in_tray()
+        launcher.close()
+        self.open_menu()
         self.desktop.key("Down", "Return")
         launcher.await_active()
-        self.desktop.xdo("click", 3)
-        wait_until(self.menu_window, "the menu")
+        self.open_menu()
         self.desktop.key("Up", "Return")
         self.assertEqual(launcher.process.wait(timeout=20), 0)
 
     def test_ctrl_q_quits_while_the_menu_is_open(self):
-        self.start_tray()
-        launcher = self.launch()
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
-        self.desktop.xdo("click", 3)
-        wait_until(self.menu_window, "the menu")
+        launcher = self.launch_in_tray()
+        launcher.close()
+        self.open_menu()
         self.desktop.key("ctrl+q")
         self.assertEqual(launcher.process.wait(timeout=20), 0)
 
     def test_a_click_on_the_menus_first_entry_opens(self):
-        self.start_tray()
-        launcher = self.launch()
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher = self.launch_in_tray()
+        launcher.close()
         self.desktop.xdo("click", 3)
         self.await_menu_window()
         self.desktop.click(launcher.await_node("menu item", OPEN))
         launcher.await_active()
 
     def test_the_item_says_its_name_under_the_pointer(self):
-        self.start_tray()
-        launcher = self.launch()
-        self.point_at_item()
+        launcher = self.launch_in_tray()
         self.assertEqual(launcher.await_node("tool tip", "Tavo Launcher").get_name(),
                          "Tavo Launcher")
         self.picture("tip")
@@ -204,11 +179,7 @@ class Embedded(TrayTest):
         launcher = self.launch()
         self.assertIsNone(self.item())
         self.start_tray()
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
-        self.desktop.xdo("click", 1)
-        launcher.await_active()
+        self.bring_back(launcher)
 
     def test_a_tray_that_crashes_and_returns_gets_the_item_again(self):
         tray = self.start_tray()
@@ -218,11 +189,7 @@ class Embedded(TrayTest):
         tray.wait()
         wait_until(lambda: self.item() is None, "the item to go")
         self.start_tray()
-        self.point_at_item()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
-        self.desktop.xdo("click", 1)
-        launcher.await_active()
+        self.bring_back(launcher)
         self.picture("returned")
 
 
@@ -289,20 +256,32 @@ class Notified(TrayTest):
     """A panel that draws the item itself; made up, so that it does what the protocol says."""
 
     def start_panel(self, *arguments):
-        panel = subprocess.Popen(
-            ["/usr/bin/python3", "-W", "ignore",
-             str(pathlib.Path(__file__).with_name("status_notifier_watcher.py")), *arguments],
-            env=self.desktop.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-            preexec_fn=_end_with_parent)
-        self.addCleanup(self.end_panel, panel)
-        self.assertIn("ready", panel.stdout.readline())
+        return self.stand_in("status_notifier_watcher.py", *arguments)
+
+    def await_registered(self, panel):
+        self.assertIn("registered", panel.stdout.readline())
+
+    def start_panel_with_item(self):
+        """After the program was started."""
+        panel = self.start_panel()
+        self.await_registered(panel)
         return panel
 
-    def end_panel(self, panel):
-        panel.kill()
-        panel.wait()
-        panel.stdin.close()
-        panel.stdout.close()
+    def launch_on_panel(self, **options):
+        """A panel, and the program, whose item is on it."""
+        panel = self.start_panel()
+        launcher = self.launch(**options)
+        self.await_registered(panel)
+        return panel, launcher
+
+    def click_in(self, panel, launcher):
+        """The click on the item in the panel brings the closed window back."""
+        launcher.close()
+        self.tell(panel, "activate")
+        launcher.await_active()
+
+    def assert_menu(self, panel):
+        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
 
     def ask(self, panel, command):
         self.tell(panel, command)
@@ -313,21 +292,14 @@ class Notified(TrayTest):
         panel.stdin.flush()
 
     def test_a_click_brings_a_closed_window_back(self):
-        panel = self.start_panel()
-        launcher = self.launch()
-        self.assertIn("registered", panel.stdout.readline())
+        panel, launcher = self.launch_on_panel()
         for _ in range(ROUNDS):
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
-            self.tell(panel, "activate")
-            launcher.await_active()
+            self.click_in(panel, launcher)
             self.assert_accessory(launcher)
 
     def test_the_panel_is_given_menu_tool_tip_and_symbol(self):
-        panel = self.start_panel()
-        self.launch()
-        self.assertIn("registered", panel.stdout.readline())
-        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+        panel, _ = self.launch_on_panel()
+        self.assert_menu(panel)
         self.assertEqual(self.ask(panel, "tooltip"), "Tavo Launcher")
         sizes = [int(size) for size in self.ask(panel, "sizes").split()]
         self.assertGreaterEqual(len(sizes), 3)
@@ -339,18 +311,10 @@ class Notified(TrayTest):
         shutil.copy(harness.PROGRAM, folder / "tavolauncher")
         shutil.copytree(pathlib.Path(harness.PROGRAM).parent / "resources", folder / "resources")
         (folder / "resources/symbols/square.grid.3x3.svg").unlink()
-        panel = self.start_panel()
-        launcher = self.launch(program=folder / "tavolauncher")
-        self.assertIn("registered", panel.stdout.readline())
+        panel, launcher = self.launch_on_panel(program=folder / "tavolauncher")
         self.assertEqual(self.ask(panel, "tooltip"), "Tavo Launcher")
-        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+        self.assert_menu(panel)
         self.click_in(panel, launcher)
-
-    def click_in(self, panel, launcher):
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
-        self.tell(panel, "activate")
-        launcher.await_active()
 
     def launch_with_returning_bus(self):
         """The program, and what starts a bus for it and ends that again."""
@@ -377,71 +341,63 @@ class Notified(TrayTest):
         bus = start_bus()
         panel = self.start_panel()
         launcher = self.launch(wait=False).await_active()
+        self.await_registered(panel)
         for _ in range(2):
-            self.assertIn("registered", panel.stdout.readline())
             self.click_in(panel, launcher)
             end_bus(bus)
-            self.end_panel(panel)
+            self.end_stand_in(panel)
             bus = start_bus()
-            panel = self.start_panel()
-        self.assertIn("registered", panel.stdout.readline())
+            panel = self.start_panel_with_item()
         self.click_in(panel, launcher)
 
     def test_a_bus_that_comes_after_the_program_has_the_item(self):
         start_bus, _ = self.launch_with_returning_bus()
         launcher = self.launch(wait=False).await_active()
         start_bus()
-        panel = self.start_panel()
-        self.assertIn("registered", panel.stdout.readline())
+        panel = self.start_panel_with_item()
         self.click_in(panel, launcher)
 
     def test_a_panel_that_comes_after_seconds_has_the_item(self):
         launcher = self.launch()
         time.sleep(LATE)
-        panel = self.start_panel()
-        self.assertIn("registered", panel.stdout.readline())
+        panel = self.start_panel_with_item()
         self.click_in(panel, launcher)
 
     def test_a_panel_after_a_tray_and_a_tray_after_a_panel_have_the_item(self):
-        tray = self.desktop.start(Embedded.command, log="tray.log")
+        tray = self.desktop.start(TRAYER, log="tray.log")
         launcher = self.launch()
         self.bring_back(launcher)
         tray.kill()
         tray.wait()
-        panel = self.start_panel()
-        self.assertIn("registered", panel.stdout.readline())
+        panel = self.start_panel_with_item()
         self.click_in(panel, launcher)
-        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
-        self.end_panel(panel)
-        self.desktop.start(Embedded.command, log="tray.log")
+        self.assert_menu(panel)
+        self.end_stand_in(panel)
+        self.desktop.start(TRAYER, log="tray.log")
         self.bring_back(launcher)
 
     def test_the_item_moves_to_a_panel_that_draws_it_and_back_to_the_tray(self):
-        self.desktop.start(Embedded.command, log="tray.log")
+        self.desktop.start(TRAYER, log="tray.log")
         launcher = self.launch()
         self.await_item()
-        panel = self.start_panel()
-        self.assertIn("registered", panel.stdout.readline())
+        panel = self.start_panel_with_item()
         wait_until(lambda: self.item() is None, "the item to leave the tray")
         self.click_in(panel, launcher)
-        self.end_panel(panel)
+        self.end_stand_in(panel)
         self.bring_back(launcher)
 
     def test_a_panel_that_embeds_first_and_draws_itself_a_moment_later_has_the_menu(self):
-        self.desktop.start(Embedded.command, log="tray.log")
+        self.desktop.start(TRAYER, log="tray.log")
         wait_until(lambda: "Trayer Panel" in self.desktop.run("xwininfo", "-root", "-tree")
                    or '"trayer"' in self.desktop.run("xwininfo", "-root", "-tree"), "the tray")
         panel = self.start_panel("late")
         self.launch()
-        self.assertIn("registered", panel.stdout.readline())
-        self.assertEqual(self.ask(panel, "menu"), f"{OPEN} | — | {QUIT}")
+        self.await_registered(panel)
+        self.assert_menu(panel)
 
     def test_the_menus_first_entry_opens_and_its_last_quits(self):
-        panel = self.start_panel()
-        launcher = self.launch()
-        self.assertIn("registered", panel.stdout.readline())
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        panel, launcher = self.launch_on_panel()
+        launcher.close()
         self.tell(panel, f"choose {OPEN}")
         launcher.await_active()
         self.tell(panel, f"choose {QUIT}")
@@ -450,13 +406,9 @@ class Notified(TrayTest):
     def test_a_panel_that_comes_late_crashes_and_returns_has_the_item_each_time(self):
         launcher = self.launch()
         for _ in range(3):
-            panel = self.start_panel()
-            self.assertIn("registered", panel.stdout.readline())
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
-            self.tell(panel, "activate")
-            launcher.await_active()
-            self.end_panel(panel)
+            panel = self.start_panel_with_item()
+            self.click_in(panel, launcher)
+            self.end_stand_in(panel)
 
 
 class NotifiedUnderXfwm4(Notified):
@@ -472,28 +424,31 @@ class PanelTest(InstanceTest):
         super().setUp()
         self.configure()
 
-    def bring_back(self, launcher):
+    def close_and_click(self, launcher):
+        """The click on the item brings the closed window back."""
+        launcher.close()
         self.click()
-        wait_until(launcher.is_shown, "the window")
+        launcher.await_active()
 
     def start_panel(self):
         return self.desktop.start(self.command, self.session, log="panel.log")
 
-    def pixels(self):
-        """The colours where the item is, as a picture's bytes."""
-        return subprocess.run(["import", "-window", "root", "-crop", "28x28+2+2", "rgb:-"],
-                              env=self.desktop.environment, capture_output=True).stdout
+    def symbol(self):
+        """The colours where the item is, as a picture's bytes. None unless it is light on dark or
+        dark on light: two colours far from each other."""
+        shown = subprocess.run(["import", "-window", "root", "-crop", "28x28+2+2", "rgb:-"],
+                               env=self.desktop.environment, capture_output=True).stdout
+        return shown if shown and max(shown) - min(shown) > 120 else None
 
     def await_symbol(self):
-        """Light on dark or dark on light: two colours far from each other, and it stays so."""
-        last = []
+        wait_until_still(self.symbol, "the symbol in the panel")
 
-        def there():
-            shown = self.pixels()
-            last.append(shown)
-            return (len(last) > 8 and len(set(last[-8:])) == 1 and shown
-                    and max(shown) - min(shown) > 120)
-        wait_until(there, "the symbol in the panel", pause=0.05)
+    def launch_on_panel(self):
+        """A panel, and the program, whose item can be seen on it."""
+        self.start_panel()
+        launcher = self.launch()
+        self.await_symbol()
+        return launcher
 
     def menu_heights(self):
         """Of the panel's menus in view: windows of some size that no manager has."""
@@ -544,25 +499,17 @@ class XfcePanel(PanelTest):
             '<property name="plugin-1" type="string" value="systray"/></property></channel>')
 
     def test_a_left_click_brings_a_closed_window_back(self):
-        self.start_panel()
-        launcher = self.launch()
-        self.await_symbol()
-        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.png")
+        launcher = self.launch_on_panel()
+        self.picture("symbol")
         for _ in range(ROUNDS):
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
-            self.bring_back(launcher)
-            launcher.await_active()
+            self.close_and_click(launcher)
             self.assert_accessory(launcher)
 
     def test_a_right_click_opens_the_menu_whose_entries_open_and_quit(self):
-        self.start_panel()
-        launcher = self.launch()
-        self.await_symbol()
-        self.desktop.key("ctrl+w")
-        self.await_hidden(launcher)
+        launcher = self.launch_on_panel()
+        launcher.close()
         self.open_menu()
-        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.menu.png")
+        self.picture("menu")
         self.desktop.key("Down", "Return")
         launcher.await_active()
         self.open_menu()
@@ -578,10 +525,8 @@ class XfcePanel(PanelTest):
                             "panel_position = bottom center horizontal\n")
         self.desktop.start(["tint2", "-c", settings], log="other.log")
         wait_until(lambda: "DOCK" in self.window_types(), "the other panel")
-        self.start_panel()
-        self.launch()
-        self.await_symbol()
-        self.desktop.screenshot(ARTIFACTS / f"{type(self).__name__}.other.png")
+        self.launch_on_panel()
+        self.picture("other")
 
     def window_types(self):
         windows = re.findall("0x[0-9a-f]+", self.desktop.run("xprop", "-root", "_NET_CLIENT_LIST"))
@@ -594,10 +539,7 @@ class XfcePanel(PanelTest):
             panel = self.start_panel()
             self.desktop.move_pointer(600, 700)  # what it points at may look different
             self.await_symbol()
-            self.desktop.key("ctrl+w")
-            self.await_hidden(launcher)
-            self.bring_back(launcher)
-            launcher.await_active()
+            self.close_and_click(launcher)
             panel.kill()
             panel.wait()
 

@@ -6,7 +6,7 @@ import re
 import shutil
 import subprocess
 
-from harness import ARTIFACTS, PROGRAM, DesktopError, Launcher, wait_until
+from harness import PROGRAM, DesktopError, Launcher, wait_until, wait_until_still
 from test_single_instance import InstanceTest
 
 APP_ID = "org.tavolauncher.TavoLauncher"
@@ -60,24 +60,18 @@ class Sway(InstanceTest):
         self.tell(f"[app_id={APP_ID}] kill")
         wait_until(lambda: self.focused() != APP_ID, "the window to go")
 
-    def item_pixels(self):
-        """Where the item is: at the bar's right end."""
+    def symbol(self):
+        """The pixels where the item is, at the bar's right end; None unless some are light and some
+        dark."""
         (output,) = json.loads(self.swaymsg("-t", "get_outputs", "-r").stdout)
         self.item = output["rect"]["width"] - 12, 16
-        return subprocess.run(["import", "-window", "root", "-crop", f"24x24+{self.item[0] - 12}+4",
-                               "-depth", "8", "gray:-"], env=self.desktop.environment,
-                              capture_output=True).stdout
+        shown = subprocess.run(["import", "-window", "root", "-crop", f"24x24+{self.item[0] - 12}+4",
+                                "-depth", "8", "gray:-"], env=self.desktop.environment,
+                               capture_output=True).stdout
+        return shown if shown and min(shown) < 100 and max(shown) > 200 else None
 
     def await_symbol(self):
-        """Light and dark in one place, and it stays so."""
-        last = []
-
-        def there():
-            shown = self.item_pixels()
-            last.append(shown)
-            return (len(last) > 8 and len(set(last[-8:])) == 1 and shown
-                    and min(shown) < 100 and max(shown) > 200)
-        wait_until(there, "the symbol in the bar", pause=0.05)
+        wait_until_still(self.symbol, "the symbol in the bar")
 
     def click_item(self, button=1):
         self.desktop.move_pointer(*self.item)
@@ -106,7 +100,7 @@ class Sway(InstanceTest):
         self.close_window()
         self.assertEqual(self.start_there([PROGRAM]).wait(timeout=20), 0)
         self.await_focused(APP_ID)
-        self.desktop.screenshot(ARTIFACTS / "Sway.png")
+        self.picture("back")
         self.assertIsNone(first.poll())
 
     def test_the_item_is_seen_on_a_dark_bar_and_on_a_light_one(self):
@@ -117,7 +111,7 @@ class Sway(InstanceTest):
             self.bar.wait()
             self.bar = self.start_bar(look)
             self.await_symbol()
-            self.desktop.screenshot(ARTIFACTS / f"Sway.{look}-bar.png")
+            self.picture(f"{look}-bar")
 
     def test_a_click_on_the_item_brings_a_closed_window_back(self):
         self.start_there([PROGRAM])
@@ -148,7 +142,7 @@ class Sway(InstanceTest):
             before = self.desktop.pixels()
             self.click_item(3)
             left, top, bottom = wait_until(lambda: self.menu_place(before), "the menu")
-            self.desktop.screenshot(ARTIFACTS / "Sway.menu.png")
+            self.picture("menu")
             menu, y = self.desktop.pixels(), round(top + (bottom - top) * height)
             self.desktop.move_pointer(left + 40, y)
             try:

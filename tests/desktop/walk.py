@@ -3,10 +3,36 @@ somebody has: a "hand" knows how to do each step, with keys alone or through the
 alone. The walk looks at the result of each step where users and other programs see it.
 """
 
-from harness import Store
+from harness import Store, text_of
 
 FIXED = ["Tutte", "Preferite", "Recenti", "Nascoste"]
 DEFAULTS = ["Lavoro", "Creatività", "Utility"]
+
+
+class Hand:
+    """What both hands have: they look at what comes of each step."""
+
+    def __init__(self, desktop, launcher):
+        self.desktop, self.launcher = desktop, launcher
+
+    def await_text(self, field, wanted):
+        def text():
+            return text_of(self.launcher.node("text", field))
+        self.launcher.await_equal(text, wanted)
+
+    def await_category(self, name):
+        self.launcher.await_node("text", f"Nome categoria: {name}")
+        self.await_text("Nuova categoria", "")
+
+    def await_no_category(self, name):
+        self.launcher.await_equal(lambda: self.launcher.node("text", f"Nome categoria: {name}"),
+                                  None)
+
+    def await_saved(self):
+        self.launcher.await_equal(lambda: self.launcher.node("dialog"), None)
+
+    def await_selected(self, row):
+        self.launcher.await_equal(self.launcher.selected_row, row)
 
 
 class Walk:
@@ -26,6 +52,24 @@ class Walk:
     def restart(self):
         self.test.assertEqual(self.launcher.quit(), 0)
         self.start()
+
+    def make_use_and_undo(self):
+        self.make_nested_category_with_keywords()
+        self.see_what_the_keywords_found()
+        self.assign_by_hand()
+        self.favour()
+        self.hide()
+        self.show_again()
+        self.delete_the_category()
+
+    def restart_in_the_middle(self):
+        self.make_nested_category_with_keywords()
+        self.assign_by_hand()
+        self.favour()
+        self.hide()
+        self.restart()
+        self.find_everything_as_it_was_left_hidden()
+        self.show_again()
 
     def make_nested_category_with_keywords(self):
         self.hand.open_editor()
