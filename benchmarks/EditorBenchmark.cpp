@@ -21,6 +21,7 @@
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/MadeUpView.h"
 #include "ui/CategoryRows.h"
 #include "ui/LauncherStyle.h"
 #include "ui/LauncherView.h"
@@ -51,11 +52,7 @@ public:
         }
         harness_.store(categories);
         harness_.storeRules(rules);
-        view_ = std::make_unique<LauncherView>(LauncherView::World{.platform = harness_.platform(),
-                                                                   .text = TextRules("it_IT"),
-                                                                   .icons = icons_,
-                                                                   .mainQueue = harness_.mainQueue},
-                                               nullptr);
+        view_ = makeMadeUpView(harness_, icons_);
         view_->resize(980, 640);
         view_->show();
         QCoreApplication::processEvents();

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/ApplicationNames.h"
 #include <benchmark/benchmark.h>
 
 #include "catalogue/CategoryRule.h"
@@ -16,16 +17,6 @@ namespace {
 
 constexpr int kCategoryCount = 200;
 constexpr int kKeywordCount = 10;
-
-// Every tenth name has letters beyond ASCII, as names of applications do.
-std::string nameOf(int number) {
-    static const char* const kFirst[] = {"Visual", "Super", "Gnome",   "Editor",  "Foto",
-                                         "Media",  "Disk",  "Système", "Network", "Caffè"};
-    static const char* const kSecond[] = {"Studio",   "Viewer", "Manager", "Player",  "Tool",
-                                          "Писатель", "Center", "Browser", "Monitor", "Lab"};
-    return std::string(kFirst[number % 10]) + " " + kSecond[(number / 10) % 10] + " " +
-           std::to_string(number);
-}
 
 std::string keywordOf(int category, int number) {
     return "keyword" + std::to_string(category * kKeywordCount + number);
@@ -39,7 +30,7 @@ ModelHarness& harnessOf(int count) {
         harness = std::make_unique<ModelHarness>("it_IT");
         std::vector<std::string> names;
         for (int i = 0; i < count; ++i) {
-            names.push_back(nameOf(i));
+            names.push_back(applicationName(i));
         }
         harness->install(names);
         std::vector<LauncherCategory> categories;
@@ -53,7 +44,7 @@ ModelHarness& harnessOf(int count) {
                 rule += ", " + keywordOf(c, k);
             }
             rules[id] = rule;
-            assignments[id] = {ModelHarness::pathOf(nameOf(c % count))};
+            assignments[id] = {ModelHarness::pathOf(applicationName(c % count))};
         }
         harness->store(categories);
         harness->storeRules(rules);

@@ -17,10 +17,12 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/ApplicationNames.h"
 #include <benchmark/benchmark.h>
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/MadeUpView.h"
 #include "ui/LauncherView.h"
 #include "ui/TileGrid.h"
 
@@ -28,15 +30,6 @@ namespace tavo {
 namespace {
 
 constexpr int kApplications = 5'000;
-
-std::string nameOf(int number) {
-    static const char* const kFirst[] = {"Visual", "Super", "Gnome",   "Editor",  "Foto",
-                                         "Media",  "Disk",  "Système", "Network", "Caffè"};
-    static const char* const kSecond[] = {"Studio",   "Viewer", "Manager", "Player",  "Tool",
-                                          "Писатель", "Center", "Browser", "Monitor", "Lab"};
-    return std::string(kFirst[number % 10]) + " " + kSecond[(number / 10) % 10] + " " +
-           std::to_string(number);
-}
 
 enum class Icons { Held, Coming };
 
@@ -46,18 +39,14 @@ public:
     Window(int categories, Icons icons) {
         std::vector<std::string> names;
         for (int i = 0; i < kApplications; ++i) {
-            names.push_back(nameOf(i));
+            names.push_back(applicationName(i));
         }
         world_.install(names);
         storeCategories(categories);
         if (icons == Icons::Held) {
             icons_.hold();
         }
-        view_ = std::make_unique<LauncherView>(LauncherView::World{.platform = world_.platform(),
-                                                                   .text = TextRules("it_IT"),
-                                                                   .icons = icons_,
-                                                                   .mainQueue = world_.mainQueue},
-                                               nullptr);
+        view_ = makeMadeUpView(world_, icons_);
         view_->resize(980, 640);
         view_->show();
         settle();
@@ -105,7 +94,7 @@ private:
         for (int c = 0; c < count; ++c) {
             const std::string id = "id" + std::to_string(c);
             categories.emplace_back(id, "Gruppo " + std::to_string(c));
-            assignments[id] = {ModelHarness::pathOf(nameOf(c))};
+            assignments[id] = {ModelHarness::pathOf(applicationName(c))};
         }
         if (count > 0) {
             world_.store(categories);

@@ -24,18 +24,16 @@ meanwhile; what tray and bus cause is part of the count.
 The exit status is 0 when all was measured, whatever came out, and 1 when something could not be.
 """
 
-import argparse
 import collections
 import pathlib
 import re
-import shutil
 import statistics
 import subprocess
 import sys
-import tempfile
 import time
 
-from side_by_side import OURS, ROFI, SOURCE, Contest, Desktop, make_tree, median, spread
+from side_by_side import (
+    OURS, ROFI, Contest, make_tree, measured, median, parser_for, spread)
 
 ENTRIES = 200
 # The caret rests ten seconds after the last input.
@@ -191,7 +189,9 @@ def print_wake_ups(what, counted, seconds):
     sys.stdout.flush()
 
 
-def measure(contest, arguments):
+def measure(desktop, watch, program, arguments, folder):
+    make_tree(folder / "share", ENTRIES)
+    contest = Contest(desktop, watch, program, folder / "share", folder / "caches")
     resident = Resident(contest)
     found = measure_calls(resident, arguments.runs)
     if all(found[name] for name in (SECOND, CLICK, ROFI)):
@@ -209,30 +209,11 @@ def measure(contest, arguments):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
-    parser.add_argument("program", nargs="?", default=SOURCE / "build/release/tavolauncher",
-                        type=pathlib.Path)
+    parser = parser_for(__doc__)
     parser.add_argument("--runs", type=int, default=20, help="showings of each kind that count")
     parser.add_argument("--idle", type=int, default=60, help="seconds; 0 leaves this out")
-    parser.add_argument("--watch", type=pathlib.Path, help="the path of tavo_frame_watch")
-    arguments = parser.parse_args()
-    program = arguments.program.resolve()
-    watch = (arguments.watch or program.parent / "bin/tavo_frame_watch").resolve()
-    missing = [name for name in ("Xvfb", "dbus-daemon", "openbox", "tint2", "xdotool", "xprop",
-                                 "xwininfo", "rofi") if not shutil.which(name)]
-    missing += [str(path) for path in (program, watch) if not path.exists()]
-    if missing:
-        print("not measured, missing:", ", ".join(missing), file=sys.stderr)
-        return 1
-    with tempfile.TemporaryDirectory(prefix="resident-") as name:
-        folder = pathlib.Path(name)
-        with Desktop(folder, "") as desktop:
-            make_tree(folder / "share", ENTRIES)
-            contest = Contest(desktop, watch, program, folder / "share", folder / "caches")
-            failures = measure(contest, arguments)
-    for failure, times in collections.Counter(failures).items():
-        print(f"not measured, {times} times:", failure, file=sys.stderr)
-    return 1 if failures else 0
+    return measured(parser.parse_args(), ("Xvfb", "dbus-daemon", "openbox", "tint2", "xdotool",
+                                          "xprop", "xwininfo", "rofi"), "", measure)
 
 
 if __name__ == "__main__":

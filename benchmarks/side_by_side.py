@@ -366,31 +366,44 @@ def measure(desktop, watch, program, arguments, folder):
     return failures
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
+def parser_for(documentation):
+    """Of what all measurements take."""
+    parser = argparse.ArgumentParser(description=documentation.split("\n", 1)[0])
     parser.add_argument("program", nargs="?", default=SOURCE / "build/release/tavolauncher",
                         type=pathlib.Path)
+    parser.add_argument("--watch", type=pathlib.Path, help="the path of tavo_frame_watch")
+    return parser
+
+
+def measured(arguments, programs, desktop_name, measure):
+    """The exit status of `measure` on a private desktop: it answers what could not be measured.
+    Nothing is measured when one of `programs` is missing."""
+    program = arguments.program.resolve()
+    watch = (arguments.watch or program.parent / "bin/tavo_frame_watch").resolve()
+    missing = [name for name in programs if not shutil.which(name)]
+    missing += [str(path) for path in (program, watch) if not path.exists()]
+    if missing:
+        print("not measured, missing:", ", ".join(missing), file=sys.stderr)
+        return 1
+    with tempfile.TemporaryDirectory(prefix="measured-") as name:
+        folder = pathlib.Path(name)
+        with Desktop(folder, desktop_name) as desktop:
+            failures = measure(desktop, watch, program, arguments, folder)
+    for failure, times in collections.Counter(failures).items():
+        print(f"not measured, {times} times:", failure, file=sys.stderr)
+    return 1 if failures else 0
+
+
+def main():
+    parser = parser_for(__doc__)
     parser.add_argument("--runs", type=int, default=10, help="starts of each program that count")
     parser.add_argument("--entries", default=[200, 5000],
                         type=lambda text: [int(part) for part in text.split(",")],
                         help="numbers of desktop entries; memory is taken with the first")
     parser.add_argument("--desktop", default="", help="XDG_CURRENT_DESKTOP, otherwise not set")
-    parser.add_argument("--watch", type=pathlib.Path, help="the path of tavo_frame_watch")
     arguments = parser.parse_args()
-    program = arguments.program.resolve()
-    watch = (arguments.watch or program.parent / "bin/tavo_frame_watch").resolve()
-    missing = [name for name in ("Xvfb", "dbus-daemon", "openbox", "xprop") if not shutil.which(name)]
-    missing += [str(path) for path in (program, watch) if not path.exists()]
-    if missing:
-        print("not measured, missing:", ", ".join(missing), file=sys.stderr)
-        return 1
-    with tempfile.TemporaryDirectory(prefix="side-by-side-") as name:
-        folder = pathlib.Path(name)
-        with Desktop(folder, arguments.desktop) as desktop:
-            failures = measure(desktop, watch, program, arguments, folder)
-    for failure, times in collections.Counter(failures).items():
-        print(f"not measured, {times} times:", failure, file=sys.stderr)
-    return 1 if failures else 0
+    return measured(arguments, ("Xvfb", "dbus-daemon", "openbox", "xprop"), arguments.desktop,
+                    measure)
 
 
 if __name__ == "__main__":

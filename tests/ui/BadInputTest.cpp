@@ -19,6 +19,7 @@
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/Geometry.h"
+#include "tests/ui/MadeUpView.h"
 #include "ui/AlertSheet.h"
 #include "ui/CategoryEditor.h"
 #include "ui/CategoryList.h"
@@ -62,12 +63,7 @@ class BadInputTest : public testing::Test {
 protected:
     LauncherView& view() {
         if (!view_) {
-            view_ =
-                std::make_unique<LauncherView>(LauncherView::World{.platform = world.platform(),
-                                                                   .text = TextRules("it_IT"),
-                                                                   .icons = icons,
-                                                                   .mainQueue = world.mainQueue},
-                                               nullptr);
+            view_ = makeMadeUpView(world, icons);
             view_->resize(size);
             view_->show();
             EXPECT_TRUE(QTest::qWaitForWindowExposed(view_.get()));

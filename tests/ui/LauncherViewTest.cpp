@@ -9,6 +9,7 @@
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/MadeUpView.h"
 #include "ui/AlertSheet.h"
 #include "ui/CategoryList.h"
 #include "ui/DisplayText.h"
@@ -23,12 +24,7 @@ class LauncherViewTest : public testing::Test {
 protected:
     LauncherView& view() {
         if (!view_) {
-            view_ =
-                std::make_unique<LauncherView>(LauncherView::World{.platform = world.platform(),
-                                                                   .text = TextRules("it_IT"),
-                                                                   .icons = icons,
-                                                                   .mainQueue = world.mainQueue},
-                                               nullptr);
+            view_ = makeMadeUpView(world, icons);
             view_->onClose = [this] { ++closed; };
             view_->onEscape = [this] { ++escaped; };
             view_->resize(980, 640);

@@ -1,0 +1,21 @@
+// The whole content of the window over a made-up world.
+#pragma once
+
+#include <memory>
+
+#include "tests/catalogue/ModelHarness.h"
+#include "tests/fakes/FakeIconSource.h"
+#include "ui/LauncherView.h"
+
+namespace tavo {
+
+// In Italian, and not shown. What it is made over outlives it.
+inline std::unique_ptr<LauncherView> makeMadeUpView(ModelHarness& world, FakeIconSource& icons) {
+    return std::make_unique<LauncherView>(LauncherView::World{.platform = world.platform(),
+                                                              .text = TextRules("it_IT"),
+                                                              .icons = icons,
+                                                              .mainQueue = world.mainQueue},
+                                          nullptr);
+}
+
+}  // namespace tavo
