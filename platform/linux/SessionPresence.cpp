@@ -23,6 +23,10 @@ namespace {
 // A start sends its message in the moment in which it connects.
 constexpr std::chrono::milliseconds kMessagePatience{1000};
 
+// Without a descriptor to spare nobody is let in. Whoever knocks meanwhile waits in the system's
+// queue, with its message; this is shorter than it waits for an answer.
+constexpr std::chrono::milliseconds kBeforeLettingIn{100};
+
 }  // namespace
 
 // Between the main thread and the presence's; what waits in the main queue finds it gone.
@@ -184,7 +188,7 @@ public:
                       .process = [this](pid_t process) { shared_->setNotifierProcess(process); }}) {
         thread_->post([this] {
             if (socket_) {
-                listener_ = watch(socket_->listener(), &Presence::knocked, this);
+                listen();
             }
             link_.connect();
         });
@@ -258,8 +262,15 @@ private:
         return ScopedSource(source);
     }
 
-    static gboolean knocked(gint /*listener*/, GIOCondition /*condition*/, gpointer data) {
-        static_cast<Presence*>(data)->admit();
+    void listen() { listener_ = watch(socket_->listener(), &Presence::knocked, this); }
+
+    // A listener that stays readable, because nobody could be let in, would be told of without end.
+    static gboolean knocked(gint listener, GIOCondition /*condition*/, gpointer data) {
+        Presence& self = *static_cast<Presence*>(data);
+        if (!self.admit() && isReadable(listener)) {
+            self.listener_.end();
+            self.pause_ = self.thread_->after(kBeforeLettingIn, [&self] { self.listen(); });
+        }
         return G_SOURCE_CONTINUE;
     }
 
@@ -333,6 +344,7 @@ private:
 
     void leave() {
         listener_.end();
+        pause_.end();
         callers_.clear();
         held_.clear();
         socket_.reset();
@@ -351,6 +363,7 @@ private:
     StatusNotifierWatch notifiers_;
     std::unique_ptr<NotifierItem> item_;  // while it is offered
     ScopedSource listener_;
+    ScopedSource pause_;  // instead of it, for a moment
     std::map<int, Caller> callers_;
     bool shows_ = false;
     std::vector<FileDescriptor> held_;  // starts that wait until it is sure that the window comes

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <ctime>
 #include <deque>
 #include <filesystem>
 #include <memory>
@@ -7,6 +9,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <gtest/gtest.h>
 
@@ -202,6 +208,52 @@ TEST_F(SessionPresenceTest, a_process_that_a_start_waits_for_does_not_end) {
     Side first(in("one"), "");
     ASSERT_EQ(claim(in("one"), kRequest).claim, InstanceClaim::HandedOver);
     EXPECT_FALSE(first.presence.endUnlessAsked());
+}
+
+// As long as it lives, this process has no descriptor left for anything new.
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before_), 0);
+        const FileDescriptor firstFree(::dup(STDIN_FILENO));
+        rlimit none = before_;
+        none.rlim_cur = static_cast<rlim_t>(firstFree.get());
+        EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+
+private:
+    rlimit before_ = {};
+};
+
+std::chrono::nanoseconds processorTime() {
+    timespec used = {};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
+
+TEST_F(SessionPresenceTest, a_start_that_finds_no_descriptor_left_waits_without_work_for_one) {
+    Side first(in("one"), "");
+    const FileDescriptor start(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    sockaddr_un place = {};
+    place.sun_family = AF_UNIX;
+    const std::string file = folder_.path("one/tavolauncher.socket");
+    std::copy(file.begin(), file.end(), place.sun_path);
+    {
+        const NoDescriptors none;
+        ASSERT_EQ(::connect(start.get(), reinterpret_cast<const sockaddr*>(&place), sizeof place),
+                  0);
+        constexpr char kMessage[] = "panel-1_TIME42\0token";
+        ASSERT_EQ(::send(start.get(), kMessage, sizeof kMessage, 0), ssize_t{sizeof kMessage});
+        const auto before = processorTime();
+        EXPECT_FALSE(becomesTrueSoon(
+            [&] { return processorTime() - before > std::chrono::milliseconds(400); }));
+    }
+    EXPECT_TRUE(first.awaitRequest(kRequest));
+    char answer = 0;
+    EXPECT_EQ(::recv(start.get(), &answer, 1, 0), 1);
 }
 
 TEST_F(SessionPresenceTest, after_it_has_ended_the_next_start_is_the_first) {
