@@ -17,6 +17,7 @@ constexpr char kMenuPath[] = "/StatusNotifierItem/Menu";
 constexpr char kId[] = "tavolauncher";
 // Compositors' tokens are some dozens of letters.
 constexpr std::size_t kLongestToken = 4096;
+constexpr std::chrono::seconds kTokenHolds{5};
 
 constexpr char kDescription[] =
     "<node><interface name='org.kde.StatusNotifierItem'>"
@@ -81,9 +82,11 @@ GVariant* pixmaps(const std::vector<ItemImage>& images) {
 
 }  // namespace
 
-NotifierItem::NotifierItem(DrawnItem item, std::function<void(const ItemClick&)> clicked)
+NotifierItem::NotifierItem(DrawnItem item, std::function<void(const ItemClick&)> clicked,
+                           std::function<Clock::time_point()> now)
     : item_(std::move(item)),
       clicked_(std::move(clicked)),
+      now_(std::move(now)),
       name_(newName()),
       object_(kDescription, {.call =
                                  [this](const char* method, GVariant* parameters,
@@ -114,6 +117,7 @@ void NotifierItem::leave() {
     }
     object_.withdraw();
     menu_.withdraw();
+    token_.clear();
     bus_ = nullptr;
 }
 
@@ -140,6 +144,7 @@ void NotifierItem::called(const std::string& method, GVariant* parameters,
         const char* token = nullptr;
         g_variant_get(parameters, "(&s)", &token);
         token_ = std::string(token).size() <= kLongestToken ? token : "";
+        tokenCame_ = now_();
     }
     g_dbus_method_invocation_return_value(invocation, nullptr);
 }
@@ -179,8 +184,11 @@ GVariant* NotifierItem::property(const std::string& name) const {
 }
 
 void NotifierItem::click(std::optional<std::size_t> entry) {
-    clicked_({.entry = entry, .request = {.startupId = "", .activationToken = token_}});
-    token_.clear();
+    std::string token = std::exchange(token_, {});
+    if (now_() - tokenCame_ > kTokenHolds) {
+        token.clear();
+    }
+    clicked_({.entry = entry, .request = {.startupId = "", .activationToken = std::move(token)}});
 }
 
 }  // namespace tavo

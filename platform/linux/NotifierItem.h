@@ -2,7 +2,9 @@
 // names of KDE that are in use everywhere).
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <gio/gio.h>
@@ -16,9 +18,13 @@ namespace tavo {
 // Everything happens on the thread that it is made on.
 class NotifierItem {
 public:
+    using Clock = std::chrono::steady_clock;
+
     // `clicked` hears what the user did. A token that the panel hands over goes with the click that
-    // comes next.
-    NotifierItem(DrawnItem item, std::function<void(const ItemClick&)> clicked);
+    // comes next, if that comes within five seconds: the user may choose from the menu first. No
+    // other click gets it. `now` tells the time.
+    NotifierItem(DrawnItem item, std::function<void(const ItemClick&)> clicked,
+                 std::function<Clock::time_point()> now = Clock::now);
     NotifierItem(const NotifierItem&) = delete;
     NotifierItem& operator=(const NotifierItem&) = delete;
     ~NotifierItem() { leave(); }
@@ -42,11 +48,13 @@ private:
 
     DrawnItem item_;
     const std::function<void(const ItemClick&)> clicked_;
+    const std::function<Clock::time_point()> now_;
     // Of its own: panels drop an item when its name goes, and one that is made anew has another.
     const std::string name_;
     BusObject object_;
     NotifierMenu menu_;
     std::string token_;
+    Clock::time_point tokenCame_;
     GDBusConnection* bus_ = nullptr;  // while it is offered there
     guint watch_ = 0;
 };

@@ -32,16 +32,23 @@ class NotifierItemTest : public testing::Test {
 protected:
     NotifierItemTest() : bus_(folder_), ours_(std::make_unique<Client>(address())) {
         onThread([this] {
-            item_ = std::make_unique<NotifierItem>(someItem(), [this](const ItemClick& click) {
-                const std::lock_guard lock(mutex_);
-                clicks_.push_back(click);
-                changed_.notify_all();
-            });
+            item_ = std::make_unique<NotifierItem>(
+                someItem(),
+                [this](const ItemClick& click) {
+                    const std::lock_guard lock(mutex_);
+                    clicks_.push_back(click);
+                    changed_.notify_all();
+                },
+                [this] { return now_; });
             item_->follow(ours_->bus());
         });
     }
 
     ~NotifierItemTest() override { dropItem(); }
+
+    void pass(std::chrono::milliseconds time) {
+        onThread([this, time] { now_ += time; });
+    }
 
     void dropItem() {
         onThread([this] { item_.reset(); });
@@ -72,6 +79,7 @@ protected:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<ItemClick> clicks_;
+    NotifierItem::Clock::time_point now_;  // the item's thread's
     std::unique_ptr<NotifierItem> item_;
     GioThread thread_;  // the last member: it uses the others
 };
@@ -195,6 +203,32 @@ TEST_F(NotifierItemTest, a_click_has_the_token_that_came_before_it_and_the_next_
     EXPECT_EQ(awaitClick(), (ItemClick{.entry = {}, .request = {"", "token"}}));
     EXPECT_TRUE(item.call("SecondaryActivate", g_variant_new("(ii)", -1, -1)));
     EXPECT_EQ(awaitClick(), (ItemClick{.entry = {}, .request = {}}));
+}
+
+TEST_F(NotifierItemTest, a_token_holds_for_the_click_that_follows_within_seconds_and_no_later_one) {
+    PanelStandIn panel(address());
+    const Shown item(panel);
+    for (const auto& [pause, token] : {std::pair(std::chrono::milliseconds(4900), "token"),
+                                       std::pair(std::chrono::milliseconds(5100), "")}) {
+        SCOPED_TRACE(pause.count());
+        EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
+        pass(pause);
+        EXPECT_TRUE(item.call("Activate", g_variant_new("(ii)", 0, 0)));
+        EXPECT_EQ(awaitClick(), (ItemClick{.entry = {}, .request = {"", token}}));
+        EXPECT_TRUE(item.call("Activate", g_variant_new("(ii)", 0, 0)));
+        EXPECT_EQ(awaitClick(), ItemClick{});
+    }
+}
+
+TEST_F(NotifierItemTest, a_token_is_forgotten_when_the_item_leaves_its_bus) {
+    {
+        PanelStandIn panel(address());
+        EXPECT_TRUE(Shown(panel).call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
+    }
+    onThread([this] { item_->follow(ours_->bus()); });
+    PanelStandIn panel(address());
+    EXPECT_TRUE(Shown(panel).call("Activate", g_variant_new("(ii)", 0, 0)));
+    EXPECT_EQ(awaitClick(), ItemClick{});
 }
 
 TEST_F(NotifierItemTest, a_token_that_no_compositor_makes_counts_for_nothing) {
