@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <string>
 #include <utility>
 
 #include "app/DisplayFailures.h"
@@ -22,12 +21,15 @@
 namespace {
 
 // Libraries wait for a bus that does not answer for as long as it takes, and start one of their own
-// where there is none. Ours is the only process that hears of this: what it starts gets the
-// environment as it was.
-void keepLibrariesFrom(const std::string& bus) {
-    if (bus.empty() || !tavo::busAnswers(bus)) {
+// where there is none: they are kept from both. We ourselves use it as soon as it answers. Ours is
+// the only process that hears of this: what it starts gets the environment as it was.
+tavo::SessionBus findBus() {
+    tavo::SessionBus bus = {.address = tavo::sessionBusAddress()};
+    bus.forLibraries = !bus.address.empty() && tavo::busAnswers(bus.address);
+    if (!bus.forLibraries) {
         ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
     }
+    return bus;
 }
 
 }  // namespace
@@ -35,9 +37,8 @@ void keepLibrariesFrom(const std::string& bus) {
 int runTavoLauncher(tavo::ProgramStart& start) {
     using namespace tavo;
     SessionPresence presence(std::move(start.socket));
-    const std::string bus = sessionBusAddress();
-    keepLibrariesFrom(bus);
-    presence.attend(bus, start.request);
+    const SessionBus bus = findBus();
+    presence.attend(bus.address, start.request);
     // The scan runs while the toolkit starts; the model waits for what is left of it.
     const auto listed = std::make_shared<ListedEntries>();
     auto applications = makePrefetchedApplicationSource(
@@ -53,7 +54,7 @@ int runTavoLauncher(tavo::ProgramStart& start) {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tavo Launcher"));
     const DisplayLossGuard displayMayGo;
 
-    TavoLauncherApp app(start.environment, std::move(applications), listed, presence);
+    TavoLauncherApp app(start.environment, bus, std::move(applications), listed, presence);
     if (presence.superseded()) {
         return 0;
     }

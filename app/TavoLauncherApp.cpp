@@ -18,6 +18,7 @@
 #include "platform/linux/PosixFileManager.h"
 #include "platform/linux/PropertyList.h"
 #include "platform/linux/QtMainQueue.h"
+#include "platform/linux/SessionBusAddress.h"
 #include "platform/linux/SessionPresence.h"
 #include "platform/linux/SessionRunningApplications.h"
 #include "platform/linux/SessionStatusItemHosts.h"
@@ -67,17 +68,20 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
 }  // namespace
 
 struct TavoLauncherApp::Parts {
-    Parts(const StartEnvironment& environment, std::unique_ptr<ApplicationSource> found,
-          std::shared_ptr<ListedEntries> listed, SessionPresence& session)
+    Parts(const StartEnvironment& environment, const SessionBus& bus,
+          std::unique_ptr<ApplicationSource> found, std::shared_ptr<ListedEntries> listed,
+          SessionPresence& session)
         : presence(session),
           applications(std::move(found)),
           childEnvironment(environment.forChildren()),
+          settings(makePortalDesktopSettings(*mainQueue, bus.address)),
           wayland(isWaylandSession(environment)),
           running(
               makeSessionRunningApplications(environment, wayland, std::move(listed), userTime)),
           workspace(makeGioWorkspace(
               {.environment = environment,
                .wayland = wayland,
+               .bus = bus,
                .applicationFolders = applicationFolders(),
                .userTime = userTime,
                .activationToken =
@@ -138,7 +142,7 @@ struct TavoLauncherApp::Parts {
     std::vector<std::string> childEnvironment;
     std::unique_ptr<MainQueue> mainQueue = makeQtMainQueue();
     // It is asking while the rest is made.
-    std::unique_ptr<DesktopSettings> settings = makePortalDesktopSettings(*mainQueue);
+    std::unique_ptr<DesktopSettings> settings;
     std::unique_ptr<DefaultsStore> defaults = makeSqliteDefaultsStore(defaultStoreFile());
     std::unique_ptr<FileManager> files = makePosixFileManager();
     UserTime userTime = watchXcbUserTime();
@@ -163,13 +167,13 @@ struct TavoLauncherApp::Parts {
     std::shared_ptr<void> signals = listenForTermination([this] { controller.quit(); });
 };
 
-TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment,
+TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
                                  std::unique_ptr<ApplicationSource> applications,
                                  std::shared_ptr<ListedEntries> listed, SessionPresence& presence) {
     installAccessibleItems();
     QCoreApplication::installTranslator(new ToolkitTexts(qApp));
-    parts_ =
-        std::make_unique<Parts>(environment, std::move(applications), std::move(listed), presence);
+    parts_ = std::make_unique<Parts>(environment, bus, std::move(applications), std::move(listed),
+                                     presence);
     useApplicationIconAfterFirstFrame(parts_->window);
     afterFirstFrame(parts_->window, [this] { parts_->controller.applicationDidFinishLaunching(); });
 }

@@ -9,6 +9,7 @@ class ApplicationSource;
 class ListedEntries;
 class SessionPresence;
 class StartEnvironment;
+struct SessionBus;
 
 // Everything that runs, made in order of need and ended in the reverse. Made after the
 // application object; main thread.
@@ -16,7 +17,7 @@ class TavoLauncherApp {
 public:
     // `environment` is what applications will be started with; `applications` may be scanning
     // already, and leaves in `listed` what it found. `presence` outlives this.
-    TavoLauncherApp(const StartEnvironment& environment,
+    TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
                     std::unique_ptr<ApplicationSource> applications,
                     std::shared_ptr<ListedEntries> listed, SessionPresence& presence);
     ~TavoLauncherApp();

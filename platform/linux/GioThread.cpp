@@ -67,10 +67,18 @@ struct GioThread::Child {
 // connection also reports its loss.
 class GioThread::BusAttempt {
 public:
-    // `told` is called when it is over.
-    BusAttempt(GMainContext* context, Callback told)
+    // `address` as GioThread has it; `told` is called when it is over.
+    BusAttempt(GMainContext* context, const std::string& address, Callback told)
         : context_(context), told_(std::move(told)), cancellable_(g_cancellable_new()) {
-        g_bus_get(G_BUS_TYPE_SESSION, cancellable_, answered, this);
+        if (address.empty()) {
+            g_bus_get(G_BUS_TYPE_SESSION, cancellable_, answered<g_bus_get_finish>, this);
+        } else {
+            g_dbus_connection_new_for_address(
+                address.c_str(),
+                static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                  G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+                nullptr, cancellable_, answered<g_dbus_connection_new_for_address_finish>, this);
+        }
     }
     BusAttempt(const BusAttempt&) = delete;
     BusAttempt& operator=(const BusAttempt&) = delete;
@@ -110,9 +118,10 @@ public:
     }
 
 private:
+    template<GDBusConnection* (*finish)(GAsyncResult*, GError**)>
     static void answered(GObject* /*source*/, GAsyncResult* result, gpointer data) {
         BusAttempt& self = *static_cast<BusAttempt*>(data);
-        self.bus_ = g_bus_get_finish(result, nullptr);
+        self.bus_ = finish(result, nullptr);
         if (self.bus_ != nullptr) {
             g_dbus_connection_set_exit_on_close(self.bus_, FALSE);
         }
@@ -130,8 +139,10 @@ private:
     bool over_ = false;
 };
 
-GioThread::GioThread()
-    : context_(g_main_context_new(), g_main_context_unref), cancellable_(g_cancellable_new()) {
+GioThread::GioThread(std::string ownBus)
+    : ownBus_(std::move(ownBus)),
+      context_(g_main_context_new(), g_main_context_unref),
+      cancellable_(g_cancellable_new()) {
     thread_ = std::thread([this] { run(); });
 }
 
@@ -280,7 +291,7 @@ void GioThread::attemptBus() {
     }
     if (!bus_ && !attempt_) {
         // By a job, because whoever waits for the attempt is in the middle of it.
-        attempt_ = std::make_unique<BusAttempt>(context_.get(), [this] {
+        attempt_ = std::make_unique<BusAttempt>(context_.get(), ownBus_, [this] {
             post([this] {
                 if (attempt_ && attempt_->over()) {
                     takeBus();

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -42,7 +43,9 @@ private:
 // under way end as cancelled.
 class GioThread {
 public:
-    GioThread();
+    // `ownBus`: where the session bus is if libraries do not find it; "" for the one that they
+    // find.
+    explicit GioThread(std::string ownBus = "");
     GioThread(const GioThread&) = delete;
     GioThread& operator=(const GioThread&) = delete;
     ~GioThread();
@@ -107,6 +110,7 @@ private:
     // own unfinished business in this event loop counts, and is finished here.
     void releaseBus();
 
+    const std::string ownBus_;
     std::unique_ptr<GMainContext, decltype(&g_main_context_unref)> context_;
     std::unique_ptr<GCancellable, Unref> cancellable_;
     std::unique_ptr<GDBusConnection, Unref> bus_;

@@ -92,7 +92,7 @@ public:
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
         if (!thread_) {
-            thread_.emplace();
+            thread_.emplace(settings_.bus.forLibraries ? "" : settings_.bus.address);
         }
         // What is not to come forward has no window by which the end of its start could be told.
         const auto start = configuration.activates ? starts_.begin(path) : starts_.beginUnnoticed();

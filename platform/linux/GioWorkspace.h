@@ -11,6 +11,7 @@
 
 #include "platform/MainQueue.h"
 #include "platform/Workspace.h"
+#include "platform/linux/SessionBusAddress.h"
 #include "platform/linux/StartEnvironment.h"
 
 namespace tavo {
@@ -21,6 +22,9 @@ struct OpeningSettings {
 
     // Whether the session is a Wayland one (isWaylandSession); else it is X11's, at DISPLAY.
     bool wayland = false;
+
+    // The session bus. Where libraries do not find it, it is reached all the same once it answers.
+    SessionBus bus = {};
 
     // The folders in which desktop entries lie ("/usr/share/applications" and the like): an
     // entry's identifier is its path from there.
@@ -69,7 +73,8 @@ struct OpeningSettings {
 //   - without error and with the running application otherwise: when it shows its first window,
 //     at the end of `patience`, or when the activated service has answered.
 // A bundle's program is started directly; completion as soon as it has begun. A session bus that
-// does not answer delays bundles not at all, entries by 0.25 s once, and makes activations fail.
+// does not answer delays bundles not at all, entries by 0.25 s once, and makes activations fail
+// until it does.
 //
 // While an application is starting, it is not started again: the completion comes without error
 // and with nothing running. It is starting until it shows a window, it ends, or `startingTime` has

@@ -13,7 +13,6 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/BusDaemon.h"
 #include "platform/linux/GioThread.h"
-#include "platform/linux/SessionBusAddress.h"
 #include "platform/linux/Variant.h"
 
 namespace tavo {
@@ -277,13 +276,13 @@ private:
 
 class PortalDesktopSettings final : public DesktopSettings {
 public:
-    explicit PortalDesktopSettings(MainQueue& mainQueue)
+    PortalDesktopSettings(MainQueue& mainQueue, std::string address)
         : mainQueue_(mainQueue),
           shared_(std::make_shared<Shared>()),
           thread_(std::make_unique<GioThread>()),
           portal_(*thread_,
                   [this](const DesktopPreferences& known, bool all) { learn(known, all); }) {
-        thread_->post([this, address = sessionBusAddress()] { portal_.connect(address); });
+        thread_->post([this, address = std::move(address)] { portal_.connect(address); });
     }
 
     PortalDesktopSettings(const PortalDesktopSettings&) = delete;
@@ -343,8 +342,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<DesktopSettings> makePortalDesktopSettings(MainQueue& mainQueue) {
-    return std::make_unique<PortalDesktopSettings>(mainQueue);
+std::unique_ptr<DesktopSettings> makePortalDesktopSettings(MainQueue& mainQueue,
+                                                           std::string address) {
+    return std::make_unique<PortalDesktopSettings>(mainQueue, std::move(address));
 }
 
 }  // namespace tavo

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "platform/DesktopSettings.h"
 
@@ -19,7 +20,9 @@ class MainQueue;
 // then; one that goes leaves what it said. Bus and portal are talked to on a thread of this
 // adapter's own; without a bus, or while one hangs, nothing is known. No bus is started.
 //
-// `mainQueue` outlives the answer. The first moment of a program is a good time to make it.
-std::unique_ptr<DesktopSettings> makePortalDesktopSettings(MainQueue& mainQueue);
+// `mainQueue` outlives the answer; `address` is as sessionBusAddress() gives it. The first moment
+// of a program is a good time to make it.
+std::unique_ptr<DesktopSettings> makePortalDesktopSettings(MainQueue& mainQueue,
+                                                           std::string address);
 
 }  // namespace tavo

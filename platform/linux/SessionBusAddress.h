@@ -10,6 +10,14 @@ namespace tavo {
 // start one of its own.
 [[nodiscard]] std::string sessionBusAddress();
 
+// The session bus as one process has it.
+struct SessionBus {
+    std::string address;  // as sessionBusAddress() gives it
+    // Whether libraries find it as well. Else they find none, and what asks for the session bus by
+    // its name gets none: the bus did not answer at first, and they would have waited for it.
+    bool forLibraries = true;
+};
+
 // The file of the first unix socket that `address` names (D-Bus Specification, "Server
 // Addresses"); "" when it names none.
 [[nodiscard]] std::string socketFileOf(const std::string& address);

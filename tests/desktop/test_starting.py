@@ -8,6 +8,7 @@ from harness import Atspi, DesktopTest, await_node, processes_below, wait_until
 from test_launching import alert_of, texts_of
 
 SERVICE = "org.example.Silent"
+RUNNING = "org.example.Running"
 
 
 def command_of(pid):
@@ -94,3 +95,27 @@ class Starting(DesktopTest):
         # What needs no bus starts all the same.
         launcher.press("list item", "Apri Zeppelin")
         self.await_file(mark)
+
+    def running_service(self):
+        """An application that has its name on the bus and says what it is told, and an entry to
+        activate it by; answers the file that shows when the entry's command was run instead."""
+        mark = self.desktop.folder / "command.ran"
+        command = self.desktop.script("command", f"echo x >'{mark}'")
+        self.desktop.entry("Servizio", id=RUNNING, DBusActivatable="true", Exec=str(command))
+        self.desktop.start(["/usr/bin/python3", "-W", "ignore",
+                            pathlib.Path(__file__).with_name("application_stand_in.py"), RUNNING],
+                           log="service.log")
+        wait_until(lambda: "ready" in self.desktop.log("service.log"), "the service")
+        return mark
+
+    def test_a_bus_that_answers_only_after_our_start_is_used_from_then_on(self):
+        mark = self.running_service()
+        bus = self.stop_bus()
+        # Nobody can read the window: the toolkit has looked for that bus, and found none.
+        self.launch(wait=False).await_active()
+        os.kill(bus, signal.SIGCONT)
+        self.desktop.type("serv")
+        self.desktop.key("Return")
+        wait_until(lambda: "desktop-startup-id" in self.desktop.log("service.log")
+                   or mark.exists(), "the application's start")
+        self.assertFalse(mark.exists())

@@ -121,5 +121,73 @@ TEST_F(StoppedBus, of_what_has_ended_meanwhile_no_scope_is_asked_for) {
     ::kill(answer.running->processIdentifier, SIGKILL);
 }
 
+// A bus that did not answer when the program began, which has therefore kept its libraries from it.
+class LateBus : public OpeningTest {
+protected:
+    static constexpr const char* kName = "org.example.Activatable";
+
+    LateBus() : bus_(folder_) {
+        bus_.addService(kName, std::string(TAVO_TEST_PROGRAMS) + "/tavo_activatable_service " +
+                                   kName + " " + report_.path() + " answer");
+        ::kill(bus_.process(), SIGSTOP);
+        libraries_.emplace("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+        OpeningSettings settings = this->settings();
+        settings.bus = {.address = "unix:path=" + folder_.path("bus"), .forLibraries = false};
+        workspace_ = makeGioWorkspace(std::move(settings));
+    }
+    ~LateBus() override { goOn(); }
+
+    void goOn() const { ::kill(bus_.process(), SIGCONT); }
+
+    // An entry for the service whose command, should it be run, says so.
+    std::string activatableEntry() const {
+        return entry("DBusActivatable=true\nExec=" +
+                         folder_.script("command", "echo command >" + report_.path()) + "\n",
+                     std::string(kName) + ".desktop");
+    }
+
+    PrivateBus bus_;
+    std::optional<processes::Variable> libraries_;
+};
+
+TEST_F(LateBus, is_used_as_soon_as_it_answers) {
+    const std::string path = activatableEntry();
+    EXPECT_EQ(open(path).text(),
+              "L’app «org.example.Activatable.desktop» non si può attivare: il bus di sessione non "
+              "risponde.");
+    goOn();
+    EXPECT_TRUE(processes::becomesTrue([&] { return open(path).text() == "(no error)"; }));
+    EXPECT_EQ(reported(), "Activate id= token=");
+}
+
+TEST_F(LateBus, keeps_no_ordinary_entry_from_starting_neither_before_nor_after_it_answers) {
+    const auto openOrdinary = [this] {
+        return open(scriptEntry("echo ran >" + report_.path())).text();
+    };
+    EXPECT_EQ(openOrdinary(), "(no error)");
+    EXPECT_EQ(reported(), "ran");
+    const std::string path = activatableEntry();
+    goOn();
+    EXPECT_TRUE(processes::becomesTrue([&] { return open(path).text() == "(no error)"; }));
+    EXPECT_EQ(reported(), "Activate id= token=");
+    EXPECT_EQ(openOrdinary(), "(no error)");
+    EXPECT_EQ(reported(), "ran");
+}
+
+TEST_F(LateBus, that_was_lost_is_used_again_when_it_returns) {
+    goOn();
+    const std::string path = activatableEntry();
+    EXPECT_EQ(open(path).text(), "(no error)");
+    EXPECT_EQ(reported(), "Activate id= token=");
+    bus_.end();
+    // The loss is noticed in the course of some opening.
+    EXPECT_TRUE(processes::becomesTrue([&] { return open(path).text() == "(no error)"; }));
+    EXPECT_EQ(reported(), "command");
+    std::filesystem::remove(folder_.path("bus"));
+    const PrivateBus returned(folder_);
+    EXPECT_EQ(open(path).text(), "(no error)");
+    EXPECT_EQ(reported(), "Activate id= token=");
+}
+
 }  // namespace
 }  // namespace tavo

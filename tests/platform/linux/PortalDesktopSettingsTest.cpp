@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/PortalDesktopSettings.h"
+#include "platform/linux/SessionBusAddress.h"
 #include "tests/contracts/DesktopSettingsContract.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/PortalStandIn.h"
@@ -46,7 +47,7 @@ public:
 
     // Without a portal on the bus, unless it was put there.
     DesktopSettings& make() {
-        settings_ = makePortalDesktopSettings(queue);
+        settings_ = makePortalDesktopSettings(queue, sessionBusAddress());
         return *settings_;
     }
 
@@ -252,13 +253,27 @@ TEST_F(PortalDesktopSettingsTest, a_bus_that_stands_still_holds_nobody_up) {
     ::kill(daemon, SIGCONT);
 }
 
+TEST_F(PortalDesktopSettingsTest, a_bus_that_answers_late_and_that_libraries_do_not_find_is_asked) {
+    world_.choose({ColorScheme::Dark, false, ""});
+    world_.portal.enter();
+    ::kill(world_.bus.process(), SIGSTOP);
+    const std::string address = sessionBusAddress();
+    const Variable libraries("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    const auto settings = makePortalDesktopSettings(world_.queue, address);
+    settings->awaitFirstAnswer(milliseconds(1));
+    EXPECT_EQ(settings->preferences(), DesktopPreferences());
+    ::kill(world_.bus.process(), SIGCONT);
+    EXPECT_TRUE(world_.eventually(
+        [&] { return settings->preferences().colorScheme == ColorScheme::Dark; }));
+}
+
 TEST(PortalDesktopSettings, without_a_bus_nothing_is_known_at_once) {
     ManualMainQueue queue;
     for (const char* const address : {"unix:path=/nonexistent", "nonsense", "autolaunch:", ""}) {
         SCOPED_TRACE(address);
         const Variable bus("DBUS_SESSION_BUS_ADDRESS", address);
         const Variable runtime("XDG_RUNTIME_DIR", "/nonexistent");
-        const auto settings = makePortalDesktopSettings(queue);
+        const auto settings = makePortalDesktopSettings(queue, sessionBusAddress());
         settings->awaitFirstAnswer(kPatience);
         EXPECT_EQ(settings->preferences(), DesktopPreferences());
     }
@@ -270,7 +285,7 @@ TEST(PortalDesktopSettings, a_bus_that_never_speaks_holds_nobody_up) {
     const SilentSocket silent(folder.path("bus"));
     const Variable bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.path("bus"));
     ManualMainQueue queue;
-    const auto settings = makePortalDesktopSettings(queue);
+    const auto settings = makePortalDesktopSettings(queue, sessionBusAddress());
     settings->awaitFirstAnswer(milliseconds(1));
     EXPECT_EQ(settings->preferences(), DesktopPreferences());
 }
