@@ -36,6 +36,9 @@ tavo::SessionBus findBus() {
 
 int runTavoLauncher(tavo::ProgramStart& start) {
     using namespace tavo;
+    // The toolkit would use it, and take it out while other threads read theirs. From the first
+    // thread on nothing of ours changes the environment.
+    ::unsetenv("XDG_ACTIVATION_TOKEN");
     SessionPresence presence(std::move(start.socket));
     const SessionBus bus = findBus();
     presence.attend(bus.address, start.request);
@@ -58,7 +61,7 @@ int runTavoLauncher(tavo::ProgramStart& start) {
     if (presence.superseded()) {
         return 0;
     }
-    app.show();
+    app.show(start.request.activationToken);
     int status = 0;
     // A start that finds this process ending would be left without a window.
     do {

@@ -180,10 +180,10 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, const Sess
 
 TavoLauncherApp::~TavoLauncherApp() = default;
 
-void TavoLauncherApp::show() {
+void TavoLauncherApp::show(const std::string& activationToken) {
     parts_->look.awaitDesktop();
-    // The toolkit itself answers what this process was started with.
-    parts_->controller.showLauncher();
+    // The startup id the toolkit itself answers.
+    parts_->controller.showLauncher({.startupId = "", .activationToken = activationToken});
 }
 
 }  // namespace tavo

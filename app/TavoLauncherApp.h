@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 namespace tavo {
 
@@ -22,9 +23,9 @@ public:
                     std::shared_ptr<ListedEntries> listed, SessionPresence& presence);
     ~TavoLauncherApp();
 
-    // Shows the launcher window for the first time; what the desktop is to know besides follows
-    // after its first frame.
-    void show();
+    // Shows the launcher window for the first time, by the activation token that this process was
+    // started with; what the desktop is to know besides follows after its first frame.
+    void show(const std::string& activationToken);
 
 private:
     struct Parts;

@@ -11,6 +11,7 @@
 #include <xcb/xcb.h>
 
 #include "platform/RunningApplications.h"
+#include "platform/linux/ActivationTokens.h"
 #include "platform/linux/XcbReplies.h"
 #include "platform/linux/XcbStartupNotification.h"
 
@@ -113,21 +114,18 @@ private:
     xcb_window_t root_ = XCB_NONE;
 };
 
-// The toolkit takes the token from the environment when it next asks for the keyboard, and takes
-// it out of there; no program that we start inherits it.
 class WaylandWindowManagement final : public WindowManagement {
 public:
     explicit WaylandWindowManagement(RunningApplications& running) : running_(running) {}
 
-    void prepareToShow(std::uintptr_t /*window*/, const StartRequest& request) override {
-        if (!request.activationToken.empty()) {
-            ::setenv("XDG_ACTIVATION_TOKEN", request.activationToken.c_str(), 1);
-        }
-    }
+    void prepareToShow(std::uintptr_t /*window*/, const StartRequest& /*request*/) override {}
 
     // A token may be too old, or absent, and a compositor may merely mark the window that asks with
     // one. Some let a task bar ask for any window.
-    void bringToFront(std::uintptr_t /*window*/, const StartRequest& /*request*/) override {
+    void bringToFront(std::uintptr_t window, const StartRequest& request) override {
+        if (!request.activationToken.empty()) {
+            activateByToken(window, request.activationToken);
+        }
         for (const RunningApplication& own : running_.withIdentifier(kOwnIdentifier)) {
             running_.activateAllWindows(own);
         }

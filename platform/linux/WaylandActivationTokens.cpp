@@ -20,10 +20,11 @@ namespace {
 // For all of one token.
 constexpr std::chrono::milliseconds kPatience{250};
 
-// One token. Events come on a queue of their own, and never into the toolkit's.
-class TokenRequest {
+// One token, asked for or handed in. Events come on a queue of their own, and never into the
+// toolkit's.
+class TokenExchange {
 public:
-    explicit TokenRequest(wl_display* display)
+    explicit TokenExchange(wl_display* display)
         : display_(display), queue_(wl_display_create_queue(display)) {
         auto* const wrapper = static_cast<wl_display*>(wl_proxy_create_wrapper(display));
         wl_proxy_set_queue(reinterpret_cast<wl_proxy*>(wrapper), queue_);
@@ -31,9 +32,9 @@ public:
         wl_proxy_wrapper_destroy(wrapper);
         wl_registry_add_listener(registry_, &kRegistry, this);
     }
-    TokenRequest(const TokenRequest&) = delete;
-    TokenRequest& operator=(const TokenRequest&) = delete;
-    ~TokenRequest() {
+    TokenExchange(const TokenExchange&) = delete;
+    TokenExchange& operator=(const TokenExchange&) = delete;
+    ~TokenExchange() {
         if (token_ != nullptr) {
             xdg_activation_token_v1_destroy(token_);
         }
@@ -56,7 +57,7 @@ public:
         wl_event_queue_destroy(queue_);
     }
 
-    std::optional<std::string> run(wl_surface* surface, const std::string& appId) {
+    std::optional<std::string> ask(wl_surface* surface, const std::string& appId) {
         if (!wait() || activation_ == nullptr) {
             return std::nullopt;
         }
@@ -81,6 +82,13 @@ public:
         return text_.empty() ? std::nullopt : std::optional(text_);
     }
 
+    void handIn(wl_surface* surface, const std::string& token) {
+        if (wait() && activation_ != nullptr) {
+            xdg_activation_v1_activate(activation_, token.c_str(), surface);
+            wl_display_flush(display_);
+        }
+    }
+
 private:
     // For the compositor, in what is left of the time.
     bool wait() const {
@@ -89,27 +97,27 @@ private:
         return left.count() > 0 && waitForCompositor(display_, queue_, left);
     }
 
-    static TokenRequest& self(void* data) { return *static_cast<TokenRequest*>(data); }
+    static TokenExchange& self(void* data) { return *static_cast<TokenExchange*>(data); }
 
     static void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
                        std::uint32_t version) {
-        TokenRequest& request = self(data);
+        TokenExchange& exchange = self(data);
         const std::string_view kind = interface;
-        if (kind == xdg_activation_v1_interface.name && request.activation_ == nullptr) {
-            request.activation_ = static_cast<xdg_activation_v1*>(
+        if (kind == xdg_activation_v1_interface.name && exchange.activation_ == nullptr) {
+            exchange.activation_ = static_cast<xdg_activation_v1*>(
                 wl_registry_bind(registry, name, &xdg_activation_v1_interface, 1));
-        } else if (kind == wl_seat_interface.name && request.seat_ == nullptr) {
-            request.seat_ = static_cast<wl_seat*>(
+        } else if (kind == wl_seat_interface.name && exchange.seat_ == nullptr) {
+            exchange.seat_ = static_cast<wl_seat*>(
                 wl_registry_bind(registry, name, &wl_seat_interface, std::min(version, 5U)));
-            wl_seat_add_listener(request.seat_, &kSeat, data);
+            wl_seat_add_listener(exchange.seat_, &kSeat, data);
         }
     }
 
     static void capabilities(void* data, wl_seat* seat, std::uint32_t capabilities) {
-        TokenRequest& request = self(data);
-        if ((capabilities & WL_SEAT_CAPABILITY_KEYBOARD) != 0 && request.keyboard_ == nullptr) {
-            request.keyboard_ = wl_seat_get_keyboard(seat);
-            wl_keyboard_add_listener(request.keyboard_, &kKeyboard, data);
+        TokenExchange& exchange = self(data);
+        if ((capabilities & WL_SEAT_CAPABILITY_KEYBOARD) != 0 && exchange.keyboard_ == nullptr) {
+            exchange.keyboard_ = wl_seat_get_keyboard(seat);
+            wl_keyboard_add_listener(exchange.keyboard_, &kKeyboard, data);
         }
     }
 
@@ -160,21 +168,31 @@ private:
     std::string text_;
 };
 
+// The toolkit's connection; null on anything but Wayland.
+wl_display* connection() {
+    QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
+    return static_cast<wl_display*>(
+        native == nullptr || !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
+            ? nullptr
+            : native->nativeResourceForIntegration("wl_display"));
+}
+
+// Null for a window that is not shown; only on Wayland.
+wl_surface* surfaceOf(QWindow* window) {
+    return static_cast<wl_surface*>(
+        window == nullptr || window->handle() == nullptr
+            ? nullptr
+            : QGuiApplication::platformNativeInterface()->nativeResourceForWindow("surface",
+                                                                                  window));
+}
+
 class WaylandActivationTokens final : public ActivationTokens {
 public:
     std::optional<std::string> token(const std::string& appId) override {
-        QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
-        auto* const display = static_cast<wl_display*>(
-            native == nullptr || QGuiApplication::platformName() != QLatin1String("wayland")
-                ? nullptr
-                : native->nativeResourceForIntegration("wl_display"));
-        if (display == nullptr) {
-            return std::nullopt;
-        }
-        QWindow* const window = QGuiApplication::focusWindow();
-        auto* const surface = static_cast<wl_surface*>(
-            window == nullptr ? nullptr : native->nativeResourceForWindow("surface", window));
-        return TokenRequest(display).run(surface, appId);
+        wl_display* const display = connection();
+        return display == nullptr
+                   ? std::nullopt
+                   : TokenExchange(display).ask(surfaceOf(QGuiApplication::focusWindow()), appId);
     }
 };
 
@@ -182,6 +200,19 @@ public:
 
 std::unique_ptr<ActivationTokens> makeWaylandActivationTokens() {
     return std::make_unique<WaylandActivationTokens>();
+}
+
+void activateByToken(std::uintptr_t window, const std::string& token) {
+    wl_display* const display = connection();
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    const auto ours = std::ranges::find_if(windows, [window](const QWindow* each) {
+        return each->handle() != nullptr && each->winId() == window;
+    });
+    wl_surface* const surface =
+        display == nullptr || ours == windows.end() ? nullptr : surfaceOf(*ours);
+    if (surface != nullptr) {
+        TokenExchange(display).handIn(surface, token);
+    }
 }
 
 }  // namespace tavo

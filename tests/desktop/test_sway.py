@@ -212,14 +212,18 @@ class Sway(InstanceTest):
                     self.tell("workspace 1")
         self.assertIsNone(first.poll())
 
-    def test_a_second_starts_token_reaches_the_compositor(self):
+    def test_the_token_of_each_start_reaches_the_compositor(self):
         """The library that speaks to it tells what it sends."""
-        self.start_there([PROGRAM], WAYLAND_DEBUG="client")
+        def await_sent(token):
+            wait_until(lambda: re.search(
+                rf'xdg_activation_v1@\d+\.activate\("{token}", wl_surface', self.desktop.log()),
+                "the token to be sent")
+        self.start_there([PROGRAM], WAYLAND_DEBUG="client", XDG_ACTIVATION_TOKEN="first-token")
+        await_sent("first-token")
         self.await_focused(APP_ID)
         second = self.start_there([PROGRAM], log="second.log", XDG_ACTIVATION_TOKEN="the-token")
         self.assertEqual(second.wait(timeout=20), 0)
-        wait_until(lambda: re.search(r'xdg_activation_v1@\d+\.activate\("the-token", wl_surface',
-                                     self.desktop.log()), "the token to be sent")
+        await_sent("the-token")
 
     def test_a_click_starts_and_another_click_fronts_also_from_another_workspace(self):
         mark = self.desktop.folder / "ran"
