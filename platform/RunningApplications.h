@@ -34,7 +34,8 @@ public:
         std::int32_t processIdentifier) = 0;
 
     // Whether a window can be seen that is the application's, by its identifier or its process,
-    // whichever is known. However often it is asked, nothing changes by it.
+    // whichever is known. However often it is asked, nothing changes by it, and a display that
+    // stands still is waited for once only: until it answers, no window can be seen.
     [[nodiscard]] virtual bool showsWindow(const RunningApplication& application) = 0;
 
     // The path of the program that the application runs.

@@ -43,11 +43,17 @@ public:
         return RunningApplication{processIdentifier, ""};
     }
 
-    // Every live process would seem to have one: only the identifier counts.
+    // Every live process would seem to have one: only the identifier counts. Asked again and again:
+    // a compositor that did not answer is asked again once it does.
     bool showsWindow(const RunningApplication& application) override {
         const std::lock_guard lock(mutex_);
-        const auto toplevels = WaylandToplevels::ask(display_);
-        return toplevels && !windowsOf(application.identifier, *toplevels).empty();
+        if (silent_ && silent_->silent()) {
+            return false;
+        }
+        auto toplevels = WaylandToplevels::ask(display_);
+        const bool shows = toplevels && !windowsOf(application.identifier, *toplevels).empty();
+        silent_ = toplevels && toplevels->silent() ? std::move(toplevels) : nullptr;
+        return shows;
     }
 
     std::optional<std::string> executablePath(const RunningApplication& application) override {
@@ -123,7 +129,8 @@ private:
     const std::shared_ptr<ListedEntries> listed_;
     const std::string ownAppId_;
 
-    std::mutex mutex_;  // over all below
+    std::mutex mutex_;                          // over all below
+    std::unique_ptr<WaylandToplevels> silent_;  // the question that was not answered in time
     KnownProcesses processes_;
     std::unordered_map<std::string, std::string> activeAtClick_;  // by identifier
 };

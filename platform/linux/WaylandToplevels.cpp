@@ -67,6 +67,13 @@ struct WaylandToplevels::Listeners {
         told(data).parent = parent;
     }
 
+    static void alive(void* data, wl_callback* callback, std::uint32_t /*serial*/) {
+        self(data).signOfLife_ = nullptr;
+        wl_callback_destroy(callback);
+    }
+
+    static constexpr wl_callback_listener kSignOfLife = {alive};
+
     static constexpr wl_registry_listener kRegistry = {
         global, [](void* /*data*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {}};
 
@@ -95,16 +102,25 @@ WaylandToplevels::WaylandToplevels(wl_display* display)
     : display_(display), registry_(wl_display_get_registry(display)) {
     wl_registry_add_listener(registry_, &Listeners::kRegistry, this);
     // First what there is, then all windows there are.
-    tells_ = waitForCompositor(display_, nullptr) && seat_ != nullptr && manager_ != nullptr &&
-             waitForCompositor(display_, nullptr);
+    const bool answers = waitForCompositor(display_, nullptr);
+    const bool listsWindows = answers && seat_ != nullptr && manager_ != nullptr;
+    tells_ = listsWindows && waitForCompositor(display_, nullptr);
     if (!tells_) {
         dropWindows();
+    }
+    if (!answers || (listsWindows && !tells_)) {
+        signOfLife_ = wl_display_sync(display_);
+        wl_callback_add_listener(signOfLife_, &Listeners::kSignOfLife, this);
+        wl_display_flush(display_);
     }
     findPrincipals();
 }
 
 WaylandToplevels::~WaylandToplevels() {
     dropWindows();
+    if (signOfLife_ != nullptr) {
+        wl_callback_destroy(signOfLife_);
+    }
     if (manager_ != nullptr) {
         zwlr_foreign_toplevel_manager_v1_destroy(manager_);
     }
@@ -113,6 +129,13 @@ WaylandToplevels::~WaylandToplevels() {
     }
     wl_registry_destroy(registry_);
     wl_display_disconnect(display_);
+}
+
+bool WaylandToplevels::silent() {
+    if (signOfLife_ != nullptr) {
+        takeWhatCame(display_);
+    }
+    return signOfLife_ != nullptr && wl_display_get_error(display_) == 0;
 }
 
 void WaylandToplevels::dropWindows() {

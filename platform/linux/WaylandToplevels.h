@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+struct wl_callback;
 struct wl_display;
 struct wl_registry;
 struct wl_seat;
@@ -35,10 +36,14 @@ public:
     WaylandToplevels& operator=(const WaylandToplevels&) = delete;
     ~WaylandToplevels();
 
-    // In the compositor's order. Empty where it does not tell, or not in time.
     // Whether the compositor tells of its windows at all.
     [[nodiscard]] bool tells() const { return tells_; }
 
+    // Whether the compositor, which did not answer in time, still says nothing. Never waits: for
+    // those who would rather ask later.
+    [[nodiscard]] bool silent();
+
+    // In the compositor's order. Empty where it does not tell, or not in time.
     [[nodiscard]] const std::deque<WaylandToplevel>& windows() const { return windows_; }
 
     // Activates each, the last one last, and restores what is minimised. Returns when that is done.
@@ -55,6 +60,7 @@ private:
     wl_registry* registry_ = nullptr;
     wl_seat* seat_ = nullptr;
     zwlr_foreign_toplevel_manager_v1* manager_ = nullptr;
+    wl_callback* signOfLife_ = nullptr;  // what comes when its silence ends
     bool tells_ = false;
     std::deque<WaylandToplevel> windows_;  // each stays where it is, for events are told to it
 };

@@ -31,22 +31,25 @@ std::pair<XcbConnection::Connection, int> XcbConnection::connect(const std::stri
     return {std::move(connection), screen};
 }
 
-std::unique_ptr<XcbConnection> XcbConnection::open(const std::string& display) {
-    // The library waits for a server's greeting without end, so it does that where nobody waits
-    // for it. A greeting that comes late ends the connection.
+// The library waits for a server's greeting without end, so it does that where nobody waits for it.
+// A greeting that nobody waits for any more ends the connection.
+XcbConnection::Opening::Opening(const std::string& display) {
     std::promise<std::pair<Connection, int>> greeting;
-    std::future<std::pair<Connection, int>> greeted = greeting.get_future();
+    greeted_ = greeting.get_future();
     try {
         std::thread([greeting = std::move(greeting), display]() mutable {
             greeting.set_value(connect(display));
         }).detach();
     } catch (const std::system_error&) {  // too many threads
+        greeted_ = {};
+    }
+}
+
+std::unique_ptr<XcbConnection> XcbConnection::Opening::await(std::chrono::milliseconds patience) {
+    if (over() || greeted_.wait_for(patience) != std::future_status::ready) {
         return nullptr;
     }
-    if (greeted.wait_for(kPatience) != std::future_status::ready) {
-        return nullptr;
-    }
-    auto [connection, screen] = greeted.get();
+    auto [connection, screen] = greeted_.get();
     if (xcb_connection_has_error(connection.get()) != 0) {
         return nullptr;
     }
@@ -92,19 +95,38 @@ void* XcbConnection::wait(unsigned int sequence) {
     void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
     xcb_flush(get());
-    while (xcb_poll_for_reply(get(), sequence, &reply, &error) == 0) {
-        // Reading events reads everything that has come.
-        drain();
-        if (xcb_poll_for_reply(get(), sequence, &reply, &error) != 0) {
-            break;
-        }
+    while (!hasCome(sequence, &reply, &error)) {
         if (!awaitInput()) {
             xcb_discard_reply(get(), sequence);
+            if (!signOfLife_) {
+                signOfLife_ = xcb_get_input_focus(get()).sequence;
+                xcb_flush(get());
+            }
             return nullptr;
         }
     }
     std::free(error);
     return reply;
+}
+
+bool XcbConnection::silent() {
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (signOfLife_ && hasCome(*signOfLife_, &reply, &error)) {
+        signOfLife_.reset();
+        std::free(reply);
+        std::free(error);
+    }
+    return signOfLife_.has_value();
+}
+
+bool XcbConnection::hasCome(unsigned int sequence, void** reply, xcb_generic_error_t** error) {
+    if (xcb_poll_for_reply(get(), sequence, reply, error) != 0) {
+        return true;
+    }
+    // Reading events reads everything that has come.
+    drain();
+    return xcb_poll_for_reply(get(), sequence, reply, error) != 0;
 }
 
 void XcbConnection::drain() {

@@ -89,7 +89,8 @@ public:
 
     bool showsWindow(const RunningApplication& application) override {
         const std::lock_guard lock(mutex_);
-        if (!connected()) {
+        // Asked again and again: a server that did not answer is asked again once it does.
+        if (!connected(Patience::Once)) {
             return false;
         }
         const XcbWindowList list = windows_->list();
@@ -157,23 +158,37 @@ private:
         return windows_->list();
     }
 
-    bool connected() {
+    // Whether a server that lets everybody wait is waited for at each question, or only until it
+    // was waited for in vain.
+    enum class Patience : std::uint8_t { Always, Once };
+
+    bool connected(Patience patience = Patience::Always) {
         if (connection_ && connection_->broken()) {
             found_.reset();
             windows_.reset();
             connection_.reset();
         }
         if (!connection_) {
-            connection_ = XcbConnection::open(display_);
-            if (connection_) {
-                windows_ = std::make_unique<XcbWindows>(*connection_);
+            const bool waits = patience == Patience::Always || !opening_;
+            if (!opening_) {
+                opening_.emplace(display_);
+            }
+            connection_ =
+                opening_->await(waits ? XcbConnection::kPatience : std::chrono::milliseconds(0));
+            if (opening_->over()) {
+                opening_.reset();
             }
         }
-        if (connection_ && !windows_->works()) {
-            windows_.reset();
-            connection_.reset();
+        if (!connection_ || (patience == Patience::Once && connection_->silent())) {
+            return false;
         }
-        return connection_ != nullptr;
+        if (!windows_) {
+            windows_ = std::make_unique<XcbWindows>(*connection_);
+        }
+        if (!windows_->works()) {
+            windows_.reset();
+        }
+        return windows_ != nullptr;
     }
 
     [[nodiscard]] std::optional<xcb_timestamp_t> lastInput() const {
@@ -230,7 +245,8 @@ private:
     const std::shared_ptr<ListedEntries> listed_;
     const UserTime userTime_;
 
-    std::mutex mutex_;  // over all below
+    std::mutex mutex_;                               // over all below
+    std::optional<XcbConnection::Opening> opening_;  // until the server has greeted us
     std::unique_ptr<XcbConnection> connection_;
     std::unique_ptr<XcbWindows> windows_;
     KnownProcesses processes_;

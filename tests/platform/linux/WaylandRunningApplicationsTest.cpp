@@ -1,4 +1,6 @@
 // Finding and fronting on a real Wayland compositor.
+#include <chrono>
+#include <csignal>
 #include <map>
 
 #include <gmock/gmock.h>
@@ -183,6 +185,22 @@ TEST_F(WaylandRunningApplicationsTest, processes_of_others_do_not_count) {
         EXPECT_EQ(running_->withProcess(1), std::nullopt);
     }
     EXPECT_TRUE(running_->withProcess(::getpid()));
+}
+
+// The look for a first window, many times a second.
+TEST_F(WaylandRunningApplicationsTest, a_compositor_that_stands_still_holds_up_the_look_once) {
+    constexpr std::chrono::milliseconds kOneLook{500};
+    const RunningApplication started{0, "tool.desktop"};
+    ASSERT_FALSE(running_->showsWindow(started));
+    ::kill(desktop_.compositor(), SIGSTOP);
+    const auto begin = std::chrono::steady_clock::now();
+    for (int look = 0; look < 20; ++look) {
+        EXPECT_FALSE(running_->showsWindow(started));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 3 * kOneLook);
+    ::kill(desktop_.compositor(), SIGCONT);
+    const auto window = desktop_.open("tool");
+    EXPECT_TRUE(becomesTrue([&] { return running_->showsWindow(started); }));
 }
 
 TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {

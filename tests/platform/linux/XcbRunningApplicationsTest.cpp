@@ -303,6 +303,29 @@ TEST(XcbRunningApplications, a_server_that_dies_ends_nothing_and_cannot_tell) {
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
 }
 
+// Keeps the server from everybody else.
+class Grab {
+public:
+    explicit Grab(const XDesktop& desktop) : grabber_(XcbConnection::open(desktop.display())) {
+        xcb_grab_server(grabber_->get());
+        awaitServer();
+    }
+    Grab(const Grab&) = delete;
+    Grab& operator=(const Grab&) = delete;
+    ~Grab() {
+        xcb_ungrab_server(grabber_->get());
+        awaitServer();
+    }
+
+private:
+    void awaitServer() {
+        grabber_->beginExchange();
+        EXPECT_TRUE(grabber_->now());
+    }
+
+    const std::unique_ptr<XcbConnection> grabber_;
+};
+
 TEST(XcbRunningApplications, a_grabbed_server_holds_nobody_up_for_long) {
     XDesktop desktop(Manager::none);
     const auto running =
@@ -311,17 +334,41 @@ TEST(XcbRunningApplications, a_grabbed_server_holds_nobody_up_for_long) {
     desktop.claim({program.open("class=a")});
     ASSERT_EQ(running->withIdentifier("a.desktop").size(), 1U);
 
-    const auto grabber = XcbConnection::open(desktop.display());
-    xcb_grab_server(grabber->get());
-    grabber->beginExchange();
-    ASSERT_TRUE(grabber->now());
-    // While it is grabbed an answer other than none would have to be made up; that there is one
-    // at all is what is tested.
-    EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
-    xcb_ungrab_server(grabber->get());
-    grabber->beginExchange();
-    ASSERT_TRUE(grabber->now());
+    {
+        const Grab grab(desktop);
+        // While it is grabbed an answer other than none would have to be made up; that there is one
+        // at all is what is tested.
+        EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
+    }
     EXPECT_EQ(running->withIdentifier("a.desktop").size(), 1U);
+}
+
+// The look for a first window, many times a second.
+TEST(XcbRunningApplications, a_grabbed_server_holds_up_the_look_for_a_window_once) {
+    XDesktop desktop(Manager::none);
+    WindowedProgram program(desktop);
+    const RunningApplication started{program.process(), "a.desktop"};
+    for (const bool connectedBefore : {true, false}) {
+        SCOPED_TRACE(connectedBefore ? "connected before" : "not connected before");
+        const auto running =
+            makeXcbRunningApplications(desktop.display(), std::make_shared<ListedEntries>(), {});
+        if (connectedBefore) {
+            ASSERT_FALSE(running->showsWindow(started));
+        }
+        {
+            const Grab grab(desktop);
+            const auto begin = std::chrono::steady_clock::now();
+            for (int look = 0; look < 20; ++look) {
+                EXPECT_FALSE(running->showsWindow(started));
+            }
+            EXPECT_LT(std::chrono::steady_clock::now() - begin, 3 * XcbConnection::kPatience);
+        }
+        const xcb_window_t window = program.open("class=a");
+        desktop.claim({window});
+        EXPECT_TRUE(processes::becomesTrue([&] { return running->showsWindow(started); }));
+        program.close(window);
+        desktop.claim({});
+    }
 }
 
 }  // namespace
