@@ -1,7 +1,6 @@
 #include "platform/linux/GioWorkspace.h"
 
 #include <algorithm>
-#include <array>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,6 +11,7 @@
 #include "platform/linux/EntryOpening.h"
 #include "platform/linux/FirstWindow.h"
 #include "platform/linux/GioThread.h"
+#include "platform/linux/HostName.h"
 #include "platform/linux/OpeningMessages.h"
 #include "platform/linux/ProgramCheck.h"
 #include "platform/linux/ProgramSearch.h"
@@ -60,12 +60,6 @@ std::string entryIdentifier(const std::string& path, const std::vector<std::stri
     std::string identifier = path.substr(begin);
     std::replace(identifier.begin(), identifier.end(), '/', '-');
     return identifier;
-}
-
-std::string hostName() {
-    std::array<char, 256> name = {};
-    return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data())
-                                                            : std::string("localhost");
 }
 
 class GioWorkspace final : public Workspace {

@@ -8,11 +8,11 @@
 #include <utility>
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <strings.h>
 #include <xcb/res.h>
 
+#include "platform/linux/HostName.h"
 #include "platform/linux/Principals.h"
 
 namespace tavo {
@@ -54,12 +54,6 @@ constexpr pid_t kElsewhere = -1;
 
 // Of requests that a pager sends for the user.
 constexpr std::uint32_t kFromUser = 2;
-
-std::string hostName() {
-    std::array<char, 256> name = {};
-    return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data())
-                                                            : std::string();
-}
 
 }  // namespace
 
