@@ -11,6 +11,7 @@
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/ActivationTokens.h"
+#include "platform/linux/EntryName.h"
 #include "platform/linux/GioLinks.h"
 #include "platform/linux/GioWorkspace.h"
 #include "platform/linux/PortalDesktopSettings.h"
@@ -44,11 +45,7 @@ namespace tavo {
 namespace {
 
 std::string activationToken(ActivationTokens& tokens, const std::string& identifier) {
-    constexpr std::string_view kSuffix = ".desktop";
-    const bool isEntry = identifier.ends_with(kSuffix);
-    return tokens
-        .token(isEntry ? identifier.substr(0, identifier.size() - kSuffix.size()) : identifier)
-        .value_or("");
+    return tokens.token(std::string(withoutEntrySuffix(identifier))).value_or("");
 }
 
 std::vector<std::string> applicationFolders() {

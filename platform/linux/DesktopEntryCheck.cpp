@@ -1,7 +1,6 @@
 #include "platform/linux/DesktopEntryCheck.h"
 
 #include <cerrno>
-#include <string_view>
 #include <utility>
 
 #include <sys/stat.h>
@@ -11,14 +10,13 @@
 
 #include "platform/linux/BoundedFile.h"
 #include "platform/linux/DesktopEntry.h"
+#include "platform/linux/EntryName.h"
 #include "platform/linux/OpeningMessages.h"
 #include "platform/linux/ProgramCheck.h"
 #include "platform/linux/ProgramSearch.h"
 
 namespace tavo {
 namespace {
-
-constexpr std::string_view kSuffix = ".desktop";
 
 Error unreadable(const std::string& path, int code) {
     return code == ENOENT ? messages::applicationMissing(path)
@@ -68,11 +66,10 @@ Result<EntryKeys> readEntryKeys(const std::string& path, std::span<const std::st
 }
 
 std::string entryBusName(const std::string& path) {
-    std::string name = path.substr(path.rfind('/') + 1);
-    if (!name.ends_with(kSuffix)) {
+    if (!isEntryName(path)) {
         return {};
     }
-    name.resize(name.size() - kSuffix.size());
+    const std::string name(withoutEntrySuffix(path).substr(path.rfind('/') + 1));
     const bool wellKnown = g_dbus_is_name(name.c_str()) != FALSE && name.front() != ':';
     return wellKnown ? name : std::string();
 }

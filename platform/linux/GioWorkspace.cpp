@@ -8,6 +8,7 @@
 #include "platform/linux/BundleFolder.h"
 #include "platform/linux/BundleOpening.h"
 #include "platform/linux/DesktopEntryCheck.h"
+#include "platform/linux/EntryName.h"
 #include "platform/linux/EntryOpening.h"
 #include "platform/linux/FirstWindow.h"
 #include "platform/linux/GioThread.h"
@@ -20,8 +21,6 @@
 
 namespace tavo {
 namespace {
-
-constexpr std::string_view kEntrySuffix = ".desktop";
 
 // What a program is looked for in where no PATH is set.
 constexpr const char* kDefaultSearchPath = "/usr/local/bin:/usr/bin:/bin";
@@ -36,7 +35,7 @@ Target targetAt(const std::string& path) {
     if (S_ISDIR(status.st_mode)) {
         return Target::bundle;
     }
-    return path.ends_with(kEntrySuffix) ? Target::entry : Target::other;
+    return isEntryName(path) ? Target::entry : Target::other;
 }
 
 std::string withoutTrailingSlashes(std::string path) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "platform/linux/EntryName.h"
+
 namespace tavo {
 namespace {
 
@@ -37,11 +39,7 @@ std::string folded(std::string_view text) {
 }
 
 std::string withoutSuffix(std::string_view identifier) {
-    constexpr std::string_view kSuffix = ".desktop";
-    if (identifier.ends_with(kSuffix)) {
-        identifier.remove_suffix(kSuffix.size());
-    }
-    return folded(identifier);
+    return folded(withoutEntrySuffix(identifier));
 }
 
 }  // namespace

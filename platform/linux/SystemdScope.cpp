@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <string_view>
 
+#include "platform/linux/EntryName.h"
+
 namespace tavo {
 namespace {
-
-constexpr std::string_view kEntrySuffix = ".desktop";
 
 bool isPlain(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
@@ -73,11 +73,8 @@ void answered(GObject* bus, GAsyncResult* result, gpointer data) {
 }  // namespace
 
 std::string scopeName(const std::string& identifier, pid_t process) {
-    std::string_view name = identifier;
-    if (name.ends_with(kEntrySuffix)) {
-        name.remove_suffix(kEntrySuffix.size());
-    }
-    return "app-tavolauncher-" + escaped(name) + '-' + std::to_string(process) + ".scope";
+    return "app-tavolauncher-" + escaped(withoutEntrySuffix(identifier)) + '-' +
+           std::to_string(process) + ".scope";
 }
 
 void moveToScope(GioThread& thread, const std::string& identifier, pid_t process) {

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "platform/linux/DesktopEntry.h"
+#include "platform/linux/EntryName.h"
 #include "platform/linux/ProgramSearch.h"
 #include "support/Text.h"
 
@@ -104,7 +105,7 @@ void EntryFiles::listEntry(int folder, const dirent& entry, const std::string& p
     if (name == "." || name == "..") {
         return;
     }
-    if (name.ends_with(".desktop")) {
+    if (isEntryName(name)) {
         addFile(idPrefix + entry.d_name, path + entry.d_name);
         return;
     }

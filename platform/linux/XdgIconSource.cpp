@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/linux/DesktopEntry.h"
+#include "platform/linux/EntryName.h"
 #include "platform/linux/FileStamp.h"
 #include "platform/linux/Fingerprint.h"
 #include "platform/linux/IconFile.h"
@@ -60,7 +61,7 @@ Subject subjectOf(const std::string& path, const std::vector<std::string>& langu
         return {Subject::Kind::Bundle, path,
                 fingerprintOf({path + "/Contents/Info.plist", path + "/Contents/Resources"})};
     }
-    std::string icon = path.ends_with(".desktop") ? iconOfEntry(path, languages) : std::string();
+    std::string icon = isEntryName(path) ? iconOfEntry(path, languages) : std::string();
     if (icon.starts_with('/')) {
         const std::uint64_t lookup = fingerprintOf({icon});
         return {Subject::Kind::File, std::move(icon), lookup};
