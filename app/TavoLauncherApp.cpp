@@ -149,7 +149,7 @@ struct TavoLauncherApp::Parts {
     std::unique_ptr<ChildProcess> processes = makePosixChildProcess();
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<XdgIconSource> icons =
-        makeXdgIconSource(IconEnvironment::fromProcess(), bundleIconFile);
+        makeXdgIconSource(IconEnvironment::fromProcess(wayland), bundleIconFile);
     std::unique_ptr<Compositing> compositing = makeXcbCompositing();
     CaretRest caretRest;
     LauncherView* view = nullptr;

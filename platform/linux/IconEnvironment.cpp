@@ -34,19 +34,20 @@ void addFolder(std::vector<std::string>& folders, std::string folder) {
 
 }  // namespace
 
-IconEnvironment IconEnvironment::fromProcess() {
-    IconEnvironment environment = fromVariables([](const char* name) -> std::string {
+IconEnvironment IconEnvironment::fromProcess(bool wayland) {
+    const auto variable = [](const char* name) -> std::string {
         if (const char* const value = std::getenv(name); value != nullptr && *value != '\0') {
             return value;
         }
         return std::string_view(name) == "HOME" ? makePosixFileManager()->homeDirectory() : "";
-    });
+    };
+    IconEnvironment environment = fromVariables(variable, wayland);
     environment.languages = messageLanguages();
     return environment;
 }
 
 IconEnvironment IconEnvironment::fromVariables(
-    const std::function<std::string(const char* name)>& variable) {
+    const std::function<std::string(const char* name)>& variable, bool wayland) {
     const std::string home = variable("HOME");
     const auto folderOr = [&](const char* name, const std::string& otherwise) {
         const std::string value = variable(name);
@@ -86,7 +87,7 @@ IconEnvironment IconEnvironment::fromVariables(
         environment.cacheFolder = cacheHome + "/tavolauncher/icons";
     }
     environment.desktops = split(variable("XDG_CURRENT_DESKTOP"));
-    if (variable("WAYLAND_DISPLAY").empty()) {
+    if (!wayland) {
         environment.display = variable("DISPLAY");
     }
     return environment;

@@ -17,8 +17,9 @@ struct IconEnvironment {
     std::vector<std::string> desktops;       // XDG_CURRENT_DESKTOP, split at ":"
     std::string display;                     // of the X server to ask for its settings; or empty
 
-    // The environment of this process as it is now.
-    static IconEnvironment fromProcess();
+    // The environment of this process as it is now. `wayland`: whether the session is a Wayland one
+    // (isWaylandSession).
+    static IconEnvironment fromProcess(bool wayland);
 
     // The same from other variables, but without languages; `variable` answers "" for one that is
     // not set.
@@ -27,7 +28,7 @@ struct IconEnvironment {
     // then those to which Flatpak and snap export: sessions exist whose XDG_DATA_DIRS lacks them.
     // On Wayland no X server is asked, because the question alone may start one.
     static IconEnvironment fromVariables(
-        const std::function<std::string(const char* name)>& variable);
+        const std::function<std::string(const char* name)>& variable, bool wayland);
 };
 
 }  // namespace tavo

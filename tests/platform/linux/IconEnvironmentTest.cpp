@@ -9,11 +9,12 @@
 namespace tavo {
 namespace {
 
-IconEnvironment from(const std::map<std::string, std::string>& variables) {
-    return IconEnvironment::fromVariables([&](const char* name) {
+IconEnvironment from(const std::map<std::string, std::string>& variables, bool wayland = false) {
+    const auto variable = [&](const char* name) {
         const auto found = variables.find(name);
         return found == variables.end() ? std::string() : found->second;
-    });
+    };
+    return IconEnvironment::fromVariables(variable, wayland);
 }
 
 using Strings = std::vector<std::string>;
@@ -52,12 +53,15 @@ TEST(IconEnvironment, languages_are_those_of_messages) {
     ScopedVariables variables;
     variables.set("LANGUAGE", std::nullopt);
     variables.set("LC_ALL", "it_IT");
-    EXPECT_EQ(IconEnvironment::fromProcess().languages, (Strings{"it_IT", "it", "C"}));
+    EXPECT_EQ(IconEnvironment::fromProcess(false).languages, (Strings{"it_IT", "it", "C"}));
 }
 
-TEST(IconEnvironment, on_wayland_no_x_server_is_asked) {
-    const auto environment = from({{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}});
-    EXPECT_EQ(environment.display, "");
+TEST(IconEnvironment, in_a_wayland_session_no_x_server_is_asked) {
+    EXPECT_EQ(from({{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}}, true).display, "");
+}
+
+TEST(IconEnvironment, a_left_over_name_of_a_compositor_hides_no_x_server) {
+    EXPECT_EQ(from({{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}}, false).display, ":0");
 }
 
 }  // namespace
