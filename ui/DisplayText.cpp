@@ -55,8 +55,7 @@ QString displayText(std::string_view utf8, qsizetype longest) {
 }
 
 QString menuText(std::string_view utf8) {
-    constexpr qsizetype kLongest = 50;
-    return displayText(utf8, kLongest).replace(u'&', QStringLiteral("&&"));
+    return displayText(utf8).replace(u'&', QStringLiteral("&&"));
 }
 
 QString toolTipText(const QString& text) {

@@ -15,7 +15,8 @@ QString displayText(std::string_view utf8, qsizetype longest = 400);
 // The same for a message of several lines: line breaks stay.
 QString displayMessage(std::string_view utf8, qsizetype longest = 2000);
 
-// A name for a menu entry: short enough for a menu, an ampersand a letter and not a key.
+// A name for a menu entry: an ampersand is a letter and not a key. As long as displayText() leaves
+// it, for screen readers; a menu draws what it has room for.
 QString menuText(std::string_view utf8);
 
 // `text` as a tool tip: plain whatever it holds, and never wider than a few words.

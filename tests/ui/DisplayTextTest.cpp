@@ -49,9 +49,10 @@ TEST(DisplayText, never_cuts_a_surrogate_pair_in_two) {
     EXPECT_TRUE(shown.isValidUtf16());
 }
 
-TEST(DisplayText, a_menu_entry_is_short_and_its_ampersand_a_letter) {
+TEST(DisplayText, a_menu_entry_is_like_any_other_text_and_its_ampersand_a_letter) {
     EXPECT_EQ(menuText("Q&A"), QStringLiteral("Q&&A"));
-    EXPECT_EQ(menuText(std::string(3000, 'x')).size(), 51);
+    const std::string endless(3000, 'x');
+    EXPECT_EQ(menuText(endless), displayText(endless));
 }
 
 TEST(DisplayText, a_tool_tip_is_plain_and_never_endless) {

@@ -15,6 +15,7 @@
 #include "ui/AccessibleItems.h"
 #include "ui/Appearance.h"
 #include "ui/ControlPainting.h"
+#include "ui/DisplayText.h"
 #include "ui/PopupMenu.h"
 
 namespace tavo {
@@ -249,6 +250,21 @@ TEST_F(PopupMenuTest, a_screen_reader_hears_what_the_menu_is_called) {
               QStringLiteral("Note"));
     EXPECT_EQ(QAccessible::queryAccessibleInterface(submenu.data())->text(QAccessible::Name),
               QStringLiteral("Categorie"));
+}
+
+TEST_F(PopupMenuTest, a_long_name_is_told_whole_and_drawn_as_far_as_there_is_room) {
+    const std::string name = "Una categoria " + std::string(300, 'm') + " e la sua fine";
+    PopupMenu names(QStringLiteral("Categorie"), &window);
+    QAction* const entry = names.addTick(menuText(name), true, [] {});
+    names.popup(QPoint(0, 0));
+    EXPECT_EQ(names.actionGeometry(entry).width(), controls::kWidestEntry);
+    const QImage row = names.grab(names.actionGeometry(entry)).toImage();
+    for (int y = 0; y < row.height(); ++y) {
+        EXPECT_EQ(row.pixelColor(row.width() - 2, y), row.pixelColor(1, y)) << y;
+    }
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&names)->child(0)->text(QAccessible::Name),
+              QString::fromStdString(name));
+    names.hide();
 }
 
 // The first column right of the symbols where the entry's text is drawn.
