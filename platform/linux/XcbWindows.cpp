@@ -55,6 +55,20 @@ constexpr pid_t kElsewhere = -1;
 // Of requests that a pager sends for the user.
 constexpr std::uint32_t kFromUser = 2;
 
+// Where window managers listen on the root window.
+constexpr std::uint32_t kToManager =
+    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+
+// Until the window manager has done something, or for 0.1 s.
+template<typename Condition>
+void await(const Condition& condition) {
+    constexpr int kRounds = 50;
+    constexpr int kPause = 2;  // milliseconds
+    for (int round = 0; round < kRounds && !condition(); ++round) {
+        ::poll(nullptr, 0, kPause);
+    }
+}
+
 }  // namespace
 
 // Questions about one window on their way.
@@ -281,22 +295,45 @@ void XcbWindows::tellManager(xcb_window_t window, Atom message, std::array<std::
     event.window = window;
     event.type = atom(message);
     std::copy(data.begin(), data.end(), event.data.data32);
-    xcb_send_event(connection_.get(), 0, connection_.root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+    xcb_send_event(connection_.get(), 0, connection_.root(), kToManager,
                    reinterpret_cast<const char*>(&event));
 }
 
 void XcbWindows::goToDesktop(std::uint32_t desktop, xcb_timestamp_t time) {
-    constexpr int kRounds = 50;
-    constexpr int kPause = 2;  // milliseconds
     tellManager(connection_.root(), kCurrentDesktop, {desktop, time});
-    for (int round = 0; round < kRounds; ++round) {
-        if (number(ask(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4)) ==
-            desktop) {
-            break;
-        }
-        ::poll(nullptr, 0, kPause);
+    await([&] {
+        return number(ask(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4)) ==
+               desktop;
+    });
+}
+
+void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t top,
+                         xcb_timestamp_t time) {
+    const auto active = [this] {
+        return number(ask(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4));
+    };
+    const bool wasActive = active() == top;
+    for (const xcb_window_t window : windows) {
+        tellManager(window, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
     }
+    xcb_flush(connection_.get());
+    if (wasActive) {
+        await([&] { return active() != top; });
+    }
+}
+
+// Not by a request of our own for the window: the server refuses one that names another window
+// once window managers have put frames around both (ICCCM, "Configuring the Window").
+void XcbWindows::placeAbove(xcb_window_t window, xcb_window_t sibling) {
+    xcb_configure_request_event_t event = {};
+    event.response_type = XCB_CONFIGURE_REQUEST;
+    event.stack_mode = XCB_STACK_MODE_ABOVE;
+    event.parent = connection_.root();
+    event.window = window;
+    event.sibling = sibling;
+    event.value_mask = XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE;
+    xcb_send_event(connection_.get(), 0, connection_.root(), kToManager,
+                   reinterpret_cast<const char*>(&event));
 }
 
 void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
@@ -321,21 +358,34 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
         desktop = top->desktop;
         goToDesktop(desktop, std::exchange(time, XCB_CURRENT_TIME));
     }
+    std::vector<xcb_window_t> here;
+    std::vector<xcb_window_t> hidden;
     for (std::size_t i = 0; i < windows.size(); ++i) {
-        if (!isThere(at[i])) {
-            continue;
+        if (isThere(at[i])) {
+            here.push_back(windows[i]);
+            if (at[i].hidden) {
+                hidden.push_back(windows[i]);
+            }
         }
-        const auto above = at.begin() + static_cast<std::ptrdiff_t>(i) + 1;
-        const bool last = std::none_of(above, at.end(), isThere);
-        if (last || at[i].hidden) {
-            // The one request that restores a window, too.
-            tellManager(windows[i], kActiveWindow,
-                        {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
-        } else {
-            const std::uint32_t mode = XCB_STACK_MODE_ABOVE;
-            xcb_configure_window(connection_.get(), windows[i], XCB_CONFIG_WINDOW_STACK_MODE,
-                                 &mode);
+    }
+    if (!hidden.empty() && hidden.back() == here.back()) {
+        hidden.pop_back();
+    }
+    if (!hidden.empty()) {
+        restore(hidden, here.back(), std::exchange(time, XCB_CURRENT_TIME));
+    }
+    const xcb_window_t front = here.back();
+    tellManager(front, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+    // Each above another one, for to be raised above all is to be given the focus by some managers,
+    // which some others do all the same: it keeps their order, and the one in front comes last.
+    xcb_window_t below = front;
+    for (const xcb_window_t window : here) {
+        if (window != front) {
+            placeAbove(window, std::exchange(below, window));
         }
+    }
+    if (here.size() > 1) {
+        tellManager(front, kActiveWindow, {kFromUser, time});
     }
     xcb_flush(connection_.get());
 }

@@ -63,7 +63,8 @@ public:
     // Brings `windows` (the bottom one first) above all others, their order kept, and makes the
     // last one active. When none of them is on the current desktop it is left for the desktop of
     // the last one; windows on other desktops stay as they are. Minimised ones are restored.
-    // Returns when everything is sent; going to another desktop is waited for up to 0.1 s.
+    // Returns when everything is sent; going to another desktop, and the focus that restored
+    // windows take, are waited for up to 0.1 s each.
     void front(const std::vector<xcb_window_t>& windows);
 
 private:
@@ -111,6 +112,10 @@ private:
     void goToDesktop(std::uint32_t desktop, xcb_timestamp_t time);
 
     std::vector<Place> places(const std::vector<xcb_window_t>& windows);
+    // Restores the windows. A manager takes a request for a window that it believes active for done
+    // (xfwm4 4.18); when `top` is that, this returns when it is no longer, or after 0.1 s.
+    void restore(const std::vector<xcb_window_t>& windows, xcb_window_t top, xcb_timestamp_t time);
+    void placeAbove(xcb_window_t window, xcb_window_t sibling);
     void tellManager(xcb_window_t window, Atom message, std::array<std::uint32_t, 2> data);
 
     XcbConnection& connection_;

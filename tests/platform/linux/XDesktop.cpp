@@ -164,6 +164,24 @@ bool XDesktop::goToDesktop(std::uint32_t desktop) {
     return becomesTrue([&] { return rootNumbers("_NET_CURRENT_DESKTOP") == std::vector{desktop}; });
 }
 
+bool XDesktop::settle() {
+    constexpr std::uint32_t kRemove = 0;
+    constexpr std::uint32_t kAdd = 1;
+    const auto windows = rootNumbers("_NET_CLIENT_LIST");
+    const std::uint32_t mark = atom("_NET_WM_STATE_SKIP_PAGER");
+    const auto isMarked = [&] {
+        const auto states = numbers(windows.front(), "_NET_WM_STATE");
+        return std::find(states.begin(), states.end(), mark) != states.end();
+    };
+    // It takes requests and events in order. What it did for those before the first mark has
+    // reached it as events before the second.
+    const auto request = [&](std::uint32_t change) {
+        tell(windows.front(), "_NET_WM_STATE", change, mark);
+        return becomesTrue([&] { return isMarked() == (change == kAdd); });
+    };
+    return !windows.empty() && request(kAdd) && request(kRemove);
+}
+
 void XDesktop::claim(const std::vector<xcb_window_t>& windows, xcb_window_t active) {
     setRoot("_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW, windows);
     setRoot("_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW, {active});

@@ -57,6 +57,10 @@ public:
     bool moveToDesktop(xcb_window_t window, std::uint32_t desktop);
     bool goToDesktop(std::uint32_t desktop);
 
+    // Returns when the manager has carried out all requests so far, and has heard of what came of
+    // them. The focus stays where it is; one window is to be there.
+    bool settle();
+
     // Says that these are the managed windows, where there is no manager to say it.
     void claim(const std::vector<xcb_window_t>& windows, xcb_window_t active = XCB_WINDOW_NONE);
 

@@ -100,15 +100,7 @@ protected:
             [&] { return desktop_.active() == window && desktop_.focus() == window; });
     }
 
-    // After this all requests so far have been carried out: the window manager takes them in order.
-    void settle() {
-        const xcb_window_t probe = open(*other_, "class=probe");
-        other_->close(probe);
-        EXPECT_TRUE(becomesTrue([&] {
-            const auto stacking = desktop_.stacking();
-            return std::find(stacking.begin(), stacking.end(), probe) == stacking.end();
-        }));
-    }
+    void settle() { EXPECT_TRUE(desktop_.settle()); }
 
     XDesktop desktop_{GetParam()};
     std::shared_ptr<ListedEntries> listed_ = std::make_shared<ListedEntries>();
@@ -139,6 +131,18 @@ TEST_P(XcbFronting, what_is_in_front_already_stays_so) {
     ASSERT_TRUE(desktop_.activate(low));
     ASSERT_TRUE(desktop_.activate(high));
     click();
+    settle();
+    EXPECT_TRUE(becomesActive(high));
+    EXPECT_THAT(desktop_.stacking(), ElementsAre(low, high));
+}
+
+TEST_P(XcbFronting, what_is_in_front_stays_so_while_another_of_its_windows_is_restored) {
+    const xcb_window_t low = open(*app_, "class=app");
+    const xcb_window_t high = open(*app_, "class=app");
+    ASSERT_TRUE(desktop_.minimise(low));
+    ASSERT_TRUE(desktop_.activate(high));
+    click();
+    EXPECT_TRUE(becomesTrue([&] { return !desktop_.isMinimised(low); }));
     settle();
     EXPECT_TRUE(becomesActive(high));
     EXPECT_THAT(desktop_.stacking(), ElementsAre(low, high));
