@@ -18,7 +18,7 @@ def connect(desktop):
     Atspi.init()
 
 
-def await_node(condition, what, seconds=20.0):
+def await_node(condition, what, seconds=60.0):
     """Like wait_until, but a node that vanishes while it is read counts as not there yet."""
 
     def asked():

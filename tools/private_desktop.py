@@ -37,7 +37,7 @@ class DesktopError(Exception):
     """The desktop, or something awaited on it, did not come up."""
 
 
-def wait_until(condition, what, seconds=20.0, pause=0.02):
+def wait_until(condition, what, seconds=60.0, pause=0.02):
     """The first true answer of `condition`, asked again until there is one."""
     end = time.monotonic() + seconds
     while True:

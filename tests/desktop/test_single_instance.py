@@ -144,7 +144,7 @@ class Instance(InstanceTest):
         launcher = self.launch()
         self.assert_accessory(launcher)
         for _ in range(3):
-            self.desktop.key("ctrl+w")
+            launcher.close()
             self.second_start()
             launcher.await_active()
             self.assert_accessory(launcher)
