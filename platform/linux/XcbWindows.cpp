@@ -352,7 +352,8 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     xcb_timestamp_t time = *now;
     std::uint32_t desktop = number(current).value_or(kAllDesktops);
     const auto isThere = [&](const Place& place) {
-        return desktop == kAllDesktops || place.desktop == desktop || place.desktop == kAllDesktops;
+        return !place.gone && (desktop == kAllDesktops || place.desktop == desktop ||
+                               place.desktop == kAllDesktops);
     };
     if (std::none_of(at.begin(), at.end(), isThere)) {
         desktop = top->desktop;
@@ -376,8 +377,9 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     }
     const xcb_window_t front = here.back();
     tellManager(front, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
-    // Each above another one, for to be raised above all is to be given the focus by some managers,
-    // which some others do all the same: it keeps their order, and the one in front comes last.
+    // The others are each placed above another one: for some managers, to raise a window above all
+    // is to give it the focus. Managers that put it above all nevertheless have them in order
+    // too, since the one in front comes last.
     xcb_window_t below = front;
     for (const xcb_window_t window : here) {
         if (window != front) {

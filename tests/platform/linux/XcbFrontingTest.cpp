@@ -5,7 +5,9 @@
 #include <gmock/gmock.h>
 
 #include "platform/linux/FirstWindow.h"
+#include "platform/linux/XcbConnection.h"
 #include "platform/linux/XcbRunningApplications.h"
+#include "platform/linux/XcbWindows.h"
 #include "tests/contracts/RunningApplicationsContract.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/XDesktop.h"
@@ -241,6 +243,28 @@ TEST_P(XcbFronting, a_process_comes_with_all_its_windows_and_no_others) {
     running_->activateAllWindows(*found);
     EXPECT_TRUE(becomesActive(second));
     EXPECT_THAT(desktop_.stacking(), ElementsAre(other, first, second));
+}
+
+TEST_P(XcbFronting, one_that_has_vanished_does_not_keep_the_rest_from_coming_to_the_front) {
+    const auto connection = XcbConnection::open(desktop_.display());
+    ASSERT_NE(connection, nullptr);
+    XcbWindows windows(*connection);
+    for (const std::uint32_t desktop : {0U, 1U}) {
+        SCOPED_TRACE(desktop);
+        const xcb_window_t left = open(*app_, "class=app");
+        const xcb_window_t gone = open(*app_, "class=app");
+        app_->close(gone);
+        EXPECT_TRUE(becomesTrue([&] {
+            const auto stacking = desktop_.stacking();
+            return std::find(stacking.begin(), stacking.end(), gone) == stacking.end();
+        }));
+        ASSERT_TRUE(desktop_.moveToDesktop(left, desktop));
+        ASSERT_TRUE(desktop_.activate(open(*other_, "class=other")));
+        windows.front({left, gone});
+        EXPECT_TRUE(becomesActive(left));
+        EXPECT_EQ(desktop_.stacking().back(), left);
+        EXPECT_THAT(desktop_.rootNumbers("_NET_CURRENT_DESKTOP"), ElementsAre(desktop));
+    }
 }
 
 TEST_P(XcbFronting, windows_that_vanish_meanwhile_leave_the_rest_in_front) {
