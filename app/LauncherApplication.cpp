@@ -17,10 +17,15 @@ LauncherApplication::LauncherApplication(int& argc, char** argv) : QApplication(
 
 bool LauncherApplication::event(QEvent* event) {
     if (event->type() == QEvent::Quit) {
-        exit(0);
+        endAtOnce();
         return true;
     }
     return QApplication::event(event);
+}
+
+void LauncherApplication::endAtOnce() {
+    toldToEnd_ = true;
+    exit(0);
 }
 
 }  // namespace tavo

@@ -12,8 +12,16 @@ class LauncherApplication final : public QApplication {
 public:
     LauncherApplication(int& argc, char** argv);
 
+    // For whoever may ask so that no start of another process counts against it, as a session's
+    // signals do: the event loop ends at once, and wasToldToEnd() is true from then on.
+    void endAtOnce();
+    [[nodiscard]] bool wasToldToEnd() const { return toldToEnd_; }
+
 protected:
     bool event(QEvent* event) override;
+
+private:
+    bool toldToEnd_ = false;
 };
 
 }  // namespace tavo

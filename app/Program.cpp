@@ -63,9 +63,9 @@ int runTavoLauncher(tavo::ProgramStart& start) {
     }
     app.show(start.request.activationToken);
     int status = 0;
-    // A start that finds this process ending would be left without a window.
+    // A start that finds this process ending because its user quit would be left without a window.
     do {
         status = QApplication::exec();
-    } while (!presence.endUnlessAsked());
+    } while (!presence.endUnlessAsked() && !application.wasToldToEnd());
     return status;
 }

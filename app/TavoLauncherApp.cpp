@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <cstdio>
 
+#include "app/LauncherApplication.h"
 #include "app/TavoLauncherMenuController.h"
 #include "catalogue/Favorites.h"
 #include "platform/ApplicationSource.h"
@@ -161,7 +162,10 @@ struct TavoLauncherApp::Parts {
         {.window = window, .management = *management, .hosts = *hosts, .reachable = [this] {
              return presence.reachable();
          }}};
-    std::shared_ptr<void> signals = listenForTermination([this] { controller.quit(); });
+    std::shared_ptr<void> signals = listenForTermination([this] {
+        window.hide();
+        static_cast<LauncherApplication*>(qApp)->endAtOnce();
+    });
 };
 
 TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,

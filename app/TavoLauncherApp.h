@@ -13,7 +13,7 @@ class StartEnvironment;
 struct SessionBus;
 
 // Everything that runs, made in order of need and ended in the reverse. Made after the
-// application object; main thread.
+// application object, a LauncherApplication; main thread.
 class TavoLauncherApp {
 public:
     // `environment` is what applications will be started with; `applications` may be scanning

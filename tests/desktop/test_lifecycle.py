@@ -28,6 +28,15 @@ class Ending(DesktopTest):
         launcher.process.terminate()
         self.assertEqual(launcher.process.wait(timeout=20), 0)
 
+    def test_a_signal_ends_it_even_when_another_start_has_just_asked_for_its_window(self):
+        for _ in range(5):
+            launcher = self.launch()
+            launcher.process.send_signal(signal.SIGSTOP)
+            self.assertEqual(self.launch(wait=False).process.wait(timeout=60), 0)
+            launcher.process.send_signal(signal.SIGTERM)
+            launcher.process.send_signal(signal.SIGCONT)
+            self.assertEqual(launcher.process.wait(timeout=60), 0)
+
     def test_a_signal_that_was_ignored_stays_ignored(self):
         launcher = self.launch(wait=False)
         launcher.process.kill()
