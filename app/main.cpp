@@ -1,9 +1,11 @@
 // The program's entry, and all of it that a start needs which only brings the window of another
 // process to the front. Nothing but the C++ library is loaded for that.
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <dlfcn.h>
@@ -58,12 +60,26 @@ std::optional<int> answerArguments(int argc, char** argv) {
     return kUsageError;
 }
 
+// The library that holds the program: beside the executable where both were built, else where both
+// were installed to, whatever the prefix has become. A copy of the executable alone, taken out of
+// the folder that it was built in, still knows that folder: its run path says it.
+std::string programLibrary() {
+    std::error_code unreadable;
+    const std::filesystem::path folder =
+        std::filesystem::read_symlink("/proc/self/exe", unreadable).parent_path();
+    for (const char* const place : {".", TAVO_INSTALLED_LIBRARIES}) {
+        const std::filesystem::path library = folder / place / TAVO_LIBRARY;
+        if (std::filesystem::exists(library, unreadable)) {
+            return library.lexically_normal();
+        }
+    }
+    return TAVO_LIBRARY;
+}
+
 // The program, loaded with all that it needs; null, with a line on standard error, when something
 // is missing.
 decltype(&runTavoLauncher) loadProgram() {
-    // Where it is, the executable says itself: its run path is set when it is built, and again
-    // when it is installed.
-    void* const library = ::dlopen("libtavolauncher.so", RTLD_LAZY | RTLD_LOCAL);
+    void* const library = ::dlopen(programLibrary().c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* const run = library != nullptr ? ::dlsym(library, "runTavoLauncher") : nullptr;
     if (run == nullptr) {
         std::fprintf(stderr, "tavolauncher: the program cannot be loaded: %s\n", ::dlerror());

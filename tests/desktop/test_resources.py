@@ -20,6 +20,7 @@ class MarkFile(DesktopTest):
         self.folder.mkdir()
         self.program = self.folder / "tavolauncher"
         shutil.copy(harness.PROGRAM, self.program)
+        shutil.copy(pathlib.Path(harness.PROGRAM).with_name("libtavolauncher.so"), self.folder)
         shutil.copytree(pathlib.Path(harness.PROGRAM).parent / "resources",
                         self.folder / "resources")
         self.mark = self.folder / "resources" / MARK
