@@ -236,6 +236,9 @@ std::chrono::nanoseconds processorTime() {
 
 TEST_F(SessionPresenceTest, a_start_that_finds_no_descriptor_left_waits_without_work_for_one) {
     Side first(in("one"), "");
+    // Whatever needs descriptors the first time only has had them.
+    EXPECT_EQ(claim(in("one"), {}).claim, InstanceClaim::HandedOver);
+    EXPECT_TRUE(first.awaitRequest({}));
     const FileDescriptor start(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     sockaddr_un place = {};
     place.sun_family = AF_UNIX;
