@@ -3,8 +3,9 @@
 
     tools/test_summary.py PRESET=results.xml...
 
-What a failed test printed last stands, indented, below its name. The last line is "N passed, N failed", with ", N skipped" when some were. Fails when a test
-failed, when none ran, or when a file is not there.
+What a failed test printed last stands, indented, below its name. The last line is "N passed, N
+failed", with ", N skipped" when some were. Fails when a test failed, when none ran, or when a file is
+not there.
 """
 
 import re
