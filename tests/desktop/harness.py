@@ -12,6 +12,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import signal
 import sqlite3
 import struct
@@ -61,6 +62,16 @@ class Desktop(PrivateDesktop):
             self.xdo("set_num_desktops", 3)
             return "= 3" in self._root_property("_NET_NUMBER_OF_DESKTOPS")
         wait_until(obeys, f"{self.wm} to take requests")
+
+    def copy_of_program(self):
+        """A folder with the program, its library and its resources, to be changed as a test likes."""
+        folder = self.folder / "copy"
+        folder.mkdir()
+        built = pathlib.Path(PROGRAM).parent
+        for name in ("tavolauncher", "libtavolauncher.so"):
+            shutil.copy(built / name, folder)
+        shutil.copytree(built / "resources", folder / "resources")
+        return folder
 
     def entry(self, name, id=None, folder=None, **keys):
         """Writes a desktop entry and answers its file. Keys with None are left out."""

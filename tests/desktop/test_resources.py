@@ -1,5 +1,4 @@
 import os
-import pathlib
 import re
 import shutil
 import subprocess
@@ -16,13 +15,8 @@ class MarkFile(DesktopTest):
 
     def setUp(self):
         super().setUp()
-        self.folder = self.desktop.folder / "installed"
-        self.folder.mkdir()
+        self.folder = self.desktop.copy_of_program()
         self.program = self.folder / "tavolauncher"
-        shutil.copy(harness.PROGRAM, self.program)
-        shutil.copy(pathlib.Path(harness.PROGRAM).with_name("libtavolauncher.so"), self.folder)
-        shutil.copytree(pathlib.Path(harness.PROGRAM).parent / "resources",
-                        self.folder / "resources")
         self.mark = self.folder / "resources" / MARK
 
     def start(self):

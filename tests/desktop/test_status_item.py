@@ -1,12 +1,9 @@
 """The item in the panel: on the trays and panels that are installed, and on one made up."""
 
-import pathlib
 import re
-import shutil
 import subprocess
 import time
 
-import harness
 from harness import ROUNDS, wait_until, wait_until_still
 from test_single_instance import InstanceTest
 
@@ -306,10 +303,7 @@ class Notified(TrayTest):
         self.assertTrue({16, 22, 32} <= set(sizes), sizes)
 
     def test_without_a_drawing_of_the_symbol_there_are_tool_tip_menu_and_clicks(self):
-        folder = self.desktop.folder / "installed"
-        folder.mkdir()
-        shutil.copy(harness.PROGRAM, folder / "tavolauncher")
-        shutil.copytree(pathlib.Path(harness.PROGRAM).parent / "resources", folder / "resources")
+        folder = self.desktop.copy_of_program()
         (folder / "resources/symbols/square.grid.3x3.svg").unlink()
         panel, launcher = self.launch_on_panel(program=folder / "tavolauncher")
         self.assertEqual(self.ask(panel, "tooltip"), "Tavo Launcher")

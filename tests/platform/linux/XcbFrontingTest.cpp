@@ -97,12 +97,14 @@ protected:
         running_->activateAllWindows(found.front());
     }
 
+    void settle() { EXPECT_TRUE(desktop_.settle()); }
+
+    // And stays so: whatever else was asked for has been done then, too.
     [[nodiscard]] bool becomesActive(xcb_window_t window) {
+        settle();
         return becomesTrue(
             [&] { return desktop_.active() == window && desktop_.focus() == window; });
     }
-
-    void settle() { EXPECT_TRUE(desktop_.settle()); }
 
     XDesktop desktop_{GetParam()};
     std::shared_ptr<ListedEntries> listed_ = std::make_shared<ListedEntries>();
@@ -133,7 +135,6 @@ TEST_P(XcbFronting, what_is_in_front_already_stays_so) {
     ASSERT_TRUE(desktop_.activate(low));
     ASSERT_TRUE(desktop_.activate(high));
     click();
-    settle();
     EXPECT_TRUE(becomesActive(high));
     EXPECT_THAT(desktop_.stacking(), ElementsAre(low, high));
 }
@@ -145,7 +146,6 @@ TEST_P(XcbFronting, what_is_in_front_stays_so_while_another_of_its_windows_is_re
     ASSERT_TRUE(desktop_.activate(high));
     click();
     EXPECT_TRUE(becomesTrue([&] { return !desktop_.isMinimised(low); }));
-    settle();
     EXPECT_TRUE(becomesActive(high));
     EXPECT_THAT(desktop_.stacking(), ElementsAre(low, high));
 }
@@ -323,7 +323,6 @@ TEST_P(XcbFronting, a_started_program_that_the_user_has_left_steals_nothing) {
     const auto before = desktop_.stacking();
     running_->activateAllWindows({app_->process(), kApp});
     running_->activateAllWindows({app_->process(), ""});
-    settle();
     EXPECT_TRUE(becomesActive(elsewhere));
     EXPECT_EQ(desktop_.stacking(), before);
     EXPECT_NE(desktop_.active(), app);
@@ -356,7 +355,6 @@ TEST_P(XcbFronting, waiting_for_a_first_window_is_no_click) {
     const auto before = desktop_.stacking();
     queue.advance(std::chrono::milliseconds(1000));
     EXPECT_FALSE(start->lasts());
-    settle();
     EXPECT_TRUE(becomesActive(elsewhere));
     EXPECT_EQ(desktop_.stacking(), before);
     EXPECT_NE(desktop_.active(), app);
@@ -385,7 +383,6 @@ TEST_P(XcbFronting, the_later_of_two_clicks_keeps_the_front) {
     (void)open(*app_, "class=app usertime=1");
     ASSERT_TRUE(desktop_.activate(second));
     running_->activateAllWindows({app_->process(), kApp});
-    settle();
     EXPECT_TRUE(becomesActive(second));
 }
 
