@@ -1,6 +1,8 @@
 """What the pointer does in the window, and the keys that lead about in it."""
 
-from harness import Atspi, DesktopTest, Store, children, has_state, wait_until
+import itertools
+
+from harness import Atspi, DesktopTest, Store, children, has_state, wait_until, wait_until_still
 
 
 class HandsTest(DesktopTest):
@@ -33,17 +35,28 @@ class Pointer(HandsTest):
 
     def drag(self, launcher, start, by, wanted):
         """Drags until the window is there, left, top, width and height. The window manager, which
-        does the rest, takes its time to begin: the pointer moves until it does."""
-        end = start[0] + by[0], start[1] + by[1]
+        does the rest, takes its time to begin, and counts from where the pointer is then: that
+        stays within a pixel of `start` until the window follows."""
+        before = launcher.geometry()
+        change = [there - here for there, here in zip(wanted, before)]
 
-        def geometry():
-            self.desktop.xdo("mousemove", end[0] + 1, end[1] + 1)
-            self.desktop.xdo("mousemove", *end)
-            return launcher.geometry()
+        steps = itertools.cycle((1, 0))
+
+        def follows():
+            step = next(steps)
+            self.desktop.xdo("mousemove", start[0] + step, start[1] + step)
+            return launcher.geometry() != before
         self.desktop.move_pointer(*start)
         self.desktop.xdo("mousedown", 1)
         try:
-            launcher.await_equal(geometry, wanted)
+            wait_until(follows, "the window manager to begin", pause=0.05)
+            self.desktop.xdo("mousemove", *start)
+            began = wait_until_still(launcher.geometry, "the window to stand")
+            for there, here in zip(began, before):
+                self.assertLessEqual(abs(there - here), 1)
+            self.desktop.xdo("mousemove", start[0] + by[0], start[1] + by[1])
+            launcher.await_equal(launcher.geometry,
+                                 tuple(here + step for here, step in zip(began, change)))
         finally:
             self.desktop.xdo("mouseup", 1)
 
