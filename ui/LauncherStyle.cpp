@@ -43,7 +43,7 @@ bool isBlended(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_TranslucentBackground);
 }
 
-// Colours are not free to work out, and those asked for last are nearly always those asked for now.
+// Colours are not free to work out, and the next ones asked for are nearly always those asked for last.
 Appearance appearanceOf(const QPalette& palette) {
     static QPalette last = palette;
     static Appearance appearance(palette);

@@ -61,8 +61,8 @@ public:
         if (!wait() || activation_ == nullptr) {
             return std::nullopt;
         }
-        // A keyboard that is asked for now is told at once which window has the focus, and since
-        // which event: the proof of input that a token needs.
+        // The keyboard that the seat has given us is told at once which window has the focus, and
+        // since which event: the proof of input that a token needs.
         if (seat_ != nullptr && surface != nullptr) {
             wait();
         }
