@@ -10,7 +10,6 @@
 
 #include "platform/linux/FileDescriptor.h"
 #include "platform/linux/PosixSpawn.h"
-#include "platform/linux/ProcessHandle.h"
 
 namespace tavo {
 namespace {
@@ -47,12 +46,9 @@ bool reapIfEnded(pid_t process) {
     return result == process || (result < 0 && errno == ECHILD);
 }
 
+// POSIX offers no descriptor that becomes readable when a child ends, so waitpid is repeated every
+// millisecond. The child has closed its output by then and is about to end.
 bool endsBefore(pid_t process, Clock::time_point deadline) {
-    const FileDescriptor handle = processHandle(process);
-    if (handle.valid() && !readableBefore(handle.get(), deadline)) {
-        return false;
-    }
-    // Without a handle (an old kernel, no descriptor left) the child is asked for again and again.
     while (!reapIfEnded(process)) {
         if (Clock::now() >= deadline) {
             return false;
