@@ -5,11 +5,11 @@
 #include <QMenu>
 #include <utility>
 
-#include "app/DrawnStatusItem.h"
-#include "app/EmbeddedStatusItem.h"
+#include "app/status/DrawnStatusItem.h"
+#include "app/status/EmbeddedStatusItem.h"
 #include "platform/WindowManagement.h"
-#include "ui/LauncherWindow.h"
-#include "ui/Texts.h"
+#include "ui/window/LauncherWindow.h"
+#include "ui/look/Texts.h"
 
 namespace tavo {
 namespace {

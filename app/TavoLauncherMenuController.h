@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "app/StatusItem.h"
+#include "app/status/StatusItem.h"
 #include "platform/StartRequest.h"
 #include "platform/StatusItemHosts.h"
 #include "support/Signal.h"

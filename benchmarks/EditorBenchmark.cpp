@@ -22,10 +22,10 @@
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
-#include "ui/CategoryRows.h"
-#include "ui/LauncherStyle.h"
-#include "ui/LauncherView.h"
-#include "ui/TileGrid.h"
+#include "ui/editor/CategoryRows.h"
+#include "ui/controls/LauncherStyle.h"
+#include "ui/window/LauncherView.h"
+#include "ui/grid/TileGrid.h"
 
 namespace tavo {
 namespace {

@@ -13,8 +13,8 @@
 #include <benchmark/benchmark.h>
 #include <xcb/xcb.h>
 
-#include "platform/linux/XcbConnection.h"
-#include "platform/linux/XcbRunningApplications.h"
+#include "platform/linux/x11/XcbConnection.h"
+#include "platform/linux/x11/XcbRunningApplications.h"
 
 namespace {
 

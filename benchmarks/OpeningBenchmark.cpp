@@ -26,17 +26,17 @@
 #include <benchmark/benchmark.h>
 
 #include "catalogue/LauncherModel.h"
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/GioWorkspace.h"
-#include "platform/linux/PosixChildProcess.h"
-#include "platform/linux/PosixSpawn.h"
-#include "platform/linux/SqliteDefaultsStore.h"
-#include "platform/linux/UnknownRunningApplications.h"
-#include "platform/linux/XcbConnection.h"
+#include "platform/posix/FileDescriptor.h"
+#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/posix/PosixChildProcess.h"
+#include "platform/posix/PosixSpawn.h"
+#include "platform/linux/store/SqliteDefaultsStore.h"
+#include "platform/linux/windows/UnknownRunningApplications.h"
+#include "platform/linux/x11/XcbConnection.h"
 #include "tests/fakes/FakeApplicationSource.h"
 #include "tests/fakes/FakeFileManager.h"
 #include "tests/fakes/ManualMainQueue.h"
-#include "tests/platform/linux/XServer.h"
+#include "tests/platform/linux/fixtures/XServer.h"
 
 namespace tavo {
 namespace {

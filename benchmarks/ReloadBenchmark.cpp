@@ -21,7 +21,7 @@
 #include <benchmark/benchmark.h>
 #include <gio/gdesktopappinfo.h>
 
-#include "platform/linux/XdgApplicationSource.h"
+#include "platform/linux/entries/XdgApplicationSource.h"
 
 namespace tavo {
 namespace {

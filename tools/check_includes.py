@@ -1,30 +1,80 @@
 #!/usr/bin/python3
-"""Checks who includes whom, and that only platform/ knows which system it is built for.
+"""Checks who includes whom, that rooms stay small, and that only platform/ knows which system it is
+built for.
 
     tools/check_includes.py [ROOT]
 
 Prints every include that breaks a rule below, and fails when there is one.
 """
 
+import collections
 import pathlib
 import re
 import sys
 
 SOURCES = (".h", ".cpp", ".mm")
 
+CORE = {"catalogue", "launching", "platform", "support"}
+
+
+def rooms(folder, beside, table):
+    """What each room of `folder` may include: itself, the rooms that `table` names, and `beside`."""
+    return {f"{folder}/{room}": {f"{folder}/{other}" for other in (room, *others.split())} | beside
+            for room, others in table.items()}
+
+
 # What each folder may include of the program, the folders without their sub-folders: platform/
-# means the ports, platform/linux/ one system's adapters. The longest name that fits counts.
+# means the ports. The longest name that fits counts.
+#
+# Of the rooms of platform/linux, x11 and wayland never meet, only session chooses between them, and
+# only app includes session.
 ALLOWED = {
     "support": {"support"},
     "platform": {"platform", "support"},
-    "platform/linux": {"platform", "platform/linux", "support"},
-    "platform/macos": {"platform", "platform/macos", "support"},
-    "catalogue": {"catalogue", "launching", "platform", "support"},
-    "launching": {"catalogue", "launching", "platform", "support"},
-    "ui": {"ui", "catalogue", "launching", "platform", "support"},
-    "app": {"app", "ui", "catalogue", "launching", "platform", "platform/linux", "platform/macos",
-            "support"},
+    "platform/posix": {"platform", "platform/posix", "support"},
+    "platform/qt": {"platform", "platform/posix", "platform/qt", "support"},
+    "platform/macos": {"platform", "platform/macos", "platform/posix", "platform/qt", "support"},
+    **rooms("platform/linux", {"platform", "platform/posix", "support"}, {
+        "system": "",
+        "dbus": "system",
+        "entries": "system",
+        "bundles": "system",
+        "store": "system",
+        "windows": "entries system",
+        "x11": "windows entries system",
+        "wayland": "windows entries system",
+        "icons": "entries bundles system x11",
+        "opening": "entries bundles dbus system x11",
+        "tray": "dbus system",
+        "instance": "dbus system",
+        "settings": "dbus system",
+        "session": "dbus entries instance system tray wayland windows x11",
+    }),
+    "catalogue": CORE,
+    "launching": CORE,
+    **rooms("ui", CORE, {
+        "look": "",
+        "accessibility": "",
+        "controls": "accessibility look",
+        "grid": "accessibility controls look",
+        "sidebar": "accessibility controls look",
+        "editor": "accessibility controls look",
+        "window": "accessibility controls editor grid look sidebar",
+    }),
 }
+# The program itself may include everything.
+for name in ("app", "app/status", "app/linux", "app/macos"):
+    ALLOWED[name] = {*ALLOWED, "app", "app/status", "app/linux", "app/macos"}
+
+# All files of these folders are in rooms, which stay small enough to be known by heart.
+ROOMED = ("platform/linux", "ui")
+MOST_FILES = 30
+MOST_LINES = 2500
+
+# Of one header of x11 alone may icons know: the settings that the session has there.
+ONLY = {("platform/linux/icons", "platform/linux/x11"): {"platform/linux/x11/XSettings.h"},
+        ("platform/linux/opening", "platform/linux/x11"):
+            {"platform/linux/x11/XcbStartupNotification.h"}}
 
 # Folders that know no toolkit and no system, with the libraries that they may use all the same.
 BARE = {"support": ("unicode/", "nlohmann/"), "platform": (), "catalogue": (), "launching": ()}
@@ -64,8 +114,11 @@ def broken_rule(folder, bracket, included):
         target = folder_of(included, ALLOWED)
         if not target:
             return "own headers are included from the root of the tree"
-        if target not in ALLOWED[folder]:
-            return f"{folder} may include {', '.join(sorted(ALLOWED[folder]))} only"
+        if target not in ALLOWED.get(folder, ()):
+            return f"{folder} may include {', '.join(sorted(ALLOWED.get(folder, ())))} only"
+        only = ONLY.get((folder, target))
+        if only and included not in only:
+            return f"{folder} may include of {target} only {', '.join(sorted(only))}"
     elif folder in BARE and included not in STANDARD and not included.startswith(BARE[folder]):
         return f"{folder} knows the standard library only" + (
             f", and {' '.join(BARE[folder])}" if BARE[folder] else "")
@@ -75,6 +128,7 @@ def broken_rule(folder, bracket, included):
 def check(root):
     """Every broken rule as "file:line: text"."""
     found = []
+    sizes = collections.defaultdict(list)
     tops = {folder.split("/")[0] for folder in ALLOWED}
     for path in sorted(root.rglob("*")):
         relative = path.relative_to(root).as_posix()
@@ -82,13 +136,27 @@ def check(root):
         if path.suffix not in SOURCES or top not in tops | {"tests", "benchmarks"}:
             continue
         folder = folder_of(relative, ALLOWED)
-        for number, line in enumerate(path.read_text(errors="replace").splitlines(), 1):
+        if relative.rpartition("/")[0] in ROOMED:
+            found.append(f"{relative}:1: {folder} has rooms, and every file is in one")
+        lines = path.read_text(errors="replace").splitlines()
+        if path.suffix != ".h" and path.with_suffix(".h").is_file() and top in tops:
+            first = next((match[2] for line in lines if (match := INCLUDE.match(line))), None)
+            if first != relative.rpartition(".")[0] + ".h":
+                found.append(f"{relative}:1: includes its own header first, which proves that the "
+                             "header compiles alone")
+        sizes[folder].append(len(lines))
+        for number, line in enumerate(lines, 1):
             where = f"{relative}:{number}"
             if top in tops and (match := INCLUDE.match(line)):
                 if reason := broken_rule(folder, match[1], match[2]):
                     found.append(f"{where}: includes {match[2]}: {reason}")
             if top != "platform" and (match := CONDITION.match(line)) and SYSTEM.search(match[1]):
                 found.append(f"{where}: only platform/ asks which system it is built for")
+    for folder, lines in sizes.items():
+        if folder.startswith(tuple(f"{roomed}/" for roomed in ROOMED)):
+            if len(lines) > MOST_FILES or sum(lines) > MOST_LINES:
+                found.append(f"{folder}:1: {len(lines)} files of {sum(lines)} lines; a room holds "
+                             f"{MOST_FILES} files and {MOST_LINES} lines at most")
     return found
 
 

@@ -9,14 +9,14 @@
 #include <sys/wait.h>
 
 #include "catalogue/LauncherModel.h"
-#include "platform/linux/GioWorkspace.h"
-#include "platform/linux/PosixChildProcess.h"
-#include "platform/linux/PosixSpawn.h"
-#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/posix/PosixChildProcess.h"
+#include "platform/posix/PosixSpawn.h"
+#include "platform/qt/QtMainQueue.h"
 #include "tests/fakes/FakeApplicationSource.h"
 #include "tests/fakes/FakeDefaultsStore.h"
 #include "tests/fakes/FakeFileManager.h"
-#include "tests/platform/linux/ProcessFixture.h"
+#include "tests/platform/linux/fixtures/ProcessFixture.h"
 
 namespace tavo {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "tests/TemporaryFolder.h"
 #include "tests/app/StoredModel.h"
-#include "tests/platform/linux/KillLoop.h"
+#include "tests/platform/linux/fixtures/KillLoop.h"
 
 namespace tavo {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "catalogue/Favorites.h"
 #include "catalogue/LauncherModel.h"
-#include "platform/linux/SqliteDefaultsStore.h"
+#include "platform/linux/store/SqliteDefaultsStore.h"
 #include "tests/fakes/FakeApplicationSource.h"
 #include "tests/fakes/FakeChildProcess.h"
 #include "tests/fakes/FakeFileManager.h"

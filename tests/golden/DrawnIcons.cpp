@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "ui/Metrics.h"
+#include "ui/look/Metrics.h"
 
 namespace tavo {
 namespace {

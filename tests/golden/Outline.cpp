@@ -11,13 +11,13 @@
 #include <algorithm>
 
 #include "tests/golden/Stage.h"
-#include "ui/CategoryList.h"
-#include "ui/CategoryRow.h"
-#include "ui/CategoryRows.h"
-#include "ui/LauncherView.h"
-#include "ui/LauncherWindow.h"
-#include "ui/Sheet.h"
-#include "ui/TileGrid.h"
+#include "ui/sidebar/CategoryList.h"
+#include "ui/editor/CategoryRow.h"
+#include "ui/editor/CategoryRows.h"
+#include "ui/window/LauncherView.h"
+#include "ui/window/LauncherWindow.h"
+#include "ui/controls/Sheet.h"
+#include "ui/grid/TileGrid.h"
 
 namespace tavo {
 namespace {

@@ -8,17 +8,17 @@
 #include <ostream>
 
 #include "tests/golden/Stage.h"
-#include "ui/AlertSheet.h"
-#include "ui/AppTile.h"
-#include "ui/CategoryEditor.h"
-#include "ui/CategoryList.h"
-#include "ui/CategoryRow.h"
-#include "ui/CategoryRows.h"
-#include "ui/LauncherWindow.h"
-#include "ui/Metrics.h"
-#include "ui/SearchField.h"
-#include "ui/Texts.h"
-#include "ui/TileGrid.h"
+#include "ui/window/AlertSheet.h"
+#include "ui/grid/AppTile.h"
+#include "ui/editor/CategoryEditor.h"
+#include "ui/sidebar/CategoryList.h"
+#include "ui/editor/CategoryRow.h"
+#include "ui/editor/CategoryRows.h"
+#include "ui/window/LauncherWindow.h"
+#include "ui/look/Metrics.h"
+#include "ui/controls/SearchField.h"
+#include "ui/look/Texts.h"
+#include "ui/grid/TileGrid.h"
 
 namespace tavo {
 namespace {

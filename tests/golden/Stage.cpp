@@ -11,15 +11,15 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/AppTile.h"
-#include "ui/Appearance.h"
-#include "ui/CategoryList.h"
-#include "ui/LauncherView.h"
-#include "ui/LauncherWindow.h"
-#include "ui/Metrics.h"
-#include "ui/Texts.h"
-#include "ui/ThinScrollBar.h"
-#include "ui/TileGrid.h"
+#include "ui/grid/AppTile.h"
+#include "ui/look/Appearance.h"
+#include "ui/sidebar/CategoryList.h"
+#include "ui/window/LauncherView.h"
+#include "ui/window/LauncherWindow.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Texts.h"
+#include "ui/controls/ThinScrollBar.h"
+#include "ui/grid/TileGrid.h"
 
 namespace tavo {
 namespace {

@@ -17,11 +17,11 @@
 
 #include "tests/golden/Approval.h"
 #include "tests/golden/PinnedFont.h"
-#include "ui/AccessibleItems.h"
-#include "ui/LauncherStyle.h"
-#include "ui/Metrics.h"
-#include "ui/Motion.h"
-#include "ui/ToolkitTexts.h"
+#include "ui/accessibility/AccessibleItems.h"
+#include "ui/controls/LauncherStyle.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Motion.h"
+#include "ui/look/ToolkitTexts.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
 

@@ -6,7 +6,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 GUIDE = (ROOT / "docs/guida.md").read_text()
 
 # Where the program's texts are written.
-TEXTS = ("ui/Texts.h", "app", "catalogue/LauncherCategory.cpp")
+TEXTS = ("ui/look/Texts.h", "app", "catalogue/LauncherCategory.cpp")
 # Names of desktops and keys stand out in the guide too.
 OTHERS = {"GNOME", "KDE Plasma", "Xfce", "LXQt", "sway", "openbox", "altrove", "grassetto", "Invio",
           "Esc"}
@@ -17,7 +17,7 @@ NOT_NAMED = {"kApplications", "kCountSuffix", "kCredit", "kCreditAddress", "kEdi
 
 def interface_texts():
     files = [file for name in TEXTS for file in
-             ([ROOT / name] if (ROOT / name).is_file() else (ROOT / name).glob("*.[ch]*"))]
+             ([ROOT / name] if (ROOT / name).is_file() else (ROOT / name).rglob("*.[ch]*"))]
     return {text.strip() for file in files
             for text in re.findall(r'"((?:[^"\\]|\\.)*)"', file.read_text())}
 
@@ -28,7 +28,7 @@ class Guide(unittest.TestCase):
         self.assertEqual(named - interface_texts(), set())
 
     def test_it_names_every_control_of_the_window_the_editor_and_the_status_item(self):
-        texts = dict(re.findall(r'\b(k\w+) =\s+u"([^"]*)"', (ROOT / "ui/Texts.h").read_text()))
+        texts = dict(re.findall(r'\b(k\w+) =\s+u"([^"]*)"', (ROOT / "ui/look/Texts.h").read_text()))
         self.assertEqual(NOT_NAMED - texts.keys(), set())
         for name in texts.keys() - NOT_NAMED:
             with self.subTest(text=name):

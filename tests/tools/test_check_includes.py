@@ -7,43 +7,59 @@ FORBIDDEN = (
     ("support/Text.cpp", "#include <glib.h>"),
     ("support/Text.cpp", "#include <QString>"),
     ("platform/Workspace.h", '#include "catalogue/AppItem.h"'),
-    ("platform/Workspace.h", '#include "platform/linux/GioWorkspace.h"'),
+    ("platform/Workspace.h", '#include "platform/linux/opening/GioWorkspace.h"'),
     ("platform/Workspace.h", "#include <unistd.h>"),
-    ("platform/linux/GioWorkspace.cpp", '#include "catalogue/LauncherModel.h"'),
-    ("platform/linux/GioWorkspace.cpp", '#include "ui/Texts.h"'),
-    ("platform/linux/GioWorkspace.cpp", '#include "platform/macos/Workspace.h"'),
+    ("platform/linux/opening/GioWorkspace.cpp", '#include "catalogue/LauncherModel.h"'),
+    ("platform/linux/opening/GioWorkspace.cpp", '#include "ui/look/Texts.h"'),
+    ("platform/linux/opening/GioWorkspace.cpp", '#include "platform/macos/Workspace.h"'),
+    ("platform/posix/PosixSpawn.cpp", '#include "platform/linux/system/Pidfd.h"'),
+    ("platform/qt/QtMainQueue.cpp", '#include "platform/linux/dbus/Variant.h"'),
+    ("platform/linux/x11/XcbWindows.cpp", '#include "platform/linux/wayland/WaylandSession.h"'),
+    ("platform/linux/wayland/WaylandSession.cpp", '#include "platform/linux/x11/XSettings.h"'),
+    ("platform/linux/opening/GioWorkspace.cpp", '#include "platform/linux/x11/XcbWindows.h"'),
+    ("platform/linux/icons/IconTheme.cpp", '#include "platform/linux/x11/XcbWindows.h"'),
+    ("platform/linux/store/SqliteTable.cpp", '#include "platform/linux/dbus/Variant.h"'),
+    ("platform/linux/tray/DBusMenu.cpp", '#include "platform/linux/session/SingleInstance.h"'),
+    ("ui/grid/TileGrid.cpp", '#include "ui/sidebar/SidebarList.h"'),
+    ("ui/look/Symbols.cpp", '#include "ui/controls/Sheet.h"'),
+    ("ui/editor/CategoryEditor.cpp", '#include "ui/window/LauncherView.h"'),
     ("platform/macos/Workspace.mm", '#import "launching/Opening.h"'),
     ("catalogue/Search.cpp", "#include <QString>"),
     ("catalogue/Search.cpp", "#include <sys/stat.h>"),
     ("catalogue/Search.cpp", "  #  include <unicode/ucol.h>"),
-    ("catalogue/Search.cpp", '#include "platform/linux/PosixFileManager.h"'),
-    ("catalogue/Search.cpp", '#include "ui/Texts.h"'),
+    ("catalogue/Search.cpp", '#include "platform/posix/PosixFileManager.h"'),
+    ("catalogue/Search.cpp", '#include "ui/look/Texts.h"'),
     ("catalogue/Search.cpp", '#include "LauncherModel.h"'),
     ("launching/Opening.cpp", "#include <gio/gio.h>"),
-    ("launching/Opening.cpp", '#include "app/TavoLauncherApp.h"'),
-    ("ui/TileGrid.cpp", '#include "platform/linux/ThemeIconSource.h"'),
-    ("ui/TileGrid.cpp", '#include "app/TavoLauncherApp.h"'),
-    ("app/main.cpp", '#include "tests/fakes/FakeWorkspace.h"'),
-    ("ui/TileGrid.cpp", "#ifdef __linux__"),
-    ("app/main.cpp", "#if defined(__APPLE__) && 1"),
+    ("launching/Opening.cpp", '#include "app/linux/TavoLauncherApp.h"'),
+    ("ui/grid/TileGrid.cpp", '#include "platform/linux/icons/XdgIconSource.h"'),
+    ("ui/grid/TileGrid.cpp", '#include "app/linux/TavoLauncherApp.h"'),
+    ("app/linux/main.cpp", '#include "tests/fakes/FakeWorkspace.h"'),
+    ("ui/grid/TileGrid.cpp", "#ifdef __linux__"),
+    ("app/linux/main.cpp", "#if defined(__APPLE__) && 1"),
     ("catalogue/Search.cpp", "#ifndef _WIN32"),
-    ("tests/ui/TileGridTest.cpp", "#elif defined(Q_OS_LINUX)"),
+    ("tests/ui/grid/TileGridTest.cpp", "#elif defined(Q_OS_LINUX)"),
 )
 
 ALLOWED = (
     ("support/Text.cpp", "#include <unicode/ucol.h>"),
     ("support/Json.cpp", "#include <nlohmann/json.hpp>"),
     ("platform/Workspace.h", '#include "support/Result.h"'),
-    ("platform/linux/GioWorkspace.cpp", "#include <gio/gio.h>"),
-    ("platform/linux/GioWorkspace.cpp", "#include <QGuiApplication>"),
-    ("platform/linux/GioWorkspace.cpp", "#ifdef __linux__"),
+    ("platform/linux/opening/GioWorkspace.cpp", "#include <gio/gio.h>"),
+    ("platform/linux/opening/GioWorkspace.cpp", "#include <QGuiApplication>"),
+    ("platform/linux/opening/GioWorkspace.cpp", "#ifdef __linux__"),
+    ("platform/linux/opening/GioWorkspace.cpp", '#include "platform/posix/PosixSpawn.h"'),
+    ("platform/linux/opening/EntryOpening.cpp",
+     '#include "platform/linux/x11/XcbStartupNotification.h"'),
+    ("platform/linux/session/WindowListing.cpp", '#include "platform/linux/x11/XcbConnection.h"'),
+    ("ui/window/LauncherView.cpp", '#include "ui/grid/TileGrid.h"'),
     ("catalogue/Search.cpp", "#include <string_view>"),
     ("catalogue/Search.cpp", '#include "launching/ProcessPattern.h"'),
     ("catalogue/Search.cpp", '#include "platform/Workspace.h"'),
-    ("ui/TileGrid.cpp", '#include "catalogue/LauncherModel.h"'),
-    ("ui/TileGrid.cpp", "#include <QWidget>"),
-    ("app/main.cpp", '#include "platform/linux/GioWorkspace.h"'),
-    ("tests/catalogue/SearchTest.cpp", '#include "ui/Texts.h"'),
+    ("ui/grid/TileGrid.cpp", '#include "catalogue/LauncherModel.h"'),
+    ("ui/grid/TileGrid.cpp", "#include <QWidget>"),
+    ("app/linux/main.cpp", '#include "platform/linux/opening/GioWorkspace.h"'),
+    ("tests/catalogue/SearchTest.cpp", '#include "ui/look/Texts.h"'),
     ("catalogue/Search.cpp", "// #include <QString>"),
     ("catalogue/Search.cpp", "#if 0"),
 )
@@ -65,6 +81,29 @@ class CheckIncludes(PlantedTree):
                 path = self.plant(name, f"{line}\n")
                 self.assertEqual(check_includes.check(self.root), [])
                 path.unlink()
+
+    def test_finds_a_source_that_does_not_include_its_own_header_first(self):
+        self.plant("ui/look/Symbols.h", "#pragma once\n")
+        self.plant("ui/look/Symbols.cpp", '#include <QString>\n#include "ui/look/Symbols.h"\n')
+        found = check_includes.check(self.root)
+        self.assertEqual(len(found), 1, found)
+        self.assertTrue(found[0].startswith("ui/look/Symbols.cpp:1: "), found)
+
+    def test_finds_a_file_outside_the_rooms(self):
+        self.plant("platform/linux/Hall.h", "#pragma once\n")
+        found = check_includes.check(self.root)
+        self.assertEqual(len(found), 1, found)
+        self.assertTrue(found[0].startswith("platform/linux/Hall.h:1: "), found)
+
+    def test_finds_a_room_of_too_many_files_or_lines(self):
+        for number in range(check_includes.MOST_FILES):
+            self.plant(f"ui/look/Look{number}.h", "#pragma once\n")
+        self.assertEqual(check_includes.check(self.root), [])
+        path = self.plant("ui/look/OneMore.h", "#pragma once\n")
+        self.assertEqual(len(check_includes.check(self.root)), 1)
+        path.unlink()
+        self.plant("ui/look/Look0.h", "#pragma once\n" * check_includes.MOST_LINES)
+        self.assertEqual(len(check_includes.check(self.root)), 1)
 
     def test_fails_on_a_bad_tree_and_passes_a_good_one(self):
         self.plant("catalogue/Search.cpp", "#include <string>\n")

@@ -8,9 +8,9 @@
 #include <QLineEdit>
 #include <vector>
 
-#include "ui/Sheet.h"
-#include "ui/SymbolButton.h"
-#include "ui/TextLabel.h"
+#include "ui/controls/Sheet.h"
+#include "ui/controls/SymbolButton.h"
+#include "ui/controls/TextLabel.h"
 
 namespace tavo {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
-#include "ui/LauncherView.h"
+#include "ui/window/LauncherView.h"
 
 namespace tavo {
 

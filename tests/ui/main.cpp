@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/AccessibleItems.h"
-#include "ui/LauncherStyle.h"
-#include "ui/Motion.h"
+#include "ui/accessibility/AccessibleItems.h"
+#include "ui/controls/LauncherStyle.h"
+#include "ui/look/Motion.h"
 
 int main(int argc, char** argv) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);

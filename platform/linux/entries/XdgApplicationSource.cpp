@@ -1,0 +1,265 @@
+#include "platform/linux/entries/XdgApplicationSource.h"
+
+#include <algorithm>
+#include <atomic>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/entries/DesktopEntry.h"
+#include "platform/linux/entries/EntryName.h"
+#include "platform/linux/entries/ProgramSearch.h"
+#include "support/Text.h"
+
+namespace tavo {
+namespace {
+
+// Far beyond any real menu; they end what symbolic links can make of a few folders.
+constexpr std::size_t kDeepestFolder = 32;
+constexpr std::size_t kMostFolders = 10'000;
+
+constexpr std::size_t kWorthASecondThread = 500;  // files
+constexpr std::size_t kShare = 32;                // files that a thread takes at a time
+
+// A file that holds the entry of its id.
+struct EntryFile {
+    std::size_t dataDir;
+    std::string name;  // relative to the data folder's "applications"
+};
+
+// Finds the file of each desktop-file id, without opening any.
+class EntryFiles {
+public:
+    // Data folders are added the most important first. `applications` is open and stays the
+    // caller's.
+    void addDataDir(std::size_t dataDir, int applications) {
+        dataDir_ = dataDir;
+        folders_ = 0;
+        if (const int copy = fcntl(applications, F_DUPFD_CLOEXEC, 0); copy >= 0) {
+            listFolder(copy, "", "");
+        }
+    }
+
+    [[nodiscard]] const std::vector<EntryFile>& files() const { return files_; }
+
+private:
+    using Identity = std::pair<dev_t, ino_t>;
+
+    // Takes `folder` over. `path` and `idPrefix` are what precedes the names in it.
+    void listFolder(int folder, const std::string& path, const std::string& idPrefix);
+    void listEntry(int folder, const dirent& entry, const std::string& path,
+                   const std::string& idPrefix);
+
+    void addFile(std::string id, std::string name) {
+        const auto [known, isNew] = byId_.try_emplace(std::move(id), files_.size());
+        if (isNew) {
+            files_.push_back({dataDir_, std::move(name)});
+        } else if (EntryFile& file = files_[known->second]; file.dataDir == dataDir_) {
+            // "a/b.desktop" and "a-b.desktop" have one id; the one listed last counts, as in GIO.
+            file.name = std::move(name);
+        }
+    }
+
+    std::vector<EntryFile> files_;
+    std::unordered_map<std::string, std::size_t> byId_;
+    std::vector<Identity> ancestors_;  // of the folder being listed, itself included
+    std::size_t dataDir_ = 0;
+    std::size_t folders_ = 0;
+};
+
+void EntryFiles::listFolder(int folder, const std::string& path, const std::string& idPrefix) {
+    struct stat facts {};
+    const bool known = fstat(folder, &facts) == 0;
+    const Identity identity(facts.st_dev, facts.st_ino);
+    const bool isCircle =
+        std::find(ancestors_.begin(), ancestors_.end(), identity) != ancestors_.end();
+    DIR* const stream =
+        known && !isCircle && ancestors_.size() < kDeepestFolder && folders_ < kMostFolders
+            ? fdopendir(folder)
+            : nullptr;
+    if (stream == nullptr) {
+        close(folder);
+        return;
+    }
+    ++folders_;
+    ancestors_.push_back(identity);
+    while (const dirent* const entry = readdir(stream)) {
+        listEntry(folder, *entry, path, idPrefix);
+    }
+    ancestors_.pop_back();
+    closedir(stream);
+}
+
+void EntryFiles::listEntry(int folder, const dirent& entry, const std::string& path,
+                           const std::string& idPrefix) {
+    const std::string_view name = entry.d_name;
+    if (name == "." || name == "..") {
+        return;
+    }
+    if (isEntryName(name)) {
+        addFile(idPrefix + entry.d_name, path + entry.d_name);
+        return;
+    }
+    if (entry.d_type == DT_DIR || entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN) {
+        const int inner =
+            openat(folder, entry.d_name, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC);
+        if (inner >= 0) {
+            listFolder(inner, path + entry.d_name + '/', idPrefix + entry.d_name + '-');
+        }
+    }
+}
+
+// Whether an entry is shown in one of `desktops`: the first of them that a list names decides.
+bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& entry) {
+    const auto names = [](const std::optional<std::vector<std::string>>& list,
+                          const std::string& desktop) {
+        return list && std::find(list->begin(), list->end(), desktop) != list->end();
+    };
+    for (const std::string& desktop : desktops) {
+        if (names(entry.onlyShowIn, desktop)) {
+            return true;
+        }
+        if (names(entry.notShowIn, desktop)) {
+            return false;
+        }
+    }
+    return !entry.onlyShowIn;
+}
+
+// `program` is the command's first word, where it has one.
+bool programsExist(const DesktopEntry& entry, const std::optional<std::string>& program,
+                   ProgramSearch& programs) {
+    if (!entry.tryExec.empty() && !programs.finds(entry.tryExec)) {
+        return false;
+    }
+    return entry.exec.empty() || (program && programs.finds(*program));
+}
+
+bool isListed(const DesktopEntry& entry, const std::vector<std::string>& desktops) {
+    return entry.type == "Application" && !entry.hidden && !entry.noDisplay &&
+           !entry.name.empty() && isShownIn(desktops, entry);
+}
+
+// Its id from the name of its file below the application folder.
+std::string identifierOf(std::string name) {
+    std::replace(name.begin(), name.end(), '/', '-');
+    return name;
+}
+
+// What one thread read.
+struct Found {
+    std::vector<FoundApplication> applications;
+    std::vector<ListedEntry> entries;  // the same ones
+
+    void append(Found&& more) {
+        applications.insert(applications.end(), std::make_move_iterator(more.applications.begin()),
+                            std::make_move_iterator(more.applications.end()));
+        entries.insert(entries.end(), std::make_move_iterator(more.entries.begin()),
+                       std::make_move_iterator(more.entries.end()));
+    }
+};
+
+class XdgApplicationSource final : public ApplicationSource {
+public:
+    XdgApplicationSource(XdgEnvironment environment, std::shared_ptr<ListedEntries> listed)
+        : environment_(std::move(environment)), listed_(std::move(listed)) {}
+
+    std::vector<FoundApplication> applications() override {
+        std::vector<int> folders;
+        EntryFiles entries;
+        for (std::size_t i = 0; i < environment_.dataDirs.size(); ++i) {
+            const std::string folder = environment_.dataDirs[i] + "/applications";
+            folders.push_back(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            if (folders.back() >= 0) {
+                entries.addDataDir(i, folders.back());
+            }
+        }
+        Found found = read(entries.files(), folders);
+        for (const int folder : folders) {
+            if (folder >= 0) {
+                close(folder);
+            }
+        }
+        if (listed_) {
+            listed_->replace(std::move(found.entries));
+        }
+        return std::move(found.applications);
+    }
+
+private:
+    // What takes the time is the system's part of opening and reading, so with many files a
+    // second thread halves it.
+    Found read(const std::vector<EntryFile>& files, const std::vector<int>& folders) const {
+        std::atomic<std::size_t> next = 0;
+        Found found;
+        Found foundBySecond;
+        std::thread second;
+        if (files.size() >= kWorthASecondThread) {
+            try {
+                second = std::thread([&] { readShares(files, folders, next, foundBySecond); });
+            } catch (const std::system_error&) {
+                // No thread to be had: this one reads all.
+            }
+        }
+        readShares(files, folders, next, found);
+        if (second.joinable()) {
+            second.join();
+        }
+        found.append(std::move(foundBySecond));
+        return found;
+    }
+
+    // Takes share after share of `files`, from `next` on, until none is left.
+    void readShares(const std::vector<EntryFile>& files, const std::vector<int>& folders,
+                    std::atomic<std::size_t>& next, Found& found) const {
+        DesktopEntryReader reader(environment_.languages);
+        ProgramSearch programs(environment_.path);
+        for (std::size_t start = next.fetch_add(kShare); start < files.size();
+             start = next.fetch_add(kShare)) {
+            const std::size_t end = std::min(start + kShare, files.size());
+            for (std::size_t i = start; i < end; ++i) {
+                const EntryFile& file = files[i];
+                const auto entry = reader.read(folders[file.dataDir], file.name.c_str());
+                if (entry && isListed(*entry, environment_.currentDesktops)) {
+                    add(*entry, file, programs, found);
+                }
+            }
+        }
+    }
+
+    void add(const DesktopEntry& entry, const EntryFile& file, ProgramSearch& programs,
+             Found& found) const {
+        const std::optional<std::string> program = programOf(entry.exec);
+        std::string path = environment_.dataDirs[file.dataDir] + "/applications/" + file.name;
+        if (!programsExist(entry, program, programs) || !isUtf8(path)) {
+            return;
+        }
+        if (listed_) {
+            found.entries.push_back(
+                {identifierOf(file.name), path, entry.startupWmClass,
+                 program ? program->substr(program->rfind('/') + 1) : std::string()});
+        }
+        found.applications.push_back({entry.name, std::move(path)});
+    }
+
+    const XdgEnvironment environment_;
+    const std::shared_ptr<ListedEntries> listed_;
+};
+
+}  // namespace
+
+std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment,
+                                                            std::shared_ptr<ListedEntries> listed) {
+    return std::make_unique<XdgApplicationSource>(std::move(environment), std::move(listed));
+}
+
+}  // namespace tavo

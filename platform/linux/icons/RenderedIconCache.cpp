@@ -1,0 +1,221 @@
+#include "platform/linux/icons/RenderedIconCache.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include "platform/posix/FileDescriptor.h"
+#include "platform/linux/system/Fingerprint.h"
+
+namespace tavo {
+namespace {
+
+// Also tells a file of a machine with the other byte order, or of an older program whose pictures
+// looked different.
+constexpr std::uint32_t kMagic = 0x54764901;
+constexpr std::size_t kLongestPath = 4096;
+constexpr int kLargestSide = 4096;
+
+// A file is this, the key, the pixels, and the path that the icon was made from.
+struct Header {
+    std::uint32_t magic = kMagic;
+    std::int32_t side = 0;
+    std::uint32_t keyLength = 0;
+    std::uint32_t fileLength = 0;
+    std::int64_t modified = 0;
+    std::int64_t size = 0;
+    std::uint64_t lookup = 0;
+    std::uint64_t checksum = 0;  // of all else
+};
+static_assert(sizeof(Header) == 48);
+
+// Four sums side by side, because one alone waits for each multiplication.
+std::uint64_t checksumOf(const std::vector<std::uint32_t>& pixels) {
+    std::array<Fingerprint, 4> lanes;
+    std::size_t i = 0;
+    for (; i + 8 <= pixels.size(); i += 8) {
+        for (std::size_t lane = 0; lane < lanes.size(); ++lane) {
+            lanes[lane].add(std::uint64_t{pixels[i + 2 * lane]} << 32U | pixels[i + 2 * lane + 1]);
+        }
+    }
+    for (; i < pixels.size(); ++i) {
+        lanes[0].add(pixels[i]);
+    }
+    Fingerprint sum;
+    for (const Fingerprint& lane : lanes) {
+        sum.add(lane.value());
+    }
+    return sum.value();
+}
+
+std::uint64_t checksumOf(const Header& header, const std::vector<std::uint32_t>& pixels,
+                         std::string_view file) {
+    Fingerprint sum;
+    sum.add(static_cast<std::uint64_t>(header.modified));
+    sum.add(static_cast<std::uint64_t>(header.size));
+    sum.add(header.lookup);
+    sum.add(file);
+    sum.add(checksumOf(pixels));
+    return sum.value();
+}
+
+template<std::size_t N>
+std::size_t total(const std::array<iovec, N>& parts) {
+    return std::accumulate(parts.begin(), parts.end(), std::size_t{0},
+                           [](std::size_t sum, const iovec& part) { return sum + part.iov_len; });
+}
+
+FileDescriptor createFile(const std::string& path) {
+    return FileDescriptor(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+}
+
+void makeFolders(const std::string& path) {
+    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        ::mkdir(path.substr(0, slash).c_str(), 0700);
+    }
+    ::mkdir(path.c_str(), 0700);
+}
+
+std::size_t pixelCount(int side) {
+    return static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
+}
+
+}  // namespace
+
+std::string RenderedIconCache::path(std::string_view key) const {
+    Fingerprint fingerprint;
+    fingerprint.add(key);
+    std::array<char, 20> name = {};
+    std::snprintf(name.data(), name.size(), "/%016llx",
+                  static_cast<unsigned long long>(fingerprint.value()));
+    return folder_ + name.data();
+}
+
+std::optional<RenderedIcon> RenderedIconCache::read(std::string_view key, int side) const {
+    if (folder_.empty() || side <= 0 || side > kLargestSide || key.size() > kLongestPath) {
+        return std::nullopt;
+    }
+    const FileDescriptor file(
+        ::open(path(key).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!file.valid()) {
+        return std::nullopt;
+    }
+    Header header;
+    RenderedIcon icon;
+    icon.image = {side, std::vector<std::uint32_t>(pixelCount(side))};
+    std::array<char, kLongestPath> keyRead;
+    std::array<char, kLongestPath> fileRead;
+    const std::array<iovec, 4> parts = {{
+        {&header, sizeof header},
+        {keyRead.data(), key.size()},
+        {icon.image.pixels.data(), icon.image.pixels.size() * sizeof(std::uint32_t)},
+        {fileRead.data(), fileRead.size()},
+    }};
+    const ssize_t got = ::readv(file.get(), parts.data(), static_cast<int>(parts.size()));
+    if (got < static_cast<ssize_t>(sizeof header) || header.magic != kMagic ||
+        header.side != side || header.keyLength != key.size() ||
+        header.fileLength > fileRead.size() ||
+        static_cast<std::size_t>(got) != total(parts) - fileRead.size() + header.fileLength) {
+        return std::nullopt;
+    }
+    icon.file.assign(fileRead.data(), header.fileLength);
+    icon.stamp = {header.modified, header.size};
+    icon.lookup = header.lookup;
+    if (std::string_view(keyRead.data(), key.size()) != key ||
+        checksumOf(header, icon.image.pixels, icon.file) != header.checksum) {
+        return std::nullopt;
+    }
+    return icon;
+}
+
+void RenderedIconCache::write(std::string_view key, const RenderedIcon& icon) {
+    if (folder_.empty() || icon.image.side > kLargestSide || key.size() > kLongestPath ||
+        icon.file.size() > kLongestPath) {
+        return;
+    }
+    const unsigned number = writes_++;
+    Header header;
+    header.side = icon.image.side;
+    header.keyLength = static_cast<std::uint32_t>(key.size());
+    header.fileLength = static_cast<std::uint32_t>(icon.file.size());
+    header.modified = icon.stamp.modified;
+    header.size = icon.stamp.size;
+    header.lookup = icon.lookup;
+    header.checksum = checksumOf(header, icon.image.pixels, icon.file);
+    const std::array<iovec, 4> parts = {{
+        {&header, sizeof header},
+        {const_cast<char*>(key.data()), key.size()},
+        {const_cast<std::uint32_t*>(icon.image.pixels.data()),
+         icon.image.pixels.size() * sizeof(std::uint32_t)},
+        {const_cast<char*>(icon.file.data()), icon.file.size()},
+    }};
+    const std::string target = path(key);
+    const std::string fresh =
+        target + "." + std::to_string(::getpid()) + "." + std::to_string(number);
+    FileDescriptor file = createFile(fresh);
+    if (!file.valid() && errno == ENOENT) {
+        makeFolders(folder_);
+        file = createFile(fresh);
+    }
+    if (!file.valid()) {
+        return;
+    }
+    const ssize_t put = ::writev(file.get(), parts.data(), static_cast<int>(parts.size()));
+    if (put != static_cast<ssize_t>(total(parts)) || ::rename(fresh.c_str(), target.c_str()) != 0) {
+        ::unlink(fresh.c_str());
+        return;
+    }
+    // Counting the files costs more than all else here, so it is done for the first of many.
+    constexpr unsigned kOften = 256;
+    if (number % kOften == 0) {
+        trim();
+    }
+}
+
+// Down to three quarters, so that it is not to be done again with the next file.
+void RenderedIconCache::trim() {
+    struct File {
+        std::string name;
+        FileStamp stamp;
+    };
+    const std::lock_guard lock(trimming_);
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(::opendir(folder_.c_str()), &::closedir);
+    if (!stream) {
+        return;
+    }
+    std::vector<File> files;
+    std::uint64_t bytes = 0;
+    while (const dirent* const entry = ::readdir(stream.get())) {
+        if (entry->d_name[0] != '.') {
+            files.push_back({entry->d_name, fileStamp(::dirfd(stream.get()), entry->d_name)});
+            bytes += static_cast<std::uint64_t>(std::max<std::int64_t>(files.back().stamp.size, 0));
+        }
+    }
+    if (files.size() <= limits_.files && bytes <= limits_.bytes) {
+        return;
+    }
+    std::ranges::sort(files, {}, [](const File& file) { return file.stamp.modified; });
+    std::size_t left = files.size();
+    for (const File& file : files) {
+        if (left <= limits_.files / 4 * 3 && bytes <= limits_.bytes / 4 * 3) {
+            break;
+        }
+        ::unlinkat(::dirfd(stream.get()), file.name.c_str(), 0);
+        --left;
+        bytes -= static_cast<std::uint64_t>(std::max<std::int64_t>(file.stamp.size, 0));
+    }
+}
+
+}  // namespace tavo

@@ -1,0 +1,89 @@
+#include "platform/linux/opening/SystemdScope.h"
+
+#include <atomic>
+#include <cstdio>
+#include <string_view>
+
+#include "platform/linux/entries/EntryName.h"
+
+namespace tavo {
+namespace {
+
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+           c == '.' || c == ':';
+}
+
+std::string escaped(std::string_view text) {
+    constexpr const char* kDigits = "0123456789abcdef";
+    std::string result;
+    for (const char c : text) {
+        if (isPlain(c)) {
+            result += c;
+        } else {
+            const auto code = static_cast<unsigned char>(c);
+            result += {'\\', 'x', kDigits[code >> 4U], kDigits[code & 15U]};
+        }
+    }
+    return result;
+}
+
+GVariant* scopeParameters(const std::string& identifier, pid_t process) {
+    GVariantBuilder properties;
+    g_variant_builder_init(&properties, G_VARIANT_TYPE("a(sv)"));
+    const auto number = static_cast<guint32>(process);
+    g_variant_builder_add(
+        &properties, "(sv)", "PIDs",
+        g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, &number, 1, sizeof number));
+    g_variant_builder_add(&properties, "(sv)", "Slice", g_variant_new_string("app.slice"));
+    // Gone with its last process, also when that failed.
+    g_variant_builder_add(&properties, "(sv)", "CollectMode",
+                          g_variant_new_string("inactive-or-failed"));
+    return g_variant_new("(ssa(sv)a(sa(sv)))", scopeName(identifier, process).c_str(), "fail",
+                         &properties, nullptr);
+}
+
+void sayOnce(const char* reason) {
+    static std::atomic_flag said;
+    if (!said.test_and_set()) {
+        std::fprintf(stderr,
+                     "tavolauncher: systemd gave a started program no scope of its own (%s)\n",
+                     reason);
+    }
+}
+
+void answered(GObject* bus, GAsyncResult* result, gpointer data) {
+    static_cast<GioThread*>(data)->endCall();
+    GError* error = nullptr;
+    GVariant* const job = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
+    if (job != nullptr) {
+        g_variant_unref(job);
+        return;
+    }
+    const bool absent =
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) != FALSE ||
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE ||
+        g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
+    if (!absent) {
+        sayOnce(error->message);
+    }
+    g_error_free(error);
+}
+
+}  // namespace
+
+std::string scopeName(const std::string& identifier, pid_t process) {
+    return "app-tavolauncher-" + escaped(withoutEntrySuffix(identifier)) + '-' +
+           std::to_string(process) + ".scope";
+}
+
+void moveToScope(GioThread& thread, const std::string& identifier, pid_t process) {
+    thread.beginCall();
+    g_dbus_connection_call(thread.connection(), "org.freedesktop.systemd1",
+                           "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager",
+                           "StartTransientUnit", scopeParameters(identifier, process),
+                           G_VARIANT_TYPE("(o)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, -1,
+                           thread.cancellable(), answered, &thread);
+}
+
+}  // namespace tavo

@@ -1,0 +1,28 @@
+#include "platform/linux/session/SessionRunningApplications.h"
+
+#include <utility>
+
+#include "platform/linux/windows/UnknownRunningApplications.h"
+#include "platform/linux/wayland/WaylandRunningApplications.h"
+
+namespace tavo {
+namespace {
+
+constexpr const char* kOwnAppId = "org.tavolauncher.TavoLauncher";
+
+}  // namespace
+
+std::unique_ptr<RunningApplications> makeSessionRunningApplications(
+    const StartEnvironment& environment, bool wayland, std::shared_ptr<ListedEntries> listed,
+    UserTime userTime) {
+    if (wayland) {
+        return makeWaylandRunningApplications(environment.value("WAYLAND_DISPLAY").value_or(""),
+                                              std::move(listed), kOwnAppId);
+    }
+    const std::string display = environment.value("DISPLAY").value_or("");
+    return display.empty()
+               ? makeUnknownRunningApplications()
+               : makeXcbRunningApplications(display, std::move(listed), std::move(userTime));
+}
+
+}  // namespace tavo

@@ -1,0 +1,133 @@
+#include "platform/linux/store/SqliteDefaultsStore.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <utility>
+
+#include "platform/posix/PosixFileManager.h"
+#include "platform/linux/store/SqliteStoreFile.h"
+#include "support/Json.h"
+
+namespace tavo {
+namespace {
+
+constexpr const char* kData = "data";
+constexpr const char* kArray = "array";
+constexpr const char* kDictionary = "dictionary";
+
+// Absent when the value holds text that has no JSON form.
+std::optional<SqliteRow> rowOf(const DefaultsValue& value) {
+    if (const auto* const data = std::get_if<Data>(&value)) {
+        return SqliteRow{kData, data->bytes, false};
+    }
+    const auto* const array = std::get_if<StringArray>(&value);
+    std::optional<std::string> text =
+        array != nullptr ? json::write(*array) : json::write(std::get<StringDictionary>(value));
+    if (!text) {
+        return std::nullopt;
+    }
+    return SqliteRow{array != nullptr ? kArray : kDictionary, std::move(*text), true};
+}
+
+class SqliteDefaultsStore final : public DefaultsStore {
+public:
+    explicit SqliteDefaultsStore(const std::string& file) : file_(file) {}
+
+    std::optional<std::string> data(std::string_view key) const override {
+        if (const DefaultsValue* const pending = pendingValue(key)) {
+            const auto* const data = std::get_if<Data>(pending);
+            return data != nullptr ? std::optional(data->bytes) : std::nullopt;
+        }
+        std::optional<SqliteRow> row = file_.read(key);
+        if (!row || row->type != kData || row->isText) {
+            return std::nullopt;
+        }
+        return std::move(row->value);
+    }
+
+    std::optional<StringArray> stringArray(std::string_view key) const override {
+        return decoded<StringArray>(key, kArray, json::readStringArray);
+    }
+
+    std::optional<StringDictionary> stringDictionary(std::string_view key) const override {
+        return decoded<StringDictionary>(key, kDictionary, json::readStringDictionary);
+    }
+
+    void set(std::string_view key, const DefaultsValue& value) override {
+        pending_.insert_or_assign(std::string(key), value);
+        writePending();
+    }
+
+private:
+    [[nodiscard]] const DefaultsValue* pendingValue(std::string_view key) const {
+        const auto found = pending_.find(key);
+        return found != pending_.end() ? &found->second : nullptr;
+    }
+
+    template<typename Value>
+    [[nodiscard]] std::optional<Value> decoded(
+        std::string_view key, std::string_view type,
+        std::optional<Value> (*read)(std::string_view text)) const {
+        if (const DefaultsValue* const pending = pendingValue(key)) {
+            const auto* const value = std::get_if<Value>(pending);
+            return value != nullptr ? std::optional(*value) : std::nullopt;
+        }
+        const std::optional<SqliteRow> row = file_.read(key);
+        if (!row || row->type != type || !row->isText) {
+            return std::nullopt;
+        }
+        return read(row->value);
+    }
+
+    // All of them, though one is refused: what one value is too large for may hold another.
+    void writePending() {
+        const Deadline until = std::chrono::steady_clock::now() + SqliteStoreFile::kWritePatience;
+        std::optional<std::string> refusal;
+        for (auto next = pending_.begin(); next != pending_.end();) {
+            const std::optional<SqliteRow> row = rowOf(next->second);
+            std::optional<std::string> reason =
+                row ? file_.write(next->first, *row, until) : "a value has text that is not UTF-8";
+            if (reason) {
+                refusal = refusal ? refusal : reason;
+                ++next;
+            } else {
+                next = pending_.erase(next);
+            }
+        }
+        if (refusal && !said_) {
+            std::fprintf(stderr, "tavolauncher: cannot write %s: %s; kept until a later write\n",
+                         file_.name().empty() ? "the settings" : file_.name().c_str(),
+                         refusal->c_str());
+        }
+        said_ = refusal.has_value();
+    }
+
+    // Reading may open the file anew.
+    mutable SqliteStoreFile file_;
+    // What the file does not hold yet, mostly nothing.
+    std::map<std::string, DefaultsValue, std::less<>> pending_;
+    bool said_ = false;
+};
+
+}  // namespace
+
+std::string defaultStoreFile() {
+    std::string folder;
+    if (const char* const variable = std::getenv("XDG_DATA_HOME");
+        variable != nullptr && *variable == '/') {
+        folder = variable;
+    } else if (const std::string home = makePosixFileManager()->homeDirectory(); !home.empty()) {
+        folder = home + "/.local/share";
+    } else {
+        return {};
+    }
+    return folder + "/tavolauncher/defaults.sqlite";
+}
+
+std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file) {
+    return std::make_unique<SqliteDefaultsStore>(file);
+}
+
+}  // namespace tavo

@@ -1,0 +1,146 @@
+#include "platform/linux/wayland/WaylandRunningApplications.h"
+
+#include <algorithm>
+#include <mutex>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+#include "platform/linux/windows/KnownProcesses.h"
+#include "platform/linux/system/ProcessFacts.h"
+#include "platform/linux/wayland/WaylandToplevels.h"
+
+namespace tavo {
+namespace {
+
+class WaylandRunningApplications final : public RunningApplications {
+public:
+    WaylandRunningApplications(std::string display, std::shared_ptr<ListedEntries> listed,
+                               std::string ownAppId)
+        : display_(std::move(display)),
+          listed_(std::move(listed)),
+          ownAppId_(std::move(ownAppId)) {}
+
+    std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
+        const std::lock_guard lock(mutex_);
+        const auto toplevels = WaylandToplevels::ask(display_);
+        if (identifier.empty() || !toplevels) {
+            return {};
+        }
+        activeAtClick_[identifier] = activeAppId(*toplevels);
+        if (windowsOf(identifier, *toplevels).empty()) {
+            return {};
+        }
+        return {{0, identifier}};
+    }
+
+    std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
+        const std::lock_guard lock(mutex_);
+        if (!isOwnProcess(processIdentifier) || !processStartTime(processIdentifier)) {
+            return std::nullopt;
+        }
+        processes_.remember(processIdentifier);
+        return RunningApplication{processIdentifier, ""};
+    }
+
+    // Every live process would seem to have one: only the identifier counts. Asked again and again:
+    // a compositor that did not answer is asked again once it does.
+    bool showsWindow(const RunningApplication& application) override {
+        const std::lock_guard lock(mutex_);
+        if (silent_ && silent_->silent()) {
+            return false;
+        }
+        auto toplevels = WaylandToplevels::ask(display_);
+        const bool shows = toplevels && !windowsOf(application.identifier, *toplevels).empty();
+        silent_ = toplevels && toplevels->silent() ? std::move(toplevels) : nullptr;
+        return shows;
+    }
+
+    std::optional<std::string> executablePath(const RunningApplication& application) override {
+        const std::lock_guard lock(mutex_);
+        return processes_.executable(application.processIdentifier);
+    }
+
+    void activateAllWindows(const RunningApplication& application) override {
+        const std::lock_guard lock(mutex_);
+        const pid_t process = application.processIdentifier;
+        std::string identifier = application.identifier;
+        if (identifier.empty()) {
+            const auto matching = listed_->matching();
+            identifier = processes_.isSame(process)
+                             ? ProcessStarts(processes_, *matching).of(process)
+                             : std::string();
+        } else if (!processes_.isKnown(process)) {
+            processes_.rememberStart(process, identifier);
+        }
+        const auto toplevels = identifier.empty() ? nullptr : WaylandToplevels::ask(display_);
+        if (!toplevels) {
+            return;
+        }
+        Windows windows = windowsOf(identifier, *toplevels);
+        if (windows.empty() || userHasLeft(*toplevels, windows, identifier)) {
+            return;
+        }
+        std::reverse(windows.begin(), windows.end());
+        std::stable_partition(windows.begin(), windows.end(),
+                              [](const WaylandToplevel* window) { return !window->activated; });
+        toplevels->front(windows);
+    }
+
+private:
+    using Windows = std::vector<const WaylandToplevel*>;
+
+    // In the compositor's order; no identifier has none.
+    [[nodiscard]] Windows windowsOf(const std::string& identifier,
+                                    const WaylandToplevels& toplevels) const {
+        if (identifier.empty()) {
+            return {};
+        }
+        const auto matching = listed_->matching();
+        Windows found;
+        for (const WaylandToplevel& window : toplevels.windows()) {
+            const std::string& appId = window.principal->appId;
+            if (matching->owner({"", "", appId}, nullptr, identifier) == identifier) {
+                found.push_back(&window);
+            }
+        }
+        return found;
+    }
+
+    static std::string activeAppId(const WaylandToplevels& toplevels) {
+        const auto& windows = toplevels.windows();
+        const auto active = std::find_if(windows.begin(), windows.end(),
+                                         [](const auto& window) { return window.activated; });
+        return active == windows.end() ? std::string() : active->appId;
+    }
+
+    [[nodiscard]] bool userHasLeft(const WaylandToplevels& toplevels, const Windows& windows,
+                                   const std::string& identifier) const {
+        const std::string active = activeAppId(toplevels);
+        const bool isOurs =
+            active.empty() || active == ownAppId_ ||
+            std::any_of(windows.begin(), windows.end(),
+                        [](const WaylandToplevel* window) { return window->activated; });
+        const auto atClick = activeAtClick_.find(identifier);
+        return !isOurs && (atClick == activeAtClick_.end() || atClick->second != active);
+    }
+
+    const std::string display_;
+    const std::shared_ptr<ListedEntries> listed_;
+    const std::string ownAppId_;
+
+    std::mutex mutex_;                          // over all below
+    std::unique_ptr<WaylandToplevels> silent_;  // the question that was not answered in time
+    KnownProcesses processes_;
+    std::unordered_map<std::string, std::string> activeAtClick_;  // by identifier
+};
+
+}  // namespace
+
+std::unique_ptr<RunningApplications> makeWaylandRunningApplications(
+    std::string display, std::shared_ptr<ListedEntries> listed, std::string ownAppId) {
+    return std::make_unique<WaylandRunningApplications>(std::move(display), std::move(listed),
+                                                        std::move(ownAppId));
+}
+
+}  // namespace tavo

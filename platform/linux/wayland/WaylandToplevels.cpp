@@ -1,0 +1,174 @@
+#include "platform/linux/wayland/WaylandToplevels.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+
+#include <wayland-client.h>
+#include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
+
+#include "platform/linux/windows/Principals.h"
+#include "platform/linux/wayland/WaylandQueue.h"
+
+namespace tavo {
+
+// What the compositor says, and whom it is said to.
+struct WaylandToplevels::Listeners {
+    static WaylandToplevels& self(void* data) { return *static_cast<WaylandToplevels*>(data); }
+
+    static void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
+                       std::uint32_t version) {
+        WaylandToplevels& all = self(data);
+        const std::string_view kind = interface;
+        if (kind == wl_seat_interface.name && all.seat_ == nullptr) {
+            all.seat_ =
+                static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
+        } else if (kind == zwlr_foreign_toplevel_manager_v1_interface.name &&
+                   all.manager_ == nullptr) {
+            all.manager_ = static_cast<zwlr_foreign_toplevel_manager_v1*>(
+                wl_registry_bind(registry, name, &zwlr_foreign_toplevel_manager_v1_interface,
+                                 std::min(version, 3U)));
+            zwlr_foreign_toplevel_manager_v1_add_listener(all.manager_, &kManager, data);
+        }
+    }
+
+    static void toplevel(void* data, zwlr_foreign_toplevel_manager_v1* /*manager*/,
+                         zwlr_foreign_toplevel_handle_v1* handle) {
+        WaylandToplevel& window = self(data).windows_.emplace_back();
+        window.handle = handle;
+        zwlr_foreign_toplevel_handle_v1_add_listener(handle, &kHandle, &window);
+    }
+
+    static WaylandToplevel& told(void* data) { return *static_cast<WaylandToplevel*>(data); }
+
+    static void appId(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/, const char* appId) {
+        told(data).appId = appId;
+    }
+
+    static void state(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/, wl_array* states) {
+        const std::span all(static_cast<const std::uint32_t*>(states->data),
+                            states->size / sizeof(std::uint32_t));
+        const auto has = [&](std::uint32_t state) {
+            return std::find(all.begin(), all.end(), state) != all.end();
+        };
+        told(data).minimised = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_MINIMIZED);
+        told(data).activated = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED);
+    }
+
+    // The handle stays ours; requests on it are in vain from now on.
+    static void closed(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/) {
+        told(data).appId.clear();
+    }
+
+    static void parent(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/,
+                       zwlr_foreign_toplevel_handle_v1* parent) {
+        told(data).parent = parent;
+    }
+
+    static void alive(void* data, wl_callback* callback, std::uint32_t /*serial*/) {
+        self(data).signOfLife_ = nullptr;
+        wl_callback_destroy(callback);
+    }
+
+    static constexpr wl_callback_listener kSignOfLife = {alive};
+
+    static constexpr wl_registry_listener kRegistry = {
+        global, [](void* /*data*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {}};
+
+    static constexpr zwlr_foreign_toplevel_manager_v1_listener kManager = {
+        toplevel, [](void* /*data*/, zwlr_foreign_toplevel_manager_v1* /*manager*/) {}};
+
+    static constexpr zwlr_foreign_toplevel_handle_v1_listener kHandle = {
+        [](void* /*data*/, zwlr_foreign_toplevel_handle_v1* /*handle*/, const char* /*title*/) {},
+        appId,
+        [](void* /*data*/, zwlr_foreign_toplevel_handle_v1* /*handle*/, wl_output* /*output*/) {},
+        [](void* /*data*/, zwlr_foreign_toplevel_handle_v1* /*handle*/, wl_output* /*output*/) {},
+        state,
+        [](void* /*data*/, zwlr_foreign_toplevel_handle_v1* /*handle*/) {},
+        closed,
+        parent};
+};
+
+std::unique_ptr<WaylandToplevels> WaylandToplevels::ask(const std::string& display) {
+    wl_display* const connection = wl_display_connect(display.c_str());
+    return connection == nullptr
+               ? nullptr
+               : std::unique_ptr<WaylandToplevels>(new WaylandToplevels(connection));
+}
+
+WaylandToplevels::WaylandToplevels(wl_display* display)
+    : display_(display), registry_(wl_display_get_registry(display)) {
+    wl_registry_add_listener(registry_, &Listeners::kRegistry, this);
+    // First what there is, then all windows there are.
+    const bool answers = waitForCompositor(display_, nullptr);
+    const bool listsWindows = answers && seat_ != nullptr && manager_ != nullptr;
+    tells_ = listsWindows && waitForCompositor(display_, nullptr);
+    if (!tells_) {
+        dropWindows();
+    }
+    if (!answers || (listsWindows && !tells_)) {
+        signOfLife_ = wl_display_sync(display_);
+        wl_callback_add_listener(signOfLife_, &Listeners::kSignOfLife, this);
+        wl_display_flush(display_);
+    }
+    findPrincipals();
+}
+
+WaylandToplevels::~WaylandToplevels() {
+    dropWindows();
+    if (signOfLife_ != nullptr) {
+        wl_callback_destroy(signOfLife_);
+    }
+    if (manager_ != nullptr) {
+        zwlr_foreign_toplevel_manager_v1_destroy(manager_);
+    }
+    if (seat_ != nullptr) {
+        wl_seat_destroy(seat_);
+    }
+    wl_registry_destroy(registry_);
+    wl_display_disconnect(display_);
+}
+
+bool WaylandToplevels::silent() {
+    if (signOfLife_ != nullptr) {
+        takeWhatCame(display_);
+    }
+    return signOfLife_ != nullptr && wl_display_get_error(display_) == 0;
+}
+
+void WaylandToplevels::dropWindows() {
+    for (const WaylandToplevel& window : windows_) {
+        zwlr_foreign_toplevel_handle_v1_destroy(window.handle);
+    }
+    windows_.clear();
+}
+
+void WaylandToplevels::findPrincipals() {
+    std::unordered_map<const zwlr_foreign_toplevel_handle_v1*, std::size_t> places;
+    for (const WaylandToplevel& window : windows_) {
+        places.emplace(window.handle, places.size());
+    }
+    std::vector<std::size_t> parents;
+    for (const WaylandToplevel& window : windows_) {
+        const auto parent = places.find(window.parent);
+        parents.push_back(parent == places.end() ? parents.size() : parent->second);
+    }
+    const std::vector<std::size_t> principals = principalsOf(parents);
+    for (std::size_t i = 0; i < windows_.size(); ++i) {
+        windows_[i].principal = &windows_[principals[i]];
+    }
+}
+
+void WaylandToplevels::front(const std::vector<const WaylandToplevel*>& windows) {
+    for (const WaylandToplevel* const window : windows) {
+        if (window->minimised) {
+            zwlr_foreign_toplevel_handle_v1_unset_minimized(window->handle);
+        }
+        zwlr_foreign_toplevel_handle_v1_activate(window->handle, seat_);
+    }
+    waitForCompositor(display_, nullptr);
+}
+
+}  // namespace tavo

@@ -1,0 +1,395 @@
+#include "platform/linux/x11/XcbWindows.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include <poll.h>
+
+#include <strings.h>
+#include <xcb/res.h>
+
+#include "platform/linux/system/HostName.h"
+#include "platform/linux/windows/Principals.h"
+
+namespace tavo {
+namespace {
+
+constexpr std::array kAtomNames = {
+    "_NET_CLIENT_LIST_STACKING",
+    "_NET_CLIENT_LIST",
+    "_NET_ACTIVE_WINDOW",
+    "_NET_CURRENT_DESKTOP",
+    "_NET_WM_DESKTOP",
+    "_NET_WM_STATE",
+    "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_PID",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_USER_TIME",
+    "_NET_WM_USER_TIME_WINDOW",
+    "_GTK_APPLICATION_ID",
+    "_KDE_NET_WM_DESKTOP_FILE",
+    "_NET_WM_WINDOW_TYPE_DESKTOP",
+    "_NET_WM_WINDOW_TYPE_DOCK",
+    "_NET_WM_WINDOW_TYPE_TOOLTIP",
+    "_NET_WM_WINDOW_TYPE_NOTIFICATION",
+    "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU",
+    "_NET_WM_WINDOW_TYPE_POPUP_MENU",
+    "_NET_WM_WINDOW_TYPE_COMBO",
+    "_NET_WM_WINDOW_TYPE_DND",
+};
+
+// Longer than any name that an entry could state; a longer one is nobody's.
+constexpr std::uint32_t kLongestText = 1024;  // bytes
+constexpr std::uint32_t kLongestList = 64;    // atoms
+constexpr std::uint32_t kMostWindows = 8192;
+
+constexpr std::uint32_t kAllDesktops = 0xffffffff;
+
+// In place of the process of a window that is another host's.
+constexpr pid_t kElsewhere = -1;
+
+// Of requests that a pager sends for the user.
+constexpr std::uint32_t kFromUser = 2;
+
+// Where window managers listen on the root window.
+constexpr std::uint32_t kToManager =
+    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+
+// Until the window manager has done something, or for 0.1 s.
+template<typename Condition>
+void await(const Condition& condition) {
+    constexpr int kRounds = 50;
+    constexpr int kPause = 2;  // milliseconds
+    for (int round = 0; round < kRounds && !condition(); ++round) {
+        ::poll(nullptr, 0, kPause);
+    }
+}
+
+}  // namespace
+
+// Questions about one window on their way.
+struct XcbWindows::Cookies {
+    xcb_get_property_cookie_t names;
+    xcb_get_property_cookie_t gtkApplication;
+    xcb_get_property_cookie_t kdeDesktopFile;
+    xcb_get_property_cookie_t process;
+    xcb_get_property_cookie_t machine;
+    xcb_get_property_cookie_t type;
+    xcb_get_property_cookie_t transientFor;
+};
+
+struct XcbWindows::Place {
+    std::uint32_t desktop = kAllDesktops;
+    bool hidden = false;
+    bool gone = false;
+};
+
+const XcbWindow* XcbWindowList::find(xcb_window_t window) const {
+    const auto found = std::find_if(windows.begin(), windows.end(),
+                                    [&](const XcbWindow& known) { return known.id == window; });
+    return found == windows.end() ? nullptr : &*found;
+}
+
+XcbWindows::XcbWindows(XcbConnection& connection) : connection_(connection), host_(hostName()) {
+    static_assert(kAtomNames.size() == kAtomCount);
+    connection_.beginExchange();
+    xcb_prefetch_extension_data(connection_.get(), &xcb_res_id);
+    atoms_ = connection_.atoms(kAtomNames);
+    if (!works()) {
+        return;
+    }
+    const xcb_query_extension_reply_t* const extension =
+        xcb_get_extension_data(connection_.get(), &xcb_res_id);
+    if (extension != nullptr && extension->present != 0) {
+        const auto version = connection_.reply<xcb_res_query_version_reply_t>(
+            xcb_res_query_version(connection_.get(), 1, 2));
+        knowsClients_ = version && (version->server_major > 1 ||
+                                    (version->server_major == 1 && version->server_minor >= 2));
+    }
+}
+
+xcb_get_property_cookie_t XcbWindows::ask(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+                                          std::uint32_t bytes) const {
+    return xcb_get_property(connection_.get(), 0, window, property, type, 0, bytes / 4);
+}
+
+std::vector<std::uint32_t> XcbWindows::numbers(xcb_get_property_cookie_t cookie) {
+    return numbers(connection_.reply<xcb_get_property_reply_t>(cookie).get());
+}
+
+std::vector<std::uint32_t> XcbWindows::numbers(const xcb_get_property_reply_t* reply) {
+    if (reply == nullptr || reply->format != 32) {
+        return {};
+    }
+    const auto* const first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply));
+    return {first, first + reply->value_len};
+}
+
+std::optional<std::uint32_t> XcbWindows::number(xcb_get_property_cookie_t cookie) {
+    const std::vector<std::uint32_t> all = numbers(cookie);
+    return all.empty() ? std::nullopt : std::optional(all.front());
+}
+
+// Empty also when it is longer than was asked for.
+std::string XcbWindows::text(xcb_get_property_cookie_t cookie) {
+    const auto reply = connection_.reply<xcb_get_property_reply_t>(cookie);
+    if (!reply || reply->format != 8 || reply->bytes_after > 0) {
+        return {};
+    }
+    const auto* const first = static_cast<const char*>(xcb_get_property_value(reply.get()));
+    return {first, first + xcb_get_property_value_length(reply.get())};
+}
+
+XcbWindows::Cookies XcbWindows::askAbout(xcb_window_t window) const {
+    return {ask(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, kLongestText),
+            ask(window, atom(kGtkApplicationId), XCB_GET_PROPERTY_TYPE_ANY, kLongestText),
+            ask(window, atom(kKdeDesktopFile), XCB_GET_PROPERTY_TYPE_ANY, kLongestText),
+            ask(window, atom(kWmPid), XCB_ATOM_CARDINAL, 4),
+            ask(window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_GET_PROPERTY_TYPE_ANY, kLongestText),
+            ask(window, atom(kWindowType), XCB_ATOM_ATOM, kLongestList * 4),
+            ask(window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 4)};
+}
+
+void XcbWindows::read(const Cookies& cookies, XcbWindow& window) {
+    const std::string names = text(cookies.names);
+    const std::size_t end = names.find('\0');
+    window.names.instance = names.substr(0, end);
+    if (end != std::string::npos) {
+        window.names.className = names.substr(end + 1, names.find('\0', end + 1) - end - 1);
+    }
+    window.names.appId = text(cookies.gtkApplication);
+    const std::string desktopFile = text(cookies.kdeDesktopFile);
+    if (window.names.appId.empty()) {
+        window.names.appId = desktopFile;
+    }
+    const auto process = static_cast<pid_t>(number(cookies.process).value_or(0));
+    const std::string machine = text(cookies.machine);
+    // Without a host its word is worth nothing unless the server confirms it.
+    const bool here = machine.empty() ? process == 0 || knowsClients_
+                                      : ::strcasecmp(machine.c_str(), host_.c_str()) == 0;
+    window.process = here ? process : kElsewhere;
+    for (const std::uint32_t type : numbers(cookies.type)) {
+        const auto known = std::find(atoms_.begin() + kTypeDesktop, atoms_.end(), type);
+        window.ofDesktop = window.ofDesktop || known != atoms_.end();
+    }
+    window.transientFor = number(cookies.transientFor).value_or(XCB_WINDOW_NONE);
+}
+
+void XcbWindows::findPrincipals(std::vector<XcbWindow>& windows) {
+    std::unordered_map<xcb_window_t, std::size_t> places;
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        places.emplace(windows[i].id, i);
+    }
+    std::vector<std::size_t> parents;
+    for (const XcbWindow& window : windows) {
+        const auto parent = places.find(window.transientFor);
+        const bool isDialog = window.transientFor != XCB_WINDOW_NONE && parent != places.end();
+        parents.push_back(isDialog ? parent->second : parents.size());
+    }
+    const std::vector<std::size_t> principals = principalsOf(parents);
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        windows[i].principal = principals[i];
+    }
+}
+
+void XcbWindows::findProcesses(std::vector<XcbWindow>& windows) {
+    // The part of a window's number that all windows of its client have.
+    const std::uint32_t mask = ~xcb_get_setup(connection_.get())->resource_id_mask;
+    std::unordered_map<std::uint32_t, pid_t> clients;
+    if (knowsClients_) {
+        std::vector<xcb_res_client_id_spec_t> specs;
+        for (const XcbWindow& window : windows) {
+            if (clients.try_emplace(window.id & mask, 0).second) {
+                specs.push_back({window.id, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID});
+            }
+        }
+        const auto reply =
+            connection_.reply<xcb_res_query_client_ids_reply_t>(xcb_res_query_client_ids(
+                connection_.get(), static_cast<std::uint32_t>(specs.size()), specs.data()));
+        if (reply) {
+            auto id = xcb_res_query_client_ids_ids_iterator(reply.get());
+            for (; id.rem > 0; xcb_res_client_id_value_next(&id)) {
+                if (xcb_res_client_id_value_value_length(id.data) > 0) {
+                    clients[id.data->spec.client & mask] =
+                        static_cast<pid_t>(*xcb_res_client_id_value_value(id.data));
+                }
+            }
+        }
+    }
+    for (XcbWindow& window : windows) {
+        const pid_t stated = window.process;
+        window.process = stated == kElsewhere ? 0 : stated;
+        if (knowsClients_) {
+            const pid_t client = clients[window.id & mask];
+            window.process = stated == 0 || stated == client ? client : 0;
+        }
+    }
+}
+
+XcbWindowList XcbWindows::list() {
+    connection_.beginExchange();
+    const xcb_window_t root = connection_.root();
+    const auto stacking = ask(root, atom(kClientListStacking), XCB_ATOM_WINDOW, kMostWindows * 4);
+    const auto mapped = ask(root, atom(kClientList), XCB_ATOM_WINDOW, kMostWindows * 4);
+    const auto active = ask(root, atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
+    std::vector<std::uint32_t> ids = numbers(stacking);
+    // xfwm4 4.18 keeps a first window off the list by stacking until there is a second.
+    const std::unordered_set<std::uint32_t> stacked(ids.begin(), ids.end());
+    for (const std::uint32_t id : numbers(mapped)) {
+        if (!stacked.contains(id)) {
+            ids.push_back(id);
+        }
+    }
+
+    XcbWindowList list;
+    list.active = number(active).value_or(XCB_WINDOW_NONE);
+    std::vector<Cookies> cookies;
+    for (const std::uint32_t id : ids) {
+        cookies.push_back(askAbout(id));
+        list.windows.emplace_back().id = id;
+    }
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        read(cookies[i], list.windows[i]);
+    }
+    findProcesses(list.windows);
+    findPrincipals(list.windows);
+    return list;
+}
+
+std::optional<xcb_timestamp_t> XcbWindows::userTime(xcb_window_t window) {
+    connection_.beginExchange();
+    const auto here = ask(window, atom(kUserTime), XCB_ATOM_CARDINAL, 4);
+    const auto elsewhere = ask(window, atom(kUserTimeWindow), XCB_ATOM_WINDOW, 4);
+    const auto time = number(here);
+    const auto holder = number(elsewhere);
+    return holder ? number(ask(*holder, atom(kUserTime), XCB_ATOM_CARDINAL, 4)) : time;
+}
+
+std::vector<XcbWindows::Place> XcbWindows::places(const std::vector<xcb_window_t>& windows) {
+    std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
+    for (const xcb_window_t window : windows) {
+        cookies.emplace_back(ask(window, atom(kWmDesktop), XCB_ATOM_CARDINAL, 4),
+                             ask(window, atom(kWmState), XCB_ATOM_ATOM, kLongestList * 4));
+    }
+    std::vector<Place> places;
+    for (const auto& [desktop, state] : cookies) {
+        Place& place = places.emplace_back();
+        const auto reply = connection_.reply<xcb_get_property_reply_t>(desktop);
+        place.gone = reply == nullptr;
+        const std::vector<std::uint32_t> desktops = numbers(reply.get());
+        place.desktop = desktops.empty() ? kAllDesktops : desktops.front();
+        const std::vector<std::uint32_t> states = numbers(state);
+        place.hidden = std::find(states.begin(), states.end(), atom(kStateHidden)) != states.end();
+    }
+    return places;
+}
+
+void XcbWindows::tellManager(xcb_window_t window, Atom message, std::array<std::uint32_t, 2> data) {
+    xcb_client_message_event_t event = {};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom(message);
+    std::copy(data.begin(), data.end(), event.data.data32);
+    xcb_send_event(connection_.get(), 0, connection_.root(), kToManager,
+                   reinterpret_cast<const char*>(&event));
+}
+
+void XcbWindows::goToDesktop(std::uint32_t desktop, xcb_timestamp_t time) {
+    tellManager(connection_.root(), kCurrentDesktop, {desktop, time});
+    await([&] {
+        return number(ask(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4)) ==
+               desktop;
+    });
+}
+
+void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t top,
+                         xcb_timestamp_t time) {
+    const auto active = [this] {
+        return number(ask(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4));
+    };
+    const bool wasActive = active() == top;
+    for (const xcb_window_t window : windows) {
+        tellManager(window, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+    }
+    xcb_flush(connection_.get());
+    if (wasActive) {
+        await([&] { return active() != top; });
+    }
+}
+
+// Not by a request of our own for the window: the server refuses one that names another window
+// once window managers have put frames around both (ICCCM, "Configuring the Window").
+void XcbWindows::placeAbove(xcb_window_t window, xcb_window_t sibling) {
+    xcb_configure_request_event_t event = {};
+    event.response_type = XCB_CONFIGURE_REQUEST;
+    event.stack_mode = XCB_STACK_MODE_ABOVE;
+    event.parent = connection_.root();
+    event.window = window;
+    event.sibling = sibling;
+    event.value_mask = XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE;
+    xcb_send_event(connection_.get(), 0, connection_.root(), kToManager,
+                   reinterpret_cast<const char*>(&event));
+}
+
+void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
+    connection_.beginExchange();
+    const auto current = ask(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4);
+    const std::vector<Place> at = places(windows);
+    const auto now = connection_.now();
+    const auto top =
+        std::find_if(at.rbegin(), at.rend(), [](const Place& place) { return !place.gone; });
+    // Without a time nobody is at the other end.
+    if (!now || top == at.rend()) {
+        return;
+    }
+    // The window manager may give the focus to another window at each request but the last, at a
+    // time of its own; a request with a time before that would be in vain.
+    xcb_timestamp_t time = *now;
+    std::uint32_t desktop = number(current).value_or(kAllDesktops);
+    const auto isThere = [&](const Place& place) {
+        return !place.gone && (desktop == kAllDesktops || place.desktop == desktop ||
+                               place.desktop == kAllDesktops);
+    };
+    if (std::none_of(at.begin(), at.end(), isThere)) {
+        desktop = top->desktop;
+        goToDesktop(desktop, std::exchange(time, XCB_CURRENT_TIME));
+    }
+    std::vector<xcb_window_t> here;
+    std::vector<xcb_window_t> hidden;
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        if (isThere(at[i])) {
+            here.push_back(windows[i]);
+            if (at[i].hidden) {
+                hidden.push_back(windows[i]);
+            }
+        }
+    }
+    if (!hidden.empty() && hidden.back() == here.back()) {
+        hidden.pop_back();
+    }
+    if (!hidden.empty()) {
+        restore(hidden, here.back(), std::exchange(time, XCB_CURRENT_TIME));
+    }
+    const xcb_window_t front = here.back();
+    tellManager(front, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+    // The others are each placed above another one: for some managers, to raise a window above all
+    // is to give it the focus. Managers that put it above all nevertheless have them in order
+    // too, since the one in front comes last.
+    xcb_window_t below = front;
+    for (const xcb_window_t window : here) {
+        if (window != front) {
+            placeAbove(window, std::exchange(below, window));
+        }
+    }
+    if (here.size() > 1) {
+        tellManager(front, kActiveWindow, {kFromUser, time});
+    }
+    xcb_flush(connection_.get());
+}
+
+}  // namespace tavo

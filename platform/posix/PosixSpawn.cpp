@@ -1,0 +1,98 @@
+#include "platform/posix/PosixSpawn.h"
+
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <spawn.h>
+
+namespace tavo {
+namespace {
+
+constexpr int kFirstOwnDescriptor = 3;
+
+std::vector<char*> pointers(const std::vector<std::string>& texts) {
+    std::vector<char*> result;
+    result.reserve(texts.size() + 1);
+    for (const std::string& text : texts) {
+        result.push_back(const_cast<char*>(text.c_str()));
+    }
+    result.push_back(nullptr);
+    return result;
+}
+
+class Actions {
+public:
+    Actions() { posix_spawn_file_actions_init(&actions_); }
+    Actions(const Actions&) = delete;
+    Actions& operator=(const Actions&) = delete;
+    ~Actions() { posix_spawn_file_actions_destroy(&actions_); }
+
+    // The output comes first: its descriptor may itself be one of the three.
+    int prepare(const ProgramStart& start) {
+        int failure = 0;
+        const auto add = [&failure](int result) { failure = failure != 0 ? failure : result; };
+        if (start.output >= 0) {
+            add(posix_spawn_file_actions_adddup2(&actions_, start.output, STDOUT_FILENO));
+            add(posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY,
+                                                 0));
+        }
+        add(posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        add(posix_spawn_file_actions_addclosefrom_np(&actions_, kFirstOwnDescriptor));
+        if (!start.workingDirectory.empty()) {
+            add(posix_spawn_file_actions_addchdir_np(&actions_, start.workingDirectory.c_str()));
+        }
+        return failure;
+    }
+
+    const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+private:
+    posix_spawn_file_actions_t actions_;
+};
+
+class Attributes {
+public:
+    Attributes() { posix_spawnattr_init(&attributes_); }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+    ~Attributes() { posix_spawnattr_destroy(&attributes_); }
+
+    int prepare(ProgramStart::Group group) {
+        sigset_t signals;
+        sigfillset(&signals);
+        int failure = posix_spawnattr_setsigdefault(&attributes_, &signals);
+        sigemptyset(&signals);
+        failure = failure != 0 ? failure : posix_spawnattr_setsigmask(&attributes_, &signals);
+        int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+        flags |=
+            group == ProgramStart::Group::ownSession ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
+        return failure != 0 ? failure
+                            : posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
+    }
+
+    const posix_spawnattr_t* get() const { return &attributes_; }
+
+private:
+    posix_spawnattr_t attributes_;
+};
+
+}  // namespace
+
+int startProgram(const ProgramStart& start, pid_t& process) {
+    Actions actions;
+    Attributes attributes;
+    if (const int failure = actions.prepare(start); failure != 0) {
+        return failure;
+    }
+    if (const int failure = attributes.prepare(start.group); failure != 0) {
+        return failure;
+    }
+    std::vector<std::string> arguments = {start.executable};
+    arguments.insert(arguments.end(), start.arguments.begin(), start.arguments.end());
+    return posix_spawn(&process, start.executable.c_str(), actions.get(), attributes.get(),
+                       pointers(arguments).data(), pointers(start.environment).data());
+}
+
+}  // namespace tavo

@@ -1,0 +1,200 @@
+// The reader of desktop entries against GLib's own reader of such files: well-formed ones and what
+// becomes of them when bytes are changed at random.
+#include <random>
+
+#include <glib.h>
+#include <gtest/gtest.h>
+
+#include "platform/linux/entries/DesktopEntry.h"
+
+namespace tavo {
+namespace {
+
+constexpr const char* kGroup = "Desktop Entry";
+const std::vector<std::string> kLanguages = {"it_IT", "it", "sr@latin", "C"};
+
+std::optional<std::string> taken(char* text) {
+    if (text == nullptr) {
+        return std::nullopt;
+    }
+    std::string copy = text;
+    g_free(text);
+    return copy;
+}
+
+// One file as GLib reads it.
+class Oracle {
+public:
+    explicit Oracle(const std::string& bytes) : file_(g_key_file_new()) {
+        isEntry_ = g_key_file_load_from_data(file_, bytes.data(), bytes.size(),
+                                             G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) != FALSE &&
+                   taken(g_key_file_get_start_group(file_)) == kGroup;
+    }
+    ~Oracle() { g_key_file_unref(file_); }
+    Oracle(const Oracle&) = delete;
+    Oracle& operator=(const Oracle&) = delete;
+
+    [[nodiscard]] bool isEntry() const { return isEntry_; }
+
+    [[nodiscard]] std::string string(const std::string& key) const {
+        return taken(g_key_file_get_string(file_, kGroup, key.c_str(), nullptr)).value_or("");
+    }
+    [[nodiscard]] std::string localized(const std::string& key) const {
+        for (const std::string& language : kLanguages) {
+            if (std::string text = string(key + '[' + language + ']'); !text.empty()) {
+                return text;
+            }
+        }
+        return string(key);
+    }
+    [[nodiscard]] std::optional<std::vector<std::string>> list(const char* key) const {
+        gsize count = 0;
+        char** const pieces = g_key_file_get_string_list(file_, kGroup, key, &count, nullptr);
+        if (pieces == nullptr) {
+            return std::nullopt;
+        }
+        std::vector<std::string> copy(pieces, pieces + count);
+        g_strfreev(pieces);
+        return copy;
+    }
+    [[nodiscard]] bool boolean(const char* key) const {
+        return g_key_file_get_boolean(file_, kGroup, key, nullptr) != FALSE;
+    }
+    // Whether the plain Name is there but cannot be read: there the two differ, by design.
+    [[nodiscard]] bool nameIsIllFormed() const {
+        const auto raw = taken(g_key_file_get_value(file_, kGroup, "Name", nullptr));
+        return raw && g_utf8_validate(raw->c_str(), -1, nullptr) == FALSE;
+    }
+
+private:
+    GKeyFile* file_;
+    bool isEntry_ = false;
+};
+
+void expectSame(const std::string& bytes) {
+    const Oracle oracle(bytes);
+    const auto entry = parseDesktopEntry(bytes, kLanguages);
+    ASSERT_EQ(entry.has_value(), oracle.isEntry());
+    if (!entry) {
+        return;
+    }
+    if (const std::string name = oracle.localized("Name");
+        name.empty() && oracle.nameIsIllFormed()) {
+        EXPECT_NE(entry->name.find("\xef\xbf\xbd"), std::string::npos);
+    } else {
+        EXPECT_EQ(entry->name, name);
+    }
+    EXPECT_EQ(entry->icon, oracle.localized("Icon"));
+    EXPECT_EQ(entry->type, oracle.string("Type"));
+    EXPECT_EQ(entry->exec, oracle.string("Exec"));
+    EXPECT_EQ(entry->tryExec, oracle.string("TryExec"));
+    EXPECT_EQ(entry->path, oracle.string("Path"));
+    EXPECT_EQ(entry->onlyShowIn, oracle.list("OnlyShowIn"));
+    EXPECT_EQ(entry->notShowIn, oracle.list("NotShowIn"));
+    EXPECT_EQ(entry->hidden, oracle.boolean("Hidden"));
+    EXPECT_EQ(entry->noDisplay, oracle.boolean("NoDisplay"));
+    EXPECT_EQ(entry->terminal, oracle.boolean("Terminal"));
+    EXPECT_EQ(entry->startupNotify, oracle.boolean("StartupNotify"));
+    EXPECT_EQ(entry->dbusActivatable, oracle.boolean("DBusActivatable"));
+}
+
+const std::string kEntry =
+    "# comment\n"
+    "[Desktop Entry]\n"
+    "Encoding=UTF-8\n"
+    "Type=Application\n"
+    "Name=Files \\s\n"
+    "Name[it]=Archivi\n"
+    "Name[it_IT]=Caff\xc3\xa8\n"
+    "Name[sr@latin]=Datoteke\n"
+    "Icon=files\n"
+    "Icon[it]=files-it\n"
+    "Exec=files --new \"%U\"\n"
+    "TryExec = files\n"
+    "Path=/srv\\\\x\n"
+    "StartupWMClass=Files\n"
+    "OnlyShowIn=GNOME;KDE\\;;\n"
+    "NotShowIn=XFCE\n"
+    "Hidden=false\n"
+    "NoDisplay=1 \n"
+    "Terminal=true\n"
+    "StartupNotify=0\n"
+    "DBusActivatable=true\n"
+    "\n"
+    "[Desktop Action a]\n"
+    "Name=New\n";
+
+// One change of the kind that damaged or odd files have.
+void mutate(std::string& bytes, std::mt19937& random) {
+    static const std::vector<std::string> pieces = {"[",
+                                                    "]",
+                                                    "=",
+                                                    "\\",
+                                                    "\\q",
+                                                    ";",
+                                                    "#",
+                                                    "\n",
+                                                    "\r\n",
+                                                    "\r",
+                                                    " ",
+                                                    "\t",
+                                                    "\xe9",
+                                                    "\xc3\xa9",
+                                                    "\x80",
+                                                    "\x01",
+                                                    "\\\n",
+                                                    "[it]",
+                                                    "\n[",
+                                                    "]\n",
+                                                    "\n=",
+                                                    "\nName=",
+                                                    "\v",
+                                                    "\xef\xbb\xbf",
+                                                    "\nHidden=true",
+                                                    "\n[Desktop Entry]\n"};
+    const std::size_t at = random() % (bytes.size() + 1);
+    switch (random() % 5) {
+        case 0:
+        case 1:
+            bytes.insert(at, pieces[random() % pieces.size()]);
+            break;
+        case 2:
+            bytes.erase(at, 1 + random() % 3);
+            break;
+        case 3: {  // a stretch of it once more, somewhere else
+            const std::string stretch = bytes.substr(at, random() % 40);
+            bytes.insert(random() % (bytes.size() + 1), stretch);
+            break;
+        }
+        default:
+            if (at < bytes.size()) {
+                bytes[at] = static_cast<char>(random() % 256);
+            }
+    }
+}
+
+TEST(KeyFileOracle, a_common_entry_reads_as_GLib_reads_it) {
+    ASSERT_TRUE(Oracle(kEntry).isEntry());
+    expectSame(kEntry);
+}
+
+TEST(KeyFileOracle, entries_changed_at_random_read_as_GLib_reads_them) {
+    std::mt19937 random(20240501);
+    constexpr int kRuns = 20'000;
+    int entries = 0;
+    for (int i = 0; i < kRuns && !testing::Test::HasFailure(); ++i) {
+        std::string bytes = kEntry;
+        for (auto changes = random() % 4 + 1; changes > 0; --changes) {
+            mutate(bytes, random);
+        }
+        SCOPED_TRACE("change " + std::to_string(i) + ":\n" + bytes);
+        expectSame(bytes);
+        entries += Oracle(bytes).isEntry() ? 1 : 0;
+    }
+    // Both answers must come often for the comparison to mean anything.
+    EXPECT_GT(entries, kRuns / 6);
+    EXPECT_LT(entries, kRuns * 5 / 6);
+}
+
+}  // namespace
+}  // namespace tavo

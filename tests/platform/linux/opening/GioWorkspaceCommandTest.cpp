@@ -1,0 +1,101 @@
+// What becomes of the command of an entry, on each of the roads by which it can be started.
+#include "platform/linux/opening/EntryCommand.h"
+#include "tests/platform/linux/fixtures/OpeningFixture.h"
+#include "tests/platform/linux/fixtures/PrivateBus.h"
+
+namespace tavo {
+namespace {
+
+using processes::OpeningTest;
+using processes::PrivateBus;
+
+enum class Road { gio, silentBus, terminal };
+constexpr const char* kRoads[] = {"by_gio_", "on_a_silent_bus_", "in_a_terminal_"};
+
+struct Code {
+    const char* name;
+    const char* command;    // what comes after the program in Exec
+    const char* arguments;  // as the program gets them; @ stands for the entry's path
+};
+
+class EntryCommand : public OpeningTest,
+                     public testing::WithParamInterface<std::tuple<Road, Code>> {
+protected:
+    void SetUp() override {
+        switch (std::get<Road>(GetParam())) {
+            case Road::gio:
+                break;
+            case Road::silentBus:
+                bus_.emplace(folder_);
+                ::kill(bus_->process(), SIGSTOP);
+                break;
+            case Road::terminal:
+                folder_.script("bin/xdg-terminal-exec", "exec \"$@\"");
+                path_.emplace("PATH", folder_.path("bin") + ":/usr/bin:/bin");
+                lines_ = "Terminal=true\n";
+                break;
+        }
+    }
+
+    // The last to go: it is what the workspace talks to.
+    std::optional<PrivateBus> bus_;
+    std::optional<processes::Variable> path_;
+    std::string lines_;
+    const processes::Variable language_{"LANGUAGE", "it"};
+    const processes::Variable locale_{"LC_ALL", "C.UTF-8"};
+};
+
+TEST_P(EntryCommand, reaches_the_program_with_its_field_codes_filled_in) {
+    const Code& code = std::get<Code>(GetParam());
+    const std::string program =
+        folder_.script("program", "{ printf '[%s]' \"$@\"; echo; } >" + folder_.path("arguments") +
+                                      "; echo done >" + report_.path());
+    const std::string path = entry("Name[it]=Il nome\nIcon=an icon\nIcon[it]=l’icona\n" + lines_ +
+                                       "Exec=" + program + " " + code.command + "\n",
+                                   "it's \"here\".desktop");
+    EXPECT_EQ(open(path).text(), "(no error)");
+    ASSERT_EQ(reported(), "done");
+    std::ifstream file(folder_.path("arguments"));
+    std::string arguments;
+    std::getline(file, arguments);
+    std::string wanted = code.arguments;
+    if (const std::size_t at = wanted.find('@'); at != std::string::npos) {
+        wanted.replace(at, 1, path);
+    }
+    EXPECT_EQ(arguments, wanted);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Roads, EntryCommand,
+    testing::Combine(
+        testing::Values(Road::gio, Road::silentBus, Road::terminal),
+        testing::Values(Code{"path", "%k end", "[@][end]"},
+                        Code{"name", "%c end", "[Il nome][end]"},
+                        Code{"icon", "%i end", "[--icon][l’icona][end]"},
+                        Code{"file", "%f end", "[end]"}, Code{"files", "%F end", "[end]"},
+                        Code{"address", "%u end", "[end]"}, Code{"addresses", "%U end", "[end]"},
+                        Code{"file_in_quotes", "\"%f\" end", "[][end]"},
+                        Code{"code_within_a_word", "--at=%k end", "[--at=@][end]"},
+                        Code{"percent", "100%% end", "[100%][end]"},
+                        Code{"percent_before_a_code", "%%k %%%c end", "[%k][%Il nome][end]"},
+                        Code{"old_codes", "%d%D%n%N%v%m end", "[end]"},
+                        Code{"unknown_code", "a%zb end", "[ab][end]"},
+                        Code{"lone_percent", "end %", "[end][%]"},
+                        Code{"quoted_words", "\"two words\" end", "[two words][end]"},
+                        Code{"escaped_in_quotes", "\"a \\\\\"b \\\\$c\" end", "[a \"b $c][end]"})),
+    [](const auto& row) {
+        return std::string(kRoads[static_cast<int>(std::get<Road>(row.param))]) +
+               std::get<Code>(row.param).name;
+    });
+
+TEST(CommandWords, are_none_where_the_command_cannot_be_split) {
+    EntryKeys keys;
+    for (const char* const command : {"", " ", "a \"b", "a 'b", "# a"}) {
+        SCOPED_TRACE(command);
+        keys.command = command;
+        EXPECT_EQ(commandWords("/a.desktop", keys), std::vector<std::string>());
+    }
+}
+
+}  // namespace
+}  // namespace tavo

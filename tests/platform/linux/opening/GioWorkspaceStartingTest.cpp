@@ -1,0 +1,290 @@
+// The seconds between a click and the application's first window.
+#include "tests/fakes/ManualMainQueue.h"
+#include "tests/platform/linux/fixtures/OpeningFixture.h"
+
+namespace tavo {
+namespace {
+
+using processes::Answer;
+using processes::becomesTrue;
+using processes::Openings;
+using processes::OpeningTest;
+using std::chrono::milliseconds;
+
+// Programs in these tests say that they run, and go on until the test lets them end.
+class Starting : public OpeningTest {
+protected:
+    Starting() {
+        EXPECT_EQ(::mkfifo(folder_.path("end").c_str(), 0600), 0);
+        hold_ = FileDescriptor(::open(folder_.path("end").c_str(), O_RDWR | O_CLOEXEC));
+    }
+    ~Starting() override {
+        workspace_.reset();
+        for (const pid_t process : running_) {
+            processes::endProcess(process);
+        }
+    }
+
+    [[nodiscard]] std::string body() const {
+        return "echo $$ >" + report_.path() + "; read status <" + folder_.path("end") +
+               "; exit $status";
+    }
+    std::string program() const { return scriptEntry(body()); }
+    std::string bundle(const std::string& program = "Foo") const {
+        folder_.script("Foo.app/Contents/MacOS/" + program, body());
+        folder_.write("Foo.app/Contents/Info.plist",
+                      "<plist version=\"1.0\"><dict><key>CFBundleExecutable</key><string>" +
+                          program + "</string></dict></plist>");
+        return folder_.path("Foo.app");
+    }
+
+    // The process that now runs.
+    pid_t started() {
+        const auto process = static_cast<pid_t>(std::stol(reported()));
+        running_.insert(process);
+        return process;
+    }
+
+    // Lets one program end; the workspace knows of it when this returns.
+    void letEnd(pid_t process, int status) {
+        const std::string line = std::to_string(status) + "\n";
+        EXPECT_EQ(::write(hold_.get(), line.data(), line.size()),
+                  static_cast<ssize_t>(line.size()));
+        EXPECT_TRUE(becomesTrue([&] { return !processes::children().contains(process); }));
+        running_.erase(process);
+        drain();
+    }
+
+    // Windows are looked for on `queue_`, whose time the test moves.
+    void watchWindows() {
+        OpeningSettings settings = this->settings();
+        settings.mainQueue = &queue_;
+        settings.showsWindow = [this](const RunningApplication& application) {
+            asked_ = application;
+            return window_;
+        };
+        workspace_ = makeGioWorkspace(std::move(settings));
+    }
+
+    void begin(const std::string& path, const Openings& opening, bool activates = true) {
+        workspace().openApplication(path, {.activates = activates}, opening.completion());
+    }
+
+    ManualMainQueue queue_;
+    bool window_ = false;
+    std::optional<RunningApplication> asked_;
+
+private:
+    FileDescriptor hold_;
+    std::set<pid_t> running_;
+};
+
+TEST_F(Starting, a_second_click_starts_nothing_and_is_answered_without_error) {
+    const std::string path = program();
+    Openings first;
+    begin(path, first);
+    started();
+    const Answer second = open(path);
+    EXPECT_EQ(second.text(), "(no error)");
+    EXPECT_EQ(second.calls, 1);
+    EXPECT_EQ(second.running, std::nullopt);
+    EXPECT_EQ(first.now().calls, 0);
+    EXPECT_EQ(processes::children().size(), 1U);
+}
+
+TEST_F(Starting, a_second_click_before_the_program_runs_starts_nothing) {
+    const std::string path = program();
+    Openings clicks[5];
+    for (const Openings& click : clicks) {
+        begin(path, click);
+    }
+    started();
+    for (int i = 1; i < 5; ++i) {
+        EXPECT_EQ(clicks[i].wait().text(), "(no error)");
+    }
+    EXPECT_EQ(processes::children().size(), 1U);
+}
+
+TEST_F(Starting, a_bundle_is_not_started_twice_either) {
+    const std::string path = bundle();
+    EXPECT_TRUE(open(path).running);
+    started();
+    const Answer second = open(path);
+    EXPECT_EQ(second.text(), "(no error)");
+    EXPECT_EQ(second.running, std::nullopt);
+    EXPECT_EQ(processes::children().size(), 1U);
+}
+
+TEST_F(Starting, what_is_not_to_be_activated_is_started_each_time) {
+    const std::string path = bundle("applet");
+    for (int i = 0; i < 3; ++i) {
+        Openings opening;
+        begin(path, opening, false);
+        EXPECT_TRUE(opening.wait().running);
+        started();
+    }
+    EXPECT_EQ(processes::children().size(), 3U);
+}
+
+TEST_F(Starting, other_applications_start_meanwhile) {
+    Openings first;
+    begin(program(), first);
+    started();
+    EXPECT_TRUE(open(bundle()).running);
+    started();
+    EXPECT_EQ(processes::children().size(), 2U);
+}
+
+TEST_F(Starting, an_application_that_has_ended_is_started_again) {
+    const std::string path = program();
+    for (const int status : {0, 0, 3}) {
+        Openings opening;
+        begin(path, opening);
+        letEnd(started(), status);
+        EXPECT_EQ(opening.now().calls, 1);
+        EXPECT_EQ(opening.now().error.has_value(), status != 0);
+    }
+    Openings last;
+    begin(path, last);
+    started();
+}
+
+TEST_F(Starting, a_bundle_that_has_ended_is_started_again) {
+    const std::string path = bundle();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(open(path).running);
+        letEnd(started(), 0);
+    }
+}
+
+TEST_F(Starting, an_application_that_could_not_start_is_tried_again) {
+    const std::string path = entry("Exec=/no/such/program\n");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(open(path).text(), "Il programma «/no/such/program» non esiste.");
+    }
+}
+
+TEST_F(Starting, after_its_time_an_application_without_a_window_is_started_again) {
+    startingTime_ = milliseconds(0);
+    const std::string path = program();
+    Openings opening[2];
+    for (const Openings& click : opening) {
+        begin(path, click);
+        started();
+    }
+    EXPECT_EQ(processes::children().size(), 2U);
+}
+
+TEST_F(Starting, the_end_of_its_patience_is_not_the_end_of_a_start) {
+    patience_ = milliseconds(1);
+    const std::string path = program();
+    EXPECT_TRUE(open(path).running);
+    started();
+    EXPECT_EQ(open(path).running, std::nullopt);
+    EXPECT_EQ(processes::children().size(), 1U);
+}
+
+TEST_F(Starting, the_first_window_answers_and_ends_the_start) {
+    watchWindows();
+    const std::string path = program();
+    Openings opening;
+    begin(path, opening);
+    const pid_t process = started();
+    EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
+    queue_.run();
+    drain();
+    EXPECT_EQ(asked_, (RunningApplication{process, "app.desktop"}));
+    EXPECT_EQ(opening.now().calls, 0);
+
+    window_ = true;
+    queue_.advance(milliseconds(100));
+    const Answer answer = opening.wait();
+    EXPECT_EQ(answer.text(), "(no error)");
+    EXPECT_EQ(answer.running, (RunningApplication{process, "app.desktop"}));
+
+    Openings again;
+    begin(path, again);
+    EXPECT_NE(started(), process);
+}
+
+TEST_F(Starting, an_end_after_the_first_window_is_silent) {
+    watchWindows();
+    window_ = true;
+    Openings opening;
+    begin(program(), opening);
+    const pid_t process = started();
+    EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
+    queue_.run();
+    EXPECT_EQ(opening.wait().text(), "(no error)");
+    letEnd(process, 9);
+    EXPECT_EQ(opening.now().calls, 1);
+    EXPECT_EQ(opening.now().text(), "(no error)");
+}
+
+TEST_F(Starting, a_window_that_shows_after_the_answer_ends_the_start_alone) {
+    patience_ = milliseconds(1);
+    watchWindows();
+    const std::string path = program();
+    Openings opening;
+    begin(path, opening);
+    started();
+    EXPECT_EQ(opening.wait().text(), "(no error)");
+    window_ = true;
+    queue_.advance(milliseconds(200));
+    drain();
+    EXPECT_EQ(opening.now().calls, 1);
+    Openings again;
+    begin(path, again);
+    started();
+    EXPECT_EQ(processes::children().size(), 2U);
+}
+
+TEST_F(Starting, windows_of_what_is_not_to_be_activated_are_not_looked_for) {
+    watchWindows();
+    Openings opening;
+    begin(bundle("applet"), opening, false);
+    EXPECT_TRUE(opening.wait().running);
+    started();
+    drain();
+    EXPECT_EQ(queue_.waiting(), 0U);
+}
+
+TEST_F(Starting, a_window_found_after_the_workspace_has_ended_does_nothing) {
+    watchWindows();
+    Openings opening;
+    begin(program(), opening);
+    started();
+    EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
+    workspace_.reset();
+    window_ = true;
+    queue_.advance(milliseconds(60000));
+    EXPECT_EQ(opening.now().calls, 0);
+    EXPECT_EQ(asked_, std::nullopt);
+}
+
+TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_activated) {
+    added_ = {"DISPLAY=:99", "XDG_ACTIVATION_TOKEN=ours"};
+    OpeningSettings settings = this->settings();
+    settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
+    workspace_ = makeGioWorkspace(std::move(settings));
+    folder_.script("Foo.app/Foo",
+                   "echo \"${DESKTOP_STARTUP_ID%%-*}/$XDG_ACTIVATION_TOKEN\" >" + report_.path());
+    open(folder_.path("Foo.app"));
+    EXPECT_EQ(reported(), "tavo/for Foo.app");
+    drain();
+    Openings opening;
+    begin(folder_.path("Foo.app"), opening, false);
+    EXPECT_EQ(reported(), "/");
+}
+
+TEST_F(Starting, an_entry_gets_the_sessions_token) {
+    added_ = {"WAYLAND_DISPLAY=wayland-0"};
+    OpeningSettings settings = this->settings();
+    settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
+    workspace_ = makeGioWorkspace(std::move(settings));
+    open(scriptEntry("echo \"$XDG_ACTIVATION_TOKEN\" >" + report_.path()));
+    EXPECT_EQ(reported(), "for app.desktop");
+}
+
+}  // namespace
+}  // namespace tavo

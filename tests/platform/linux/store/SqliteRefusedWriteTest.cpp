@@ -1,0 +1,397 @@
+// A write that fails is answered from memory, said once, and written with the next; each with the
+// real failure.
+#include <algorithm>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <sched.h>
+
+#include "tests/platform/linux/fixtures/ChildProgram.h"
+#include "tests/platform/linux/store/RawSqlite.h"
+#include "tests/platform/linux/fixtures/StandardError.h"
+#include "tests/platform/linux/store/StoreFileFixture.h"
+
+namespace tavo {
+namespace {
+
+class RefusedWrite : public StoreFileFixture {
+protected:
+    // What is said: one line with the file's name, and `reason` in it.
+    void expectSaidOnce(const StandardError& said, const std::string& reason) const {
+        const std::string text = said.text();
+        EXPECT_TRUE(text.starts_with("tavolauncher: cannot write " + file_ + ": ")) << text;
+        EXPECT_NE(text.find(reason), std::string::npos) << text;
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
+    }
+
+    // Two writes that are refused for `reason`, and one after `heal`.
+    void expectKeptAndWrittenLater(const std::string& reason, const std::function<void()>& heal) {
+        const auto store = open();
+        {
+            const StandardError said;
+            store->set("key", StringArray{"kept"});
+            store->set("second", Data{"kept too"});
+            EXPECT_EQ(store->stringArray("key"), StringArray{"kept"});
+            EXPECT_EQ(store->data("key"), std::nullopt);
+            EXPECT_EQ(store->data("second"), "kept too");
+            expectSaidOnce(said, reason);
+        }
+        EXPECT_TRUE(putAside().empty());
+        heal();
+        EXPECT_EQ(open()->stringArray("key"), std::nullopt);
+        const StandardError said;
+        store->set("third", Data{"in time"});
+        EXPECT_EQ(said.text(), "");
+        const auto next = open();
+        EXPECT_EQ(next->stringArray("key"), StringArray{"kept"});
+        EXPECT_EQ(next->data("second"), "kept too");
+        EXPECT_EQ(next->data("third"), "in time");
+        EXPECT_TRUE(putAside().empty());
+    }
+};
+
+TEST_F(RefusedWrite, is_kept_while_another_process_is_in_the_midst_of_writing) {
+    open()->set("key", Data{"old"});
+    ChildProgram other = holding({"BEGIN EXCLUSIVE"});
+    ASSERT_EQ(other.readLine(), "held");
+    const auto store = open();
+    EXPECT_EQ(store->data("key"), "old");
+    expectKeptAndWrittenLater("another process has locked it", [&] {
+        other.closeInput();
+        other.wait();
+    });
+}
+
+TEST_F(RefusedWrite, is_kept_while_another_process_lets_nobody_even_read) {
+    open()->set("key", Data{"old"});
+    ChildProgram other = holding({"PRAGMA locking_mode = EXCLUSIVE", "BEGIN EXCLUSIVE",
+                                  "UPDATE defaults SET type = 'data'"});
+    ASSERT_EQ(other.readLine(), "held");
+    const auto store = open();
+    EXPECT_EQ(store->data("key"), std::nullopt);
+    EXPECT_EQ(store->data("key"), std::nullopt);
+    expectKeptAndWrittenLater("another process has locked it", [&] {
+        other.closeInput();
+        other.wait();
+    });
+}
+
+TEST_F(RefusedWrite, is_kept_while_another_process_makes_or_moves_the_file) {
+    overwrite(file_, std::string(5000, 'g'));
+    const int folder = ::open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    const auto store = open();
+    {
+        const StandardError said;
+        store->set("key", Data{"kept"});
+        EXPECT_EQ(store->data("key"), "kept");
+        expectSaidOnce(said, "another process has locked its folder");
+    }
+    EXPECT_EQ(contents(file_), std::string(5000, 'g'));
+    close(folder);
+    const StandardError quiet;
+    store->set("second", Data{"in time"});
+    EXPECT_EQ(open()->data("key"), "kept");
+    EXPECT_EQ(putAside().size(), 1U);
+}
+
+TEST_F(RefusedWrite, waits_for_a_lock_that_is_soon_given_up) {
+    open()->set("key", Data{"old"});
+    ChildProgram other = holding({"BEGIN EXCLUSIVE"});
+    ASSERT_EQ(other.readLine(), "held");
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        other.closeInput();
+    });
+    const StandardError said;
+    open()->set("key", Data{"new"});
+    release.join();
+    EXPECT_EQ(said.text(), "");
+    EXPECT_EQ(open()->data("key"), "new");
+}
+
+TEST_F(RefusedWrite, is_kept_while_the_file_may_not_be_written) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write everything";
+    }
+    open()->set("key", Data{"old"});
+    ASSERT_EQ(chmod(file_.c_str(), 0400), 0);
+    EXPECT_EQ(open()->data("key"), "old");
+    expectKeptAndWrittenLater("Permission denied",
+                              [&] { ASSERT_EQ(chmod(file_.c_str(), 0600), 0); });
+}
+
+TEST_F(RefusedWrite, is_kept_while_the_file_may_not_even_be_read) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may read everything";
+    }
+    open()->set("key", Data{"old"});
+    ASSERT_EQ(chmod(file_.c_str(), 0), 0);
+    EXPECT_EQ(open()->data("key"), std::nullopt);
+    expectKeptAndWrittenLater("Permission denied",
+                              [&] { ASSERT_EQ(chmod(file_.c_str(), 0600), 0); });
+}
+
+TEST_F(RefusedWrite, is_kept_while_the_folder_may_not_be_written) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write everywhere";
+    }
+    open()->set("key", Data{"old"});
+    ASSERT_EQ(chmod(folder_.path().c_str(), 0500), 0);
+    const auto store = open();
+    EXPECT_EQ(store->data("key"), "old");
+    EXPECT_EQ(store->data("key"), "old");
+    expectKeptAndWrittenLater("Permission denied",
+                              [&] { ASSERT_EQ(chmod(folder_.path().c_str(), 0700), 0); });
+}
+
+TEST_F(RefusedWrite, is_over_as_soon_as_the_folder_may_be_written_again) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write everywhere";
+    }
+    open()->set("key", Data{"old"});
+    ASSERT_EQ(chmod(folder_.path().c_str(), 0500), 0);
+    const auto store = open();
+    EXPECT_EQ(store->data("key"), "old");
+    ASSERT_EQ(chmod(folder_.path().c_str(), 0700), 0);
+    const StandardError said;
+    store->set("key", Data{"new"});
+    EXPECT_EQ(said.text(), "");
+    EXPECT_EQ(open()->data("key"), "new");
+}
+
+TEST_F(RefusedWrite, leaves_a_log_in_a_folder_that_may_not_be_written_readable) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write everywhere";
+    }
+    open()->set("key", Data{"old"});
+    // A log that its writer did not live to move on.
+    RawSqlite keepsLog(file_);
+    keepsLog.run("SELECT count(*) FROM defaults");
+    RawSqlite(file_).run("UPDATE defaults SET value = CAST('newer' AS BLOB)");
+    std::filesystem::create_directory(folder_ / "copy");
+    for (const char* const suffix : {"", "-wal", "-shm"}) {
+        std::filesystem::copy_file(file_ + suffix, folder_ / "copy/defaults.sqlite" + suffix);
+    }
+    file_ = folder_ / "copy/defaults.sqlite";
+    ASSERT_GT(std::filesystem::file_size(file_ + "-wal"), 0U);
+    ASSERT_EQ(chmod((folder_ / "copy").c_str(), 0500), 0);
+    EXPECT_EQ(open()->data("key"), "newer");
+}
+
+TEST_F(RefusedWrite, of_a_damaged_file_in_a_folder_that_may_not_be_written_harms_nothing) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write everywhere";
+    }
+    overwrite(file_, std::string(5000, 'g'));
+    ASSERT_EQ(chmod(folder_.path().c_str(), 0500), 0);
+    const auto store = open();
+    EXPECT_EQ(store->data("key"), std::nullopt);
+    const StandardError said;
+    store->set("key", Data{"kept"});
+    store->set("key", Data{"kept again"});
+    EXPECT_EQ(store->data("key"), "kept again");
+    expectSaidOnce(said, "Permission denied");
+    EXPECT_EQ(contents(file_), std::string(5000, 'g'));
+}
+
+TEST_F(RefusedWrite, is_kept_where_no_folder_can_be_made) {
+    file_ = "/proc/none/tavolauncher/defaults.sqlite";
+    const auto store = open();
+    EXPECT_EQ(store->data("key"), std::nullopt);
+    const StandardError said;
+    store->set("key", Data{"kept"});
+    store->set("second", Data{"kept too"});
+    EXPECT_EQ(store->data("key"), "kept");
+    EXPECT_EQ(store->data("second"), "kept too");
+    expectSaidOnce(said, "its folder cannot be made");
+}
+
+TEST_F(RefusedWrite, is_kept_where_a_file_is_in_the_place_of_the_folder) {
+    overwrite(folder_ / "file", "");
+    file_ = folder_ / "file/defaults.sqlite";
+    const auto store = open();
+    const StandardError said;
+    store->set("key", Data{"kept"});
+    EXPECT_EQ(store->data("key"), "kept");
+    expectSaidOnce(said, "Not a directory");
+}
+
+TEST_F(RefusedWrite, is_kept_where_there_is_no_home_folder) {
+    const auto store = makeSqliteDefaultsStore("");
+    EXPECT_EQ(store->data("key"), std::nullopt);
+    const StandardError said;
+    store->set("key", Data{"kept"});
+    store->set("key", Data{"kept again"});
+    EXPECT_EQ(store->data("key"), "kept again");
+    EXPECT_EQ(said.text(),
+              "tavolauncher: cannot write the settings: there is no home folder; kept until a "
+              "later write\n");
+}
+
+TEST_F(RefusedWrite, is_said_again_when_writes_had_succeeded_in_between) {
+    open()->set("key", Data{"old"});
+    const auto store = open();
+    for (int i = 0; i < 2; ++i) {
+        std::filesystem::rename(folder_.path(), folder_.path().string() + ".away");
+        overwrite(folder_.path(), "");
+        {
+            const StandardError said;
+            store->set("key", Data{"kept"});
+            store->set("key", Data{"kept"});
+            expectSaidOnce(said, "Not a directory");
+        }
+        std::filesystem::remove(folder_.path());
+        std::filesystem::rename(folder_.path().string() + ".away", folder_.path());
+        store->set("key", Data{"written"});
+        EXPECT_EQ(open()->data("key"), "written");
+    }
+}
+
+// Lets no file of this process grow beyond `bytes`, which fails as a full disk does, amid a write.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signal_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    void (*signal_)(int);
+    rlimit before_{};
+};
+
+TEST_F(RefusedWrite, is_kept_when_the_file_cannot_grow_and_harms_nothing_that_was_there) {
+    open()->set("key", Data{"old"});
+    const auto store = open();
+    const std::string large(500'000, 'l');
+    {
+        const FileSizeLimit limit(100'000);
+        const StandardError said;
+        store->set("large", Data{large});
+        EXPECT_EQ(store->data("large"), large);
+        expectSaidOnce(said, "disk I/O error");
+        EXPECT_EQ(open()->data("key"), "old");
+        EXPECT_EQ(open()->data("large"), std::nullopt);
+        // What there is room for gets through.
+        store->set("small", Data{"written"});
+        EXPECT_EQ(open()->data("small"), "written");
+        expectSaidOnce(said, "disk I/O error");
+    }
+    store->set("key", Data{"new"});
+    const auto next = open();
+    EXPECT_EQ(next->data("large"), large);
+    EXPECT_EQ(next->data("key"), "new");
+    EXPECT_EQ(next->data("small"), "written");
+    EXPECT_TRUE(putAside().empty());
+}
+
+TEST_F(RefusedWrite, is_kept_when_there_is_no_room_to_make_the_file) {
+    const auto store = open();
+    for (const rlim_t room : {0, 1, 100, 4096, 5000, 10'000, 32'768}) {
+        SCOPED_TRACE("room for " + std::to_string(room) + " bytes");
+        const FileSizeLimit limit(room);
+        const std::string large(100'000, 'l');
+        store->set("key", Data{large});
+        EXPECT_EQ(store->data("key"), large);
+        EXPECT_EQ(open()->data("key"), std::nullopt);
+    }
+    store->set("second", Data{"in time"});
+    EXPECT_EQ(open()->data("key"), std::string(100'000, 'l'));
+    EXPECT_EQ(open()->data("second"), "in time");
+    EXPECT_TRUE(putAside().empty());
+}
+
+// What one process of its own, on a disk of its own of 256 KiB, found wrong; nothing when all is
+// well. Exit code 77: no such disk can be had.
+std::string troubleOnAFullDisk(const std::string& disk) {
+    const std::string file = disk + "/tavolauncher/defaults.sqlite";
+    const auto store = makeSqliteDefaultsStore(file);
+    store->set("key", Data{"old"});
+    {
+        std::ofstream filler(disk + "/filler");
+        while (filler << std::string(4096, 'f') << std::flush) {
+        }
+    }
+    const StandardError said;
+    const std::string value(20'000, 'v');
+    store->set("key", Data{value});
+    store->set("second", Data{value});
+    if (store->data("key") != value || store->data("second") != value) {
+        return "the kept values are not answered";
+    }
+    if (makeSqliteDefaultsStore(file)->data("key") != "old") {
+        return "the old value is gone";
+    }
+    const std::string text = said.text();
+    if (text.find("full") == std::string::npos || std::count(text.begin(), text.end(), '\n') != 1) {
+        return "said: " + text;
+    }
+    std::filesystem::remove(disk + "/filler");
+    store->set("third", Data{"in time"});
+    const auto next = makeSqliteDefaultsStore(file);
+    if (next->data("key") != value || next->data("second") != value ||
+        next->data("third") != "in time") {
+        return "the kept values did not reach the disk";
+    }
+    return "";
+}
+
+// Makes this process the master of mounts that nobody else sees.
+bool leaveForMountsOfItsOwn() {
+    if (geteuid() == 0) {
+        return unshare(CLONE_NEWNS) == 0;
+    }
+    const std::string user = std::to_string(geteuid());
+    const std::string group = std::to_string(getegid());
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
+        return false;
+    }
+    overwrite("/proc/self/setgroups", "deny");
+    overwrite("/proc/self/uid_map", user + " " + user + " 1");
+    overwrite("/proc/self/gid_map", group + " " + group + " 1");
+    return true;
+}
+
+TEST_F(RefusedWrite, is_kept_while_the_disk_is_full) {
+    const std::string disk = folder_ / "disk";
+    std::filesystem::create_directory(disk);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (!leaveForMountsOfItsOwn() ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=256k,mode=0700") != 0) {
+            _exit(77);
+        }
+        const std::string trouble = troubleOnAFullDisk(disk);
+        std::fprintf(stderr, "%s", trouble.c_str());
+        _exit(trouble.empty() ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 77) {
+        GTEST_SKIP() << "this system lets nobody mount a small disk of his own";
+    }
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+}  // namespace
+}  // namespace tavo

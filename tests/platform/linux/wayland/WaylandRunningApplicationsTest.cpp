@@ -1,0 +1,256 @@
+// Finding and fronting on a real Wayland compositor.
+#include <chrono>
+#include <csignal>
+#include <map>
+
+#include <gmock/gmock.h>
+
+#include "platform/linux/session/SessionRunningApplications.h"
+#include "platform/linux/wayland/WaylandRunningApplications.h"
+#include "platform/linux/wayland/WaylandSession.h"
+#include "tests/contracts/RunningApplicationsContract.h"
+#include "tests/platform/linux/fixtures/WaylandDesktop.h"
+#include "tests/platform/linux/fixtures/XDesktop.h"
+
+namespace tavo {
+namespace {
+
+using processes::becomesTrue;
+
+constexpr const char* kOwn = "org.tavolauncher.TavoLauncher";
+
+struct WaylandRig {
+    static constexpr bool kTellsProcesses = false;
+
+    RunningApplications& running() { return *running_; }
+
+    std::int32_t start(const std::string& identifier) {
+        auto window = desktop_.open(identifier.substr(0, identifier.rfind('.')));
+        const pid_t process = window.process;
+        // Told as whoever starts it does.
+        running_->activateAllWindows({process, identifier});
+        windows_[process] = std::move(window);
+        return process;
+    }
+
+    void end(std::int32_t process) {
+        windows_.erase(process);
+        EXPECT_TRUE(becomesTrue(
+            [&] { return desktop_.processes().size() == windows_.size() + (launcher_ ? 1 : 0); }));
+    }
+
+    static std::string program(std::int32_t /*process*/) { return "/usr/bin/foot"; }
+
+    void turnToLauncher() {
+        if (!launcher_) {
+            launcher_ = desktop_.open(kOwn);
+        }
+        desktop_.command("[app_id=" + std::string(kOwn) + "] focus");
+        EXPECT_TRUE(becomesTrue([&] { return desktop_.focused() == launcher_->process; }));
+    }
+
+    bool isInFront(std::int32_t process) {
+        return becomesTrue([&] { return desktop_.focused() == process; });
+    }
+
+    WaylandDesktop desktop_;
+    std::optional<WaylandDesktop::Window> launcher_;
+    std::map<pid_t, WaylandDesktop::Window> windows_;
+    std::unique_ptr<RunningApplications> running_ =
+        makeWaylandRunningApplications(desktop_.display(), std::make_shared<ListedEntries>(), kOwn);
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Wayland, RunningApplicationsContract, WaylandRig);
+
+class WaylandRunningApplicationsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        listed_->replace({{"org.example.Editor.desktop", "/a/editor.desktop", "EditorWindow", ""},
+                          {"tool.desktop", "/a/tool.desktop", "", "tool-program"}});
+        running_ = makeWaylandRunningApplications(desktop_.display(), listed_, kOwn);
+    }
+
+    [[nodiscard]] bool runs(const char* identifier) {
+        return !running_->withIdentifier(identifier).empty();
+    }
+    [[nodiscard]] bool becomesFocused(const WaylandDesktop::Window& window) {
+        return becomesTrue([&] { return desktop_.focused() == window.process; });
+    }
+
+    // As a click in the launcher does on what it has found to run.
+    void click(const char* identifier) {
+        ASSERT_TRUE(runs(identifier));
+        running_->activateAllWindows({0, identifier});
+    }
+    void focus(const WaylandDesktop::Window& window) {
+        desktop_.command("[pid=" + std::to_string(window.process) + "] focus");
+        ASSERT_TRUE(becomesFocused(window));
+    }
+    // The user is in another program, on another workspace.
+    [[nodiscard]] WaylandDesktop::Window goToAnotherWorkspace() {
+        desktop_.command("workspace 2");
+        auto other = desktop_.open("other");
+        EXPECT_TRUE(becomesFocused(other));
+        return other;
+    }
+
+    // The tool was looked for at a click in the launcher, did not run, and was started; the user
+    // has gone elsewhere meanwhile.
+    struct LeftStart {
+        WaylandDesktop::Window launcher;
+        WaylandDesktop::Window tool;
+        WaylandDesktop::Window elsewhere;
+    };
+    [[nodiscard]] LeftStart startToolAndLeave() {
+        LeftStart start;
+        start.launcher = desktop_.open(kOwn);
+        EXPECT_TRUE(becomesFocused(start.launcher));
+        EXPECT_FALSE(runs("tool.desktop"));
+        start.tool = desktop_.open("tool");
+        start.elsewhere = desktop_.open("elsewhere");
+        EXPECT_TRUE(becomesFocused(start.elsewhere));
+        return start;
+    }
+
+    WaylandDesktop desktop_;
+    std::shared_ptr<ListedEntries> listed_ = std::make_shared<ListedEntries>();
+    std::unique_ptr<RunningApplications> running_;
+};
+
+TEST_F(WaylandRunningApplicationsTest, windows_are_told_by_their_application_id) {
+    EXPECT_FALSE(runs("org.example.Editor.desktop"));
+    const auto stated = desktop_.open("editorwindow");
+    EXPECT_TRUE(runs("org.example.Editor.desktop"));
+    const auto program = desktop_.open("Tool-Program");
+    EXPECT_TRUE(runs("tool.desktop"));
+    EXPECT_FALSE(runs("editorwindow2.desktop"));
+    EXPECT_FALSE(runs(""));
+}
+
+TEST_F(WaylandRunningApplicationsTest, all_windows_come_forward_the_newest_last) {
+    const auto first = desktop_.open("tool");
+    const auto second = desktop_.open("tool");
+    const auto other = goToAnotherWorkspace();
+    click("tool.desktop");
+    EXPECT_TRUE(becomesFocused(second));
+}
+
+TEST_F(WaylandRunningApplicationsTest, the_active_window_stays_the_active_one) {
+    const auto first = desktop_.open("tool");
+    const auto second = desktop_.open("tool");
+    ASSERT_TRUE(becomesFocused(second));
+    focus(first);
+    running_->activateAllWindows({0, "tool.desktop"});
+    EXPECT_TRUE(becomesFocused(first));
+}
+
+TEST_F(WaylandRunningApplicationsTest, a_process_comes_forward_as_what_it_was_started_as) {
+    const auto editor =
+        desktop_.open("editorwindow", {"GIO_LAUNCHED_DESKTOP_FILE=/a/editor.desktop"});
+    const auto other = desktop_.open(kOwn);
+    ASSERT_TRUE(becomesFocused(other));
+    const auto found = running_->withProcess(editor.process);
+    ASSERT_TRUE(found);
+    running_->activateAllWindows(*found);
+    EXPECT_TRUE(becomesFocused(editor));
+}
+
+TEST_F(WaylandRunningApplicationsTest, a_started_program_that_the_user_has_left_steals_nothing) {
+    const LeftStart start = startToolAndLeave();
+    running_->activateAllWindows({start.tool.process, "tool.desktop"});
+    EXPECT_EQ(desktop_.focused(), start.elsewhere.process);
+    focus(start.launcher);
+    running_->activateAllWindows({start.tool.process, "tool.desktop"});
+    EXPECT_TRUE(becomesFocused(start.tool));
+}
+
+TEST_F(WaylandRunningApplicationsTest, waiting_for_a_first_window_is_no_click) {
+    const LeftStart start = startToolAndLeave();
+    EXPECT_TRUE(running_->showsWindow({start.tool.process, "tool.desktop"}));
+    running_->activateAllWindows({start.tool.process, "tool.desktop"});
+    EXPECT_EQ(desktop_.focused(), start.elsewhere.process);
+}
+
+TEST_F(WaylandRunningApplicationsTest, a_window_on_another_workspace_is_gone_to) {
+    const auto tool = desktop_.open("tool");
+    const auto other = goToAnotherWorkspace();
+    click("tool.desktop");
+    EXPECT_TRUE(becomesFocused(tool));
+}
+
+TEST_F(WaylandRunningApplicationsTest, processes_of_others_do_not_count) {
+    if (::geteuid() == 0) {
+        EXPECT_EQ(running_->withProcess(desktop_.compositor()), std::nullopt);
+    } else {
+        EXPECT_EQ(running_->withProcess(1), std::nullopt);
+    }
+    EXPECT_TRUE(running_->withProcess(::getpid()));
+}
+
+// The look for a first window, many times a second.
+TEST_F(WaylandRunningApplicationsTest, a_compositor_that_stands_still_holds_up_the_look_once) {
+    constexpr std::chrono::milliseconds kOneLook{500};
+    const RunningApplication started{0, "tool.desktop"};
+    ASSERT_FALSE(running_->showsWindow(started));
+    ::kill(desktop_.compositor(), SIGSTOP);
+    const auto begin = std::chrono::steady_clock::now();
+    for (int look = 0; look < 20; ++look) {
+        EXPECT_FALSE(running_->showsWindow(started));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 3 * kOneLook);
+    ::kill(desktop_.compositor(), SIGCONT);
+    const auto window = desktop_.open("tool");
+    EXPECT_TRUE(becomesTrue([&] { return running_->showsWindow(started); }));
+}
+
+TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {
+    const auto running = makeWaylandRunningApplications("/nonexistent/wayland-0",
+                                                        std::make_shared<ListedEntries>(), kOwn);
+    EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
+    running->activateAllWindows({0, "a.desktop"});
+    running->activateAllWindows({::getpid(), ""});
+    EXPECT_TRUE(running->withProcess(::getpid()));
+}
+
+TEST(SessionRunningApplications, without_any_display_nothing_is_known) {
+    const StartEnvironment environment({"PATH=/bin"});
+    EXPECT_FALSE(isWaylandSession(environment));
+    const auto running =
+        makeSessionRunningApplications(environment, false, std::make_shared<ListedEntries>(), {});
+    EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
+    EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);
+    EXPECT_EQ(running->executablePath({::getpid(), ""}), std::nullopt);
+    running->activateAllWindows({::getpid(), "a.desktop"});
+}
+
+TEST(SessionRunningApplications, a_wayland_session_is_asked_before_an_x_server) {
+    const WaylandDesktop desktop;
+    const StartEnvironment environment(
+        {"WAYLAND_DISPLAY=" + desktop.display(), "DISPLAY=:7654321"});
+    EXPECT_TRUE(isWaylandSession(environment));
+    const auto running =
+        makeSessionRunningApplications(environment, true, std::make_shared<ListedEntries>(), {});
+    // Only on Wayland does a process without windows count.
+    EXPECT_TRUE(running->withProcess(::getpid()));
+}
+
+TEST(SessionRunningApplications, a_left_over_name_of_a_compositor_hides_no_x_server) {
+    XDesktop desktop(Manager::none);
+    WindowedProgram program(desktop);
+    desktop.claim({program.open("class=app")});
+    for (const std::string name : {"", "/nonexistent/wayland-0", "wayland-77"}) {
+        SCOPED_TRACE(name);
+        const StartEnvironment environment(
+            {"WAYLAND_DISPLAY=" + name, "DISPLAY=" + desktop.display()});
+        const bool wayland = isWaylandSession(environment);
+        EXPECT_FALSE(wayland);
+        const auto running = makeSessionRunningApplications(environment, wayland,
+                                                            std::make_shared<ListedEntries>(), {});
+        EXPECT_EQ(running->withIdentifier("app.desktop").size(), 1U);
+        EXPECT_TRUE(running->withProcess(program.process()));
+        EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);
+    }
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include "tests/fakes/FakeIconSource.h"
+#include "tests/fakes/ManualMainQueue.h"
+#include "ui/grid/IconLoader.h"
+#include "ui/look/Metrics.h"
+
+namespace tavo {
+namespace {
+
+// Runs what the workers sent until `path` has arrived; they are real threads, so it waits for them.
+class IconLoaderTest : public testing::Test {
+protected:
+    void SetUp() override {
+        heard =
+            loader->loaded.subscribe([this](const std::string& path) { arrived.push_back(path); });
+    }
+    void TearDown() override { source.releaseAll(); }
+
+    bool awaitArrivals(std::size_t count) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (arrived.size() < count && std::chrono::steady_clock::now() < deadline) {
+            queue.run();
+            std::this_thread::yield();
+        }
+        return arrived.size() >= count;
+    }
+
+    FakeIconSource source;
+    ManualMainQueue queue;
+    std::unique_ptr<IconLoader> loader = std::make_unique<IconLoader>(source, queue);
+    std::vector<std::string> arrived;
+    Subscription heard;
+};
+
+TEST_F(IconLoaderTest, an_icon_is_not_there_before_it_arrives_and_never_waited_for) {
+    source.hold();
+    loader->want({"/a"}, 1);
+    EXPECT_EQ(loader->find("/a"), nullptr);
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(1));
+    EXPECT_NE(loader->find("/a"), nullptr);
+}
+
+TEST_F(IconLoaderTest, an_icon_comes_at_its_scale_with_room_for_its_shadow) {
+    for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
+        arrived.clear();
+        loader->want({"/a"}, scale);
+        ASSERT_TRUE(awaitArrivals(1));
+        const QImage* const icon = loader->find("/a");
+        ASSERT_NE(icon, nullptr);
+        const int margin = qRound(IconLoader::margin() * scale);
+        EXPECT_EQ(icon->width(), qRound(metrics::kIconSide * scale) + 2 * margin);
+        EXPECT_EQ(icon->devicePixelRatio(), scale);
+        EXPECT_EQ(icon->pixel(icon->width() / 2, icon->height() / 2),
+                  FakeIconSource::colourOf("/a"));
+        EXPECT_GT(qAlpha(icon->pixel(icon->width() / 2, icon->height() - margin + 1)), 0);
+        EXPECT_EQ(qAlpha(icon->pixel(0, 0)), 0);
+    }
+}
+
+TEST_F(IconLoaderTest, what_is_no_longer_wanted_and_not_begun_is_never_asked_for) {
+    source.hold();
+    std::vector<std::string> many;
+    for (int i = 0; i < 50; ++i) {
+        many.push_back("/old " + std::to_string(i));
+    }
+    loader->want(many, 1);
+    ASSERT_TRUE(source.awaitRequests(1));
+    loader->want({"/new"}, 1);
+    source.releaseAll();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (loader->find("/new") == nullptr && std::chrono::steady_clock::now() < deadline) {
+        queue.run();
+        std::this_thread::yield();
+    }
+    EXPECT_NE(loader->find("/new"), nullptr);
+    // The workers had at most one request each in hand.
+    EXPECT_LE(source.requests().size(), 3U);
+}
+
+TEST_F(IconLoaderTest, a_known_icon_is_not_asked_for_again_until_a_refresh) {
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    loader->want({"/a"}, 1);
+    loader->want({"/b"}, 1);
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(source.requests().size(), 2U);
+    loader->refresh();
+    EXPECT_EQ(source.refreshes(), 1);
+    EXPECT_NE(loader->find("/a"), nullptr);
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(3));
+    EXPECT_EQ(arrived.back(), "/a");
+}
+
+TEST_F(IconLoaderTest, on_a_screen_of_another_scale_the_known_icon_stands_in_for_the_right_one) {
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    source.hold();
+    loader->want({"/a"}, 2);
+    ASSERT_NE(loader->find("/a"), nullptr);
+    EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 1);
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 2);
+}
+
+TEST_F(IconLoaderTest, an_icon_of_the_screen_before_never_replaces_the_right_one) {
+    loader->want({"/a"}, 2);
+    ASSERT_TRUE(awaitArrivals(1));
+    source.hold();
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(source.awaitRequests(2));
+    loader->want({"/a"}, 2);
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 2);
+}
+
+TEST_F(IconLoaderTest, keeps_a_bounded_number_and_always_what_is_in_view) {
+    std::vector<std::string> all;
+    for (int i = 0; i < 500; i += 20) {
+        std::vector<std::string> page;
+        for (int k = 0; k < 20; ++k) {
+            page.push_back("/" + std::to_string(i + k));
+        }
+        all.insert(all.end(), page.begin(), page.end());
+        loader->want(page, 1);
+        ASSERT_TRUE(awaitArrivals(all.size()));
+        for (const std::string& path : page) {
+            EXPECT_NE(loader->find(path), nullptr);
+        }
+    }
+    std::size_t kept = 0;
+    for (const std::string& path : all) {
+        kept += loader->find(path) != nullptr ? 1U : 0U;
+    }
+    EXPECT_LT(kept, 150U);
+}
+
+TEST_F(IconLoaderTest, an_answer_to_a_loader_that_is_gone_does_nothing) {
+    source.hold();
+    loader->want({"/a", "/b"}, 1);
+    ASSERT_TRUE(source.awaitRequests(1));
+    source.releaseAll();
+    loader.reset();
+    queue.run();
+    EXPECT_TRUE(arrived.empty());
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,214 @@
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ui/look/Appearance.h"
+#include "ui/look/Contrast.h"
+
+namespace tavo {
+namespace {
+
+// What the platform may have: a window colour and a highlight.
+struct Look {
+    std::string name;
+    QColor window;
+    QColor highlight;
+};
+
+QColor translucent(QColor color, double opacity) {
+    color.setAlphaF(static_cast<float>(opacity));
+    return color;
+}
+
+std::vector<Look> looks() {
+    const std::vector<std::pair<std::string, QColor>> windows = {
+        {"light", QColor(239, 239, 239)},
+        {"dark", QColor(50, 50, 50)},
+        {"light, plain", translucent(QColor(239, 239, 239), kPlainMaterial)},
+        {"dark, plain", translucent(QColor(50, 50, 50), kPlainMaterial)},
+        {"light, blurred", translucent(QColor(239, 239, 239), kBlurredMaterial)},
+        {"dark, blurred", translucent(QColor(50, 50, 50), kBlurredMaterial)},
+    };
+    const std::vector<std::pair<std::string, QColor>> highlights = {
+        {"blue", QColor(0, 122, 255)},
+        {"the toolkit's blue", QColor(48, 140, 198)},
+        {"yellow", QColor(255, 204, 0)},
+        {"black", Qt::black},
+        {"white", Qt::white},
+        {"red", QColor(255, 0, 0)},
+        {"pale", QColor(222, 235, 247)},
+        {"green", QColor(0, 200, 80)},
+        {"a grey", QColor(128, 128, 128)},
+        {"a dark blue", QColor(10, 20, 70)},
+    };
+    std::vector<Look> all;
+    for (const auto& [windowName, window] : windows) {
+        for (const auto& [highlightName, highlight] : highlights) {
+            all.push_back({windowName + ", " + highlightName, window, highlight});
+        }
+    }
+    return all;
+}
+
+Appearance appearance(const QColor& window, const QColor& highlight) {
+    QPalette palette;
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::Highlight, highlight);
+    return Appearance(palette);
+}
+
+using Color = QColor Appearance::*;
+
+// The front is seen on the layers, the lowest first; under them is whatever there is.
+struct Pair {
+    std::string name;
+    Color front;
+    std::vector<Color> layers;
+    double ratio;
+};
+
+const std::vector<Pair>& pairs() {
+    using A = Appearance;
+    constexpr double kText = kTextContrast;
+    constexpr double kSymbol = kSymbolContrast;
+    static const std::vector<Pair> kPairs = {
+        {"the name of a tile", &A::text, {&A::material}, kText},
+        {"the name of the current tile", &A::text, {&A::material, &A::selection}, kText},
+        {"the star that adds", &A::secondaryText, {&A::material}, kSymbol},
+        {"the star that adds, current", &A::secondaryText, {&A::material, &A::selection}, kSymbol},
+        {"a toolbar button", &A::text, {&A::material}, kSymbol},
+        {"a toolbar button, hovered", &A::text, {&A::material, &A::hover}, kSymbol},
+        {"a toolbar button, pressed", &A::accent, {&A::material, &A::hover}, kSymbol},
+        {"the ring of a tile", &A::accent, {&A::material}, kSymbol},
+        {"the title", &A::text, {&A::material, &A::recess}, kText},
+        {"a row", &A::text, {&A::material, &A::recess}, kText},
+        {"the selected row", &A::text, {&A::material, &A::recess, &A::selection}, kText},
+        {"a row's symbol", &A::accent, {&A::material, &A::recess}, kSymbol},
+        {"the selected row's symbol",
+         &A::accentOnSelection,
+         {&A::material, &A::recess, &A::selection},
+         kSymbol},
+        {"the ring of a row", &A::focusRing, {&A::material, &A::recess}, kSymbol},
+        {"the ring of the selected row",
+         &A::focusRing,
+         {&A::material, &A::recess, &A::selection},
+         kSymbol},
+        {"the edit button", &A::text, {&A::material, &A::recess}, kText},
+        {"the edit button, hovered", &A::text, {&A::material, &A::recess, &A::hover}, kText},
+        {"the close button", &A::secondaryText, {&A::material, &A::recess}, kSymbol},
+        {"the search text", &A::text, {&A::material, &A::recess}, kText},
+        {"the search symbol", &A::secondaryText, {&A::material, &A::recess}, kSymbol},
+        {"the count", &A::secondaryText, {&A::material, &A::footer}, kText},
+        {"the credit, hovered", &A::text, {&A::material, &A::footer, &A::hover}, kText},
+        {"a sheet's title", &A::text, {&A::sheet}, kText},
+        {"a sheet's explanation", &A::secondaryText, {&A::sheet}, kText},
+        {"a field's text", &A::text, {&A::field}, kText},
+        {"a field's secondary text", &A::secondaryText, {&A::field}, kText},
+        {"the ring of a field in a sheet", &A::focusRing, {&A::sheet}, kSymbol},
+        {"the ring of a field in a list", &A::focusRing, {&A::list}, kSymbol},
+        {"selected text", &A::textOnAccent, {&A::accentGround}, kText},
+        {"a button", &A::text, {&A::button}, kText},
+        {"a button, hovered", &A::text, {&A::button, &A::hover}, kText},
+        {"a button, pressed", &A::text, {&A::button, &A::pressed}, kText},
+        {"the default button", &A::textOnAccent, {&A::accentGround}, kText},
+        {"the default button, pressed", &A::textOnAccent, {&A::accentGround, &A::pressed}, kText},
+        {"the default button on its sheet", &A::accentGround, {&A::sheet}, kSymbol},
+        {"what deletes", &A::destructive, {&A::list}, kSymbol},
+        {"what deletes, on a sheet", &A::destructive, {&A::sheet}, kSymbol},
+        {"what deletes, hovered", &A::destructive, {&A::list, &A::hover}, kSymbol},
+        {"a menu's entry", &A::text, {&A::menu}, kText},
+        {"a menu's current entry", &A::textOnAccent, {&A::accentGround}, kText},
+        {"a menu's current entry on the menu", &A::accentGround, {&A::menu}, kSymbol},
+    };
+    return kPairs;
+}
+
+// What is seen of the layers where `behind` is behind the window.
+QColor composited(const Appearance& a, const std::vector<Color>& layers, const QColor& behind) {
+    QColor seen = behind;
+    for (const Color layer : layers) {
+        seen = over(a.*layer, seen);
+    }
+    return seen;
+}
+
+TEST(AppearanceTest, all_that_is_read_or_recognised_reaches_its_contrast_over_whatever_is_behind) {
+    for (const Look& look : looks()) {
+        const Appearance a = appearance(look.window, look.highlight);
+        for (const Pair& pair : pairs()) {
+            for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
+                SCOPED_TRACE(look.name + ": " + pair.name + " over " + behind.name().toStdString());
+                const QColor ground = composited(a, pair.layers, behind);
+                EXPECT_GE(contrast(a.*pair.front, ground), pair.ratio)
+                    << (a.*pair.front).name().toStdString() << " on "
+                    << ground.name().toStdString();
+            }
+        }
+    }
+}
+
+TEST(AppearanceTest, the_star_is_always_the_same_yellow_and_can_always_be_seen) {
+    for (const Look& look : looks()) {
+        SCOPED_TRACE(look.name);
+        const Appearance a = appearance(look.window, look.highlight);
+        EXPECT_EQ(a.star, QColor(255, 204, 0));
+        for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
+            for (const std::vector<Color>& layers :
+                 {std::vector<Color>{&Appearance::material},
+                  std::vector<Color>{&Appearance::material, &Appearance::selection}}) {
+                const QColor ground = composited(a, layers, behind);
+                // By its outline in the light, by itself in the dark.
+                EXPECT_GE(contrast(a.dark ? a.star : a.starOutline, ground), kSymbolContrast)
+                    << ground.name().toStdString();
+            }
+        }
+        EXPECT_EQ(a.starOutline.alpha(), a.dark ? 0 : 255);
+    }
+}
+
+TEST(AppearanceTest, an_accent_that_is_legible_is_kept_as_it_is) {
+    EXPECT_EQ(appearance(QColor(50, 50, 50), QColor(10, 132, 255)).accent, QColor(10, 132, 255));
+    EXPECT_EQ(appearance(Qt::white, QColor(0, 100, 210)).accent, QColor(0, 100, 210));
+}
+
+TEST(AppearanceTest, the_windows_ground_shines_through_as_much_as_the_palette_says) {
+    EXPECT_EQ(appearance(QColor(250, 250, 250, 200), Qt::blue).material.alpha(), 200);
+    EXPECT_EQ(appearance(QColor(20, 20, 20), Qt::blue).material.alpha(), 255);
+}
+
+struct ContrastCase {
+    const char* name;
+    QColor one;
+    QColor other;
+    double ratio;
+};
+
+TEST(ContrastTest, is_that_of_the_guidelines) {
+    const std::vector<ContrastCase> kCases = {
+        {"black on white", Qt::black, Qt::white, 21},
+        {"white on black", Qt::white, Qt::black, 21},
+        {"a colour on itself", QColor(90, 10, 200), QColor(90, 10, 200), 1},
+        {"the palest grey that can be read on white", QColor(118, 118, 118), Qt::white, 4.54},
+        {"one paler", QColor(119, 119, 119), Qt::white, 4.48},
+        {"red on white", QColor(255, 0, 0), Qt::white, 4.0},
+    };
+    for (const ContrastCase& row : kCases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_NEAR(contrast(row.one, row.other), row.ratio, 0.005);
+    }
+}
+
+TEST(ContrastTest, what_cannot_be_had_is_black_or_white) {
+    EXPECT_EQ(legible(QColor(200, 0, 0), {Qt::white}, 22), QColor(Qt::black));
+    EXPECT_EQ(legible(QColor(200, 0, 0), {Qt::black}, 22), QColor(Qt::white));
+}
+
+TEST(ContrastTest, a_colour_over_a_ground_is_what_is_seen) {
+    EXPECT_EQ(over(QColor(0, 0, 0, 51), Qt::white), QColor(204, 204, 204));
+    EXPECT_EQ(over(QColor(1, 2, 3), Qt::white), QColor(1, 2, 3));
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,387 @@
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QtTest/QTest>
+
+#include <gtest/gtest.h>
+
+#include "tests/catalogue/ModelHarness.h"
+#include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/MadeUpView.h"
+#include "ui/window/AlertSheet.h"
+#include "ui/sidebar/CategoryList.h"
+#include "ui/look/DisplayText.h"
+#include "ui/window/LauncherView.h"
+#include "ui/grid/TileGrid.h"
+
+namespace tavo {
+namespace {
+
+// The whole content over a made-up world, driven by key presses and read back from its widgets.
+class LauncherViewTest : public testing::Test {
+protected:
+    LauncherView& view() {
+        if (!view_) {
+            view_ = makeMadeUpView(world, icons);
+            view_->onClose = [this] { ++closed; };
+            view_->onEscape = [this] { ++escaped; };
+            view_->resize(980, 640);
+            view_->show();
+            EXPECT_TRUE(QTest::qWaitForWindowExposed(view_.get()));
+            QApplication::setActiveWindow(view_.get());
+        }
+        return *view_;
+    }
+
+    template<typename Widget>
+    Widget& part() {
+        Widget* const found = view().findChild<Widget*>();
+        EXPECT_NE(found, nullptr);
+        return *found;
+    }
+    template<typename List>
+    List& list() {
+        for (auto* const area : view().findChildren<QAbstractScrollArea*>()) {
+            if (auto* const found = dynamic_cast<List*>(area)) {
+                return *found;
+            }
+        }
+        throw std::logic_error("no such list");
+    }
+
+    // What a person reads once the window has had its turn.
+    QStringList shown() {
+        QCoreApplication::processEvents();
+        QStringList names;
+        for (int i = 0; i < list<TileGrid>().itemCount(); ++i) {
+            names << list<TileGrid>().itemName(i);
+        }
+        return names;
+    }
+    bool saysSomewhere(const QString& text) {
+        QCoreApplication::processEvents();
+        for (const QLabel* const label : view().findChildren<QLabel*>()) {
+            if (label->text() == text && label->isVisible()) {
+                return true;
+            }
+        }
+        return false;
+    }
+    QWidget& focused() { return *QApplication::focusWidget(); }
+    void openEditor() {
+        for (auto* const button : view().findChildren<QAbstractButton*>()) {
+            if (button->text() == QStringLiteral("Modifica categorie")) {
+                button->click();
+            }
+        }
+        QCoreApplication::processEvents();
+    }
+
+    ModelHarness world;
+    FakeIconSource icons;
+    int closed = 0;
+    int escaped = 0;
+
+private:
+    std::unique_ptr<LauncherView> view_;
+};
+
+TEST_F(LauncherViewTest, typing_filters_grid_and_count) {
+    world.install({"Note", "Posta", "Terminale"});
+    EXPECT_EQ(view().findChild<QLineEdit*>()->placeholderText(),
+              QStringLiteral("Cerca app o categoria…"));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("3 app")));
+    QTest::keyClicks(&focused(), QStringLiteral("te"));
+    EXPECT_EQ(shown(),
+              (QStringList{QStringLiteral("Apri Note"), QStringLiteral("Apri Terminale")}));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("2 app")));
+    QTest::keyClicks(&focused(), QStringLiteral("r"));
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("1 app")));
+}
+
+TEST_F(LauncherViewTest, return_opens_the_first_application_and_nothing_when_there_is_none) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("po"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    ASSERT_EQ(world.workspace.openings.size(), 1U);
+    EXPECT_EQ(world.workspace.openings[0].path, ModelHarness::pathOf("Posta"));
+    QTest::keyClicks(&focused(), QStringLiteral("zzz"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(world.workspace.openings.size(), 1U);
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("0 app")));
+}
+
+TEST_F(LauncherViewTest, down_enters_the_grid_and_typing_there_goes_on_searching) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    EXPECT_EQ(&focused(), &list<TileGrid>());
+    QTest::keyClick(&focused(), Qt::Key_Right);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(world.workspace.openings.at(0).path, ModelHarness::pathOf("Posta"));
+    QTest::keyClick(&focused(), Qt::Key_N);
+    QTest::keyClick(&focused(), Qt::Key_O);
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QStringLiteral("no"));
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+}
+
+TEST_F(LauncherViewTest, escape_clears_the_search_and_then_asks_to_go) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("po"));
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(shown().size(), 2);
+    EXPECT_EQ(escaped, 0);
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(escaped, 1);
+}
+
+TEST_F(LauncherViewTest, selecting_a_category_leaves_the_search_text) {
+    world.install({"Note", "Posta"});
+    world.storeFavorites({"Note"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("o"));
+    list<CategoryList>().pressItem(1);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QStringLiteral("o"));
+    EXPECT_TRUE(list<CategoryList>().itemIsSelected(1));
+}
+
+TEST_F(LauncherViewTest, a_failed_opening_is_an_alert_that_ok_clears) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    world.workspace.complete(0, std::nullopt, Error{"<b>Non</b> c’è"});
+    world.mainQueue.run();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("Impossibile aprire l’app")));
+    EXPECT_TRUE(saysSomewhere(breakable(QStringLiteral("<b>Non</b> c’è"))));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("Impossibile aprire l’app")));
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+    EXPECT_EQ(world.workspace.openings.size(), 1U);
+}
+
+TEST_F(LauncherViewTest, behind_the_alert_nothing_can_be_typed_or_clicked) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    world.workspace.complete(0, std::nullopt, Error{"x"});
+    world.mainQueue.run();
+    QCoreApplication::processEvents();
+    QTest::keyClicks(&focused(), QStringLiteral("abc"));
+    QTest::keyClick(&focused(), Qt::Key_Tab);
+    QTest::keyClicks(&focused(), QStringLiteral("abc"));
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QString());
+    EXPECT_EQ(view().childAt(600, 200)->window(), &view());
+    EXPECT_NE(view().childAt(600, 200), list<TileGrid>().viewport());
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(escaped, 0);
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("x")));
+}
+
+TEST_F(LauncherViewTest, a_newer_error_replaces_the_text_of_the_older) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    world.workspace.complete(0, std::nullopt, Error{"primo"});
+    world.mainQueue.run();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("primo")));
+    world.workspace.complete(1, std::nullopt, Error{"secondo"});
+    world.mainQueue.run();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("secondo")));
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("primo")));
+}
+
+TEST_F(LauncherViewTest, an_error_while_hidden_waits_until_the_window_is_shown) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    view().hide();
+    world.workspace.complete(0, std::nullopt, Error{"tardi"});
+    world.mainQueue.run();
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("tardi")));
+    view().show();
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("tardi")));
+}
+
+TEST_F(LauncherViewTest, edited_categories_and_keywords_show_once_saved) {
+    world.install({"Note", "Posta"});
+    view();
+    openEditor();
+    QTest::keyClicks(&focused(), QStringLiteral("Scrittura"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClicks(&focused(), QStringLiteral("note"));
+    EXPECT_EQ(list<CategoryList>().itemCount(), 7);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(shown().size(), 2);
+    ASSERT_EQ(list<CategoryList>().itemCount(), 8);
+    EXPECT_EQ(list<CategoryList>().itemName(7), QStringLiteral("Scrittura"));
+    list<CategoryList>().pressItem(7);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+}
+
+TEST_F(LauncherViewTest, a_dismissed_editor_leaves_keywords_and_categories_as_they_were) {
+    world.store({{"work", "Lavoro"}});
+    view();
+    openEditor();
+    QTest::keyClicks(&focused(), QStringLiteral("Scrittura"));
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list<CategoryList>().itemCount(), 5);
+    EXPECT_EQ(escaped, 0);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    openEditor();
+    EXPECT_EQ(view().findChildren<QLineEdit*>().size(), 1 + 2 + 1);
+}
+
+TEST_F(LauncherViewTest, keywords_typed_and_cancelled_change_no_rule) {
+    world.store({{"work", "Lavoro"}});
+    world.storeRules({{"work", "note"}});
+    world.install({"Note", "Posta"});
+    view();
+    const std::size_t writes = world.defaults.writes.size();
+    openEditor();
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClick(&focused(), Qt::Key_Backtab);
+    QTest::keyClicks(&focused(), QStringLiteral(", posta"));
+    for (auto* const button : view().findChildren<QAbstractButton*>()) {
+        if (button->text() == QStringLiteral("Annulla")) {
+            button->click();
+        }
+    }
+    list<CategoryList>().pressItem(4);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
+    EXPECT_EQ(world.defaults.writes.size(), writes);
+}
+
+TEST_F(LauncherViewTest, behind_the_editor_everything_is_disabled) {
+    world.install({"Note"});
+    view();
+    openEditor();
+    EXPECT_FALSE(list<TileGrid>().isEnabled());
+    EXPECT_FALSE(list<CategoryList>().isEnabled());
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_TRUE(list<TileGrid>().isEnabled());
+    EXPECT_TRUE(list<CategoryList>().isEnabled());
+}
+
+TEST_F(LauncherViewTest, an_error_while_categories_are_edited_waits_until_that_is_done) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    openEditor();
+    world.workspace.complete(0, std::nullopt, Error{"primo"});
+    world.mainQueue.run();
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("primo")));
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_TRUE(saysSomewhere(QStringLiteral("primo")));
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_FALSE(saysSomewhere(QStringLiteral("primo")));
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+    EXPECT_TRUE(list<TileGrid>().isEnabled());
+}
+
+TEST_F(LauncherViewTest, a_return_held_down_presses_a_button_once) {
+    world.install({"Note"});
+    view();
+    const int before = world.applications.calls();
+    for (auto* const button : view().findChildren<QAbstractButton*>()) {
+        if (button->toolTip() == QStringLiteral("Aggiorna app")) {
+            QTest::keyClick(button, Qt::Key_Return);
+            QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+            QCoreApplication::sendEvent(button, &repeated);
+        }
+    }
+    EXPECT_EQ(world.applications.calls(), before + 1);
+}
+
+TEST_F(LauncherViewTest, a_grid_that_runs_empty_hands_the_keyboard_to_the_search) {
+    world.install({"Note"});
+    world.storeHidden({"Note"});
+    view();
+    list<CategoryList>().pressItem(3);
+    ASSERT_EQ(shown().size(), 1);
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    ASSERT_EQ(&focused(), &list<TileGrid>());
+    list<CategoryList>().pressItem(0);
+    EXPECT_TRUE(shown().isEmpty());
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+}
+
+TEST_F(LauncherViewTest, a_return_held_down_opens_nothing_more) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"),
+                       true);
+    QCoreApplication::sendEvent(&focused(), &repeated);
+    EXPECT_EQ(world.workspace.openings.size(), 1U);
+}
+
+TEST_F(LauncherViewTest, text_put_in_by_a_screen_reader_is_searched_for) {
+    world.install({"Note", "Posta"});
+    QAccessible::queryAccessibleInterface(view().findChild<QLineEdit*>())
+        ->setText(QAccessible::Value, QStringLiteral("pos"));
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Posta")});
+}
+
+TEST_F(LauncherViewTest, however_many_changes_one_turn_redraws_once) {
+    world.install({"Note"});
+    view();
+    QCoreApplication::processEvents();
+    const std::size_t before = world.applications.calls();
+    for (int i = 0; i < 5; ++i) {
+        QTest::keyClick(&focused(), Qt::Key_Space);
+    }
+    EXPECT_EQ(shown().size(), 1);
+    EXPECT_EQ(world.applications.calls(), static_cast<int>(before));
+}
+
+TEST_F(LauncherViewTest, the_suggestions_end_with_a_divider_when_there_are_no_categories) {
+    world.store({});
+    for (auto* const button : view().findChildren<QAbstractButton*>()) {
+        if (button->toolTip() == QStringLiteral("Suggerimenti di ricerca")) {
+            button->click();
+        }
+    }
+    auto* const menu = view().findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 3);
+    EXPECT_EQ(menu->actions()[0]->text(), QStringLiteral("Recenti"));
+    EXPECT_EQ(menu->actions()[1]->text(), QStringLiteral("Preferite"));
+    EXPECT_TRUE(menu->actions()[2]->isSeparator());
+    EXPECT_GT(menu->actionGeometry(menu->actions()[2]).height(), 0);
+    menu->actions()[0]->trigger();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(list<CategoryList>().itemIsSelected(2));
+    EXPECT_EQ(view().findChild<QMenu*>(), nullptr);
+}
+
+TEST_F(LauncherViewTest, what_an_input_method_composes_over_the_grid_is_searched_for) {
+    world.install({"Àncora", "Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    ASSERT_EQ(&focused(), &list<TileGrid>());
+    QInputMethodEvent composed;
+    composed.setCommitString(QStringLiteral("à"));
+    QCoreApplication::sendEvent(&focused(), &composed);
+    EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Àncora")});
+    EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
+}
+
+TEST_F(LauncherViewTest, hostile_names_are_shown_as_they_are_spelt) {
+    world.install({"<img src=x>", std::string(250, 'W'), "a\x01"});
+    EXPECT_TRUE(shown().contains(QStringLiteral("Apri <img src=x>")));
+    EXPECT_TRUE(shown().contains(QStringLiteral("Apri a␁")));
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,251 @@
+#include <QApplication>
+#include <QLineEdit>
+#include <QPointer>
+#include <QScreen>
+#include <QWindow>
+#include <QtTest/QTest>
+#include <algorithm>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "platform/Compositing.h"
+#include "ui/look/Appearance.h"
+#include "ui/window/LauncherWindow.h"
+
+namespace tavo {
+namespace {
+
+class SwitchedCompositing final : public Compositing {
+public:
+    bool active() const override { return on; }
+    bool blurs() const override { return on && blurring; }
+    void blurBehind(std::uintptr_t window, const std::vector<PixelRect>& region) override {
+        blurred[window] = region;
+    }
+
+    void turn(bool active) {
+        on = active;
+        changed.emit();
+    }
+
+    bool on = true;
+    bool blurring = false;
+    std::map<std::uintptr_t, std::vector<PixelRect>> blurred;
+};
+
+class LauncherWindowTest : public testing::Test {
+protected:
+    LauncherWindowTest() {
+        window.setContent(content_);
+        window.onClose = [this] { ++closed; };
+        window.onQuit = [this] { ++quit; };
+    }
+
+    void present() {
+        window.present();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+
+    QWidget* content() { return content_; }
+
+    SwitchedCompositing compositing;
+    LauncherWindow window{compositing};
+    int closed = 0;
+    int quit = 0;
+
+private:
+    QWidget* content_ = new QWidget(&window);
+};
+
+TEST_F(LauncherWindowTest, has_no_frame_and_is_called_tavo_launcher) {
+    EXPECT_TRUE(window.windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Tavo Launcher"));
+}
+
+TEST_F(LauncherWindowTest, cannot_be_made_smaller_than_760_by_520) {
+    present();
+    window.resize(10, 10);
+    EXPECT_EQ(window.size(), QSize(760, 520));
+    EXPECT_EQ(window.minimumSize(), QSize(760, 520));
+}
+
+TEST_F(LauncherWindowTest, is_first_shown_in_the_middle_of_the_screen_within_it) {
+    present();
+    const QRect area = window.screen()->availableGeometry();
+    EXPECT_EQ(window.width(), qMax(760, qMin(980, area.width())));
+    EXPECT_EQ(window.height(), qMax(520, qMin(640, area.height())));
+    EXPECT_LE((window.geometry().center() - area.center()).manhattanLength(), 2);
+}
+
+TEST_F(LauncherWindowTest, stays_where_it_was_put_when_it_is_shown_again) {
+    present();
+    window.setGeometry(3, 4, 800, 600);
+    window.hide();
+    present();
+    EXPECT_EQ(window.geometry(), QRect(3, 4, 800, 600));
+}
+
+TEST_F(LauncherWindowTest, its_corners_are_cut_only_while_nothing_blends_them) {
+    present();
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(window.mask().isEmpty());
+        compositing.turn(false);
+        window.resize(900 + round, 600);
+        EXPECT_FALSE(window.mask().contains(QPoint(1, 1)));
+        EXPECT_TRUE(window.mask().contains(QPoint(450, 300)));
+        EXPECT_TRUE(window.mask().contains(QPoint(450, 599)));
+        compositing.turn(true);
+    }
+}
+
+TEST_F(LauncherWindowTest, its_ground_is_translucent_only_while_it_is_blended) {
+    present();
+    const auto opacity = [this] { return Appearance(content()->palette()).material.alphaF(); };
+    EXPECT_NEAR(opacity(), kPlainMaterial, 0.01);
+    compositing.blurring = true;
+    compositing.turn(true);
+    EXPECT_NEAR(opacity(), kBlurredMaterial, 0.01);
+    compositing.turn(false);
+    EXPECT_EQ(opacity(), 1);
+    window.hide();
+    compositing.turn(true);
+    present();
+    EXPECT_NEAR(opacity(), kBlurredMaterial, 0.01);
+}
+
+TEST_F(LauncherWindowTest, its_ground_stays_translucent_when_the_look_changes) {
+    present();
+    for (const bool dark : {true, false}) {
+        QApplication::setPalette(paletteOfLook(dark));
+        QCoreApplication::processEvents();
+        const Appearance appearance(content()->palette());
+        EXPECT_EQ(appearance.dark, dark);
+        EXPECT_NEAR(appearance.material.alphaF(), kPlainMaterial, 0.01);
+    }
+    QApplication::setPalette(QPalette());
+}
+
+TEST_F(LauncherWindowTest, a_compositor_that_comes_finds_it_where_it_was_with_the_keyboard) {
+    compositing.on = false;
+    auto* const line = new QLineEdit(content());
+    present();
+    line->setFocus();
+    window.setGeometry(30, 40, 800, 600);
+    QPointer<QWindow> first = window.windowHandle();
+    EXPECT_FALSE(first->requestedFormat().hasAlpha());
+    compositing.turn(true);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
+    EXPECT_EQ(window.geometry(), QRect(30, 40, 800, 600));
+    EXPECT_TRUE(line->hasFocus());
+    EXPECT_EQ(closed, 0);
+    EXPECT_FALSE(window.testAttribute(Qt::WA_ShowWithoutActivating));
+}
+
+TEST_F(LauncherWindowTest, says_that_the_window_system_has_another_window_of_it) {
+    std::vector<WId> told;
+    compositing.on = false;
+    window.onAnother = [&] {
+        EXPECT_FALSE(window.isVisible());
+        told.push_back(window.winId());
+    };
+    present();
+    EXPECT_TRUE(told.empty());
+    compositing.turn(true);
+    EXPECT_EQ(told, std::vector<WId>{window.winId()});
+    window.hide();
+    compositing.on = false;
+    present();
+    EXPECT_EQ(told.size(), 2U);
+    EXPECT_EQ(told.back(), window.winId());
+}
+
+TEST_F(LauncherWindowTest, one_that_cannot_be_seen_is_blended_when_it_is_brought_forward) {
+    compositing.on = false;
+    present();
+    window.showMinimized();
+    compositing.turn(true);
+    EXPECT_TRUE(window.isMinimized());
+    EXPECT_FALSE(window.windowHandle()->requestedFormat().hasAlpha());
+    EXPECT_FALSE(window.mask().isEmpty());
+    EXPECT_EQ(Appearance(content()->palette()).material.alphaF(), 1);
+    present();
+    EXPECT_FALSE(window.isMinimized());
+    EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
+    EXPECT_TRUE(window.mask().isEmpty());
+}
+
+TEST_F(LauncherWindowTest, a_compositor_that_goes_leaves_the_same_window) {
+    present();
+    QPointer<QWindow> first = window.windowHandle();
+    compositing.turn(false);
+    compositing.turn(true);
+    EXPECT_EQ(window.windowHandle(), first);
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(LauncherWindowTest, a_hidden_one_stays_hidden_whatever_compositors_do) {
+    present();
+    window.hide();
+    compositing.turn(false);
+    compositing.turn(true);
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(LauncherWindowTest, asks_for_blur_behind_its_round_shape_and_no_more) {
+    compositing.blurring = true;
+    present();
+    const auto covers = [this](int x, int y) {
+        const auto& region = compositing.blurred[window.internalWinId()];
+        return std::any_of(region.begin(), region.end(), [&](const PixelRect& rect) {
+            return x >= rect.x && x < rect.x + rect.width && y >= rect.y &&
+                   y < rect.y + rect.height;
+        });
+    };
+    const auto coversRound = [&](int width, int height) {
+        return !covers(1, 1) && !covers(width - 2, 1) && !covers(1, height - 2) &&
+               !covers(width - 2, height - 2) && covers(width / 2, height / 2) &&
+               covers(width / 2, 0) && covers(0, height / 2) && covers(width - 1, height / 2) &&
+               covers(width / 2, height - 1) && !covers(width, height / 2);
+    };
+    EXPECT_TRUE(coversRound(window.width(), window.height()));
+    window.resize(901, 603);
+    EXPECT_TRUE(coversRound(901, 603));
+}
+
+TEST_F(LauncherWindowTest, asks_for_no_blur_where_there_is_none) {
+    present();
+    EXPECT_TRUE(compositing.blurred.empty());
+    compositing.blurring = true;
+    compositing.turn(true);
+    EXPECT_FALSE(compositing.blurred[window.internalWinId()].empty());
+}
+
+TEST_F(LauncherWindowTest, is_blended_where_the_desktop_blends_when_it_is_shown) {
+    present();
+    EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
+    compositing.on = false;
+    window.hide();
+    present();
+    EXPECT_FALSE(window.windowHandle()->requestedFormat().hasAlpha());
+    EXPECT_FALSE(window.mask().contains(QPoint(1, 1)));
+    compositing.on = true;
+    window.hide();
+    present();
+    EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
+    EXPECT_TRUE(window.mask().isEmpty());
+}
+
+TEST_F(LauncherWindowTest, closing_is_asked_of_whoever_owns_it) {
+    present();
+    window.close();
+    EXPECT_TRUE(window.isVisible());
+    QTest::keyClick(&window, Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(closed, 2);
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(quit, 1);
+}
+
+}  // namespace
+}  // namespace tavo

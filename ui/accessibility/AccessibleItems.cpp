@@ -1,0 +1,536 @@
+#include "ui/accessibility/AccessibleItems.h"
+
+#include <QAccessibleWidget>
+#include <QWidget>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "ui/accessibility/AccessibleWindow.h"
+
+namespace tavo {
+namespace {
+
+constexpr char kRoleProperty[] = "tavoAccessibleRole";
+
+class Item;
+
+// The role that a widget was given, else `standard`.
+QAccessible::Role roleOf(const QWidget& widget, QAccessible::Role standard) {
+    const QVariant role = widget.property(kRoleProperty);
+    return role.isValid() ? static_cast<QAccessible::Role>(role.toInt()) : standard;
+}
+
+void announce(QAccessible::Event kind, QAccessibleInterface& interface) {
+    if (QAccessible::isActive()) {
+        QAccessibleEvent event(&interface, kind);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+// What items and their buttons have in common: no object of their own, and a rectangle in a list.
+class Part : public QAccessibleInterface, public QAccessibleActionInterface {
+public:
+    explicit Part(AccessibleList& list) : list_(list) {}
+
+    QObject* object() const override { return nullptr; }
+    QWindow* window() const override;
+    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+    void setText(QAccessible::Text, const QString&) override {}
+    QRect rect() const override;
+    QAccessible::State state() const override;
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
+    }
+    QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+protected:
+    // In the widget's coordinates.
+    [[nodiscard]] virtual QRect place() const = 0;
+    [[nodiscard]] AccessibleItems* items() const;
+    [[nodiscard]] AccessibleList& list() const { return list_; }
+    [[nodiscard]] bool acts() const;
+
+private:
+    AccessibleList& list_;
+};
+
+// The button that an item shows. Lives no longer than the item.
+class ItemButton final : public Part {
+public:
+    ItemButton(AccessibleList& list, Item& item) : Part(list), item_(item) {}
+    ~ItemButton() override;
+
+    bool isValid() const override;
+    QAccessibleInterface* parent() const override;
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    QString text(QAccessible::Text kind) const override {
+        const auto button = shown();
+        return kind == QAccessible::Name && button ? button->name : QString();
+    }
+    QAccessible::Role role() const override { return QAccessible::Button; }
+    QAccessible::State state() const override {
+        QAccessible::State state = Part::state();
+        state.invisible = state.invisible || !shown();
+        return state;
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    void doAction(const QString& name) override;
+
+    QString toldName;
+
+private:
+    [[nodiscard]] std::optional<AccessibleItems::Button> shown() const;
+    QRect place() const override {
+        const auto button = shown();
+        return button ? button->rect : QRect();
+    }
+
+    Item& item_;
+};
+
+// One item of a list. Follows its key from position to position.
+class Item final : public Part {
+public:
+    Item(AccessibleList& list, int index);
+    ~Item() override;
+
+    // Also for as long as it takes to tell that it ends: the toolkit is silent about others.
+    bool isValid() const override { return ends || inList(); }
+    QAccessibleInterface* parent() const override;
+    QAccessibleInterface* child(int index) const override;
+    int childCount() const override { return shownButton() ? 1 : 0; }
+    int indexOfChild(const QAccessibleInterface* child) const override {
+        return child != nullptr && child == button_ ? 0 : -1;
+    }
+    QString text(QAccessible::Text kind) const override;
+    QAccessible::Role role() const override { return QAccessible::ListItem; }
+    QAccessible::State state() const override;
+    QStringList actionNames() const override;
+    void doAction(const QString& name) override;
+
+    [[nodiscard]] std::optional<AccessibleItems::Button> shownButton() const {
+        return inList() ? items()->itemButton(index) : std::nullopt;
+    }
+    // Says what is different from what was said last.
+    void tellMarks();
+    void buttonEnds() { button_ = nullptr; }
+
+    int index;
+    const std::string key;
+    bool ends = false;  // no longer in the list
+
+private:
+    [[nodiscard]] bool inList() const;
+    QRect place() const override { return inList() ? items()->itemRect(index) : QRect(); }
+    ItemButton& knownButton() const;
+    void dropButton();
+
+    mutable ItemButton* button_ = nullptr;  // once somebody asked; the toolkit's cache owns it
+    bool toldButton_;
+    QString toldName_;
+    QString toldDescription_;
+};
+
+}  // namespace
+
+// The list itself. The interfaces of its items belong to the toolkit's cache, like its own; the
+// list ends them before it ends, and when their items are gone.
+class AccessibleList final : public QAccessibleWidget {
+public:
+    AccessibleList(QWidget& widget, AccessibleItems& items)
+        : QAccessibleWidget(&widget, roleOf(widget, QAccessible::List)), items_(&items) {
+        items.accessible_ = this;
+    }
+
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Value && items_ != nullptr ? items_->itemsValue()
+                                                               : QAccessibleWidget::text(kind);
+    }
+
+    ~AccessibleList() override {
+        if (items_ != nullptr) {
+            items_->accessible_ = nullptr;
+        }
+        forgetItems();
+    }
+
+    // The widget ends before its interface does.
+    void widgetEnds() {
+        forgetItems();
+        items_ = nullptr;
+    }
+
+    bool isValid() const override { return items_ != nullptr && QAccessibleWidget::isValid(); }
+    int childCount() const override { return items_ == nullptr ? 0 : items_->itemCount(); }
+
+    QAccessibleInterface* child(int index) const override {
+        return index < 0 || index >= childCount() ? nullptr
+                                                  : &const_cast<AccessibleList*>(this)->item(index);
+    }
+
+    int indexOfChild(const QAccessibleInterface* child) const override {
+        const auto* const item = dynamic_cast<const Item*>(child);
+        return item == nullptr ? -1 : item->index;
+    }
+
+    QAccessibleInterface* childAt(int x, int y) const override {
+        const QPoint point = widget()->mapFromGlobal(QPoint(x, y));
+        for (int index = 0; index < childCount(); ++index) {
+            if (items_->itemRect(index).contains(point)) {
+                return child(index);
+            }
+        }
+        return nullptr;
+    }
+
+    QAccessibleInterface* focusChild() const override {
+        for (int index = 0; index < childCount(); ++index) {
+            if (items_->itemHasFocus(index)) {
+                return child(index);
+            }
+        }
+        return nullptr;
+    }
+
+    Item& item(int index) {
+        const auto position = static_cast<std::size_t>(index);
+        if (known_.size() <= position) {
+            known_.resize(static_cast<std::size_t>(items_->itemCount()), nullptr);
+        }
+        if (known_[position] == nullptr) {
+            known_[position] = new Item(*this, index);
+            QAccessible::registerAccessibleInterface(known_[position]);
+        }
+        return *known_[position];
+    }
+
+    void itemEnds(const Item& item) {
+        const auto position = static_cast<std::size_t>(item.index);
+        if (position < known_.size() && known_[position] == &item) {
+            known_[position] = nullptr;
+        }
+    }
+
+    // The widget has other items, or another order. Known ones go where their keys are now, or end.
+    void itemsChanged() {
+        std::unordered_multimap<std::string, Item*> gone;
+        for (auto item = known_.rbegin(); item != known_.rend(); ++item) {
+            if (*item != nullptr) {
+                gone.emplace((*item)->key, *item);
+            }
+        }
+        const auto count = static_cast<std::size_t>(items_->itemCount());
+        known_.assign(count, nullptr);
+        std::vector<int> unknown;
+        for (std::size_t i = 0; i < count && !(gone.empty() && unknown.size() == kMostNews); ++i) {
+            const int index = static_cast<int>(i);
+            const auto found = gone.find(items_->itemKey(index));
+            if (found != gone.end()) {
+                found->second->index = index;
+                known_[i] = found->second;
+                gone.erase(found);
+            } else if (unknown.size() < kMostNews) {
+                unknown.push_back(index);
+            }
+        }
+        tellChildren(gone, unknown);
+    }
+
+    void tellMarks() {
+        for (int index = 0; index < static_cast<int>(known_.size()); ++index) {
+            tellMarks(index);
+        }
+    }
+    void tellMarks(int index) {
+        const auto position = static_cast<std::size_t>(index);
+        // What nobody asked about needs no news.
+        if (position < known_.size() && known_[position] != nullptr) {
+            known_[position]->tellMarks();
+        }
+    }
+
+    static void end(QAccessibleInterface& interface) {
+        QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(&interface));
+    }
+
+    [[nodiscard]] AccessibleItems* items() const { return items_; }
+    [[nodiscard]] QWidget& listWidget() const { return *widget(); }
+
+private:
+    // The first of them only: no screen reader reads out thousands, and telling takes its time.
+    // Told one by one, because what the toolkit makes of a list that was reordered is malformed.
+    static constexpr std::size_t kMostNews = 32;
+
+    void tellChildren(const std::unordered_multimap<std::string, Item*>& gone,
+                      const std::vector<int>& unknown) {
+        std::size_t told = 0;
+        for (const auto& [key, item] : gone) {
+            item->ends = true;
+            if (told++ < kMostNews) {
+                announce(QAccessible::ObjectDestroyed, *item);
+            }
+            end(*item);
+        }
+        if (QAccessible::isActive()) {
+            for (const int index : unknown) {
+                announce(QAccessible::ObjectCreated, item(index));
+            }
+        }
+    }
+
+    void forgetItems() {
+        std::vector<Item*> ending;
+        ending.swap(known_);
+        for (Item* const item : ending) {
+            if (item != nullptr) {
+                end(*item);
+            }
+        }
+    }
+
+    AccessibleItems* items_;    // until the widget ends
+    std::vector<Item*> known_;  // by position; those that somebody asked for
+};
+
+namespace {
+
+AccessibleItems* Part::items() const {
+    return list_.items();
+}
+
+QWindow* Part::window() const {
+    return list_.window();
+}
+
+bool Part::acts() const {
+    return isValid() && list_.items() != nullptr && list_.listWidget().isEnabled();
+}
+
+QRect Part::rect() const {
+    const QRect inWidget = place();
+    return inWidget.isNull()
+               ? inWidget
+               : QRect(list_.listWidget().mapToGlobal(inWidget.topLeft()), inWidget.size());
+}
+
+QAccessible::State Part::state() const {
+    QAccessible::State state;
+    if (!isValid()) {
+        state.invalid = true;
+        return state;
+    }
+    const QWidget& widget = list_.listWidget();
+    state.invisible = !widget.isVisible();
+    state.offscreen = !widget.rect().intersects(place());
+    state.disabled = !widget.isEnabled();
+    return state;
+}
+
+// Whichever of the two ends first, the other no longer knows it: the toolkit's cache ends
+// interfaces in any order when the program ends.
+ItemButton::~ItemButton() {
+    item_.buttonEnds();
+}
+
+bool ItemButton::isValid() const {
+    return item_.isValid();
+}
+
+std::optional<AccessibleItems::Button> ItemButton::shown() const {
+    return item_.shownButton();
+}
+
+QAccessibleInterface* ItemButton::parent() const {
+    return &item_;
+}
+
+void ItemButton::doAction(const QString& name) {
+    if (name == pressAction() && acts()) {
+        items()->pressItemButton(item_.index);
+    }
+}
+
+Item::Item(AccessibleList& list, int position)
+    : Part(list),
+      index(position),
+      key(items()->itemKey(position)),
+      toldButton_(items()->itemButton(position).has_value()),
+      toldName_(items()->itemName(position)),
+      toldDescription_(items()->itemDescription(position)) {}
+
+Item::~Item() {
+    dropButton();
+    list().itemEnds(*this);
+}
+
+bool Item::inList() const {
+    return !ends && items() != nullptr && index < items()->itemCount();
+}
+
+QAccessibleInterface* Item::parent() const {
+    return &list();
+}
+
+QAccessibleInterface* Item::child(int position) const {
+    return position == 0 && shownButton() ? &knownButton() : nullptr;
+}
+
+ItemButton& Item::knownButton() const {
+    if (button_ == nullptr) {
+        button_ = new ItemButton(list(), const_cast<Item&>(*this));
+        button_->toldName = button_->text(QAccessible::Name);
+        QAccessible::registerAccessibleInterface(button_);
+    }
+    return *button_;
+}
+
+void Item::dropButton() {
+    if (button_ != nullptr) {
+        AccessibleList::end(*std::exchange(button_, nullptr));
+    }
+}
+
+QString Item::text(QAccessible::Text kind) const {
+    if (!inList()) {
+        return {};
+    }
+    switch (kind) {
+        case QAccessible::Name:
+            return items()->itemName(index);
+        case QAccessible::Description:
+            return items()->itemDescription(index);
+        default:
+            return {};
+    }
+}
+
+QAccessible::State Item::state() const {
+    QAccessible::State state = Part::state();
+    if (inList()) {
+        state.selectable = true;
+        state.selected = items()->itemIsSelected(index);
+        state.focusable = true;
+        state.focused = items()->itemHasFocus(index);
+    }
+    return state;
+}
+
+QStringList Item::actionNames() const {
+    QStringList names{pressAction(), setFocusAction()};
+    if (inList() && items()->itemsHaveMenus()) {
+        names << showMenuAction();
+    }
+    return names;
+}
+
+void Item::doAction(const QString& name) {
+    if (!acts()) {
+        return;
+    }
+    if (name == pressAction()) {
+        items()->pressItem(index);
+    } else if (name == setFocusAction()) {
+        items()->focusItem(index);
+    } else if (name == showMenuAction() && items()->itemsHaveMenus()) {
+        items()->showItemMenu(index);
+    }
+}
+
+void Item::tellMarks() {
+    const auto tell = [this](QString& told, const QString& now, QAccessible::Event kind) {
+        if (told != now) {
+            told = now;
+            announce(kind, *this);
+        }
+    };
+    tell(toldName_, items()->itemName(index), QAccessible::NameChanged);
+    tell(toldDescription_, items()->itemDescription(index), QAccessible::DescriptionChanged);
+
+    const auto shown = shownButton();
+    if (!shown) {
+        if (button_ != nullptr) {
+            announce(QAccessible::ObjectDestroyed, *button_);
+            dropButton();
+        }
+    } else if (!toldButton_) {
+        announce(QAccessible::ObjectCreated, knownButton());
+    } else if (button_ != nullptr && button_->toldName != shown->name) {
+        button_->toldName = shown->name;
+        announce(QAccessible::NameChanged, *button_);
+    }
+    toldButton_ = shown.has_value();
+}
+
+QAccessibleInterface* makeInterface(const QString&, QObject* object) {
+    auto* const widget = qobject_cast<QWidget*>(object);
+    if (widget == nullptr) {
+        return nullptr;
+    }
+    if (auto* const items = dynamic_cast<AccessibleItems*>(object)) {
+        return new AccessibleList(*widget, *items);
+    }
+    const QAccessible::Role role = roleOf(*widget, QAccessible::NoRole);
+    if (role == QAccessible::Window) {
+        return makeAccessibleWindow(*widget, role);
+    }
+    return role == QAccessible::NoRole ? nullptr : new QAccessibleWidget(widget, role);
+}
+
+void announceChild(QAccessible::Event kind, QWidget& widget, int index) {
+    if (QAccessible::isActive()) {
+        QAccessibleEvent event(&widget, kind);
+        event.setChild(index);
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
+}  // namespace
+
+AccessibleItems::~AccessibleItems() {
+    if (accessible_ != nullptr) {
+        accessible_->widgetEnds();
+    }
+}
+
+void installAccessibleItems() {
+    QAccessible::installFactory(makeInterface);
+}
+
+void setAccessibleRole(QWidget& widget, QAccessible::Role role) {
+    widget.setProperty(kRoleProperty, static_cast<int>(role));
+}
+
+void announceItems(QWidget& widget) {
+    AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_;
+    // Who never asked for an item need not hear that there are others.
+    if (list != nullptr) {
+        list->itemsChanged();
+        list->tellMarks();
+    }
+}
+
+void announceMarks(QWidget& widget) {
+    if (AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_) {
+        list->tellMarks();
+    }
+}
+
+void announceMarks(QWidget& widget, int index) {
+    if (AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_) {
+        list->tellMarks(index);
+    }
+}
+
+void announceFocus(QWidget& widget, int index) {
+    announceChild(QAccessible::Focus, widget, index);
+}
+
+void announceSelection(QWidget& widget, int index) {
+    announceChild(QAccessible::Selection, widget, index);
+}
+
+}  // namespace tavo

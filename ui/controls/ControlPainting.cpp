@@ -1,0 +1,274 @@
+#include "ui/controls/ControlPainting.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QStyle>
+#include <QStyleOption>
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "ui/look/Appearance.h"
+#include "ui/look/Symbols.h"
+
+namespace tavo::controls {
+namespace {
+
+constexpr qreal kFocusLine = 2;
+
+// A shape of a control that cannot be used now.
+constexpr qreal kDisabledOpacity = 0.5;
+
+QRectF onDevicePixels(const QPainter& painter, const QRectF& rect) {
+    const QTransform toDevice = painter.deviceTransform();
+    const QRectF device = toDevice.mapRect(rect);
+    const QRectF whole(QPointF(std::round(device.left()), std::round(device.top())),
+                       QPointF(std::round(device.right()), std::round(device.bottom())));
+    return toDevice.inverted().mapRect(whole);
+}
+
+// The width of a thin line: whole device pixels, one logical pixel at most.
+qreal hairline(const QPainter& painter) {
+    const qreal scale = painter.deviceTransform().m11();
+    return std::max(1.0, std::floor(scale)) / scale;
+}
+
+QRectF inset(const QRectF& rect, qreal by) {
+    return rect.adjusted(by, by, -by, -by);
+}
+
+// A line of `width` along the inner side of the edge of `rect`.
+void strokeInside(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color,
+                  qreal width) {
+    painter.setPen(QPen(color, width));
+    painter.setBrush(Qt::NoBrush);
+    const qreal corner = std::max(0.0, radius - width / 2);
+    painter.drawRoundedRect(inset(onDevicePixels(painter, rect), width / 2), corner, corner);
+}
+
+void fillBox(QPainter& painter, const QRectF& rect, qreal radius, const QColor& ground) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ground);
+    painter.drawRoundedRect(onDevicePixels(painter, rect), radius, radius);
+}
+
+bool has(const QStyleOption& option, QStyle::StateFlag flag) {
+    return option.state.testFlag(flag);
+}
+
+// The keyboard is here, and whoever uses it got here by it.
+bool showsFocus(const QStyleOption& option) {
+    return has(option, QStyle::State_HasFocus) && has(option, QStyle::State_KeyboardFocusChange);
+}
+
+// What lies over a control under the pointer or while it is pressed.
+void paintTouch(QPainter& painter, const QStyleOption& option, const Appearance& look) {
+    if (!has(option, QStyle::State_Enabled)) {
+        return;
+    }
+    if (has(option, QStyle::State_Sunken)) {
+        fillBox(painter, option.rect, kRadius, look.pressed);
+    } else if (has(option, QStyle::State_MouseOver)) {
+        fillBox(painter, option.rect, kRadius, look.hover);
+    }
+}
+
+void paintEntryGround(QPainter& painter, const QRect& rect, const Appearance& look) {
+    fillBox(painter, rect, kEntryRadius, look.accentGround);
+}
+
+void drawLine(QPainter& painter, const QString& text, const QRect& box, Qt::Alignment alignment,
+              const QFontMetrics& metrics, int flags = 0) {
+    // Measuring knows one flag for doubled ampersands, drawing another.
+    const int measured = (flags & Qt::TextHideMnemonic) != 0 ? Qt::TextShowMnemonic : 0;
+    painter.drawText(box,
+                     static_cast<int>(alignment | Qt::AlignVCenter) | Qt::TextSingleLine | flags,
+                     metrics.elidedText(text, Qt::ElideRight, box.width(), measured));
+}
+
+// Two lines that meet, as in the arrows of menus.
+void paintChevron(QPainter& painter, const std::array<QPointF, 3>& points, const QColor& color) {
+    painter.setPen(QPen(color, 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPolyline(points.data(), static_cast<int>(points.size()));
+}
+
+QColor entryColor(const QStyleOptionMenuItem& option, bool current, const Appearance& look) {
+    if (!has(option, QStyle::State_Enabled)) {
+        return look.disabledText;
+    }
+    return current ? look.textOnAccent : look.text;
+}
+
+}  // namespace
+
+void paintBox(QPainter& painter, const QRectF& rect, qreal radius, const QColor& ground,
+              const QColor& border) {
+    const qreal line = hairline(painter);
+    painter.setPen(QPen(border, line));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(inset(onDevicePixels(painter, rect), line / 2), radius - line / 2,
+                            radius - line / 2);
+}
+
+void paintButton(QPainter& painter, const QStyleOptionButton& option, const Appearance& look) {
+    const bool accented = option.features.testFlag(QStyleOptionButton::DefaultButton) &&
+                          has(option, QStyle::State_Enabled);
+    painter.save();
+    if (!has(option, QStyle::State_Enabled)) {
+        painter.setOpacity(kDisabledOpacity);
+    }
+    if (accented) {
+        fillBox(painter, option.rect, kRadius, look.accentGround);
+    } else {
+        paintBox(painter, option.rect, kRadius, look.button, look.buttonBorder);
+    }
+    paintTouch(painter, option, look);
+    if (showsFocus(option) && accented) {
+        // The accent on itself would not be seen.
+        strokeInside(painter, inset(option.rect, 2), kRadius - 2, look.textOnAccent, kFocusLine);
+    } else if (showsFocus(option)) {
+        strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
+    }
+    painter.restore();
+}
+
+void paintButtonText(QPainter& painter, const QStyleOptionButton& option, const Appearance& look) {
+    const bool accented = option.features.testFlag(QStyleOptionButton::DefaultButton);
+    painter.setPen(!has(option, QStyle::State_Enabled) ? look.disabledText
+                   : accented                          ? look.textOnAccent
+                                                       : look.text);
+    drawLine(painter, option.text, option.rect.adjusted(kTextMargin, 0, -kTextMargin, 0),
+             Qt::AlignHCenter, option.fontMetrics, Qt::TextHideMnemonic);
+}
+
+void paintField(QPainter& painter, const QStyleOptionFrame& option, const Appearance& look) {
+    painter.save();
+    if (!has(option, QStyle::State_Enabled)) {
+        painter.setOpacity(kDisabledOpacity);
+    }
+    paintBox(painter, option.rect, kRadius, look.field, look.fieldBorder);
+    if (has(option, QStyle::State_HasFocus)) {
+        strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
+    }
+    painter.restore();
+}
+
+void paintPicker(QPainter& painter, const QStyleOptionComboBox& option, const Appearance& look) {
+    const bool enabled = has(option, QStyle::State_Enabled);
+    painter.save();
+    painter.setOpacity(enabled ? 1 : kDisabledOpacity);
+    paintBox(painter, option.rect, kRadius, look.field, look.fieldBorder);
+    paintTouch(painter, option, look);
+    if (showsFocus(option)) {
+        strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
+    }
+    painter.setOpacity(1);
+    const QPointF middle(option.rect.right() - 10.5, QRectF(option.rect).center().y());
+    const std::array<QPointF, 3> triangle = {middle + QPointF(-3, -2), middle + QPointF(3, -2),
+                                             middle + QPointF(0, 3)};
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(enabled ? look.text : look.disabledText);
+    painter.drawPolygon(triangle.data(), static_cast<int>(triangle.size()));
+    painter.restore();
+}
+
+void paintPicked(QPainter& painter, const QStyleOptionComboBox& option, const QRect& box,
+                 const Appearance& look) {
+    painter.setPen(has(option, QStyle::State_Enabled) ? look.text : look.disabledText);
+    drawLine(painter, option.currentText, box, Qt::AlignLeft, option.fontMetrics);
+}
+
+void paintChoice(QPainter& painter, const QStyleOptionViewItem& option, const Appearance& look) {
+    const bool current = has(option, QStyle::State_Selected);
+    if (current) {
+        paintEntryGround(painter, option.rect, look);
+    }
+    painter.setFont(option.font);
+    painter.setPen(!has(option, QStyle::State_Enabled) ? look.disabledText
+                   : current                           ? look.textOnAccent
+                                                       : look.text);
+    drawLine(painter, option.text, option.rect.adjusted(kEntryInset, 0, -kEntryInset, 0),
+             Qt::AlignLeft, option.fontMetrics);
+}
+
+int entryTextStart(const QStyleOptionMenuItem& option) {
+    const bool symbols = option.maxIconWidth > 0 || option.menuHasCheckableItems;
+    return kEntryInset + (symbols ? kEntrySymbol + kEntryGap : 0);
+}
+
+void paintMenuEntry(QPainter& painter, const QStyleOptionMenuItem& option, const Appearance& look) {
+    const QRect rect = option.rect;
+    if (option.menuItemType == QStyleOptionMenuItem::Separator) {
+        const qreal line = hairline(painter);
+        const qreal middle = QRectF(rect).center().y();
+        painter.fillRect(
+            onDevicePixels(painter, QRectF(rect.left() + kEntryInset, middle - line / 2,
+                                           rect.width() - 2 * kEntryInset, line)),
+            look.separator);
+        return;
+    }
+    const bool current = has(option, QStyle::State_Selected) && has(option, QStyle::State_Enabled);
+    if (current) {
+        paintEntryGround(painter, rect, look);
+    }
+    const QColor color = entryColor(option, current, look);
+    const QRect symbol(rect.left() + kEntryInset, rect.center().y() - kEntrySymbol / 2 + 1,
+                       kEntrySymbol, kEntrySymbol);
+    if (!option.icon.isNull()) {
+        option.icon.paint(&painter, symbol, Qt::AlignCenter,
+                          !has(option, QStyle::State_Enabled) ? QIcon::Disabled
+                          : current                           ? QIcon::Selected
+                                                              : QIcon::Normal);
+    } else if (option.checked) {
+        drawSymbol(painter, symbol, u"checkmark", color);
+    }
+
+    const bool submenu = option.menuItemType == QStyleOptionMenuItem::SubMenu;
+    QRect box = rect.adjusted(entryTextStart(option), 0, -kEntryInset, 0);
+    if (submenu) {
+        const QPointF tip(rect.right() - kEntryInset + 0.5, QRectF(rect).center().y());
+        paintChevron(painter, {tip + QPointF(-3.5, -3.5), tip, tip + QPointF(-3.5, 3.5)}, color);
+        box.setRight(box.right() - kEntryArrow + kEntryInset);
+    }
+    painter.setFont(option.font);
+    const qsizetype tab = option.text.indexOf(u'\t');
+    if (tab >= 0) {
+        painter.setPen(current                              ? look.textOnAccent
+                       : has(option, QStyle::State_Enabled) ? look.secondaryText
+                                                            : look.disabledText);
+        drawLine(painter, option.text.mid(tab + 1), box, Qt::AlignRight, option.fontMetrics);
+    }
+    painter.setPen(color);
+    drawLine(painter, option.text.left(tab), box, Qt::AlignLeft, option.fontMetrics,
+             Qt::TextHideMnemonic);
+}
+
+void paintMenuScroller(QPainter& painter, const QRect& rect, bool down, const Appearance& look) {
+    const QPointF middle = QRectF(rect).center();
+    const qreal rise = down ? 2 : -2;
+    paintChevron(
+        painter,
+        {middle + QPointF(-4, -rise), middle + QPointF(0, rise), middle + QPointF(4, -rise)},
+        look.secondaryText);
+}
+
+void paintPopup(QPainter& painter, const QRectF& rect, qreal radius, bool cut,
+                const Appearance& look) {
+    if (cut) {
+        painter.fillRect(rect, look.menu);
+    }
+    paintBox(painter, rect, radius, look.menu, look.menuBorder);
+}
+
+void paintThumb(QPainter& painter, const QRectF& slider, Qt::Orientation orientation, bool pressed,
+                const Appearance& look) {
+    QColor color = look.text;
+    color.setAlphaF(pressed ? 0.55F : 0.35F);
+    constexpr qreal kBeside = (kScrollBar - kScrollThumb) / 2.0;
+    const QRectF thumb = orientation == Qt::Vertical ? slider.adjusted(kBeside, 2, -kBeside, -2)
+                                                     : slider.adjusted(2, kBeside, -2, -kBeside);
+    fillBox(painter, thumb, kScrollThumb / 2.0, color);
+}
+
+}  // namespace tavo::controls

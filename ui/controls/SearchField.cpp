@@ -1,0 +1,125 @@
+#include "ui/controls/SearchField.h"
+
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPainter>
+
+#include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Symbols.h"
+#include "ui/look/Texts.h"
+
+namespace tavo {
+namespace {
+
+using namespace metrics;
+
+constexpr int kLongestQuery = 1'000'000;
+
+}  // namespace
+
+SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit(this)) {
+    line_->setFrame(false);
+    line_->setFont(interfaceFont(kBody));
+    line_->setPlaceholderText(texts::kSearchPrompt.toString());
+    line_->setAccessibleName(texts::kSearchPrompt.toString());
+    line_->setMaxLength(kLongestQuery);
+    line_->setTextMargins(0, 0, 0, 0);
+    line_->setAttribute(Qt::WA_MacShowFocusRect, false);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+
+    auto* const layout = new QHBoxLayout(this);
+    // The line brings two pixels of its own on either side.
+    layout->setContentsMargins(kFieldPadding + kSymbol + kSymbolSpacing - 2, 0, kFieldPadding - 2,
+                               0);
+    layout->addWidget(line_);
+
+    // Not textEdited: what an assistive technology puts in is typed as well.
+    connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        if (!showing_) {
+            onEdited(text);
+        }
+    });
+    connect(line_, &QLineEdit::returnPressed, this, [this] { onSubmit(); });
+    line_->installEventFilter(this);
+    applyAppearance();
+}
+
+void SearchField::applyAppearance() {
+    const Appearance appearance(palette());
+    QPalette linePalette = palette();
+    linePalette.setColor(QPalette::Base, Qt::transparent);
+    linePalette.setColor(QPalette::Text, appearance.text);
+    linePalette.setColor(QPalette::PlaceholderText, appearance.promptText);
+    linePalette.setColor(QPalette::Highlight, appearance.accentGround);
+    linePalette.setColor(QPalette::HighlightedText, appearance.textOnAccent);
+    line_->setPalette(linePalette);
+}
+
+QSize SearchField::sizeHint() const {
+    return {200, kSymbol + 2 * kFieldPadding};
+}
+
+void SearchField::setText(const QString& text) {
+    if (line_->text() != text) {
+        showing_ = true;
+        line_->setText(text);
+        showing_ = false;
+    }
+}
+
+QString SearchField::text() const {
+    return line_->text();
+}
+
+void SearchField::take(bool selectAll) {
+    line_->setFocus(Qt::ShortcutFocusReason);
+    if (selectAll) {
+        line_->selectAll();
+    }
+}
+
+void SearchField::type(QKeyEvent& event) {
+    line_->setFocus(Qt::OtherFocusReason);
+    line_->end(false);
+    QCoreApplication::sendEvent(line_, &event);
+}
+
+QWidget* SearchField::line() const {
+    return line_;
+}
+
+// A Return that is held down, or was when a sheet went away, opens nothing more.
+bool SearchField::eventFilter(QObject*, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) {
+        return false;
+    }
+    const auto* const key = static_cast<const QKeyEvent*>(event);
+    return key->isAutoRepeat() && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter);
+}
+
+void SearchField::paintEvent(QPaintEvent*) {
+    const Appearance appearance(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(appearance.recess);
+    painter.drawRoundedRect(rect(), kFieldRadius, kFieldRadius);
+    drawSymbol(painter, QRectF(kFieldPadding, (height() - kSymbol) / 2.0, kSymbol, kSymbol),
+               u"magnifyingglass", appearance.secondaryText);
+}
+
+void SearchField::mousePressEvent(QMouseEvent*) {
+    take(false);
+}
+
+void SearchField::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        applyAppearance();
+    }
+}
+
+}  // namespace tavo

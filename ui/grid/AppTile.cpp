@@ -1,0 +1,129 @@
+#include "ui/grid/AppTile.h"
+
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <algorithm>
+
+#include "ui/look/Appearance.h"
+#include "ui/look/DevicePixels.h"
+#include "ui/look/DisplayText.h"
+#include "ui/grid/IconLoader.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/OneLine.h"
+#include "ui/controls/PopupMenu.h"
+#include "ui/look/Symbols.h"
+#include "ui/look/Texts.h"
+
+namespace tavo {
+namespace {
+
+using namespace metrics;
+
+// The font of the names, for as long as the desktop keeps its interface font.
+struct NameFont {
+    NameFont() : base(QGuiApplication::font()), font(interfaceFont(kTileName)), metrics(font) {}
+
+    QFont base;
+    QFont font;
+    QFontMetrics metrics;
+};
+
+const NameFont& nameFont() {
+    static NameFont current;
+    if (current.base != QGuiApplication::font()) {
+        current = NameFont();
+    }
+    return current;
+}
+
+int nameHeight() {
+    return nameFont().metrics.height();
+}
+
+}  // namespace
+
+QString AppTile::accessibleName() const {
+    return texts::kOpenPrefix.toString() + displayText(app.name, 10'000);
+}
+
+QString AppTile::starName(bool favorite) {
+    return (favorite ? texts::kRemoveFavorite : texts::kAddFavorite).toString();
+}
+
+int AppTile::height() {
+    return kIconSide + kTileSpacing + nameHeight() + kTileSpacing + kStarHeight;
+}
+
+QRect AppTile::iconRect(const QRect& tile) {
+    return {tile.center().x() - kIconSide / 2, tile.top(), kIconSide, kIconSide};
+}
+
+QRect AppTile::mainRect(const QRect& tile) {
+    // Reaches into the spaces beside a narrow tile, as its name may.
+    return {tile.center().x() - kLargestName / 2, tile.top(), kLargestName,
+            kIconSide + kTileSpacing + nameHeight()};
+}
+
+QRect AppTile::starRect(const QRect& tile) {
+    // Wider than the star: a target of twelve pixels is hard to hit.
+    constexpr int kTarget = 24;
+    return {tile.center().x() - kTarget / 2, tile.bottom() + 1 - kStarHeight - kTileSpacing / 2,
+            kTarget, kStarHeight + kTileSpacing};
+}
+
+void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) const {
+    const Appearance& appearance = look.appearance;
+    if (look.current) {
+        painter.setPen(QPen(appearance.focusRing, 2));
+        painter.setBrush(appearance.selection);
+        painter.drawRoundedRect(mainRect(tile).adjusted(-5, -6, 5, 5), kTileRadius, kTileRadius);
+    }
+    const QRect icon = iconRect(tile);
+    if (look.icon != nullptr) {
+        const double scale = look.icon->devicePixelRatio();
+        const int margin = IconLoader::marginPixels(scale);
+        painter.drawImage(onDevicePixels(painter, icon.topLeft()) - QPointF(margin, margin) / scale,
+                          *look.icon);
+    }
+
+    const QRect name(tile.center().x() - kLargestName / 2, icon.bottom() + 1 + kTileSpacing,
+                     kLargestName, nameHeight());
+    if (shownName.isNull()) {
+        shownName = fitted(displayText(app.name), nameFont().metrics, kLargestName);
+    }
+    painter.setFont(nameFont().font);
+    painter.setPen(appearance.text);
+    drawOneLine(painter, name, kTileSpacing / 2, Qt::AlignCenter, shownName);
+
+    if (showsStar()) {
+        const QRect star(tile.center().x() - kStarHeight / 2, tile.bottom() + 1 - kStarHeight,
+                         kStarHeight, kStarHeight);
+        paintStar(painter, star, appearance);
+    }
+}
+
+void AppTile::paintStar(QPainter& painter, const QRect& box, const Appearance& appearance) const {
+    if (!favorite) {
+        drawSymbol(painter, box, u"star", appearance.secondaryText);
+        return;
+    }
+    drawSymbol(painter, box, u"star.fill", appearance.star);
+    if (appearance.starOutline.alpha() > 0) {
+        drawSymbol(painter, box, u"star", appearance.starOutline);
+    }
+}
+
+void AppTile::fillMenu(PopupMenu& menu) const {
+    menu.addEntry((hidden ? texts::kShow : texts::kHide).toString(), hidden ? u"eye" : u"eye.slash",
+                  toggleHidden);
+    menu.addEntry(starToolTip(), u"star", toggleFavorite);
+    PopupMenu* const submenu = menu.addSubmenu(texts::kCategories.toString());
+    for (const LauncherCategory& category : categories) {
+        submenu->addTick(menuText(category.name), assignedCategoryIDs.contains(category.id),
+                         [toggle = toggleCategory, category] { toggle(category); });
+    }
+}
+
+}  // namespace tavo

@@ -1,0 +1,107 @@
+#include "ui/look/Appearance.h"
+
+#include <QGuiApplication>
+
+#include "ui/look/Contrast.h"
+
+namespace tavo {
+namespace {
+
+QColor withAlpha(QColor color, double alpha) {
+    color.setAlphaF(static_cast<float>(alpha));
+    return color;
+}
+
+// The least favourable of what can be seen through a translucent material: light grounds are at
+// their darkest over black, dark ones at their lightest over white.
+QColor worst(const QColor& material, bool dark) {
+    return over(material, dark ? Qt::white : Qt::black);
+}
+
+// White, as people know it from other desktops, unless the accent is too pale for it.
+QColor textOn(const QColor& accent, const QColor& darkText) {
+    return contrast(accent, Qt::white) >= kSymbolContrast ? QColor(Qt::white) : darkText;
+}
+
+}  // namespace
+
+Appearance::Appearance(const QPalette& palette)
+    : dark(palette.color(QPalette::Active, QPalette::Window).lightness() < 128),
+      material(dark ? QColor(40, 40, 44) : QColor(243, 243, 246)),
+      recess(withAlpha(Qt::black, 0.1)),
+      footer(withAlpha(Qt::white, dark ? 0.05 : 0.5)),
+      border(withAlpha(Qt::white, 0.15)),
+      dim(withAlpha(Qt::black, 0.32)),
+      sheet(dark ? QColor(44, 44, 48) : QColor(246, 246, 248)),
+      sheetBorder(dark ? QColor(73, 73, 77) : QColor(211, 211, 213)),
+      menu(dark ? sheet : QColor(250, 250, 251)),
+      menuBorder(dark ? QColor(92, 92, 97) : QColor(206, 206, 209)),
+      list(dark ? QColor(36, 36, 39) : QColor(255, 255, 255)),
+      separator(dark ? QColor(66, 66, 69) : QColor(219, 219, 221)),
+      field(dark ? QColor(53, 53, 55) : QColor(255, 255, 255)),
+      fieldBorder(dark ? QColor(81, 81, 83) : QColor(216, 216, 220)),
+      button(dark ? QColor(60, 60, 64) : QColor(255, 255, 255)),
+      buttonBorder(dark ? QColor(87, 87, 91) : QColor(216, 216, 220)),
+      pressed(withAlpha(Qt::black, 0.1)),
+      hover(withAlpha(dark ? Qt::white : Qt::black, 0.06)),
+      text(dark ? QColor(242, 242, 245) : QColor(28, 28, 31)),
+      secondaryText(dark ? QColor(168, 168, 176) : QColor(94, 94, 101)),
+      promptText(dark ? QColor(134, 134, 141) : QColor(122, 122, 128)),
+      disabledText(dark ? QColor(125, 125, 130) : QColor(156, 156, 160)),
+      destructive(dark ? QColor(255, 69, 58) : QColor(255, 59, 48)),
+      star(255, 204, 0),
+      starOutline(dark ? QColor(Qt::transparent) : QColor(140, 106, 0)) {
+    material.setAlpha(palette.color(QPalette::Active, QPalette::Window).alpha());
+    const QColor ground = worst(material, dark);
+    const QColor recessed = over(recess, ground);
+
+    accent = legible(palette.color(QPalette::Active, QPalette::Highlight),
+                     {ground, over(hover, ground), recessed, sheet, list, field, button},
+                     kSymbolContrast);
+    selection = withAlpha(accent, 0.24);
+    const QColor selectedTile = over(selection, ground);
+    accentOnSelection = legible(
+        accent, {recessed, over(selection, recessed), selectedTile, sheet, list}, kSymbolContrast);
+    focusRing = accentOnSelection;
+    textOnAccent = textOn(accent, QColor(28, 28, 31));
+    accentGround = legible(accent, {textOnAccent}, kTextContrast);
+
+    secondaryText = legible(secondaryText, {ground, over(footer, ground), sheet}, kTextContrast);
+    secondaryText = legible(secondaryText, {selectedTile}, kSymbolContrast);
+    if (!dark) {
+        starOutline = legible(starOutline, {ground, selectedTile}, kSymbolContrast);
+    }
+}
+
+QPalette paletteOfLook(bool dark) {
+    QPalette palette;
+    palette.setColor(QPalette::Window, dark ? Qt::black : Qt::white);
+    const Appearance look(palette);
+    // The toolkit derives its bevels from these two.
+    const QPalette derived(look.button, look.material);
+    for (const QPalette::ColorRole role :
+         {QPalette::Light, QPalette::Midlight, QPalette::Dark, QPalette::Mid, QPalette::Shadow}) {
+        palette.setBrush(role, derived.brush(role));
+    }
+    palette.setColor(QPalette::Window, look.material);
+    palette.setColor(QPalette::Base, look.field);
+    palette.setColor(QPalette::AlternateBase, look.list);
+    palette.setColor(QPalette::Button, look.button);
+    palette.setColor(QPalette::ToolTipBase, look.menu);
+    palette.setColor(QPalette::PlaceholderText, look.promptText);
+    for (const QPalette::ColorRole role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+        palette.setColor(role, look.text);
+        palette.setColor(QPalette::Disabled, role, look.disabledText);
+    }
+    return palette;
+}
+
+QFont interfaceFont(int size, QFont::Weight weight) {
+    QFont font = QGuiApplication::font();
+    font.setPixelSize(size);
+    font.setWeight(weight);
+    return font;
+}
+
+}  // namespace tavo

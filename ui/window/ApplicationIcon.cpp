@@ -1,0 +1,28 @@
+#include "ui/window/ApplicationIcon.h"
+
+#include <QGuiApplication>
+#include <QIcon>
+
+#include "ui/window/FirstFrame.h"
+#include "ui/look/Resources.h"
+
+namespace tavo {
+
+QIcon applicationIcon() {
+    QIcon icon;
+    // All of them lie in a property of the window; larger ones would be a burden on the server.
+    for (const int side : {16, 22, 24, 32, 48, 64, 128}) {
+        const QPixmap picture = QPixmap::fromImage(
+            pngResource(QStringLiteral("icons/%1/org.tavolauncher.TavoLauncher.png").arg(side)));
+        if (!picture.isNull()) {
+            icon.addPixmap(picture);
+        }
+    }
+    return icon;
+}
+
+void useApplicationIconAfterFirstFrame(QWidget& window) {
+    afterFirstFrame(window, [] { QGuiApplication::setWindowIcon(applicationIcon()); });
+}
+
+}  // namespace tavo

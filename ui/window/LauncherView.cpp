@@ -1,0 +1,442 @@
+#include "ui/window/LauncherView.h"
+
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPainterPath>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "catalogue/CategoryTree.h"
+#include "support/FatalError.h"
+#include "ui/window/AlertSheet.h"
+#include "ui/grid/AppTile.h"
+#include "ui/look/Appearance.h"
+#include "ui/editor/CategoryEditor.h"
+#include "ui/sidebar/CategoryList.h"
+#include "ui/look/DisplayText.h"
+#include "ui/look/Metrics.h"
+#include "ui/controls/PopupMenu.h"
+#include "ui/look/Resources.h"
+#include "ui/controls/SearchField.h"
+#include "ui/controls/SymbolButton.h"
+#include "ui/controls/TextLabel.h"
+#include "ui/look/Texts.h"
+#include "ui/grid/TileGrid.h"
+
+namespace tavo {
+namespace {
+
+using namespace metrics;
+
+// The launcher's mark, smooth at every scale.
+class Mark final : public QWidget {
+public:
+    explicit Mark(QWidget* parent)
+        : QWidget(parent), image_(pngResource(QStringLiteral("TavoLauncherMark.png"))) {
+        setFixedSize(kMarkSide, kMarkSide);
+        if (image_.isNull()) {
+            fatalError("Unexpectedly found nil while unwrapping an Optional value");
+        }
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        const qreal scale = devicePixelRatioF();
+        if (shown_.devicePixelRatio() != scale || shown_.isNull()) {
+            shown_ = image_.scaled(size() * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+            shown_.setDevicePixelRatio(scale);
+        }
+        QPainter(this).drawImage(0, 0, shown_);
+    }
+
+private:
+    QImage image_;
+    QImage shown_;
+};
+
+// Title2, or as much smaller as a wide interface font needs to fit beside the mark.
+QFont titleFont(const QString& title) {
+    constexpr int kSpace = kSidebarWidth - 2 * kSidebarPadding - kMarkSide - kSidebarSpacing;
+    int size = kTitle2;
+    QFont font = interfaceFont(size, QFont::Bold);
+    while (size > kCaption && QFontMetrics(font).horizontalAdvance(title) > kSpace) {
+        font = interfaceFont(--size, QFont::Bold);
+    }
+    return font;
+}
+
+std::string toUtf8(const QString& text) {
+    return text.toStdString();
+}
+
+}  // namespace
+
+LauncherView::LauncherView(const World& world, QWidget* parent)
+    : QWidget(parent),
+      text_(world.text),
+      model_(world.platform, world.text),
+      icons_(world.icons, world.mainQueue) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    QWidget* const sidebar = makeSidebar();
+    QWidget* const toolbar = makeToolbar();
+    grid_ = new TileGrid(
+        icons_, [this](const AppItem& app) { return makeTile(app); }, this);
+    grid_->isFavorite = [this](const AppItem& app) { return favorites_.contains(app.url.path); };
+    grid_->onLeaveUp = [this] { search_->take(false); };
+    footer_ = makeFooter();
+
+    auto* const column = new QVBoxLayout;
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(toolbar);
+    column->addWidget(grid_, 1);
+    column->addWidget(footer_);
+    auto* const whole = new QHBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->setSpacing(0);
+    whole->addWidget(sidebar);
+    whole->addLayout(column, 1);
+
+    // What an input method composes, a letter from a dead key for one, is searched for wherever the
+    // keyboard is.
+    for (QWidget* const widget : findChildren<QWidget*>()) {
+        if (widget->focusPolicy() != Qt::NoFocus && widget != search_->line() &&
+            widget != search_) {
+            widget->setAttribute(Qt::WA_InputMethodEnabled);
+            widget->installEventFilter(this);
+        }
+    }
+
+    search_->take(false);
+    modelChanges_ = model_.objectWillChange.subscribe([this] { refreshSoon(); });
+    refresh();
+}
+
+LauncherView::~LauncherView() = default;
+
+QWidget* LauncherView::makeSidebar() {
+    auto* const sidebar = new QWidget(this);
+    sidebar->setFixedWidth(kSidebarWidth);
+    // The edit button's own margins are part of the spaces around it.
+    constexpr int kMargin = SymbolButton::kMargin;
+
+    closeButton_ = new SymbolButton(u"xmark", {}, texts::kClose.toString(), sidebar);
+    closeButton_->setSymbolSize(kCloseSide);
+    closeButton_->setTone(SymbolButton::Tone::Secondary);
+    // In the space above the mark, its cross in line with the mark's left edge.
+    closeButton_->setGeometry(kSidebarPadding - (kCloseButtonSide - kCloseSide) / 2, kCloseTop,
+                              kCloseButtonSide, kCloseButtonSide);
+    connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
+
+    const QString name = texts::kProgramName.toString();
+    auto* const title = new TextLabel(titleFont(name), &Appearance::text, sidebar);
+    title->setText(name);
+    auto* const header = new QHBoxLayout;
+    header->setContentsMargins(kMargin, 0, kSidebarPadding, kHeaderBottom);
+    header->setSpacing(kSidebarSpacing);
+    header->addWidget(new Mark(sidebar));
+    header->addWidget(title, 1);
+
+    categories_ = new CategoryList(sidebar);
+    categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
+
+    auto* const rows = new QHBoxLayout;
+    rows->setContentsMargins(kMargin, 0, 0, 0);
+    rows->addWidget(categories_);
+    auto* const editButton = new QHBoxLayout;
+    editButton->setContentsMargins(0, kEditButtonTop - kMargin, kSidebarPadding - kMargin, 0);
+    editButton->addWidget(makeEditButton(sidebar));
+
+    auto* const layout = new QVBoxLayout(sidebar);
+    layout->setContentsMargins(kSidebarPadding - kMargin, kSidebarPadding, 0,
+                               kSidebarPadding - kMargin);
+    layout->setSpacing(kSidebarSpacing);
+    layout->addLayout(header);
+    layout->addLayout(rows);
+    layout->addStretch(1);
+    layout->addLayout(editButton);
+    return sidebar;
+}
+
+QWidget* LauncherView::makeEditButton(QWidget* sidebar) {
+    auto* const button =
+        new SymbolButton(u"slider.horizontal.3", texts::kEditCategories.toString(), {}, sidebar);
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(button, &QAbstractButton::clicked, this, [this] {
+        showingCategoryEditor_ = true;
+        refreshSheets();
+    });
+    return button;
+}
+
+QWidget* LauncherView::makeToolbar() {
+    auto* const toolbar = new QWidget(this);
+    search_ = new SearchField(toolbar);
+    search_->onEdited = [this](const QString& text) { model_.setQuery(toUtf8(text)); };
+    search_->onSubmit = [this] {
+        const std::vector<AppItem> shown = model_.filtered();
+        if (!shown.empty()) {
+            model_.open(shown.front());
+        }
+    };
+
+    suggestions_ = new SymbolButton(u"text.magnifyingglass", {},
+                                    texts::kSearchSuggestions.toString(), toolbar);
+    connect(suggestions_, &QAbstractButton::clicked, this, [this] { showSuggestions(); });
+    auto* const reloadButton =
+        new SymbolButton(u"arrow.clockwise", {}, texts::kReload.toString(), toolbar);
+    connect(reloadButton, &QAbstractButton::clicked, this, [this] { reload(); });
+
+    auto* const layout = new QHBoxLayout(toolbar);
+    // The buttons' own margins are part of the spaces around them.
+    constexpr int kMargin = SymbolButton::kMargin;
+    layout->setContentsMargins(kBarHorizontal, kToolbarVertical, kBarHorizontal - kMargin,
+                               kToolbarVertical);
+    layout->setSpacing(0);
+    layout->addWidget(search_, 1);
+    layout->addSpacing(kToolbarSpacing - kMargin);
+    layout->addWidget(suggestions_);
+    // Between them stands a flexible space that has no width left, with its two spacings.
+    layout->addSpacing(2 * (kToolbarSpacing - kMargin));
+    layout->addWidget(reloadButton);
+    return toolbar;
+}
+
+QWidget* LauncherView::makeFooter() {
+    auto* const footer = new QWidget(this);
+    count_ = new TextLabel(interfaceFont(kCaption), &Appearance::secondaryText, footer);
+    auto* const credit = new SymbolButton({}, texts::kCredit.toString(), {}, footer);
+    credit->setFontSize(kCaption);
+    credit->setTone(SymbolButton::Tone::Secondary);
+    credit->setCursor(Qt::PointingHandCursor);
+    connect(credit, &QAbstractButton::clicked, this,
+            [this] { onLink(toUtf8(texts::kCreditAddress.toString())); });
+
+    auto* const layout = new QHBoxLayout(footer);
+    constexpr int kMargin = SymbolButton::kMargin;
+    layout->setContentsMargins(kBarHorizontal, kFooterVertical - kMargin, kBarHorizontal - kMargin,
+                               kFooterVertical - kMargin);
+    // With all the space there is: a longer count needs no new layout before it is seen whole.
+    layout->addWidget(count_, 1);
+    layout->addWidget(credit);
+    return footer;
+}
+
+AppTile LauncherView::makeTile(const AppItem& app) {
+    std::set<std::string> assigned;
+    for (const LauncherCategory& category : model_.customCategories()) {
+        if (model_.isAssigned(app, category)) {
+            assigned.insert(category.id);
+        }
+    }
+    return {
+        .app = app,
+        .favorite = favorites_.contains(app.url.path),
+        .hidden = model_.isHidden(app),
+        .categories = model_.customCategories(),
+        .assignedCategoryIDs = std::move(assigned),
+        .launch = [this, app] { model_.open(app); },
+        .toggleFavorite = [this, app] { model_.toggleFavorite(app); },
+        .toggleCategory =
+            [this, app](const LauncherCategory& category) {
+                model_.toggleAssignment(app, category);
+            },
+        .toggleHidden = [this, app] { model_.toggleHidden(app); },
+    };
+}
+
+void LauncherView::refreshSoon() {
+    if (!std::exchange(refreshPending_, true)) {
+        QMetaObject::invokeMethod(
+            this, [this] { refresh(); }, Qt::QueuedConnection);
+    }
+}
+
+void LauncherView::refresh() {
+    refreshPending_ = false;
+    favorites_ = Favorites::shared().urls();
+
+    const CategoryDepths depths(model_.customCategories());
+    std::vector<CategoryList::Row> rows;
+    for (const LauncherCategory& category : model_.sidebarCategories()) {
+        rows.push_back({category.id, category.name, depths.of(category),
+                        category.id == model_.selectedCategoryID()});
+    }
+    categories_->setRows(std::move(rows));
+
+    search_->setText(QString::fromStdString(model_.query()));
+    std::vector<AppItem> shown = model_.filtered();
+    count_->setText(QString::number(shown.size()) + texts::kCountSuffix.toString());
+    grid_->setApps(std::move(shown));
+    if (shownQuery_ != model_.query() || shownCategoryID_ != model_.selectedCategoryID()) {
+        shownQuery_ = model_.query();
+        shownCategoryID_ = model_.selectedCategoryID();
+        grid_->startAnew();
+    }
+    refreshSheets();
+}
+
+// A sheet exists while it is shown: a hidden one would stay in the tree that screen readers walk.
+// The alert waits until nothing covers what it is about.
+void LauncherView::refreshSheets() {
+    if (showingCategoryEditor_ && editor_ == nullptr) {
+        editor_ = makeCategoryEditor();
+        editor_->present();
+    } else if (!showingCategoryEditor_ && editor_ != nullptr) {
+        editor_->withdraw();
+        keepKeyboard();
+        std::exchange(editor_, nullptr)->deleteLater();
+    }
+    if (!model_.launchError()) {
+        if (alert_ != nullptr) {
+            alert_->withdraw();
+            keepKeyboard();
+            std::exchange(alert_, nullptr)->deleteLater();
+        }
+        return;
+    }
+    if (!isVisible() || editor_ != nullptr) {
+        return;
+    }
+    if (alert_ == nullptr) {
+        alert_ = new AlertSheet(texts::kLaunchErrorTitle.toString(), this);
+        alert_->dismiss = [this] { model_.clearLaunchError(); };
+    }
+    alert_->setMessage(displayMessage(*model_.launchError()));
+    alert_->present();
+}
+
+// Who had the keyboard before a sheet may be gone.
+void LauncherView::keepKeyboard() {
+    const QWidget* const focus = window()->focusWidget();
+    if (focus == nullptr || !focus->isVisible() || focus == this) {
+        search_->take(false);
+    }
+}
+
+CategoryEditor* LauncherView::makeCategoryEditor() {
+    const std::vector<LauncherCategory>& categories = model_.customCategories();
+    StringDictionary rules;
+    for (const LauncherCategory& category : categories) {
+        if (!rules.emplace(category.id, model_.ruleText(category)).second) {
+            // Edited, one of the two would be lost; the store is left as it is.
+            fatalError("Duplicate values for key: '" + displayText(category.id).toStdString() +
+                       "'");
+        }
+    }
+    auto* const editor = new CategoryEditor(
+        categories, std::move(rules), text_,
+        [this](const std::vector<LauncherCategory>& edited, const StringDictionary& editedRules) {
+            model_.setCategoriesAndRules(edited, editedRules);
+        },
+        this);
+    editor->dismiss = [this] {
+        showingCategoryEditor_ = false;
+        refreshSheets();
+    };
+    return editor;
+}
+
+void LauncherView::refreshIcons() {
+    icons_.refresh();
+    refreshSoon();
+}
+
+void LauncherView::reload() {
+    icons_.refresh();
+    model_.reload();
+}
+
+void LauncherView::showSuggestions() {
+    auto* const menu = new PopupMenu(texts::kSearchSuggestions.toString(), this);
+    const auto suggest = [this, menu](const QString& text, const std::string& query,
+                                      std::string_view categoryID) {
+        menu->addEntry(text, {}, [this, query, categoryID] {
+            model_.setQuery(query);
+            model_.setSelectedCategoryID(std::string(categoryID));
+            search_->take(false);
+        });
+    };
+    suggest(texts::kSuggestRecent.toString(), {}, kRecentID);
+    suggest(texts::kSuggestFavorites.toString(), {}, kFavoritesID);
+    menu->addSeparator();
+    for (const LauncherCategory& category : model_.customCategories()) {
+        suggest(texts::kSuggestCategory.toString() + menuText(category.name),
+                "cat:" + category.name, kAllID);
+    }
+    menu->openAt(*suggestions_);
+}
+
+bool LauncherView::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::InputMethod) {
+        search_->take(false);
+        QCoreApplication::sendEvent(search_->line(), event);
+        return true;
+    }
+    return QWidget::eventFilter(object, event);
+}
+
+void LauncherView::keyPressEvent(QKeyEvent* event) {
+    if (event->keyCombination() == (Qt::CTRL | Qt::Key_F)) {
+        search_->take(true);
+        return;
+    }
+    const Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    switch (event->key()) {
+        case Qt::Key_Escape:
+            if (model_.query().empty()) {
+                onEscape();
+            } else {
+                model_.setQuery({});
+                search_->take(false);
+            }
+            return;
+        case Qt::Key_Down:
+            if (search_->line()->hasFocus()) {
+                grid_->enter();
+                return;
+            }
+            break;
+        default:
+            break;
+    }
+    // Typing anywhere is searching.
+    if ((event->modifiers() & commands) == 0 && !event->text().isEmpty() &&
+        event->text().front().isPrint() && !search_->line()->hasFocus()) {
+        search_->type(*event);
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void LauncherView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // An error that came while nobody could see it.
+    refreshSheets();
+}
+
+// The window's ground in one go, under all that is in it, so that its corners stay round.
+void LauncherView::paintEvent(QPaintEvent*) {
+    const Appearance appearance(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath window;
+    window.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
+    // One shape for all, so that the parts keep the window's round corners.
+    const auto tinted = [&](const QRect& part, const QColor& tint) {
+        painter.setClipRect(part);
+        painter.fillPath(window, tint);
+    };
+    painter.fillPath(window, appearance.material);
+    tinted(QRect(0, 0, kSidebarWidth, height()), appearance.recess);
+    tinted(footer_->geometry(), appearance.footer);
+    painter.setClipping(false);
+    painter.setPen(QPen(appearance.border, 1));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kWindowRadius - 0.5,
+                            kWindowRadius - 0.5);
+}
+
+}  // namespace tavo

@@ -1,0 +1,290 @@
+#include "ui/window/LauncherWindow.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPainterPath>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QWindow>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/Compositing.h"
+#include "ui/accessibility/AccessibleItems.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Texts.h"
+
+namespace tavo {
+
+using namespace metrics;
+
+namespace {
+
+// The window's shape, in pixels of that scale.
+QRegion roundedRegion(const QSize& size, qreal scale = 1) {
+    QPainterPath outline;
+    outline.addRoundedRect(QRectF(QPointF(), QSizeF(size) * scale), kWindowRadius * scale,
+                           kWindowRadius * scale);
+    return QRegion(outline.toFillPolygon().toPolygon());
+}
+
+}  // namespace
+
+LauncherWindow::LauncherWindow(Compositing& compositing)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint),
+      compositing_(compositing),
+      compositingChanges_(compositing.changed.subscribe([this] { followCompositing(); })) {
+    setAccessibleRole(*this, QAccessible::Window);
+    makeBlendable(compositing_.active());
+    tintGround();
+    setWindowTitle(texts::kProgramName.toString());
+    setAccessibleName(texts::kProgramName.toString());
+    setMinimumSize(kSmallestWidth, kSmallestHeight);
+    resize(kFirstWidth, kFirstHeight);
+    qApp->installEventFilter(this);
+}
+
+void LauncherWindow::setContent(QWidget* content) {
+    content_ = content;
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
+}
+
+void LauncherWindow::present() {
+    if (!placed_) {
+        placeFirst();
+    }
+    if (compositing_.active() && !isBlended()) {
+        hide();  // and come back as another window
+    }
+    if (isHidden()) {
+        makeBlendable(compositing_.active());
+        tintGround();
+        shapeCorners();
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void LauncherWindow::placeFirst() {
+    placed_ = true;
+    const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    if (screen == nullptr) {
+        return;
+    }
+    const QRect area = screen->availableGeometry();
+    const QSize size(std::max(kSmallestWidth, std::min(kFirstWidth, area.width())),
+                     std::max(kSmallestHeight, std::min(kFirstHeight, area.height())));
+    setGeometry(area.x() + (area.width() - size.width()) / 2,
+                area.y() + (area.height() - size.height()) / 2, size.width(), size.height());
+}
+
+void LauncherWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    onClose();
+}
+
+void LauncherWindow::keyPressEvent(QKeyEvent* event) {
+    // Spelt out: not every desktop knows these standard keys.
+    if (event->keyCombination() == (Qt::CTRL | Qt::Key_W)) {
+        onClose();
+    } else if (event->keyCombination() == (Qt::CTRL | Qt::Key_Q)) {
+        onQuit();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void LauncherWindow::mousePressEvent(QMouseEvent* event) {
+    // What reaches the window itself was of no use to anything in it.
+    if (event->button() == Qt::LeftButton && windowHandle() != nullptr) {
+        windowHandle()->startSystemMove();
+    }
+}
+
+Qt::Edges LauncherWindow::edgesAt(QPoint point) const {
+    Qt::Edges edges;
+    if (isMaximized() || isFullScreen() || !rect().contains(point)) {
+        return edges;
+    }
+    const int toRight = width() - 1 - point.x();
+    const int toBottom = height() - 1 - point.y();
+    const int across = std::min(point.x(), toRight);
+    const int down = std::min(point.y(), toBottom);
+    bool vertical = across < kResizeEdge;
+    bool horizontal = down < kResizeEdge;
+    if (across < kWindowRadius && down < kWindowRadius) {
+        // Round a corner the edge follows the outline: beyond it there may be no window.
+        vertical = horizontal =
+            std::hypot(kWindowRadius - across, kWindowRadius - down) > kWindowRadius - kResizeEdge;
+    }
+    edges.setFlag(point.x() < toRight ? Qt::LeftEdge : Qt::RightEdge, vertical);
+    edges.setFlag(point.y() < toBottom ? Qt::TopEdge : Qt::BottomEdge, horizontal);
+    return edges;
+}
+
+void LauncherWindow::showEdgeCursor(Qt::Edges edges) {
+    if (edges == cursorEdges_) {
+        return;
+    }
+    if (cursorEdges_ != Qt::Edges()) {
+        QGuiApplication::restoreOverrideCursor();
+    }
+    cursorEdges_ = edges;
+    if (edges == Qt::Edges()) {
+        return;
+    }
+    const bool horizontal = edges & (Qt::LeftEdge | Qt::RightEdge);
+    const bool vertical = edges & (Qt::TopEdge | Qt::BottomEdge);
+    const bool falling =
+        edges == (Qt::LeftEdge | Qt::TopEdge) || edges == (Qt::RightEdge | Qt::BottomEdge);
+    QGuiApplication::setOverrideCursor(horizontal && vertical
+                                           ? (falling ? Qt::SizeFDiagCursor : Qt::SizeBDiagCursor)
+                                       : horizontal ? Qt::SizeHorCursor
+                                                    : Qt::SizeVerCursor);
+}
+
+// The content reaches the window's edges, so the edges take the pointer before the content does.
+bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
+    const bool pressed = event->type() == QEvent::MouseButtonPress;
+    const bool moved = event->type() == QEvent::MouseMove || event->type() == QEvent::HoverMove;
+    if (!pressed && !moved && event->type() != QEvent::Leave) {
+        return false;
+    }
+    const auto* const widget = qobject_cast<const QWidget*>(object);
+    // A button at the edge stays a button.
+    if (widget == nullptr || widget->window() != this ||
+        qobject_cast<const QAbstractButton*>(widget) != nullptr) {
+        return false;
+    }
+    if (event->type() == QEvent::Leave) {
+        if (widget == this) {
+            showEdgeCursor({});
+        }
+        return false;
+    }
+    const auto* const pointer = static_cast<const QSinglePointEvent*>(event);
+    const Qt::Edges edges = edgesAt(mapFromGlobal(pointer->globalPosition()).toPoint());
+    if (moved) {
+        if (pointer->buttons() == Qt::NoButton) {
+            showEdgeCursor(edges);
+        }
+        return false;
+    }
+    if (edges == Qt::Edges() || pointer->button() != Qt::LeftButton || windowHandle() == nullptr) {
+        return false;
+    }
+    return windowHandle()->startSystemResize(edges);
+}
+
+// Where nothing blends, a window that could be blended is only slower: the server keeps it apart
+// and copies it to the screen.
+void LauncherWindow::makeBlendable(bool blendable) {
+    if (testAttribute(Qt::WA_TranslucentBackground) == blendable) {
+        return;
+    }
+    const bool another = internalWinId() != 0;
+    if (another) {
+        destroy();  // the window on the screen stays what it was made as
+    }
+    setAttribute(Qt::WA_NoSystemBackground, blendable);
+    setAttribute(Qt::WA_TranslucentBackground, blendable);
+    if (another && onAnother) {
+        onAnother();
+    }
+}
+
+bool LauncherWindow::isBlended() const {
+    return compositing_.active() && testAttribute(Qt::WA_TranslucentBackground);
+}
+
+void LauncherWindow::followCompositing() {
+    if (isHidden()) {
+        return;  // present() does the same
+    }
+    // One that can be blended and is not for a while only has its corners cut. One that cannot be
+    // seen, minimised or on another desktop, would come forth by being made anew: it waits until
+    // it is brought forward.
+    if (compositing_.active() && !isBlended() && !isMinimized() && windowHandle()->isExposed()) {
+        makeAnew();
+    }
+    tintGround();
+    shapeCorners();
+    blurBehind();
+}
+
+// Another window takes the place of the one on the screen, and the keyboard if that had it.
+void LauncherWindow::makeAnew() {
+    const bool active = isActiveWindow();
+    const QRect place = geometry();
+    hide();
+    makeBlendable(true);
+    setGeometry(place);
+    setAttribute(Qt::WA_ShowWithoutActivating, !active);
+    show();
+    setAttribute(Qt::WA_ShowWithoutActivating, false);
+    if (active) {
+        raise();
+        activateWindow();
+    }
+}
+
+// All in the window take the opacity of its ground from its palette.
+void LauncherWindow::tintGround() {
+    QPalette own;
+    if (isBlended()) {
+        QColor ground = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
+        ground.setAlphaF(
+            static_cast<float>(compositing_.blurs() ? kBlurredMaterial : kPlainMaterial));
+        own.setColor(QPalette::Window, ground);
+    }
+    setPalette(own);
+}
+
+void LauncherWindow::shapeCorners() {
+    if (isBlended()) {
+        clearMask();
+    } else {
+        setMask(roundedRegion(size()));
+    }
+}
+
+void LauncherWindow::blurBehind() {
+    if (!compositing_.blurs() || !isBlended() || internalWinId() == 0) {
+        return;
+    }
+    std::vector<PixelRect> region;
+    for (const QRect& part : roundedRegion(size(), devicePixelRatioF())) {
+        region.push_back({part.x(), part.y(), part.width(), part.height()});
+    }
+    compositing_.blurBehind(internalWinId(), region);
+}
+
+bool LauncherWindow::event(QEvent* event) {
+    if (event->type() == QEvent::ApplicationPaletteChange) {
+        tintGround();
+    }
+    return QWidget::event(event);
+}
+
+void LauncherWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    shapeCorners();
+    blurBehind();
+}
+
+void LauncherWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    blurBehind();
+}
+
+}  // namespace tavo
