@@ -5,8 +5,8 @@
 #include <QMenu>
 #include <utility>
 
-#include "app/status/DrawnStatusItem.h"
-#include "app/status/EmbeddedStatusItem.h"
+#include "app/status/NotifierStatusItem.h"
+#include "app/status/XEmbedStatusItem.h"
 #include "platform/WindowManagement.h"
 #include "ui/window/LauncherWindow.h"
 #include "ui/look/Texts.h"
@@ -68,13 +68,13 @@ void TavoLauncherMenuController::followHost() {
         case StatusItemHost::None:
             break;
         case StatusItemHost::Notifier:
-            statusItem_ = std::make_unique<DrawnStatusItem>(
+            statusItem_ = std::make_unique<NotifierStatusItem>(
                 world_.hosts,
-                DrawnStatusItem::Actions{.show = [this](const StartRequest& r) { showLauncher(r); },
+                NotifierStatusItem::Actions{.show = [this](const StartRequest& r) { showLauncher(r); },
                                          .quit = [this] { quit(); }});
             break;
         case StatusItemHost::Embedding:
-            statusItem_ = std::make_unique<EmbeddedStatusItem>(
+            statusItem_ = std::make_unique<XEmbedStatusItem>(
                 *contextMenu_, [this](bool right) { statusButtonClicked(right); });
             break;
     }

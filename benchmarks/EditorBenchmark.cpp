@@ -22,7 +22,7 @@
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
-#include "ui/editor/CategoryRows.h"
+#include "ui/editor/CategoryEditorList.h"
 #include "ui/controls/LauncherStyle.h"
 #include "ui/window/LauncherView.h"
 #include "ui/grid/TileGrid.h"
@@ -114,7 +114,7 @@ void openingTheEditor(benchmark::State& state) {
             world.openEditor();
             world.paint();
         }));
-        if (world.part<CategoryRows>().rowCount() != state.range(0)) {
+        if (world.part<CategoryEditorList>().rowCount() != state.range(0)) {
             state.SkipWithError("the editor has another number of rows");
         }
         world.closeEditor();
@@ -125,7 +125,7 @@ void scrollingTheEditor(benchmark::State& state) {
     World world(static_cast<int>(state.range(0)));
     world.openEditor();
     world.paint();
-    QScrollBar& bar = *world.part<CategoryRows>().verticalScrollBar();
+    QScrollBar& bar = *world.part<CategoryEditorList>().verticalScrollBar();
     double longest = 0;
     for (auto _ : state) {
         if (bar.value() == bar.maximum()) {
@@ -148,7 +148,7 @@ void jumpingToTheEndOfTheEditor(benchmark::State& state) {
     World world(static_cast<int>(state.range(0)));
     world.openEditor();
     world.paint();
-    QScrollBar& bar = *world.part<CategoryRows>().verticalScrollBar();
+    QScrollBar& bar = *world.part<CategoryEditorList>().verticalScrollBar();
     for (auto _ : state) {
         bar.setValue(0);
         world.paint();
@@ -172,7 +172,7 @@ void makingEveryRowOfTheEditor(benchmark::State& state) {
     };
     for (auto _ : state) {
         world.openEditor();
-        auto& rows = world.part<CategoryRows>();
+        auto& rows = world.part<CategoryEditorList>();
         const double before = residentMegabytes();
         state.SetIterationTime(seconds([&] {
             for (int row = 0; row < rows.rowCount(); ++row) {

@@ -106,7 +106,7 @@ private:
 };
 
 void findAndFront(benchmark::State& state, bool matched) {
-    const auto listed = std::make_shared<tavo::ListedEntries>();
+    const auto listed = std::make_shared<tavo::DesktopEntryIndex>();
     std::vector<tavo::ListedEntry> entries;
     for (std::size_t i = 0; i < kEntries; ++i) {
         const std::string name = "app" + std::to_string(i);

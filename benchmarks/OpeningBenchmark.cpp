@@ -31,7 +31,7 @@
 #include "platform/posix/PosixChildProcess.h"
 #include "platform/posix/PosixSpawn.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
-#include "platform/linux/windows/UnknownRunningApplications.h"
+#include "platform/linux/windows/NullRunningApplications.h"
 #include "platform/linux/x11/XcbConnection.h"
 #include "tests/fakes/FakeApplicationSource.h"
 #include "tests/fakes/FakeFileManager.h"
@@ -135,7 +135,7 @@ void openApplication(benchmark::State& state, const std::string& name, const Ses
     FakeFileManager files;
     FakeApplicationSource applications;
     ManualMainQueue mainQueue;
-    const auto running = makeUnknownRunningApplications();
+    const auto running = makeNullRunningApplications();
     const auto processes = makePosixChildProcess();
     std::vector<std::string> variables = theWorld->environment();
     variables.insert(variables.end(), session.variables.begin(), session.variables.end());

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/DrawnItem.h"
+#include "platform/StatusItemContent.h"
 #include "support/Signal.h"
 
 namespace tavo {
@@ -41,14 +41,14 @@ public:
 
     // Offers the item to panels of the Notifier kind, those that come later included, until
     // withdraw(). One item at a time.
-    virtual void offer(DrawnItem item) = 0;
+    virtual void offer(StatusItemContent item) = 0;
     virtual void withdraw() = 0;
 
     // Other images for the item that is offered.
-    virtual void repaint(std::vector<ItemImage> images) = 0;
+    virtual void repaint(std::vector<StatusItemImage> images) = 0;
 
     // The user clicked on the item that is offered. Never inside a call.
-    Signal<const ItemClick&> clicked;
+    Signal<const StatusItemClick&> clicked;
 };
 
 }  // namespace tavo

@@ -74,7 +74,7 @@ MOST_LINES = 2500
 # Of one header of x11 alone may icons know: the settings that the session has there.
 ONLY = {("platform/linux/icons", "platform/linux/x11"): {"platform/linux/x11/XSettings.h"},
         ("platform/linux/opening", "platform/linux/x11"):
-            {"platform/linux/x11/XcbStartupNotification.h"}}
+            {"platform/linux/x11/StartupNotification.h"}}
 
 # Folders that know no toolkit and no system, with the libraries that they may use all the same.
 BARE = {"support": ("unicode/", "nlohmann/"), "platform": (), "catalogue": (), "launching": ()}

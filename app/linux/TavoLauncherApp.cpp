@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <cstdio>
 
-#include "app/LauncherApplication.h"
+#include "app/LauncherQApplication.h"
 #include "app/TavoLauncherMenuController.h"
 #include "catalogue/Favorites.h"
 #include "platform/ApplicationSource.h"
@@ -12,8 +12,8 @@
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/wayland/ActivationTokens.h"
-#include "platform/linux/entries/EntryName.h"
-#include "platform/linux/opening/GioLinks.h"
+#include "platform/linux/entries/DesktopFileId.h"
+#include "platform/linux/opening/UrlOpener.h"
 #include "platform/linux/opening/GioWorkspace.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/posix/PosixChildProcess.h"
@@ -21,21 +21,21 @@
 #include "platform/linux/bundles/PropertyList.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
-#include "platform/linux/session/SessionPresence.h"
+#include "platform/linux/session/SingleInstance.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/qt/TerminationSignals.h"
 #include "platform/linux/wayland/WaylandSession.h"
-#include "platform/linux/session/WindowSight.h"
+#include "platform/linux/session/WindowListing.h"
 #include "platform/linux/x11/XcbCompositing.h"
 #include "platform/linux/x11/XcbUserTime.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/icons/XdgIconSource.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/window/ApplicationIcon.h"
-#include "ui/controls/CaretRest.h"
+#include "ui/controls/CursorBlinkTimeout.h"
 #include "ui/look/DesktopLook.h"
 #include "ui/window/FirstFrame.h"
 #include "ui/window/LauncherView.h"
@@ -67,8 +67,8 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
 
 struct TavoLauncherApp::Parts {
     Parts(const StartEnvironment& environment, const SessionBus& bus,
-          std::unique_ptr<ApplicationSource> found, std::shared_ptr<ListedEntries> listed,
-          SessionPresence& session)
+          std::unique_ptr<ApplicationSource> found, std::shared_ptr<DesktopEntryIndex> listed,
+          SingleInstance& session)
         : presence(session),
           applications(std::move(found)),
           childEnvironment(environment.forChildren()),
@@ -92,7 +92,7 @@ struct TavoLauncherApp::Parts {
                    },
                .mainQueue = mainQueue.get(),
                .seesWindows = [this,
-                               environment] { return windowsCanBeSeen(environment, wayland); }})),
+                               environment] { return canListWindows(environment, wayland); }})),
           window(*compositing) {
         Favorites::shared().use(*defaults);
         view = new LauncherView({.platform = {.defaults = *defaults,
@@ -121,7 +121,7 @@ struct TavoLauncherApp::Parts {
                        {.activated = [this](const StartRequest& r) { controller.showLauncher(r); },
                         .superseded = [this] { controller.quit(); },
                         .changed = [this] { hosts->presenceChanged(); },
-                        .itemClicked = [this](const ItemClick& c) { hosts->clicked.emit(c); }});
+                        .itemClicked = [this](const StatusItemClick& c) { hosts->clicked.emit(c); }});
     }
 
     Parts(const Parts&) = delete;
@@ -135,7 +135,7 @@ struct TavoLauncherApp::Parts {
         }
     }
 
-    SessionPresence& presence;
+    SingleInstance& presence;
     std::unique_ptr<ApplicationSource> applications;
     std::vector<std::string> childEnvironment;
     std::unique_ptr<MainQueue> mainQueue = makeQtMainQueue();
@@ -152,7 +152,7 @@ struct TavoLauncherApp::Parts {
     std::unique_ptr<XdgIconSource> icons =
         makeXdgIconSource(IconEnvironment::fromProcess(wayland), bundleIconFile);
     std::unique_ptr<Compositing> compositing = makeXcbCompositing();
-    CaretRest caretRest;
+    CursorBlinkTimeout caretRest;
     LauncherView* view = nullptr;
     DesktopLook look{*settings, [this](const std::string& name) { useIconTheme(name); }};
     LauncherWindow window;
@@ -164,13 +164,13 @@ struct TavoLauncherApp::Parts {
          }}};
     std::shared_ptr<void> signals = listenForTermination([this] {
         window.hide();
-        static_cast<LauncherApplication*>(qApp)->endAtOnce();
+        static_cast<LauncherQApplication*>(qApp)->endAtOnce();
     });
 };
 
 TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
                                  std::unique_ptr<ApplicationSource> applications,
-                                 std::shared_ptr<ListedEntries> listed, SessionPresence& presence) {
+                                 std::shared_ptr<DesktopEntryIndex> listed, SingleInstance& presence) {
     installAccessibleItems();
     QCoreApplication::installTranslator(new ToolkitTexts(qApp));
     parts_ = std::make_unique<Parts>(environment, bus, std::move(applications), std::move(listed),

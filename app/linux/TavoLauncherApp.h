@@ -7,20 +7,20 @@
 namespace tavo {
 
 class ApplicationSource;
-class ListedEntries;
-class SessionPresence;
+class DesktopEntryIndex;
+class SingleInstance;
 class StartEnvironment;
 struct SessionBus;
 
 // Everything that runs, made in order of need and ended in the reverse. Made after the
-// application object, a LauncherApplication; main thread.
+// application object, a LauncherQApplication; main thread.
 class TavoLauncherApp {
 public:
     // `environment` is what applications will be started with; `applications` may be scanning
     // already, and leaves in `listed` what it found. `presence` outlives this.
     TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
                     std::unique_ptr<ApplicationSource> applications,
-                    std::shared_ptr<ListedEntries> listed, SessionPresence& presence);
+                    std::shared_ptr<DesktopEntryIndex> listed, SingleInstance& presence);
     ~TavoLauncherApp();
 
     // Shows the launcher window for the first time, by the activation token that this process was

@@ -10,7 +10,7 @@
 
 #include <dlfcn.h>
 
-#include "app/linux/Program.h"
+#include "app/linux/LibraryEntry.h"
 #include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/system/StartEnvironment.h"
 

@@ -11,9 +11,9 @@
 #include <algorithm>
 
 #include "tests/golden/Stage.h"
-#include "ui/sidebar/CategoryList.h"
-#include "ui/editor/CategoryRow.h"
-#include "ui/editor/CategoryRows.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/editor/CategoryEditorList.h"
 #include "ui/window/LauncherView.h"
 #include "ui/window/LauncherWindow.h"
 #include "ui/controls/Sheet.h"
@@ -82,7 +82,7 @@ public:
               picker);
     }
 
-    void rows(CategoryRows& rows) {
+    void rows(CategoryEditorList& rows) {
         for (int index = 0; index < rows.rowCount(); ++index) {
             line(QStringLiteral("row"));
             below([&] { parts(rows.rowAt(index)); });
@@ -161,7 +161,7 @@ private:
         } else if (auto* const sheet = dynamic_cast<Sheet*>(&widget)) {
             line(QStringLiteral("sheet ") + quoted(sheet->accessibleName()));
             below([&] { parts(*sheet); });
-        } else if (auto* const categories = dynamic_cast<CategoryRows*>(&widget)) {
+        } else if (auto* const categories = dynamic_cast<CategoryEditorList*>(&widget)) {
             line(QStringLiteral("list of %1 rows").arg(categories->rowCount()));
             below([&] { rows(*categories); });
         } else if (const auto* const picked = qobject_cast<QComboBox*>(&widget)) {

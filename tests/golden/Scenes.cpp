@@ -11,9 +11,9 @@
 #include "ui/window/AlertSheet.h"
 #include "ui/grid/AppTile.h"
 #include "ui/editor/CategoryEditor.h"
-#include "ui/sidebar/CategoryList.h"
-#include "ui/editor/CategoryRow.h"
-#include "ui/editor/CategoryRows.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/editor/CategoryEditorList.h"
 #include "ui/window/LauncherWindow.h"
 #include "ui/look/Metrics.h"
 #include "ui/controls/SearchField.h"
@@ -79,7 +79,7 @@ void manyCategories(Stage& stage) {
     }
     stage.world.store(categories);
     stage.select(QStringLiteral("Estero"));
-    CategoryList& list = stage.categories();
+    SidebarList& list = stage.categories();
     // At the edge, where the scroll bar shows itself and stays.
     stage.pointAt(*list.viewport(), QPoint(list.viewport()->width() - 8, 200));
     stage.crop({0, 0, metrics::kSidebarWidth, metrics::kFirstHeight});
@@ -186,7 +186,7 @@ void editorWithoutCategories(Stage& stage) {
 void editorWithPickerOpen(Stage& stage) {
     editor(stage);
     QWidget* const picker =
-        partsOf<CategoryRows>(stage.window()).front()->rowAt(2, true).controls().at(1);
+        partsOf<CategoryEditorList>(stage.window()).front()->rowAt(2, true).controls().at(1);
     stage.click(*picker, picker->rect().center());
     cropToSheet<CategoryEditor>(stage);
 }
@@ -204,7 +204,7 @@ void editorAdding(Stage& stage) {
 void editorRenaming(Stage& stage) {
     editor(stage);
     auto* const name = dynamic_cast<QLineEdit*>(
-        partsOf<CategoryRows>(stage.window()).front()->rowAt(1).controls().at(0));
+        partsOf<CategoryEditorList>(stage.window()).front()->rowAt(1).controls().at(0));
     name->setFocus(Qt::TabFocusReason);
     name->selectAll();
     cropToSheet<CategoryEditor>(stage);

@@ -13,7 +13,7 @@
 
 #include "ui/grid/AppTile.h"
 #include "ui/look/Appearance.h"
-#include "ui/sidebar/CategoryList.h"
+#include "ui/sidebar/SidebarList.h"
 #include "ui/window/LauncherView.h"
 #include "ui/window/LauncherWindow.h"
 #include "ui/look/Metrics.h"
@@ -175,8 +175,8 @@ TileGrid& Stage::grid() {
     return onlyPart<TileGrid>(window());
 }
 
-CategoryList& Stage::categories() {
-    return onlyPart<CategoryList>(window());
+SidebarList& Stage::categories() {
+    return onlyPart<SidebarList>(window());
 }
 
 // Keys come to the window, and to a popup while there is one, as from a desktop.
@@ -218,7 +218,7 @@ void Stage::pressButton(const QString& name) {
 }
 
 void Stage::select(const QString& category) {
-    CategoryList& list = categories();
+    SidebarList& list = categories();
     click(*list.viewport(), list.itemRect(rowOf(category)).center());
 }
 

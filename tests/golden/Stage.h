@@ -23,7 +23,7 @@ namespace tavo {
 class LauncherView;
 class LauncherWindow;
 class TileGrid;
-class CategoryList;
+class SidebarList;
 
 enum class Look { Light, Dark };
 
@@ -54,7 +54,7 @@ public:
     LauncherWindow& window();
     LauncherView& view();
     TileGrid& grid();
-    CategoryList& categories();
+    SidebarList& categories();
 
     // As a user does it.
     void type(const QString& text);

@@ -50,7 +50,7 @@ ALLOWED = (
     ("platform/linux/opening/GioWorkspace.cpp", "#ifdef __linux__"),
     ("platform/linux/opening/GioWorkspace.cpp", '#include "platform/posix/PosixSpawn.h"'),
     ("platform/linux/opening/EntryOpening.cpp",
-     '#include "platform/linux/x11/XcbStartupNotification.h"'),
+     '#include "platform/linux/x11/StartupNotification.h"'),
     ("platform/linux/session/WindowListing.cpp", '#include "platform/linux/x11/XcbConnection.h"'),
     ("ui/window/LauncherView.cpp", '#include "ui/grid/TileGrid.h"'),
     ("catalogue/Search.cpp", "#include <string_view>"),

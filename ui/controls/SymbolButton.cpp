@@ -6,9 +6,9 @@
 #include <algorithm>
 
 #include "ui/look/Appearance.h"
-#include "ui/look/DisplayText.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Metrics.h"
-#include "ui/look/OneLine.h"
+#include "ui/look/ElidedText.h"
 #include "ui/look/Symbols.h"
 
 namespace tavo {

@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <QStyle>
 
-#include "ui/look/OneLine.h"
+#include "ui/look/ElidedText.h"
 
 namespace tavo {
 

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "ui/look/Appearance.h"
-#include "ui/editor/CategoryRow.h"
-#include "ui/editor/CategoryRows.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/editor/CategoryEditorList.h"
 #include "ui/look/Metrics.h"
 #include "ui/controls/TextLabel.h"
 #include "ui/look/Texts.h"
@@ -68,10 +68,10 @@ CategoryEditor::CategoryEditor(std::vector<LauncherCategory> initial, StringDict
     explanation->setWordWrap(true);
     explanation->setText(texts::kEditorExplanation.toString());
 
-    rows_ = new CategoryRows(
+    rows_ = new CategoryEditorList(
         [this](const std::string& id, QWidget* rowParent) {
             const LauncherCategory category = *find(id);
-            auto* const row = new CategoryRow(
+            auto* const row = new CategoryEditorRow(
                 {.name = binding(category),
                  .parent = parentBinding(category),
                  .rule = ruleBinding(category),
@@ -257,7 +257,7 @@ void CategoryEditor::submit() {
 // Row by row, then what is below them. Rows that are not made yet are made on the way.
 bool CategoryEditor::focusNextPrevChild(bool next) {
     QWidget* const focus = window()->focusWidget();
-    const int count = static_cast<int>(CategoryRow::kControls);
+    const int count = static_cast<int>(CategoryEditorRow::kControls);
     std::vector<QWidget*> after;
     std::copy_if(afterRows_.begin(), afterRows_.end(), std::back_inserter(after),
                  [](const QWidget* widget) { return widget->isEnabled(); });

@@ -19,7 +19,7 @@ class QPushButton;
 
 namespace tavo {
 
-class CategoryRows;
+class CategoryEditorList;
 
 // Renames, nests, adds and deletes categories and edits their keywords on a copy of its own, and
 // hands the whole copy back when the user saves; dismissed any other way it changes nothing. What
@@ -70,7 +70,7 @@ private:
     TextRules text_;
     SaveAction onSave_;
 
-    CategoryRows* rows_ = nullptr;
+    CategoryEditorList* rows_ = nullptr;
     QLineEdit* newNameField_ = nullptr;
     QPushButton* addButton_ = nullptr;
     std::vector<QWidget*> afterRows_;  // what Tab reaches after the rows, in order

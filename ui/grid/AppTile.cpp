@@ -8,10 +8,10 @@
 
 #include "ui/look/Appearance.h"
 #include "ui/look/DevicePixels.h"
-#include "ui/look/DisplayText.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
-#include "ui/look/OneLine.h"
+#include "ui/look/ElidedText.h"
 #include "ui/controls/PopupMenu.h"
 #include "ui/look/Symbols.h"
 #include "ui/look/Texts.h"

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/look/DisplayText.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
 #include "ui/controls/PopupMenu.h"

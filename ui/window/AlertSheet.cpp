@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "ui/look/Appearance.h"
-#include "ui/look/DisplayText.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Metrics.h"
 #include "ui/controls/TextLabel.h"
 #include "ui/look/Texts.h"

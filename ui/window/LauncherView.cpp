@@ -15,8 +15,8 @@
 #include "ui/grid/AppTile.h"
 #include "ui/look/Appearance.h"
 #include "ui/editor/CategoryEditor.h"
-#include "ui/sidebar/CategoryList.h"
-#include "ui/look/DisplayText.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Metrics.h"
 #include "ui/controls/PopupMenu.h"
 #include "ui/look/Resources.h"
@@ -140,7 +140,7 @@ QWidget* LauncherView::makeSidebar() {
     header->addWidget(new Mark(sidebar));
     header->addWidget(title, 1);
 
-    categories_ = new CategoryList(sidebar);
+    categories_ = new SidebarList(sidebar);
     categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
 
     auto* const rows = new QHBoxLayout;
@@ -260,7 +260,7 @@ void LauncherView::refresh() {
     favorites_ = Favorites::shared().urls();
 
     const CategoryDepths depths(model_.customCategories());
-    std::vector<CategoryList::Row> rows;
+    std::vector<SidebarList::Row> rows;
     for (const LauncherCategory& category : model_.sidebarCategories()) {
         rows.push_back({category.id, category.name, depths.of(category),
                         category.id == model_.selectedCategoryID()});

@@ -15,7 +15,7 @@ namespace tavo {
 class AlertSheet;
 struct AppTile;
 class CategoryEditor;
-class CategoryList;
+class SidebarList;
 class SearchField;
 class SymbolButton;
 class TileGrid;
@@ -77,7 +77,7 @@ private:
     std::string shownCategoryID_;
     PathSet favorites_;  // as of the last refresh, for the tiles in view
 
-    CategoryList* categories_ = nullptr;
+    SidebarList* categories_ = nullptr;
     SearchField* search_ = nullptr;
     SymbolButton* suggestions_ = nullptr;
     SymbolButton* closeButton_ = nullptr;

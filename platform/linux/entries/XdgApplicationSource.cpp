@@ -16,8 +16,8 @@
 #include <unistd.h>
 
 #include "platform/linux/entries/DesktopEntry.h"
-#include "platform/linux/entries/EntryName.h"
-#include "platform/linux/entries/ProgramSearch.h"
+#include "platform/linux/entries/DesktopFileId.h"
+#include "platform/linux/entries/ExecutableLookup.h"
 #include "support/Text.h"
 
 namespace tavo {
@@ -105,7 +105,7 @@ void EntryFiles::listEntry(int folder, const dirent& entry, const std::string& p
     if (name == "." || name == "..") {
         return;
     }
-    if (isEntryName(name)) {
+    if (isDesktopFileName(name)) {
         addFile(idPrefix + entry.d_name, path + entry.d_name);
         return;
     }
@@ -137,7 +137,7 @@ bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& ent
 
 // `program` is the command's first word, where it has one.
 bool programsExist(const DesktopEntry& entry, const std::optional<std::string>& program,
-                   ProgramSearch& programs) {
+                   ExecutableLookup& programs) {
     if (!entry.tryExec.empty() && !programs.finds(entry.tryExec)) {
         return false;
     }
@@ -170,7 +170,7 @@ struct Found {
 
 class XdgApplicationSource final : public ApplicationSource {
 public:
-    XdgApplicationSource(XdgEnvironment environment, std::shared_ptr<ListedEntries> listed)
+    XdgApplicationSource(XdgEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed)
         : environment_(std::move(environment)), listed_(std::move(listed)) {}
 
     std::vector<FoundApplication> applications() override {
@@ -222,7 +222,7 @@ private:
     void readShares(const std::vector<EntryFile>& files, const std::vector<int>& folders,
                     std::atomic<std::size_t>& next, Found& found) const {
         DesktopEntryReader reader(environment_.languages);
-        ProgramSearch programs(environment_.path);
+        ExecutableLookup programs(environment_.path);
         for (std::size_t start = next.fetch_add(kShare); start < files.size();
              start = next.fetch_add(kShare)) {
             const std::size_t end = std::min(start + kShare, files.size());
@@ -236,7 +236,7 @@ private:
         }
     }
 
-    void add(const DesktopEntry& entry, const EntryFile& file, ProgramSearch& programs,
+    void add(const DesktopEntry& entry, const EntryFile& file, ExecutableLookup& programs,
              Found& found) const {
         const std::optional<std::string> program = programOf(entry.exec);
         std::string path = environment_.dataDirs[file.dataDir] + "/applications/" + file.name;
@@ -252,13 +252,13 @@ private:
     }
 
     const XdgEnvironment environment_;
-    const std::shared_ptr<ListedEntries> listed_;
+    const std::shared_ptr<DesktopEntryIndex> listed_;
 };
 
 }  // namespace
 
 std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment,
-                                                            std::shared_ptr<ListedEntries> listed) {
+                                                            std::shared_ptr<DesktopEntryIndex> listed) {
     return std::make_unique<XdgApplicationSource>(std::move(environment), std::move(listed));
 }
 

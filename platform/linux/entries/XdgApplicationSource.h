@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/ApplicationSource.h"
-#include "platform/linux/entries/ListedEntries.h"
+#include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 
 namespace tavo {
@@ -24,6 +24,6 @@ namespace tavo {
 //
 // Each call leaves in `listed`, where given, what windows of the same entries are recognised by.
 std::unique_ptr<ApplicationSource> makeXdgApplicationSource(
-    XdgEnvironment environment, std::shared_ptr<ListedEntries> listed = nullptr);
+    XdgEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed = nullptr);
 
 }  // namespace tavo

@@ -8,7 +8,7 @@
 
 #include "platform/posix/BoundedFile.h"
 #include "platform/linux/system/FileStamp.h"
-#include "platform/linux/system/Fingerprint.h"
+#include "platform/linux/system/StableHash.h"
 #include "platform/linux/icons/IconEnvironment.h"
 #include "platform/linux/icons/IconThemeFolder.h"
 
@@ -91,7 +91,7 @@ IconTheme::IconTheme(const IconEnvironment& environment, const std::string& name
     looseFolders_ = environment.iconFolders;
     looseFolders_.insert(looseFolders_.end(), environment.pixmapFolders.begin(),
                          environment.pixmapFolders.end());
-    Fingerprint fingerprint;
+    StableHash fingerprint;
     for (const std::string& folder : looseFolders_) {
         fingerprint.add(static_cast<std::uint64_t>(fileStamp(folder).modified));
     }

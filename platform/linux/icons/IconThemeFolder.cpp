@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 
 #include "platform/linux/system/FileStamp.h"
-#include "platform/linux/system/Fingerprint.h"
+#include "platform/linux/system/StableHash.h"
 
 namespace tavo {
 namespace {
@@ -64,7 +64,7 @@ std::optional<IconThemeFolder> IconThemeFolder::open(const std::string& path,
     IconThemeFolder opened;
     opened.path_ = path;
     std::int64_t newest = fileStamp(path).modified;
-    Fingerprint fingerprint;
+    StableHash fingerprint;
     fingerprint.add(path);
     fingerprint.add(static_cast<std::uint64_t>(newest));
     const auto entries = entriesOf(path);

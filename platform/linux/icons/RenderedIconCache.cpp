@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "platform/posix/FileDescriptor.h"
-#include "platform/linux/system/Fingerprint.h"
+#include "platform/linux/system/StableHash.h"
 
 namespace tavo {
 namespace {
@@ -41,7 +41,7 @@ static_assert(sizeof(Header) == 48);
 
 // Four sums side by side, because one alone waits for each multiplication.
 std::uint64_t checksumOf(const std::vector<std::uint32_t>& pixels) {
-    std::array<Fingerprint, 4> lanes;
+    std::array<StableHash, 4> lanes;
     std::size_t i = 0;
     for (; i + 8 <= pixels.size(); i += 8) {
         for (std::size_t lane = 0; lane < lanes.size(); ++lane) {
@@ -51,8 +51,8 @@ std::uint64_t checksumOf(const std::vector<std::uint32_t>& pixels) {
     for (; i < pixels.size(); ++i) {
         lanes[0].add(pixels[i]);
     }
-    Fingerprint sum;
-    for (const Fingerprint& lane : lanes) {
+    StableHash sum;
+    for (const StableHash& lane : lanes) {
         sum.add(lane.value());
     }
     return sum.value();
@@ -60,7 +60,7 @@ std::uint64_t checksumOf(const std::vector<std::uint32_t>& pixels) {
 
 std::uint64_t checksumOf(const Header& header, const std::vector<std::uint32_t>& pixels,
                          std::string_view file) {
-    Fingerprint sum;
+    StableHash sum;
     sum.add(static_cast<std::uint64_t>(header.modified));
     sum.add(static_cast<std::uint64_t>(header.size));
     sum.add(header.lookup);
@@ -95,7 +95,7 @@ std::size_t pixelCount(int side) {
 }  // namespace
 
 std::string RenderedIconCache::path(std::string_view key) const {
-    Fingerprint fingerprint;
+    StableHash fingerprint;
     fingerprint.add(key);
     std::array<char, 20> name = {};
     std::snprintf(name.data(), name.size(), "/%016llx",

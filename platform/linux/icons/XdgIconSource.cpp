@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "platform/linux/entries/DesktopEntry.h"
-#include "platform/linux/entries/EntryName.h"
+#include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/system/FileStamp.h"
-#include "platform/linux/system/Fingerprint.h"
+#include "platform/linux/system/StableHash.h"
 #include "platform/linux/icons/IconFile.h"
 #include "platform/linux/icons/IconTheme.h"
 #include "platform/linux/icons/IconThemeName.h"
@@ -41,7 +41,7 @@ struct Subject {
 };
 
 std::uint64_t fingerprintOf(const std::vector<std::string>& paths) {
-    Fingerprint fingerprint;
+    StableHash fingerprint;
     for (const std::string& path : paths) {
         const FileStamp stamp = fileStamp(path);
         fingerprint.add(static_cast<std::uint64_t>(stamp.modified));
@@ -61,7 +61,7 @@ Subject subjectOf(const std::string& path, const std::vector<std::string>& langu
         return {Subject::Kind::Bundle, path,
                 fingerprintOf({path + "/Contents/Info.plist", path + "/Contents/Resources"})};
     }
-    std::string icon = isEntryName(path) ? iconOfEntry(path, languages) : std::string();
+    std::string icon = isDesktopFileName(path) ? iconOfEntry(path, languages) : std::string();
     if (icon.starts_with('/')) {
         const std::uint64_t lookup = fingerprintOf({icon});
         return {Subject::Kind::File, std::move(icon), lookup};
@@ -152,7 +152,7 @@ std::string cacheKey(const IconTheme& theme, const Subject& subject, int size, d
 }
 
 std::uint64_t lookupOf(const IconTheme& theme, const Subject& subject) {
-    Fingerprint fingerprint;
+    StableHash fingerprint;
     fingerprint.add(theme.fingerprint());
     fingerprint.add(subject.lookup);
     return fingerprint.value();

@@ -4,7 +4,7 @@
 
 namespace tavo {
 
-void superviseProgram(GioThread& thread, const ApplicationStart& start,
+void superviseProgram(GLibThread& thread, const ApplicationStart& start,
                       const RunningApplication& running,
                       std::function<void(std::optional<int>)> ended) {
     const pid_t process = running.processIdentifier;

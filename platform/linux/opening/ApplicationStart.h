@@ -13,8 +13,8 @@
 
 #include "platform/Workspace.h"
 #include "platform/linux/opening/GioLaunchContext.h"
-#include "platform/linux/dbus/GioThread.h"
-#include "platform/linux/opening/StartsUnderWay.h"
+#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/opening/PendingLaunches.h"
 
 namespace tavo {
 
@@ -22,7 +22,7 @@ namespace tavo {
 // On the workspace's thread.
 class OpenAnswer {
 public:
-    OpenAnswer(OpenCompletion completion, std::shared_ptr<StartUnderWay> start)
+    OpenAnswer(OpenCompletion completion, std::shared_ptr<PendingLaunch> start)
         : completion_(std::move(completion)), start_(std::move(start)) {}
 
     void succeed(const std::optional<RunningApplication>& running) { answer(running, {}); }
@@ -54,7 +54,7 @@ public:
         time_ = std::move(time);
     }
 
-    [[nodiscard]] const std::shared_ptr<StartUnderWay>& start() { return start_; }
+    [[nodiscard]] const std::shared_ptr<PendingLaunch>& start() { return start_; }
 
 private:
     void answer(const std::optional<RunningApplication>& running, std::optional<Error> error) {
@@ -66,7 +66,7 @@ private:
     OpenCompletion completion_;
     std::function<void()> whenOver_;
     ScopedSource time_;
-    const std::shared_ptr<StartUnderWay> start_;
+    const std::shared_ptr<PendingLaunch> start_;
 };
 
 // What all starts of one workspace have in common.
@@ -95,8 +95,8 @@ struct ApplicationStart {
 };
 
 // On `thread`: what there is to do about the program of `start` while it runs. `ended` is called as
-// GioThread::watchChild says.
-void superviseProgram(GioThread& thread, const ApplicationStart& start,
+// GLibThread::watchChild says.
+void superviseProgram(GLibThread& thread, const ApplicationStart& start,
                       const RunningApplication& running,
                       std::function<void(std::optional<int>)> ended);
 

@@ -1,7 +1,7 @@
 #include "platform/linux/opening/BundleOpening.h"
 
 #include "platform/linux/bundles/BundleFolder.h"
-#include "platform/linux/opening/OpeningMessages.h"
+#include "platform/linux/opening/LaunchErrors.h"
 #include "platform/posix/PosixSpawn.h"
 #include "platform/linux/opening/ProgramCheck.h"
 
@@ -25,7 +25,7 @@ Result<std::string> bundleProgram(const std::string& path, const BundleFacts& fa
 
 }  // namespace
 
-void openBundle(GioThread& thread, const ApplicationStart& start) {
+void openBundle(GLibThread& thread, const ApplicationStart& start) {
     const BundleFacts facts = readBundleFolder(start.path).value_or(BundleFacts());
     const Result<std::string> executable =
         bundleProgram(start.path, facts, start.conditions->searchPath);

@@ -6,6 +6,6 @@
 namespace tavo {
 
 // On `thread`, which must outlive the start's answer. Waits for nothing but the start itself.
-void openBundle(GioThread& thread, const ApplicationStart& start);
+void openBundle(GLibThread& thread, const ApplicationStart& start);
 
 }  // namespace tavo

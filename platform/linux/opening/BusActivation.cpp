@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <memory>
 
-#include "platform/linux/dbus/BusDaemon.h"
-#include "platform/linux/opening/OpeningMessages.h"
+#include "platform/linux/dbus/BusDaemonCalls.h"
+#include "platform/linux/opening/LaunchErrors.h"
 
 namespace tavo {
 namespace {
 
 struct Call {
-    GioThread& thread;
+    GLibThread& thread;
     std::string name;
     std::function<void(Result<ActivatedService>)> done;
 };
@@ -85,7 +85,7 @@ void identified(GObject* bus, GAsyncResult* result, gpointer data) {
 
 void identify(GDBusConnection* bus, OwnedCall call) {
     constexpr std::chrono::milliseconds kPatience{1000};
-    GioThread& thread = call->thread;
+    GLibThread& thread = call->thread;
     const std::string name = call->name;
     askBus(thread, bus, "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()), "(u)",
            identified, call.release(), kPatience);
@@ -109,7 +109,7 @@ void answered(GObject* bus, GAsyncResult* result, gpointer data) {
 
 }  // namespace
 
-void activateOverBus(GioThread& thread, const BusActivation& activation,
+void activateOverBus(GLibThread& thread, const BusActivation& activation,
                      std::function<void(Result<ActivatedService>)> done) {
     auto call = OwnedCall(new Call{thread, activation.name, std::move(done)});
     thread.beginCall();

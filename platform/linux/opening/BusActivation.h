@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/linux/dbus/GioThread.h"
+#include "platform/linux/dbus/GLibThread.h"
 #include "support/Result.h"
 
 namespace tavo {
@@ -26,7 +26,7 @@ struct ActivatedService {
 
 // On `thread`, connected to the session bus; returns at once. `done` is called once, later, on
 // this thread: with who has answered, or why nobody has; not when the thread ends first.
-void activateOverBus(GioThread& thread, const BusActivation& activation,
+void activateOverBus(GLibThread& thread, const BusActivation& activation,
                      std::function<void(Result<ActivatedService>)> done);
 
 }  // namespace tavo

@@ -10,10 +10,10 @@
 
 #include "platform/posix/BoundedFile.h"
 #include "platform/linux/entries/DesktopEntry.h"
-#include "platform/linux/entries/EntryName.h"
-#include "platform/linux/opening/OpeningMessages.h"
+#include "platform/linux/entries/DesktopFileId.h"
+#include "platform/linux/opening/LaunchErrors.h"
 #include "platform/linux/opening/ProgramCheck.h"
-#include "platform/linux/entries/ProgramSearch.h"
+#include "platform/linux/entries/ExecutableLookup.h"
 
 namespace tavo {
 namespace {
@@ -66,7 +66,7 @@ Result<EntryKeys> readEntryKeys(const std::string& path, std::span<const std::st
 }
 
 std::string entryBusName(const std::string& path) {
-    if (!isEntryName(path)) {
+    if (!isDesktopFileName(path)) {
         return {};
     }
     const std::string name(withoutEntrySuffix(path).substr(path.rfind('/') + 1));

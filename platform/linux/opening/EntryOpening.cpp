@@ -9,11 +9,11 @@
 
 #include "platform/linux/opening/BusActivation.h"
 #include "platform/linux/opening/DesktopEntryCheck.h"
-#include "platform/linux/opening/EntryCommand.h"
-#include "platform/linux/opening/OpeningMessages.h"
+#include "platform/linux/opening/ExecKey.h"
+#include "platform/linux/opening/LaunchErrors.h"
 #include "platform/posix/PosixSpawn.h"
 #include "platform/linux/opening/TerminalCommand.h"
-#include "platform/linux/x11/XcbStartupNotification.h"
+#include "platform/linux/x11/StartupNotification.h"
 
 namespace tavo {
 namespace {
@@ -65,7 +65,7 @@ void judge(Watch& watch, std::optional<int> status) {
     }
 }
 
-void watchProgram(GioThread& thread, const ApplicationStart& start, const StartableEntry& entry,
+void watchProgram(GLibThread& thread, const ApplicationStart& start, const StartableEntry& entry,
                   pid_t process) {
     const RunningApplication running{process, start.identifier};
     const auto watch = std::make_shared<Watch>();
@@ -80,7 +80,7 @@ void watchProgram(GioThread& thread, const ApplicationStart& start, const Starta
 
 // Tells the desktop, if the entry's program understands that. The end is told when the program
 // shows a window or ends, and after the starting time at the latest.
-void announce(GioThread& thread, const ApplicationStart& start, const StartableEntry& entry) {
+void announce(GLibThread& thread, const ApplicationStart& start, const StartableEntry& entry) {
     const std::string& display = start.conditions->display;
     if (!entry.keys.startupNotify || start.startupId.empty() ||
         !announceStart(display,
@@ -136,7 +136,7 @@ Result<pid_t> startPlainly(const ApplicationStart& start, const StartableEntry& 
 }
 
 // GIO knows too few terminals, and waits for a bus that does not answer.
-void launchProgram(GioThread& thread, const ApplicationStart& start, const StartableEntry& entry,
+void launchProgram(GLibThread& thread, const ApplicationStart& start, const StartableEntry& entry,
                    bool busAnswers) {
     std::vector<std::string> terminal;
     if (entry.keys.terminal) {
@@ -159,7 +159,7 @@ void launchProgram(GioThread& thread, const ApplicationStart& start, const Start
 }
 
 // The service has been activated: the start goes on until its window is there.
-void awaitServiceWindow(GioThread& thread, const ApplicationStart& start,
+void awaitServiceWindow(GLibThread& thread, const ApplicationStart& start,
                         const RunningApplication& service) {
     start.answer->start()->answered();
     // Where no window can be seen, none can be brought forward either but by activating it again:
@@ -175,7 +175,7 @@ void awaitServiceWindow(GioThread& thread, const ApplicationStart& start,
     }
 }
 
-void activate(GioThread& thread, const std::shared_ptr<const ApplicationStart>& start,
+void activate(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start,
               const StartableEntry& entry) {
     announce(thread, *start, entry);
     // Until the service has answered, a second start would at best be a second activation.
@@ -202,7 +202,7 @@ void activate(GioThread& thread, const std::shared_ptr<const ApplicationStart>& 
 
 }  // namespace
 
-void openEntry(GioThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
+void openEntry(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
     const StartConditions& conditions = *start->conditions;
     const Result<StartableEntry> entry =
         checkEntry(start->path, conditions.searchPath, conditions.languages);
@@ -211,16 +211,16 @@ void openEntry(GioThread& thread, const std::shared_ptr<const ApplicationStart>&
         return;
     }
     const bool activatable = entry.value().keys.busActivatable;
-    const GioThread::Bus bus =
+    const GLibThread::Bus bus =
         thread.sessionBus(activatable ? kActivationBusPatience : kBusPatience);
-    if (activatable && bus == GioThread::Bus::connected) {
+    if (activatable && bus == GLibThread::Bus::connected) {
         activate(thread, start, entry.value());
-    } else if (activatable && bus == GioThread::Bus::silent) {
+    } else if (activatable && bus == GLibThread::Bus::silent) {
         start->answer->fail(messages::busSilent(start->identifier));
     } else if (entry.value().program.empty()) {
         start->answer->fail(messages::entryWithoutCommand(start->path));
     } else {
-        launchProgram(thread, *start, entry.value(), bus != GioThread::Bus::silent);
+        launchProgram(thread, *start, entry.value(), bus != GLibThread::Bus::silent);
     }
 }
 

@@ -13,7 +13,7 @@ constexpr std::chrono::milliseconds kBetweenChecks{500};
 
 struct FirstWindow::Wait {
     RunningApplication application;
-    std::shared_ptr<StartUnderWay> start;
+    std::shared_ptr<PendingLaunch> start;
     std::function<void()> seen;
     int checks = 0;
 };
@@ -24,7 +24,7 @@ FirstWindow::FirstWindow(MainQueue* mainQueue, Shows shows)
                   : nullptr) {}
 
 void FirstWindow::await(const RunningApplication& application,
-                        const std::shared_ptr<StartUnderWay>& start,
+                        const std::shared_ptr<PendingLaunch>& start,
                         std::function<void()> seen) const {
     if (source_) {
         source_->mainQueue->async(

@@ -6,7 +6,7 @@
 
 #include "platform/MainQueue.h"
 #include "platform/RunningApplications.h"
-#include "platform/linux/opening/StartsUnderWay.h"
+#include "platform/linux/opening/PendingLaunches.h"
 
 namespace tavo {
 
@@ -23,7 +23,7 @@ public:
 
     // Any thread. When the application shows a window, `start` is over and `seen` is called, on
     // the main thread; never once the start was over before, nor after this has ended.
-    void await(const RunningApplication& application, const std::shared_ptr<StartUnderWay>& start,
+    void await(const RunningApplication& application, const std::shared_ptr<PendingLaunch>& start,
                std::function<void()> seen) const;
 
 private:

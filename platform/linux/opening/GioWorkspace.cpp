@@ -8,15 +8,15 @@
 #include "platform/linux/bundles/BundleFolder.h"
 #include "platform/linux/opening/BundleOpening.h"
 #include "platform/linux/opening/DesktopEntryCheck.h"
-#include "platform/linux/entries/EntryName.h"
+#include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/opening/EntryOpening.h"
 #include "platform/linux/opening/FirstWindow.h"
-#include "platform/linux/dbus/GioThread.h"
+#include "platform/linux/dbus/GLibThread.h"
 #include "platform/linux/system/HostName.h"
-#include "platform/linux/opening/OpeningMessages.h"
+#include "platform/linux/opening/LaunchErrors.h"
 #include "platform/linux/opening/ProgramCheck.h"
-#include "platform/linux/entries/ProgramSearch.h"
-#include "platform/linux/opening/StartsUnderWay.h"
+#include "platform/linux/entries/ExecutableLookup.h"
+#include "platform/linux/opening/PendingLaunches.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 
 namespace tavo {
@@ -35,7 +35,7 @@ Target targetAt(const std::string& path) {
     if (S_ISDIR(status.st_mode)) {
         return Target::bundle;
     }
-    return isEntryName(path) ? Target::entry : Target::other;
+    return isDesktopFileName(path) ? Target::entry : Target::other;
 }
 
 std::string withoutTrailingSlashes(std::string path) {
@@ -166,7 +166,7 @@ private:
         });
     }
 
-    static void open(GioThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
+    static void open(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
         switch (targetAt(start->path)) {
             case Target::missing:
                 start->answer->fail(messages::applicationMissing(start->path));
@@ -206,9 +206,9 @@ private:
     const std::string x11Display_;  // empty where the session is none of X11
     const std::shared_ptr<const StartConditions> conditions_;
     std::uint64_t startupIds_ = 0;
-    StartsUnderWay starts_;
+    PendingLaunches starts_;
     const FirstWindow firstWindow_;
-    std::optional<GioThread> thread_;  // begins with the first opening
+    std::optional<GLibThread> thread_;  // begins with the first opening
 };
 
 }  // namespace

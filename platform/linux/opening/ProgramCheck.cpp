@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "platform/posix/BoundedFile.h"
-#include "platform/linux/opening/OpeningMessages.h"
+#include "platform/linux/opening/LaunchErrors.h"
 
 namespace tavo {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "platform/linux/entries/EntryName.h"
+#include "platform/linux/entries/DesktopFileId.h"
 
 namespace tavo {
 namespace {
@@ -53,7 +53,7 @@ void sayOnce(const char* reason) {
 }
 
 void answered(GObject* bus, GAsyncResult* result, gpointer data) {
-    static_cast<GioThread*>(data)->endCall();
+    static_cast<GLibThread*>(data)->endCall();
     GError* error = nullptr;
     GVariant* const job = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
     if (job != nullptr) {
@@ -77,7 +77,7 @@ std::string scopeName(const std::string& identifier, pid_t process) {
            std::to_string(process) + ".scope";
 }
 
-void moveToScope(GioThread& thread, const std::string& identifier, pid_t process) {
+void moveToScope(GLibThread& thread, const std::string& identifier, pid_t process) {
     thread.beginCall();
     g_dbus_connection_call(thread.connection(), "org.freedesktop.systemd1",
                            "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager",

@@ -9,7 +9,7 @@
 
 #include <sys/types.h>
 
-#include "platform/linux/dbus/GioThread.h"
+#include "platform/linux/dbus/GLibThread.h"
 
 namespace tavo {
 
@@ -20,6 +20,6 @@ std::string scopeName(const std::string& identifier, pid_t process);
 // `process`, running already, into a scope of its own. Where no systemd is there, or it does not
 // want to, the program goes on where it is; a refusal is said once on standard error. Not asked to
 // start: a systemd that does not run manages nothing.
-void moveToScope(GioThread& thread, const std::string& identifier, pid_t process);
+void moveToScope(GLibThread& thread, const std::string& identifier, pid_t process);
 
 }  // namespace tavo

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/windows/UnknownRunningApplications.h"
+#include "platform/linux/windows/NullRunningApplications.h"
 #include "platform/linux/wayland/WaylandRunningApplications.h"
 
 namespace tavo {
@@ -13,7 +13,7 @@ constexpr const char* kOwnAppId = "org.tavolauncher.TavoLauncher";
 }  // namespace
 
 std::unique_ptr<RunningApplications> makeSessionRunningApplications(
-    const StartEnvironment& environment, bool wayland, std::shared_ptr<ListedEntries> listed,
+    const StartEnvironment& environment, bool wayland, std::shared_ptr<DesktopEntryIndex> listed,
     UserTime userTime) {
     if (wayland) {
         return makeWaylandRunningApplications(environment.value("WAYLAND_DISPLAY").value_or(""),
@@ -21,7 +21,7 @@ std::unique_ptr<RunningApplications> makeSessionRunningApplications(
     }
     const std::string display = environment.value("DISPLAY").value_or("");
     return display.empty()
-               ? makeUnknownRunningApplications()
+               ? makeNullRunningApplications()
                : makeXcbRunningApplications(display, std::move(listed), std::move(userTime));
 }
 

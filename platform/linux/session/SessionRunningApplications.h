@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/RunningApplications.h"
-#include "platform/linux/entries/ListedEntries.h"
+#include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/system/StartEnvironment.h"
 #include "platform/linux/x11/XcbRunningApplications.h"
 
@@ -14,7 +14,7 @@ namespace tavo {
 // window manager does (DISPLAY); without either nothing is known. Connects at the first question,
 // so that a start costs nothing. Any thread.
 std::unique_ptr<RunningApplications> makeSessionRunningApplications(
-    const StartEnvironment& environment, bool wayland, std::shared_ptr<ListedEntries> listed,
+    const StartEnvironment& environment, bool wayland, std::shared_ptr<DesktopEntryIndex> listed,
     UserTime userTime);
 
 }  // namespace tavo

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/linux/session/SessionPresence.h"
+#include "platform/linux/session/SingleInstance.h"
 #include "platform/linux/x11/XcbPanels.h"
 
 namespace tavo {
@@ -18,7 +18,7 @@ constexpr auto kBusPatience = 2s;
 
 class Hosts final : public SessionStatusItemHosts {
 public:
-    explicit Hosts(SessionPresence& presence) : presence_(presence) {
+    explicit Hosts(SingleInstance& presence) : presence_(presence) {
         if (const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
             panels_ = std::make_unique<XcbPanels>(x11->connection(), [this] { changeSoon(); });
         }
@@ -44,11 +44,11 @@ public:
         return panels_ ? panels_->panelOf(presence_.notifierProcess()) : std::nullopt;
     }
 
-    void offer(DrawnItem item) override { presence_.offerItem(std::move(item)); }
+    void offer(StatusItemContent item) override { presence_.offerItem(std::move(item)); }
 
     void withdraw() override { presence_.withdrawItem(); }
 
-    void repaint(std::vector<ItemImage> images) override {
+    void repaint(std::vector<StatusItemImage> images) override {
         presence_.repaintItem(std::move(images));
     }
 
@@ -65,7 +65,7 @@ private:
             &patience_, [this] { changed.emit(); }, Qt::QueuedConnection);
     }
 
-    SessionPresence& presence_;
+    SingleInstance& presence_;
     QTimer patience_;
     bool waited_ = false;
     std::unique_ptr<XcbPanels> panels_;  // of an X server
@@ -73,7 +73,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<SessionStatusItemHosts> makeSessionStatusItemHosts(SessionPresence& presence) {
+std::unique_ptr<SessionStatusItemHosts> makeSessionStatusItemHosts(SingleInstance& presence) {
     return std::make_unique<Hosts>(presence);
 }
 

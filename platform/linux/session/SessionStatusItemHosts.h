@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-class SessionPresence;
+class SingleInstance;
 
 class SessionStatusItemHosts : public StatusItemHosts {
 public:
@@ -17,6 +17,6 @@ public:
 };
 
 // Within the life of the application object; `presence` outlives it.
-std::unique_ptr<SessionStatusItemHosts> makeSessionStatusItemHosts(SessionPresence& presence);
+std::unique_ptr<SessionStatusItemHosts> makeSessionStatusItemHosts(SingleInstance& presence);
 
 }  // namespace tavo

@@ -13,7 +13,7 @@
 #include "platform/RunningApplications.h"
 #include "platform/linux/wayland/ActivationTokens.h"
 #include "platform/linux/x11/XcbReplies.h"
-#include "platform/linux/x11/XcbStartupNotification.h"
+#include "platform/linux/x11/StartupNotification.h"
 
 namespace tavo {
 namespace {

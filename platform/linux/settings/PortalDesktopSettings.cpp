@@ -11,8 +11,8 @@
 #include <gio/gio.h>
 
 #include "platform/MainQueue.h"
-#include "platform/linux/dbus/BusDaemon.h"
-#include "platform/linux/dbus/GioThread.h"
+#include "platform/linux/dbus/BusDaemonCalls.h"
+#include "platform/linux/dbus/GLibThread.h"
 #include "platform/linux/dbus/Variant.h"
 
 namespace tavo {
@@ -109,7 +109,7 @@ public:
     // been answered.
     using Learn = std::function<void(const DesktopPreferences&, bool all)>;
 
-    Portal(GioThread& thread, Learn learn) : thread_(thread), learn_(std::move(learn)) {}
+    Portal(GLibThread& thread, Learn learn) : thread_(thread), learn_(std::move(learn)) {}
     Portal(const Portal&) = delete;
     Portal& operator=(const Portal&) = delete;
     ~Portal() = default;
@@ -223,7 +223,7 @@ private:
         }
         start_ = thread_.after(kBeforeStartingThePortal, [this] {
             // Its coming is what counts, not the answer.
-            tellBus(bus_.get(), "StartServiceByName", g_variant_new("(su)", kPortal, 0U));
+            callBus(bus_.get(), "StartServiceByName", g_variant_new("(su)", kPortal, 0U));
         });
     }
 
@@ -263,7 +263,7 @@ private:
 
     void tell() { learn_(answers_.preferences(), unanswered_ == 0); }
 
-    GioThread& thread_;
+    GLibThread& thread_;
     Learn learn_;
     std::unique_ptr<GDBusConnection, UnrefObject> bus_;
     std::vector<guint> subscriptions_;
@@ -279,7 +279,7 @@ public:
     PortalDesktopSettings(MainQueue& mainQueue, std::string address)
         : mainQueue_(mainQueue),
           shared_(std::make_shared<Shared>()),
-          thread_(std::make_unique<GioThread>()),
+          thread_(std::make_unique<GLibThread>()),
           portal_(*thread_,
                   [this](const DesktopPreferences& known, bool all) { learn(known, all); }) {
         thread_->post([this, address = std::move(address)] { portal_.connect(address); });
@@ -336,7 +336,7 @@ private:
 
     MainQueue& mainQueue_;
     std::shared_ptr<Shared> shared_;
-    std::unique_ptr<GioThread> thread_;
+    std::unique_ptr<GLibThread> thread_;
     Portal portal_;
 };
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/dbus/BusDaemon.h"
+#include "platform/linux/dbus/BusDaemonCalls.h"
 #include "platform/linux/dbus/Variant.h"
 
 namespace tavo {
@@ -14,7 +14,7 @@ constexpr char kHostRegistered[] = "IsStatusNotifierHostRegistered";
 
 }  // namespace
 
-StatusNotifierWatch::StatusNotifierWatch(GioThread& thread, Events events)
+StatusNotifierWatch::StatusNotifierWatch(GLibThread& thread, Events events)
     : thread_(thread), events_(std::move(events)) {}
 
 void StatusNotifierWatch::follow(GDBusConnection* bus) {

@@ -8,7 +8,7 @@
 
 #include <gio/gio.h>
 
-#include "platform/linux/dbus/GioThread.h"
+#include "platform/linux/dbus/GLibThread.h"
 
 namespace tavo {
 
@@ -22,7 +22,7 @@ public:
         std::function<void(pid_t process)> process;
     };
 
-    StatusNotifierWatch(GioThread& thread, Events events);
+    StatusNotifierWatch(GLibThread& thread, Events events);
     StatusNotifierWatch(const StatusNotifierWatch&) = delete;
     StatusNotifierWatch& operator=(const StatusNotifierWatch&) = delete;
     ~StatusNotifierWatch() = default;
@@ -45,7 +45,7 @@ private:
     void askForProcess(GDBusConnection* bus, const char* owner);
     void ask(GDBusConnection* bus);
 
-    GioThread& thread_;
+    GLibThread& thread_;
     const Events events_;
     GDBusConnection* bus_ = nullptr;  // while it is followed
     guint watch_ = 0;

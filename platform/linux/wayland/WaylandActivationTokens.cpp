@@ -12,7 +12,7 @@
 #include <xdg-activation-v1-client-protocol.h>
 
 #include "platform/linux/wayland/ActivationTokens.h"
-#include "platform/linux/wayland/WaylandQueue.h"
+#include "platform/linux/wayland/WaylandRoundtrip.h"
 
 namespace tavo {
 namespace {

@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include "platform/linux/windows/KnownProcesses.h"
-#include "platform/linux/system/ProcessFacts.h"
+#include "platform/linux/windows/ProcessRegistry.h"
+#include "platform/linux/system/ProcessInfo.h"
 #include "platform/linux/wayland/WaylandToplevels.h"
 
 namespace tavo {
@@ -15,7 +15,7 @@ namespace {
 
 class WaylandRunningApplications final : public RunningApplications {
 public:
-    WaylandRunningApplications(std::string display, std::shared_ptr<ListedEntries> listed,
+    WaylandRunningApplications(std::string display, std::shared_ptr<DesktopEntryIndex> listed,
                                std::string ownAppId)
         : display_(std::move(display)),
           listed_(std::move(listed)),
@@ -99,7 +99,7 @@ private:
         const auto matching = listed_->matching();
         Windows found;
         for (const WaylandToplevel& window : toplevels.windows()) {
-            const std::string& appId = window.principal->appId;
+            const std::string& appId = window.transientRoot->appId;
             if (matching->owner({"", "", appId}, nullptr, identifier) == identifier) {
                 found.push_back(&window);
             }
@@ -126,19 +126,19 @@ private:
     }
 
     const std::string display_;
-    const std::shared_ptr<ListedEntries> listed_;
+    const std::shared_ptr<DesktopEntryIndex> listed_;
     const std::string ownAppId_;
 
     std::mutex mutex_;                          // over all below
     std::unique_ptr<WaylandToplevels> silent_;  // the question that was not answered in time
-    KnownProcesses processes_;
+    ProcessRegistry processes_;
     std::unordered_map<std::string, std::string> activeAtClick_;  // by identifier
 };
 
 }  // namespace
 
 std::unique_ptr<RunningApplications> makeWaylandRunningApplications(
-    std::string display, std::shared_ptr<ListedEntries> listed, std::string ownAppId) {
+    std::string display, std::shared_ptr<DesktopEntryIndex> listed, std::string ownAppId) {
     return std::make_unique<WaylandRunningApplications>(std::move(display), std::move(listed),
                                                         std::move(ownAppId));
 }

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/RunningApplications.h"
-#include "platform/linux/entries/ListedEntries.h"
+#include "platform/linux/entries/DesktopEntryIndex.h"
 
 namespace tavo {
 
@@ -27,6 +27,6 @@ namespace tavo {
 //
 // Connects to `display` for each question. Any thread.
 std::unique_ptr<RunningApplications> makeWaylandRunningApplications(
-    std::string display, std::shared_ptr<ListedEntries> listed, std::string ownAppId);
+    std::string display, std::shared_ptr<DesktopEntryIndex> listed, std::string ownAppId);
 
 }  // namespace tavo

@@ -9,8 +9,8 @@
 #include <wayland-client.h>
 #include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
 
-#include "platform/linux/windows/Principals.h"
-#include "platform/linux/wayland/WaylandQueue.h"
+#include "platform/linux/windows/TransientRoots.h"
+#include "platform/linux/wayland/WaylandRoundtrip.h"
 
 namespace tavo {
 
@@ -113,7 +113,7 @@ WaylandToplevels::WaylandToplevels(wl_display* display)
         wl_callback_add_listener(signOfLife_, &Listeners::kSignOfLife, this);
         wl_display_flush(display_);
     }
-    findPrincipals();
+    findTransientRoots();
 }
 
 WaylandToplevels::~WaylandToplevels() {
@@ -145,7 +145,7 @@ void WaylandToplevels::dropWindows() {
     windows_.clear();
 }
 
-void WaylandToplevels::findPrincipals() {
+void WaylandToplevels::findTransientRoots() {
     std::unordered_map<const zwlr_foreign_toplevel_handle_v1*, std::size_t> places;
     for (const WaylandToplevel& window : windows_) {
         places.emplace(window.handle, places.size());
@@ -155,9 +155,9 @@ void WaylandToplevels::findPrincipals() {
         const auto parent = places.find(window.parent);
         parents.push_back(parent == places.end() ? parents.size() : parent->second);
     }
-    const std::vector<std::size_t> principals = principalsOf(parents);
+    const std::vector<std::size_t> transientRoots = transientRootsOf(parents);
     for (std::size_t i = 0; i < windows_.size(); ++i) {
-        windows_[i].principal = &windows_[principals[i]];
+        windows_[i].transientRoot = &windows_[transientRoots[i]];
     }
 }
 

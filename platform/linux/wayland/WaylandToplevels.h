@@ -22,8 +22,8 @@ struct WaylandToplevel {
     bool activated = false;
     zwlr_foreign_toplevel_handle_v1* handle = nullptr;
     zwlr_foreign_toplevel_handle_v1* parent = nullptr;  // the window that it is a dialog of
-    // The window itself, or what it is a dialog of through any number of dialogs (principalsOf).
-    const WaylandToplevel* principal = nullptr;
+    // The window itself, or what it is a dialog of through any number of dialogs (transientRootsOf).
+    const WaylandToplevel* transientRoot = nullptr;
 };
 
 // The windows as they are when it is made, over a connection of its own that ends with it: whoever
@@ -54,7 +54,7 @@ private:
 
     explicit WaylandToplevels(wl_display* display);
     void dropWindows();
-    void findPrincipals();
+    void findTransientRoots();
 
     wl_display* display_;
     wl_registry* registry_ = nullptr;

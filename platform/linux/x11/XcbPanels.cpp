@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/linux/system/ProcessFacts.h"
+#include "platform/linux/system/ProcessInfo.h"
 #include "platform/linux/x11/XcbReplies.h"
 
 namespace tavo {

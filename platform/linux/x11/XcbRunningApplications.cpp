@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-#include "platform/linux/windows/KnownProcesses.h"
+#include "platform/linux/windows/ProcessRegistry.h"
 #include "platform/linux/x11/XcbConnection.h"
 #include "platform/linux/x11/XcbWindows.h"
 
@@ -23,7 +23,7 @@ bool isLater(xcb_timestamp_t time, xcb_timestamp_t than) {
 // Which application each window is of, looked up once a window.
 class WindowOwners {
 public:
-    WindowOwners(const WindowMatching& matching, const KnownProcesses& processes,
+    WindowOwners(const WindowMatching& matching, const ProcessRegistry& processes,
                  const XcbWindowList& list, std::string asked)
         : matching_(matching),
           starts_(processes, matching),
@@ -31,11 +31,11 @@ public:
           asked_(std::move(asked)) {}
 
     [[nodiscard]] const std::string& owner(const XcbWindow& window) {
-        const XcbWindow& principal = list_.principal(window);
-        const auto [known, isNew] = owners_.try_emplace(principal.id);
+        const XcbWindow& transientRoot = list_.transientRoot(window);
+        const auto [known, isNew] = owners_.try_emplace(transientRoot.id);
         if (isNew) {
             known->second = matching_.owner(
-                principal.names, [&] { return starts_.of(principal.process); }, asked_);
+                transientRoot.names, [&] { return starts_.of(transientRoot.process); }, asked_);
         }
         return known->second;
     }
@@ -50,7 +50,7 @@ private:
 
 class XcbRunningApplications final : public RunningApplications {
 public:
-    XcbRunningApplications(std::string display, std::shared_ptr<ListedEntries> listed,
+    XcbRunningApplications(std::string display, std::shared_ptr<DesktopEntryIndex> listed,
                            UserTime userTime)
         : display_(std::move(display)),
           listed_(std::move(listed)),
@@ -215,7 +215,7 @@ private:
         Windows found;
         for (const XcbWindow& window : list.windows) {
             if (process > 0 && !window.ofDesktop &&
-                (window.process == process || list.principal(window).process == process)) {
+                (window.process == process || list.transientRoot(window).process == process)) {
                 found.push_back(&window);
             }
         }
@@ -242,14 +242,14 @@ private:
     }
 
     const std::string display_;
-    const std::shared_ptr<ListedEntries> listed_;
+    const std::shared_ptr<DesktopEntryIndex> listed_;
     const UserTime userTime_;
 
     std::mutex mutex_;                               // over all below
     std::optional<XcbConnection::Opening> opening_;  // until the server has greeted us
     std::unique_ptr<XcbConnection> connection_;
     std::unique_ptr<XcbWindows> windows_;
-    KnownProcesses processes_;
+    ProcessRegistry processes_;
     std::unordered_map<std::string, Wish> wishes_;  // by identifier
     std::optional<Found> found_;
 };
@@ -257,7 +257,7 @@ private:
 }  // namespace
 
 std::unique_ptr<RunningApplications> makeXcbRunningApplications(
-    std::string display, std::shared_ptr<ListedEntries> listed, UserTime userTime) {
+    std::string display, std::shared_ptr<DesktopEntryIndex> listed, UserTime userTime) {
     return std::make_unique<XcbRunningApplications>(std::move(display), std::move(listed),
                                                     std::move(userTime));
 }

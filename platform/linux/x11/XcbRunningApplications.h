@@ -8,7 +8,7 @@
 #include <string>
 
 #include "platform/RunningApplications.h"
-#include "platform/linux/entries/ListedEntries.h"
+#include "platform/linux/entries/DesktopEntryIndex.h"
 
 namespace tavo {
 
@@ -40,6 +40,6 @@ using UserTime = std::function<std::optional<std::uint32_t>()>;
 // nothing without one. Any thread for all of it. A server that does not answer within half a
 // second counts as one that cannot tell.
 std::unique_ptr<RunningApplications> makeXcbRunningApplications(
-    std::string display, std::shared_ptr<ListedEntries> listed, UserTime userTime);
+    std::string display, std::shared_ptr<DesktopEntryIndex> listed, UserTime userTime);
 
 }  // namespace tavo

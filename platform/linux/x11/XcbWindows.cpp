@@ -13,7 +13,7 @@
 #include <xcb/res.h>
 
 #include "platform/linux/system/HostName.h"
-#include "platform/linux/windows/Principals.h"
+#include "platform/linux/windows/TransientRoots.h"
 
 namespace tavo {
 namespace {
@@ -179,7 +179,7 @@ void XcbWindows::read(const Cookies& cookies, XcbWindow& window) {
     window.transientFor = number(cookies.transientFor).value_or(XCB_WINDOW_NONE);
 }
 
-void XcbWindows::findPrincipals(std::vector<XcbWindow>& windows) {
+void XcbWindows::findTransientRoots(std::vector<XcbWindow>& windows) {
     std::unordered_map<xcb_window_t, std::size_t> places;
     for (std::size_t i = 0; i < windows.size(); ++i) {
         places.emplace(windows[i].id, i);
@@ -190,9 +190,9 @@ void XcbWindows::findPrincipals(std::vector<XcbWindow>& windows) {
         const bool isDialog = window.transientFor != XCB_WINDOW_NONE && parent != places.end();
         parents.push_back(isDialog ? parent->second : parents.size());
     }
-    const std::vector<std::size_t> principals = principalsOf(parents);
+    const std::vector<std::size_t> transientRoots = transientRootsOf(parents);
     for (std::size_t i = 0; i < windows.size(); ++i) {
-        windows[i].principal = principals[i];
+        windows[i].transientRoot = transientRoots[i];
     }
 }
 
@@ -256,7 +256,7 @@ XcbWindowList XcbWindows::list() {
         read(cookies[i], list.windows[i]);
     }
     findProcesses(list.windows);
-    findPrincipals(list.windows);
+    findTransientRoots(list.windows);
     return list;
 }
 

@@ -12,7 +12,7 @@
 
 #include <xcb/xcb.h>
 
-#include "platform/linux/entries/ListedEntries.h"
+#include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tavo {
@@ -23,17 +23,17 @@ struct XcbWindow {
     pid_t process = 0;                            // 0: not known, or not of this host
     xcb_window_t transientFor = XCB_WINDOW_NONE;  // the window that this one is a dialog of
     bool ofDesktop = false;     // a panel, the desktop itself, a tool tip: no application's window
-    std::size_t principal = 0;  // where on the list the window is that this one is a dialog of
+    std::size_t transientRoot = 0;  // where on the list the window is that this one is a dialog of
 };
 
 struct XcbWindowList {
     std::vector<XcbWindow> windows;  // the bottom one first
     xcb_window_t active = XCB_WINDOW_NONE;
 
-    // `window` itself, or what it is a dialog of, through any number of dialogs (principalsOf), as
+    // `window` itself, or what it is a dialog of, through any number of dialogs (transientRootsOf), as
     // far as that is on the list.
-    [[nodiscard]] const XcbWindow& principal(const XcbWindow& window) const {
-        return windows[window.principal];
+    [[nodiscard]] const XcbWindow& transientRoot(const XcbWindow& window) const {
+        return windows[window.transientRoot];
     }
     // Null for a window that is not on it.
     [[nodiscard]] const XcbWindow* find(xcb_window_t window) const;
@@ -106,7 +106,7 @@ private:
     Cookies askAbout(xcb_window_t window) const;
     void read(const Cookies& cookies, XcbWindow& window);
     void findProcesses(std::vector<XcbWindow>& windows);
-    static void findPrincipals(std::vector<XcbWindow>& windows);
+    static void findTransientRoots(std::vector<XcbWindow>& windows);
     // Returns when it is the current one, or after 0.1 s: xfwm4 4.18 gives a window no focus that
     // is to be restored on a desktop not yet reached.
     void goToDesktop(std::uint32_t desktop, xcb_timestamp_t time);

@@ -15,7 +15,7 @@
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/look/Appearance.h"
 #include "ui/controls/ControlPainting.h"
-#include "ui/look/DisplayText.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/controls/PopupMenu.h"
 
 namespace tavo {

@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "ui/editor/CategoryEditor.h"
-#include "ui/editor/CategoryRow.h"
-#include "ui/editor/CategoryRows.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/editor/CategoryEditorList.h"
 
 namespace tavo {
 namespace {
@@ -48,7 +48,7 @@ protected:
         return *editor_;
     }
 
-    CategoryRows& rows() { return *editor().findChild<CategoryRows*>(); }
+    CategoryEditorList& rows() { return *editor().findChild<CategoryEditorList*>(); }
     QWidget& control(int row, int which) {
         return *rows().rowAt(row).controls().at(static_cast<std::size_t>(which));
     }
@@ -102,7 +102,7 @@ protected:
     int rowsMade() {
         int count = 0;
         for (const QWidget* const widget : editor().findChildren<QWidget*>()) {
-            count += dynamic_cast<const CategoryRow*>(widget) != nullptr ? 1 : 0;
+            count += dynamic_cast<const CategoryEditorRow*>(widget) != nullptr ? 1 : 0;
         }
         return count;
     }

@@ -22,9 +22,9 @@
 #include "tests/ui/MadeUpView.h"
 #include "ui/window/AlertSheet.h"
 #include "ui/editor/CategoryEditor.h"
-#include "ui/sidebar/CategoryList.h"
-#include "ui/editor/CategoryRow.h"
-#include "ui/editor/CategoryRows.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/editor/CategoryEditorList.h"
 #include "ui/window/LauncherView.h"
 #include "ui/grid/TileGrid.h"
 
@@ -122,7 +122,7 @@ protected:
         QCoreApplication::processEvents();
         EXPECT_EQ(layoutProblems(view()).join(u'\n').toStdString(), "");
         expectApart(list<TileGrid>());
-        expectApart(list<CategoryList>());
+        expectApart(list<SidebarList>());
         keepPicture(view(), picture);
     }
     // Items lie beside each other, none beyond the sides of its list.
@@ -181,7 +181,7 @@ TEST_P(HostileName, is_shown_everywhere_and_kept_as_it_is) {
     world.storeRules({{"a", name}, {"b", "parola, " + name}});
     view();
     EXPECT_EQ(list<TileGrid>().itemCount(), 3);
-    EXPECT_EQ(list<CategoryList>().itemCount(), 7);
+    EXPECT_EQ(list<SidebarList>().itemCount(), 7);
     expectInOrder(picture(QStringLiteral("window")));
 
     failToOpen("Non si apre: " + name);
@@ -268,7 +268,7 @@ TEST_F(BadInputTest, a_rule_text_of_a_hundred_thousand_characters_is_edited_and_
     view();
     openEditor();
     expectInOrder(QStringLiteral("rule-100000"));
-    auto* const field = dynamic_cast<QLineEdit*>(find<CategoryRows>()->rowAt(0).controls().at(2));
+    auto* const field = dynamic_cast<QLineEdit*>(find<CategoryEditorList>()->rowAt(0).controls().at(2));
     ASSERT_NE(field, nullptr);
     EXPECT_EQ(field->text().size(), 100'000);
     field->setFocus();
@@ -301,7 +301,7 @@ Categories damagedTree() {
 TEST_F(BadInputTest, a_damaged_tree_is_shown_whole_with_what_cannot_be_reached_at_the_end) {
     world.store(damagedTree());
     view();
-    const auto& rows = list<CategoryList>();
+    const auto& rows = list<SidebarList>();
     ASSERT_EQ(rows.itemCount(), 4 + 15);
     EXPECT_EQ(rows.itemName(4), QStringLiteral("Cima"));
     EXPECT_EQ(rows.itemName(15), QStringLiteral("Sé stessa"));
@@ -309,7 +309,7 @@ TEST_F(BadInputTest, a_damaged_tree_is_shown_whole_with_what_cannot_be_reached_a
     EXPECT_EQ(rows.itemName(18), QStringLiteral("Orfana"));
     expectInOrder(QStringLiteral("tree-window"));
     openEditor();
-    ASSERT_EQ(find<CategoryRows>()->rowCount(), 15);
+    ASSERT_EQ(find<CategoryEditorList>()->rowCount(), 15);
     expectInOrder(QStringLiteral("tree-editor"));
     press(QStringLiteral("Salva"));
     // The second of the twins and those without a name are gone, and no circle is left.
@@ -325,8 +325,8 @@ TEST_F(BadInputTest, a_damaged_tree_is_shown_whole_with_what_cannot_be_reached_a
 TEST_F(BadInputTest, opening_the_editor_over_two_categories_of_one_id_ends_the_program) {
     world.store({{"same", "Prima"}, {"other", "Altra"}, {"same", "Seconda"}});
     view();
-    ASSERT_EQ(list<CategoryList>().itemCount(), 4 + 2);
-    EXPECT_EQ(list<CategoryList>().itemName(4), QStringLiteral("Prima"));
+    ASSERT_EQ(list<SidebarList>().itemCount(), 4 + 2);
+    EXPECT_EQ(list<SidebarList>().itemName(4), QStringLiteral("Prima"));
     testing::FLAGS_gtest_death_test_style = "fast";
     EXPECT_EXIT(openEditor(), testing::ExitedWithCode(1), "^Duplicate values for key: 'same'\n$");
 }
@@ -357,7 +357,7 @@ TEST_F(BadInputTest, five_thousand_categories_can_be_selected_suggested_assigned
     took("window");
     expectInOrder(QStringLiteral("many-window"));
 
-    auto& rows = list<CategoryList>();
+    auto& rows = list<SidebarList>();
     ASSERT_EQ(rows.itemCount(), 4 + kMany);
     timer.restart();
     rows.setFocus(Qt::TabFocusReason);
@@ -401,7 +401,7 @@ TEST_F(BadInputTest, five_thousand_categories_can_be_selected_suggested_assigned
     timer.restart();
     openEditor();
     took("open the editor");
-    CategoryRows& edited = *find<CategoryRows>();
+    CategoryEditorList& edited = *find<CategoryEditorList>();
     ASSERT_EQ(edited.rowCount(), kMany);
     expectInOrder(QStringLiteral("many-editor"));
     timer.restart();
@@ -459,9 +459,9 @@ private:
 TEST_P(EveryFrame, holds_every_view_with_nothing_overlapping_and_nothing_cut) {
     view();
     expectInOrder(picture(QStringLiteral("window")));
-    list<CategoryList>().pressItem(1);
+    list<SidebarList>().pressItem(1);
     expectInOrder(picture(QStringLiteral("empty")));
-    list<CategoryList>().pressItem(0);
+    list<SidebarList>().pressItem(0);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("nome lungo 1"));
     expectInOrder(picture(QStringLiteral("search")));
     failToOpen("L’applicazione non è stata trovata in /usr/share/applications/" +
@@ -477,7 +477,7 @@ TEST_P(EveryFrame, holds_every_view_with_nothing_overlapping_and_nothing_cut) {
     press(QStringLiteral("OK"));
     openEditor();
     expectInOrder(picture(QStringLiteral("editor")));
-    find<CategoryRows>()->rowAt(4, true);
+    find<CategoryEditorList>()->rowAt(4, true);
     expectInOrder(picture(QStringLiteral("editor-deep")));
 }
 

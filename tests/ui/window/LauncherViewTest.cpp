@@ -11,8 +11,8 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
 #include "ui/window/AlertSheet.h"
-#include "ui/sidebar/CategoryList.h"
-#include "ui/look/DisplayText.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/window/LauncherView.h"
 #include "ui/grid/TileGrid.h"
 
@@ -144,10 +144,10 @@ TEST_F(LauncherViewTest, selecting_a_category_leaves_the_search_text) {
     world.storeFavorites({"Note"});
     view();
     QTest::keyClicks(&focused(), QStringLiteral("o"));
-    list<CategoryList>().pressItem(1);
+    list<SidebarList>().pressItem(1);
     EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
     EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QStringLiteral("o"));
-    EXPECT_TRUE(list<CategoryList>().itemIsSelected(1));
+    EXPECT_TRUE(list<SidebarList>().itemIsSelected(1));
 }
 
 TEST_F(LauncherViewTest, a_failed_opening_is_an_alert_that_ok_clears) {
@@ -217,12 +217,12 @@ TEST_F(LauncherViewTest, edited_categories_and_keywords_show_once_saved) {
     QTest::keyClick(&focused(), Qt::Key_Backtab);
     QTest::keyClick(&focused(), Qt::Key_Backtab);
     QTest::keyClicks(&focused(), QStringLiteral("note"));
-    EXPECT_EQ(list<CategoryList>().itemCount(), 7);
+    EXPECT_EQ(list<SidebarList>().itemCount(), 7);
     QTest::keyClick(&focused(), Qt::Key_Return);
     EXPECT_EQ(shown().size(), 2);
-    ASSERT_EQ(list<CategoryList>().itemCount(), 8);
-    EXPECT_EQ(list<CategoryList>().itemName(7), QStringLiteral("Scrittura"));
-    list<CategoryList>().pressItem(7);
+    ASSERT_EQ(list<SidebarList>().itemCount(), 8);
+    EXPECT_EQ(list<SidebarList>().itemName(7), QStringLiteral("Scrittura"));
+    list<SidebarList>().pressItem(7);
     EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
     EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
 }
@@ -235,7 +235,7 @@ TEST_F(LauncherViewTest, a_dismissed_editor_leaves_keywords_and_categories_as_th
     QTest::keyClick(&focused(), Qt::Key_Return);
     QTest::keyClick(&focused(), Qt::Key_Escape);
     QCoreApplication::processEvents();
-    EXPECT_EQ(list<CategoryList>().itemCount(), 5);
+    EXPECT_EQ(list<SidebarList>().itemCount(), 5);
     EXPECT_EQ(escaped, 0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     openEditor();
@@ -257,7 +257,7 @@ TEST_F(LauncherViewTest, keywords_typed_and_cancelled_change_no_rule) {
             button->click();
         }
     }
-    list<CategoryList>().pressItem(4);
+    list<SidebarList>().pressItem(4);
     EXPECT_EQ(shown(), QStringList{QStringLiteral("Apri Note")});
     EXPECT_EQ(world.defaults.writes.size(), writes);
 }
@@ -267,10 +267,10 @@ TEST_F(LauncherViewTest, behind_the_editor_everything_is_disabled) {
     view();
     openEditor();
     EXPECT_FALSE(list<TileGrid>().isEnabled());
-    EXPECT_FALSE(list<CategoryList>().isEnabled());
+    EXPECT_FALSE(list<SidebarList>().isEnabled());
     QTest::keyClick(&focused(), Qt::Key_Escape);
     EXPECT_TRUE(list<TileGrid>().isEnabled());
-    EXPECT_TRUE(list<CategoryList>().isEnabled());
+    EXPECT_TRUE(list<SidebarList>().isEnabled());
 }
 
 TEST_F(LauncherViewTest, an_error_while_categories_are_edited_waits_until_that_is_done) {
@@ -307,11 +307,11 @@ TEST_F(LauncherViewTest, a_grid_that_runs_empty_hands_the_keyboard_to_the_search
     world.install({"Note"});
     world.storeHidden({"Note"});
     view();
-    list<CategoryList>().pressItem(3);
+    list<SidebarList>().pressItem(3);
     ASSERT_EQ(shown().size(), 1);
     QTest::keyClick(&focused(), Qt::Key_Down);
     ASSERT_EQ(&focused(), &list<TileGrid>());
-    list<CategoryList>().pressItem(0);
+    list<SidebarList>().pressItem(0);
     EXPECT_TRUE(shown().isEmpty());
     EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
 }
@@ -361,7 +361,7 @@ TEST_F(LauncherViewTest, the_suggestions_end_with_a_divider_when_there_are_no_ca
     EXPECT_GT(menu->actionGeometry(menu->actions()[2]).height(), 0);
     menu->actions()[0]->trigger();
     QCoreApplication::processEvents();
-    EXPECT_TRUE(list<CategoryList>().itemIsSelected(2));
+    EXPECT_TRUE(list<SidebarList>().itemIsSelected(2));
     EXPECT_EQ(view().findChild<QMenu*>(), nullptr);
 }
 

@@ -76,7 +76,7 @@ TEST_F(XdgApplicationSourceTest, sub_folders_are_part_of_the_id) {
 }
 
 TEST_F(XdgApplicationSourceTest, a_scan_leaves_what_windows_are_recognised_by) {
-    const auto listed = std::make_shared<ListedEntries>();
+    const auto listed = std::make_shared<DesktopEntryIndex>();
     const auto source = makeXdgApplicationSource(environment_, listed);
     const std::string path = tree_.write(
         "user/applications/games/chess.desktop",

@@ -18,8 +18,8 @@ protected:
     bool shown_ = false;
     int asked_ = 0;
     int seen_ = 0;
-    std::shared_ptr<StartUnderWay> start_ =
-        std::make_shared<StartUnderWay>(StartUnderWay::Clock::now() + std::chrono::hours(1));
+    std::shared_ptr<PendingLaunch> start_ =
+        std::make_shared<PendingLaunch>(PendingLaunch::Clock::now() + std::chrono::hours(1));
     std::optional<FirstWindow> window_{std::in_place, &queue_,
                                        [this](const RunningApplication& application) {
                                            EXPECT_EQ(application, (RunningApplication{7, "app"}));

@@ -1,5 +1,5 @@
 // What becomes of the command of an entry, on each of the roads by which it can be started.
-#include "platform/linux/opening/EntryCommand.h"
+#include "platform/linux/opening/ExecKey.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
 
@@ -18,7 +18,7 @@ struct Code {
     const char* arguments;  // as the program gets them; @ stands for the entry's path
 };
 
-class EntryCommand : public OpeningTest,
+class ExecKey : public OpeningTest,
                      public testing::WithParamInterface<std::tuple<Road, Code>> {
 protected:
     void SetUp() override {
@@ -45,7 +45,7 @@ protected:
     const processes::Variable locale_{"LC_ALL", "C.UTF-8"};
 };
 
-TEST_P(EntryCommand, reaches_the_program_with_its_field_codes_filled_in) {
+TEST_P(ExecKey, reaches_the_program_with_its_field_codes_filled_in) {
     const Code& code = std::get<Code>(GetParam());
     const std::string program =
         folder_.script("program", "{ printf '[%s]' \"$@\"; echo; } >" + folder_.path("arguments") +
@@ -66,7 +66,7 @@ TEST_P(EntryCommand, reaches_the_program_with_its_field_codes_filled_in) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Roads, EntryCommand,
+    Roads, ExecKey,
     testing::Combine(
         testing::Values(Road::gio, Road::silentBus, Road::terminal),
         testing::Values(Code{"path", "%k end", "[@][end]"},

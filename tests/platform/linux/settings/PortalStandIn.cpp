@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/dbus/BusDaemon.h"
+#include "platform/linux/dbus/BusDaemonCalls.h"
 
 namespace tavo {
 namespace {

@@ -9,7 +9,7 @@
 
 #include <gio/gio.h>
 
-#include "platform/linux/dbus/GioThread.h"
+#include "platform/linux/dbus/GLibThread.h"
 
 namespace tavo {
 
@@ -59,7 +59,7 @@ private:
     bool holding_ = false;
     int questions_ = 0;
 
-    GioThread thread_;
+    GLibThread thread_;
 };
 
 }  // namespace tavo

@@ -12,12 +12,12 @@
 #include <unistd.h>
 
 #include "platform/linux/session/SessionWindowManagement.h"
-#include "platform/linux/windows/UnknownRunningApplications.h"
+#include "platform/linux/windows/NullRunningApplications.h"
 
 int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     // No other road to the front than the token.
-    const auto running = tavo::makeUnknownRunningApplications();
+    const auto running = tavo::makeNullRunningApplications();
     const auto management = tavo::makeSessionWindowManagement(*running);
     QRasterWindow window;
     window.resize(100, 80);

@@ -63,7 +63,7 @@ struct XcbRig {
     XDesktop desktop_{manager};
     std::map<pid_t, Program> programs_;
     std::unique_ptr<RunningApplications> running_ =
-        makeXcbRunningApplications(desktop_.display(), std::make_shared<ListedEntries>(), {});
+        makeXcbRunningApplications(desktop_.display(), std::make_shared<DesktopEntryIndex>(), {});
 };
 
 using Rigs = testing::Types<XcbRig<Manager::openbox>, XcbRig<Manager::xfwm4Guarded>>;
@@ -107,7 +107,7 @@ protected:
     }
 
     XDesktop desktop_{GetParam()};
-    std::shared_ptr<ListedEntries> listed_ = std::make_shared<ListedEntries>();
+    std::shared_ptr<DesktopEntryIndex> listed_ = std::make_shared<DesktopEntryIndex>();
     std::optional<xcb_timestamp_t> userTime_;
     std::unique_ptr<RunningApplications> running_;
     std::optional<WindowedProgram> app_;
@@ -338,7 +338,7 @@ TEST_P(XcbFronting, waiting_for_a_first_window_is_no_click) {
         return running_->showsWindow(started);
     });
     const auto start =
-        std::make_shared<StartUnderWay>(StartUnderWay::Clock::now() + std::chrono::hours(1));
+        std::make_shared<PendingLaunch>(PendingLaunch::Clock::now() + std::chrono::hours(1));
     firstWindow.await({app_->process(), kApp}, start, [this] {
         running_->activateAllWindows({app_->process(), kApp});
     });

@@ -43,7 +43,7 @@ protected:
     }
 
     XDesktop desktop_{Manager::none};
-    std::shared_ptr<ListedEntries> listed_ = std::make_shared<ListedEntries>();
+    std::shared_ptr<DesktopEntryIndex> listed_ = std::make_shared<DesktopEntryIndex>();
     std::unique_ptr<RunningApplications> running_;
     std::optional<WindowedProgram> program_;
 };
@@ -283,7 +283,7 @@ TEST_F(XcbRunningApplicationsTest, every_thread_may_ask_and_activate) {
 
 TEST(XcbRunningApplications, a_server_that_is_not_there_cannot_tell) {
     const auto running =
-        makeXcbRunningApplications(":7654321", std::make_shared<ListedEntries>(), {});
+        makeXcbRunningApplications(":7654321", std::make_shared<DesktopEntryIndex>(), {});
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);
     running->activateAllWindows({::getpid(), "a.desktop"});
@@ -291,7 +291,7 @@ TEST(XcbRunningApplications, a_server_that_is_not_there_cannot_tell) {
 
 TEST(XcbRunningApplications, a_server_that_dies_ends_nothing_and_cannot_tell) {
     auto desktop = std::make_unique<XDesktop>(Manager::none);
-    const auto listed = std::make_shared<ListedEntries>();
+    const auto listed = std::make_shared<DesktopEntryIndex>();
     const auto running = makeXcbRunningApplications(desktop->display(), listed, {});
     auto program = std::make_unique<WindowedProgram>(*desktop);
     desktop->claim({program->open("class=a")});
@@ -329,7 +329,7 @@ private:
 TEST(XcbRunningApplications, a_grabbed_server_holds_nobody_up_for_long) {
     XDesktop desktop(Manager::none);
     const auto running =
-        makeXcbRunningApplications(desktop.display(), std::make_shared<ListedEntries>(), {});
+        makeXcbRunningApplications(desktop.display(), std::make_shared<DesktopEntryIndex>(), {});
     WindowedProgram program(desktop);
     desktop.claim({program.open("class=a")});
     ASSERT_EQ(running->withIdentifier("a.desktop").size(), 1U);
@@ -351,7 +351,7 @@ TEST(XcbRunningApplications, a_grabbed_server_holds_up_the_look_for_a_window_onc
     for (const bool connectedBefore : {true, false}) {
         SCOPED_TRACE(connectedBefore ? "connected before" : "not connected before");
         const auto running =
-            makeXcbRunningApplications(desktop.display(), std::make_shared<ListedEntries>(), {});
+            makeXcbRunningApplications(desktop.display(), std::make_shared<DesktopEntryIndex>(), {});
         if (connectedBefore) {
             ASSERT_FALSE(running->showsWindow(started));
         }

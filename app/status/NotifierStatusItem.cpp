@@ -1,0 +1,82 @@
+#include "app/status/NotifierStatusItem.h"
+
+#include <QGuiApplication>
+#include <QRectF>
+#include <utility>
+
+#include "ui/look/Texts.h"
+
+namespace tavo {
+namespace {
+
+enum Entry : std::uint8_t {
+    kOpen,
+    kDivider,
+    kQuit,
+    kEntries,
+};
+
+std::string utf8(QStringView text) {
+    return text.toUtf8().toStdString();
+}
+
+std::vector<StatusItemMenuEntry> menuEntries() {
+    std::vector<StatusItemMenuEntry> entries(kEntries);
+    entries[kOpen] = {.text = utf8(texts::kOpenLauncher), .controlKey = ""};
+    entries[kQuit] = {.text = utf8(texts::kQuitLauncher), .controlKey = "q"};
+    return entries;
+}
+
+std::vector<StatusItemImage> images(Ground ground) {
+    std::vector<StatusItemImage> images;
+    for (const int side : kSymbolSides) {
+        const QImage symbol = statusSymbol(ground, side).convertToFormat(QImage::Format_ARGB32);
+        StatusItemImage image = {.side = side, .pixels = {}};
+        for (int y = 0; y < side; ++y) {
+            const auto* const row = reinterpret_cast<const QRgb*>(symbol.constScanLine(y));
+            image.pixels.insert(image.pixels.end(), row, row + side);
+        }
+        images.push_back(std::move(image));
+    }
+    return images;
+}
+
+QRect logical(const PanelPlace& place) {
+    const qreal scale = qGuiApp->devicePixelRatio();
+    return QRectF(place.x / scale, place.y / scale, place.width / scale, place.height / scale)
+        .toRect();
+}
+
+}  // namespace
+
+NotifierStatusItem::NotifierStatusItem(StatusItemHosts& hosts, Actions actions)
+    : hosts_(hosts), actions_(std::move(actions)) {
+    clicks_ = hosts_.clicked.subscribe([this](const StatusItemClick& click) { clicked(click); });
+    hosts_.offer({.title = utf8(texts::kProgramName),
+                  .images = images(Ground::Unknown),
+                  .menu = menuEntries()});
+    look();
+}
+
+NotifierStatusItem::~NotifierStatusItem() {
+    hosts_.withdraw();
+}
+
+void NotifierStatusItem::clicked(const StatusItemClick& click) const {
+    if (click.entry == kQuit) {
+        actions_.quit();
+    } else if (!click.entry || click.entry == kOpen) {
+        actions_.show(click.request);
+    }
+}
+
+Ground NotifierStatusItem::ground() {
+    const auto panel = hosts_.panel();
+    return panel ? groundOfPanel(logical(*panel)) : Ground::Unknown;
+}
+
+void NotifierStatusItem::paint(Ground ground) {
+    hosts_.repaint(images(ground));
+}
+
+}  // namespace tavo

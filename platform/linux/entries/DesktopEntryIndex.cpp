@@ -1,0 +1,201 @@
+#include "platform/linux/entries/DesktopEntryIndex.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "platform/linux/entries/DesktopFileId.h"
+
+namespace tavo {
+namespace {
+
+// Sorted. Versions at the end are taken off before.
+constexpr auto kGenericPrograms = std::to_array<std::string_view>({
+    // clang-format off
+    "alacritty", "ash", "aterm", "bash", "bubblewrap", "bun", "busybox", "bwrap",
+    "cool-retro-term", "csh", "dash", "dbus-launch", "dbus-run-session", "deno", "distrobox",
+    "distrobox-enter", "doas", "docker", "dotnet", "electron", "env", "eterm", "exo-open",
+    "firejail", "fish", "flatpak", "foot", "footclient", "gamemoderun", "gdb", "gio", "gjs",
+    "gjs-console", "gksu", "gksudo", "gnome-terminal", "gtk-launch", "guake", "guile", "ionice",
+    "java", "javaw", "kde-open", "kdesu", "kgx", "kioclient", "kitty", "konsole", "ksh", "lua",
+    "luajit", "lxterm", "lxterminal", "mangohud", "mate-terminal", "mksh", "mlterm", "mono",
+    "nice", "node", "nodejs", "nohup", "nw", "optirun", "perl", "php", "pkexec", "podman",
+    "prime-run", "primusrun", "proton", "ptyxis", "pypy", "python", "qml", "qmlscene",
+    "qterminal", "ruby", "run", "rxvt", "sakura", "setsid", "sh", "snap", "st", "stdbuf", "steam",
+    "strace", "su", "sudo", "systemd-inhibit", "systemd-run", "tclsh", "tcsh", "terminator",
+    "terminology", "tilda", "tilix", "timeout", "toolbox", "urxvt", "uxterm", "wezterm", "wine",
+    "wine-stable", "wish", "x-terminal-emulator", "xdg-open", "xdg-terminal-exec",
+    "xfce4-terminal", "xterm", "yakuake", "yash", "zsh",
+    // clang-format on
+});
+static_assert(std::is_sorted(kGenericPrograms.begin(), kGenericPrograms.end()));
+
+std::string folded(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return lower;
+}
+
+std::string withoutSuffix(std::string_view identifier) {
+    return folded(withoutEntrySuffix(identifier));
+}
+
+}  // namespace
+
+bool isGenericProgram(std::string_view name) {
+    const std::string lower = folded(name);
+    std::string_view bare = lower;
+    const auto isGeneric = [&] {
+        return std::binary_search(kGenericPrograms.begin(), kGenericPrograms.end(), bare);
+    };
+    if (isGeneric()) {
+        return true;
+    }
+    const std::size_t last = bare.find_last_not_of("0123456789.-");
+    bare = bare.substr(0, last == std::string_view::npos ? 0 : last + 1);
+    return isGeneric();
+}
+
+WindowMatching::WindowMatching(std::vector<ListedEntry> entries) : entries_(std::move(entries)) {
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        const ListedEntry& entry = entries_[i];
+        if (!entry.startupWmClass.empty()) {
+            byWmClass_[folded(entry.startupWmClass)].push_back(i);
+        }
+        byIdentifier_[withoutSuffix(entry.identifier)].push_back(i);
+        if (!entry.program.empty()) {
+            byProgram_[folded(entry.program)].push_back(i);
+        }
+        byExactIdentifier_.emplace(entry.identifier, i);
+        byPath_.emplace(entry.path, i);
+    }
+}
+
+// One window's way through the reasons.
+class WindowMatching::Search {
+public:
+    Search(const WindowMatching& matching, const WindowNames& names,
+           const LaunchedFrom& launchedFrom, const std::string& asked)
+        : matching_(matching),
+          names_({folded(names.instance), folded(names.className), folded(names.appId)}),
+          launchedFrom_(launchedFrom) {
+        if (!asked.empty() && !matching.byExactIdentifier_.contains(asked)) {
+            asked_ = asked;
+            askedName_ = withoutSuffix(asked);
+        }
+    }
+
+    // The first reason that leaves one entry decides. One that leaves several says that the window
+    // is one of theirs, whatever weaker reasons say of others; so from then on only those count.
+    std::string owner() {
+        std::vector<std::size_t> left;
+        for (const auto reason : {&Search::byWmClass, &Search::byIdentifier, &Search::byProgram}) {
+            for (const std::string& name : names_) {
+                std::vector<std::size_t> found = among(left, (this->*reason)(name));
+                if (found.size() == 1) {
+                    return identifier(found.front());
+                }
+                if (found.size() > 1 && left.empty()) {
+                    if (const auto from = launchedFrom(); from && contains(found, *from)) {
+                        return identifier(*from);
+                    }
+                    left = std::move(found);
+                }
+            }
+        }
+        const auto from = left.empty() ? launchedFrom() : std::nullopt;
+        return from ? identifier(*from) : std::string();
+    }
+
+private:
+    // Stands for the asked-for application among the indices of entries.
+    static constexpr std::size_t kAsked = static_cast<std::size_t>(-1);
+
+    static bool contains(const std::vector<std::size_t>& entries, std::size_t entry) {
+        return std::find(entries.begin(), entries.end(), entry) != entries.end();
+    }
+
+    // Those of `found` that are left; all while nothing has been left out.
+    static std::vector<std::size_t> among(const std::vector<std::size_t>& left,
+                                          std::vector<std::size_t> found) {
+        if (!left.empty()) {
+            std::erase_if(found, [&](std::size_t entry) { return !contains(left, entry); });
+        }
+        return found;
+    }
+
+    // No name finds nothing.
+    static std::vector<std::size_t> at(const Index& index, const std::string& name) {
+        const auto found = name.empty() ? index.end() : index.find(name);
+        return found == index.end() ? std::vector<std::size_t>() : found->second;
+    }
+
+    [[nodiscard]] std::vector<std::size_t> byWmClass(const std::string& name) const {
+        return at(matching_.byWmClass_, name);
+    }
+
+    [[nodiscard]] std::vector<std::size_t> byIdentifier(const std::string& name) const {
+        std::vector<std::size_t> found = at(matching_.byIdentifier_, name);
+        if (!askedName_.empty() && name == askedName_) {
+            found.push_back(kAsked);
+        }
+        return found;
+    }
+
+    [[nodiscard]] std::vector<std::size_t> byProgram(const std::string& name) const {
+        std::vector<std::size_t> found = at(matching_.byProgram_, name);
+        if (found.size() != 1 || !matching_.entries_[found.front()].startupWmClass.empty() ||
+            isGenericProgram(name)) {
+            return {};
+        }
+        return found;
+    }
+
+    [[nodiscard]] std::optional<std::size_t> launchedFrom() const {
+        const std::string from = launchedFrom_ ? launchedFrom_() : std::string();
+        if (!from.empty() && from == asked_) {
+            return kAsked;
+        }
+        const auto found = matching_.byExactIdentifier_.find(from);
+        return found == matching_.byExactIdentifier_.end() ? std::nullopt
+                                                           : std::optional(found->second);
+    }
+
+    [[nodiscard]] const std::string& identifier(std::size_t entry) const {
+        return entry == kAsked ? asked_ : matching_.entries_[entry].identifier;
+    }
+
+    const WindowMatching& matching_;
+    const std::array<std::string, 3> names_;
+    const LaunchedFrom& launchedFrom_;
+    std::string asked_;
+    std::string askedName_;
+};
+
+std::string WindowMatching::owner(const WindowNames& names, const LaunchedFrom& launchedFrom,
+                                  const std::string& asked) const {
+    return Search(*this, names, launchedFrom, asked).owner();
+}
+
+std::string WindowMatching::identifierAt(const std::string& path) const {
+    const auto found = byPath_.find(path);
+    return found == byPath_.end() ? std::string() : entries_[found->second].identifier;
+}
+
+void DesktopEntryIndex::replace(std::vector<ListedEntry> entries) {
+    const std::lock_guard lock(mutex_);
+    entries_ = std::move(entries);
+    matching_.reset();
+}
+
+std::shared_ptr<const WindowMatching> DesktopEntryIndex::matching() {
+    const std::lock_guard lock(mutex_);
+    if (!matching_) {
+        matching_ = std::make_shared<WindowMatching>(std::exchange(entries_, {}));
+    }
+    return matching_;
+}
+
+}  // namespace tavo

@@ -1,0 +1,36 @@
+#include "platform/linux/session/WindowListing.h"
+
+#include <array>
+#include <string>
+
+#include "platform/linux/wayland/WaylandToplevels.h"
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tavo {
+namespace {
+
+// A manager of the Extended Window Manager Hints says so on the root window.
+bool hasWindowManager(const std::string& display) {
+    const auto connection = display.empty() ? nullptr : XcbConnection::open(display);
+    if (!connection) {
+        return false;
+    }
+    connection->beginExchange();
+    constexpr std::array kNames = {"_NET_SUPPORTING_WM_CHECK"};
+    const xcb_atom_t check = connection->atoms(kNames).front();
+    const auto answer = connection->reply<xcb_get_property_reply_t>(
+        xcb_get_property(connection->get(), 0, connection->root(), check, XCB_ATOM_WINDOW, 0, 1));
+    return answer && answer->type == XCB_ATOM_WINDOW;
+}
+
+}  // namespace
+
+bool canListWindows(const StartEnvironment& environment, bool wayland) {
+    if (!wayland) {
+        return hasWindowManager(environment.value("DISPLAY").value_or(""));
+    }
+    const auto windows = WaylandToplevels::ask(environment.value("WAYLAND_DISPLAY").value_or(""));
+    return windows && windows->tells();
+}
+
+}  // namespace tavo

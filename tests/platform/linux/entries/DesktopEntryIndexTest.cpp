@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include "platform/linux/entries/DesktopEntryIndex.h"
+
+namespace tavo {
+namespace {
+
+constexpr const char* kChrome = "google-chrome.desktop";
+constexpr const char* kMail = "chrome-mail.desktop";
+
+const std::vector<ListedEntry> kEntries = {
+    {kChrome, "/a/google-chrome.desktop", "Google-chrome", "google-chrome-stable"},
+    {kMail, "/a/chrome-mail.desktop", "crx_mail", "google-chrome-stable"},
+    {"org.example.Editor.desktop", "/a/org.example.Editor.desktop", "", "editor"},
+    {"org.example.Tool.desktop", "/a/org.example.Tool.desktop", "", "tool"},
+    {"tool-settings.desktop", "/a/tool-settings.desktop", "", "tool"},
+    {"named.desktop", "/a/named.desktop", "Stated", "named-program"},
+    {"script.desktop", "/a/script.desktop", "", "python3.11"},
+    {"one.desktop", "/a/one.desktop", "Shared", "one"},
+    {"two.desktop", "/a/two.desktop", "shared", "two"},
+    {"shared.desktop", "/a/shared.desktop", "", "shared-program"},
+    {"kde-chess.desktop", "/a/kde/chess.desktop", "", ""},
+};
+
+struct Row {
+    const char* name;
+    WindowNames names;
+    const char* launchedFrom;
+    const char* asked;
+    const char* owner;
+};
+
+const Row kRows[] = {
+    {"the instance comes before the class", {"crx_mail", "Google-chrome", ""}, "", "", kMail},
+    {"the class is the stated one", {"google-chrome (x)", "Google-chrome", ""}, "", "", kChrome},
+    {"the application id is the stated one", {"", "", "stated"}, "", "", "named.desktop"},
+    {"case does not count", {"", "GOOGLE-CHROME", ""}, "", "", kChrome},
+    {"letters beyond ASCII are compared as they are", {"", "st\u00c4ted", ""}, "", "", ""},
+    {"the instance is the id", {"kde-chess", "Chess", ""}, "", "", "kde-chess.desktop"},
+    {"the class is the id", {"x", "Org.Example.Editor", ""}, "", "", "org.example.Editor.desktop"},
+    {"the application id is the id",
+     {"x", "X", "org.example.Tool"},
+     "",
+     "",
+     "org.example.Tool.desktop"},
+    {"a stated class is stronger than an id", {"named", "Google-chrome", ""}, "", "", kChrome},
+    {"an id counts beside a stated class", {"named", "Named", ""}, "", "", "named.desktop"},
+    {"a program that one entry has counts",
+     {"editor", "Editor", ""},
+     "",
+     "",
+     "org.example.Editor.desktop"},
+    {"a program that two entries have does not", {"x", "Tool", ""}, "", "", ""},
+    {"nor that of an entry that states a class", {"named-program", "Y", ""}, "", "", ""},
+    {"nor an interpreter", {"python3.11", "Python3.11", ""}, "", "", ""},
+    {"part of a name is nothing", {"edit", "editor2", ""}, "", "", ""},
+    {"an id with its suffix is not the id", {"kde-chess.desktop", "", ""}, "", "", ""},
+    {"a nameless window is where its process was started from",
+     {"", "", ""},
+     "script.desktop",
+     "",
+     "script.desktop"},
+    {"a foreign name, too", {"my-script", "My-script", ""}, "script.desktop", "", "script.desktop"},
+    {"names are stronger than where it was started from",
+     {"kde-chess", "", ""},
+     "script.desktop",
+     "",
+     "kde-chess.desktop"},
+    {"a window started from what is not listed is nobody's", {"", "", ""}, "gone.desktop", "", ""},
+    {"of two with one class the one it was started from",
+     {"Shared", "", ""},
+     "two.desktop",
+     "",
+     "two.desktop"},
+    {"of two with one class the one whose id the window has, too",
+     {"one", "Shared", ""},
+     "",
+     "",
+     "one.desktop"},
+    {"of two with one class neither without a reason", {"x", "Shared", ""}, "", "", ""},
+    {"nor a third one with a weaker reason", {"shared", "x", ""}, "script.desktop", "", ""},
+    {"the asked-for bundle has its identifier",
+     {"x", "org.example.Bundle", ""},
+     "",
+     "org.example.Bundle",
+     "org.example.Bundle"},
+    {"and what was started as it",
+     {"x", "y", ""},
+     "org.example.Bundle",
+     "org.example.Bundle",
+     "org.example.Bundle"},
+    {"an unlisted entry has its id", {"x", "Gone", ""}, "", "gone.desktop", "gone.desktop"},
+    {"but a listed one with a stronger reason wins",
+     {"gone", "Google-chrome", ""},
+     "",
+     "gone.desktop",
+     kChrome},
+    {"and one with the same reason leaves it nobody's",
+     {"kde-chess", "", ""},
+     "",
+     "KDE-chess.desktop",
+     ""},
+    {"nothing is nothing", {"", "", ""}, "", "", ""},
+};
+
+TEST(WindowMatching, a_window_belongs_to_the_entry_with_the_strongest_reason) {
+    const WindowMatching matching(kEntries);
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(matching.owner(
+                      row.names, [&] { return std::string(row.launchedFrom); }, row.asked),
+                  row.owner);
+    }
+}
+
+TEST(WindowMatching, the_process_is_not_looked_at_where_the_names_decide) {
+    const WindowMatching matching(kEntries);
+    bool asked = false;
+    const auto note = [&] {
+        asked = true;
+        return std::string();
+    };
+    EXPECT_EQ(matching.owner({"", "Google-chrome", ""}, note), kChrome);
+    EXPECT_FALSE(asked);
+    EXPECT_EQ(matching.owner({"", "unknown", ""}, note), "");
+    EXPECT_TRUE(asked);
+}
+
+TEST(WindowMatching, a_listed_file_tells_its_identifier) {
+    const WindowMatching matching(kEntries);
+    EXPECT_EQ(matching.identifierAt("/a/kde/chess.desktop"), "kde-chess.desktop");
+    EXPECT_EQ(matching.identifierAt("/b/kde/chess.desktop"), "");
+    EXPECT_EQ(matching.identifierAt(""), "");
+}
+
+TEST(WindowMatching, nothing_listed_leaves_every_window_nobodys) {
+    EXPECT_EQ(WindowMatching({}).owner({"a", "b", "c"}, nullptr), "");
+    EXPECT_EQ(WindowMatching({}).owner({"", "", ""}, nullptr, ".desktop"), "");
+}
+
+TEST(DesktopEntryIndex, the_latest_list_holds) {
+    DesktopEntryIndex listed;
+    EXPECT_EQ(listed.matching()->identifierAt("/a/one.desktop"), "");
+    listed.replace(kEntries);
+    const auto first = listed.matching();
+    EXPECT_EQ(first->identifierAt("/a/one.desktop"), "one.desktop");
+    EXPECT_EQ(listed.matching(), first);
+    listed.replace({});
+    EXPECT_EQ(listed.matching()->identifierAt("/a/one.desktop"), "");
+    EXPECT_EQ(first->identifierAt("/a/one.desktop"), "one.desktop");
+}
+
+TEST(GenericPrograms, interpreters_shells_wrappers_and_terminals_are_generic) {
+    for (const char* const name :
+         {"sh", "bash", "Python", "python3", "python3.11", "perl5.36.0", "env", "flatpak", "snap",
+          "xterm", "XTerm", "xfce4-terminal", "gnome-terminal", "wine", "java", "st"}) {
+        EXPECT_TRUE(isGenericProgram(name)) << name;
+    }
+    for (const char* const name : {"", "7", "gimp-2.10", "editor", "shotwell", "pythonista",
+                                   "bashtop", "stellarium", "xterminal", "0ad"}) {
+        EXPECT_FALSE(isGenericProgram(name)) << name;
+    }
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,32 @@
+#include <QApplication>
+#include <QLineEdit>
+#include <QTimerEvent>
+#include <QtTest/QTest>
+
+#include <gtest/gtest.h>
+
+#include "ui/controls/CursorBlinkTimeout.h"
+
+namespace tavo {
+namespace {
+
+TEST(CursorBlinkTimeout, the_caret_rests_after_its_time_and_blinks_again_with_the_next_key) {
+    const int usual = QApplication::cursorFlashTime();
+    QApplication::setCursorFlashTime(1000);
+    {
+        CursorBlinkTimeout rest;
+        QLineEdit line;
+        line.show();
+        QTest::keyClick(&line, Qt::Key_A);
+        EXPECT_EQ(QApplication::cursorFlashTime(), 1000);
+        QTimerEvent over(0);
+        QCoreApplication::sendEvent(&rest, &over);
+        EXPECT_EQ(QApplication::cursorFlashTime(), 0);
+        QTest::keyClick(&line, Qt::Key_B);
+        EXPECT_EQ(QApplication::cursorFlashTime(), 1000);
+    }
+    QApplication::setCursorFlashTime(usual);
+}
+
+}  // namespace
+}  // namespace tavo

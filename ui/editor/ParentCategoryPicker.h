@@ -1,0 +1,52 @@
+// The picker of a category's place in the tree.
+#pragma once
+
+#include <QComboBox>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "catalogue/LauncherCategory.h"
+#include "ui/accessibility/AccessibleItems.h"
+#include "ui/editor/Binding.h"
+
+namespace tavo {
+
+// Offers the top level and every candidate, as of the last refresh. A parent that is no candidate
+// shows as nothing, and stays until another is picked. Main thread.
+class ParentCategoryPicker final : public QComboBox, public AccessibleItems {
+public:
+    using Candidates = std::function<std::span<const LauncherCategory>()>;
+
+    ParentCategoryPicker(Binding<std::optional<std::string>> parentID, Candidates candidates,
+                   QWidget* parent);
+
+    // Reads candidates and choice again.
+    void refresh();
+
+    QSize sizeHint() const override;
+
+    // To a screen reader it is a combo box with its choices, each of which can be pressed.
+    int itemCount() const override { return count(); }
+    const std::string& itemKey(int index) const override;
+    QString itemName(int index) const override { return itemText(index); }
+    QRect itemRect(int) const override { return rect(); }
+    bool itemIsSelected(int index) const override { return index == currentIndex(); }
+    bool itemHasFocus(int) const override { return false; }
+    void pressItem(int index) override;
+    void focusItem(int) override { setFocus(); }
+    QString itemsValue() const override { return currentText(); }
+
+protected:
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    class Entries;
+
+    Binding<std::optional<std::string>> parentID_;
+    Candidates candidates_;
+    Entries* entries_;
+};
+
+}  // namespace tavo

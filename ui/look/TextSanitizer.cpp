@@ -1,0 +1,91 @@
+#include "ui/look/TextSanitizer.h"
+
+namespace tavo {
+namespace {
+
+bool turnsDirection(char16_t c) {
+    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+// The first `longest` characters, never half of one, and an ellipsis.
+QString cut(QString text, qsizetype longest) {
+    text.truncate(longest);
+    if (!text.isEmpty() && text.back().isHighSurrogate()) {
+        text.chop(1);
+    }
+    return text + u'…';
+}
+
+QString shortened(const QString& text, qsizetype longest) {
+    return text.size() > longest ? cut(text, longest) : text;
+}
+
+QString cleaned(std::string_view utf8, qsizetype longest, bool keepLineBreaks) {
+    // A scalar has at most four bytes: what is past that many can never be shown.
+    const std::string_view head = utf8.substr(0, static_cast<std::size_t>(longest) * 4);
+    QString text = QString::fromUtf8(head.data(), static_cast<qsizetype>(head.size()));
+    QString shown;
+    shown.reserve(text.size());
+    for (const QChar character : std::as_const(text)) {
+        const char16_t c = character.unicode();
+        if (c == u'\n' && keepLineBreaks) {
+            shown += character;
+        } else if (c == u'\t' || c == u'\n' || c == u'\r' || c == 0x2028 || c == 0x2029) {
+            shown += u' ';
+        } else if (c < 0x20) {
+            shown += QChar(static_cast<char16_t>(0x2400 + c));
+        } else if (c == 0x7F) {
+            shown += QChar(u'\u2421');
+        } else if (c >= 0x80 && c < 0xA0) {
+            shown += QChar(QChar::ReplacementCharacter);
+        } else if (!turnsDirection(c)) {
+            shown += character;
+        }
+    }
+    if (shown.size() > longest || head.size() < utf8.size()) {
+        shown = cut(shown, longest);
+    }
+    return shown;
+}
+
+}  // namespace
+
+QString displayText(std::string_view utf8, qsizetype longest) {
+    return cleaned(utf8, longest, false);
+}
+
+QString menuText(std::string_view utf8) {
+    return displayText(utf8).replace(u'&', QStringLiteral("&&"));
+}
+
+QString toolTipText(const QString& text) {
+    constexpr qsizetype kLongest = 400;
+    // The element makes it rich text for certain, whatever the name looks like.
+    return text.isEmpty()
+               ? text
+               : QStringLiteral("<span>") + breakable(shortened(text, kLongest)).toHtmlEscaped() +
+                     QStringLiteral("</span>");
+}
+
+QString breakable(const QString& text) {
+    constexpr int kLongestWord = 30;
+    constexpr QChar kBreak(0x200B);
+    QString result;
+    int run = 0;
+    for (const QChar character : text) {
+        result += character;
+        run = character.isSpace() ? 0 : run + 1;
+        // Never inside a pair of surrogates, nor between a letter and its marks.
+        if ((character == u'/' || run >= kLongestWord) && !character.isHighSurrogate()) {
+            result += kBreak;
+            run = 0;
+        }
+    }
+    return result;
+}
+
+QString displayMessage(std::string_view utf8, qsizetype longest) {
+    return cleaned(utf8, longest, true);
+}
+
+}  // namespace tavo

@@ -1,0 +1,306 @@
+#include "ui/sidebar/SidebarList.h"
+
+#include <QFontMetrics>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QToolTip>
+#include <algorithm>
+#include <utility>
+
+#include "ui/look/TextSanitizer.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/ElidedText.h"
+#include "ui/look/Symbols.h"
+#include "ui/look/Texts.h"
+#include "ui/controls/ThinScrollBar.h"
+
+namespace tavo {
+namespace {
+
+using namespace metrics;
+
+constexpr int kRowHeight = kSymbol + 2 * kRowVertical;
+constexpr int kRowPitch = kRowHeight + kSidebarSpacing;
+
+}  // namespace
+
+SidebarList::SidebarList(QWidget* parent)
+    : QAbstractScrollArea(parent), appearance_(palette()), scrollBar_(new ThinScrollBar(*this)) {
+    setFrameShape(QFrame::NoFrame);
+    // By the keyboard only: a click acts, and typing goes on in the search.
+    setFocusPolicy(Qt::TabFocus);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    setAccessibleName(texts::kCategories.toString());
+    viewport()->setAutoFillBackground(false);
+}
+
+void SidebarList::setRows(std::vector<Row> rows) {
+    if (rows == rows_) {
+        return;
+    }
+    const bool sameItems =
+        std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
+                   [](const Row& one, const Row& other) { return one.id == other.id; });
+    const std::vector<Row> before = std::exchange(rows_, std::move(rows));
+    current_ = keyboardRow(before);
+    if (sameItems) {
+        announceMarks(*this);
+        for (int index = 0; index < itemCount(); ++index) {
+            if (row(index).selected != before[static_cast<std::size_t>(index)].selected) {
+                announceSelection(*this, index);
+            }
+        }
+    } else {
+        announceItems(*this);
+        updateGeometry();
+        relayout();
+    }
+    if (hasFocus()) {
+        announceFocusSoon();
+    }
+    viewport()->update();
+}
+
+// The keyboard stays with its category, but goes along when another one is selected.
+int SidebarList::keyboardRow(const std::vector<Row>& before) const {
+    const auto isSelected = [](const Row& row) { return row.selected; };
+    const auto selected = std::find_if(rows_.begin(), rows_.end(), isSelected);
+    const auto selectedBefore = std::find_if(before.begin(), before.end(), isSelected);
+    const bool sameSelection = selected != rows_.end() && selectedBefore != before.end() &&
+                               selected->id == selectedBefore->id;
+    auto found = selected;
+    if (sameSelection && current_ >= 0 && current_ < static_cast<int>(before.size())) {
+        const std::string& id = before[static_cast<std::size_t>(current_)].id;
+        found =
+            std::find_if(rows_.begin(), rows_.end(), [&](const Row& row) { return row.id == id; });
+        found = found == rows_.end() ? selected : found;
+    }
+    return found == rows_.end() ? 0 : static_cast<int>(found - rows_.begin());
+}
+
+QSize SidebarList::sizeHint() const {
+    return {kSidebarWidth - kSidebarPadding,
+            std::max(0, itemCount() * kRowPitch - kSidebarSpacing)};
+}
+
+void SidebarList::relayout() {
+    verticalScrollBar()->setPageStep(viewport()->height());
+    verticalScrollBar()->setSingleStep(kRowPitch);
+    verticalScrollBar()->setRange(0, std::max(0, sizeHint().height() - viewport()->height()));
+}
+
+QRect SidebarList::itemRect(int index) const {
+    // The sidebar's padding at the right is the scroll bar's.
+    const int width = viewport()->width() - kSidebarPadding;
+    const int furthest = width - 2 * kRowHorizontal - kSymbol - kSymbolSpacing - kSmallestLabel;
+    const int indentation = std::min(row(index).depth * kIndentation, std::max(0, furthest));
+    return {indentation, index * kRowPitch - verticalScrollBar()->value(), width - indentation,
+            kRowHeight};
+}
+
+QRect SidebarList::labelRect(int index) const {
+    return itemRect(index).adjusted(kRowHorizontal + kSymbol + kSymbolSpacing, 0, -kRowHorizontal,
+                                    0);
+}
+
+QString SidebarList::itemName(int index) const {
+    return displayText(row(index).name);
+}
+
+QString SidebarList::itemDescription(int index) const {
+    const int depth = row(index).depth;
+    return depth > 0 ? texts::kLevelPrefix.toString() + QString::number(depth + 1) : QString();
+}
+
+QString SidebarList::elided(int index) const {
+    return fitted(itemName(index), QFontMetrics(interfaceFont(kBody)), labelRect(index).width());
+}
+
+int SidebarList::rowAt(QPoint point) const {
+    const int index = (point.y() + verticalScrollBar()->value()) / kRowPitch;
+    return index >= 0 && index < itemCount() && itemRect(index).contains(point) ? index : -1;
+}
+
+void SidebarList::pressItem(int index) {
+    const std::string id = row(index).id;  // the rows may be others before it is answered
+    onSelect(id);
+}
+
+void SidebarList::focusItem(int index) {
+    setCurrent(index);
+    setFocus(Qt::OtherFocusReason);
+    announceFocusSoon();
+}
+
+void SidebarList::paintEvent(QPaintEvent* event) {
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int offset = verticalScrollBar()->value();
+    const int first = std::max(0, (event->rect().top() + offset) / kRowPitch);
+    const int last = std::min(itemCount() - 1, (event->rect().bottom() + offset) / kRowPitch);
+    for (int index = first; index <= last; ++index) {
+        paintRow(painter, index);
+    }
+}
+
+void SidebarList::paintRow(QPainter& painter, int index) const {
+    const QRect rect = itemRect(index);
+    const bool focused = hasFocus() && index == current_;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(row(index).selected ? QBrush(appearance_.selection) : QBrush(Qt::NoBrush));
+    painter.drawRoundedRect(rect, kRowRadius, kRowRadius);
+    if (focused) {
+        painter.setPen(QPen(appearance_.focusRing, 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRowRadius - 1,
+                                kRowRadius - 1);
+    }
+    const QRect symbol(rect.left() + kRowHorizontal, rect.top() + kRowVertical, kSymbol, kSymbol);
+    drawSymbol(painter, symbol, categorySymbol(QString::fromStdString(row(index).name)),
+               row(index).selected ? appearance_.accentOnSelection : appearance_.accent);
+    painter.setFont(interfaceFont(kBody));
+    painter.setPen(appearance_.text);
+    drawOneLine(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, elided(index));
+}
+
+void SidebarList::resizeEvent(QResizeEvent*) {
+    scrollBar_->place();
+    relayout();
+}
+
+void SidebarList::scrollContentsBy(int, int) {
+    viewport()->update();
+}
+
+void SidebarList::setCurrent(int index) {
+    current_ = std::clamp(index, 0, itemCount() - 1);
+    QScrollBar& bar = *verticalScrollBar();
+    const int top = current_ * kRowPitch;
+    bar.setValue(std::min(std::max(bar.value(), top + kRowHeight - viewport()->height()), top));
+    viewport()->update();
+    if (hasFocus()) {
+        announceFocus(*this, current_);
+    }
+}
+
+// The toolkit says that the list has the keyboard after it has given it; which item has it is to
+// be the last word.
+void SidebarList::announceFocusSoon() {
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (hasFocus() && !rows_.empty()) {
+                announceFocus(*this, current_);
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void SidebarList::wheelEvent(QWheelEvent* event) {
+    if (!scrollBar_->scrollByPixels(*event)) {
+        QAbstractScrollArea::wheelEvent(event);
+    }
+}
+
+void SidebarList::keyPressEvent(QKeyEvent* event) {
+    if (rows_.empty() || (event->modifiers() & ~Qt::KeypadModifier) != 0) {
+        event->ignore();
+        return;
+    }
+    const int page = std::max(1, viewport()->height() / kRowPitch);
+    switch (event->key()) {
+        case Qt::Key_Up:
+            setCurrent(current_ - 1);
+            break;
+        case Qt::Key_Down:
+            setCurrent(current_ + 1);
+            break;
+        case Qt::Key_Home:
+            setCurrent(0);
+            break;
+        case Qt::Key_End:
+            setCurrent(itemCount() - 1);
+            break;
+        case Qt::Key_PageUp:
+            setCurrent(current_ - page);
+            break;
+        case Qt::Key_PageDown:
+            setCurrent(current_ + page);
+            break;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+        case Qt::Key_Space:
+            if (!event->isAutoRepeat()) {
+                setCurrent(current_);
+                pressItem(current_);
+            }
+            break;
+        default:
+            event->ignore();
+    }
+}
+
+void SidebarList::mousePressEvent(QMouseEvent* event) {
+    const int index = event->button() == Qt::LeftButton ? rowAt(event->position().toPoint()) : -1;
+    pressedId_ = index >= 0 ? std::optional(row(index).id) : std::nullopt;
+    // A press on no row belongs to whoever moves the window.
+    event->setAccepted(index >= 0);
+}
+
+// A quick second press is a press; left alone, it would go on to whoever moves the window.
+void SidebarList::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
+}
+
+void SidebarList::mouseReleaseEvent(QMouseEvent* event) {
+    const int index = rowAt(event->position().toPoint());
+    const auto pressed = std::exchange(pressedId_, std::nullopt);
+    // The same category, wherever its row has moved meanwhile.
+    if (index >= 0 && pressed == row(index).id) {
+        pressItem(index);
+    }
+}
+
+bool SidebarList::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        const auto* const help = static_cast<QHelpEvent*>(event);
+        const int index = rowAt(help->pos());
+        const QString name = index >= 0 ? itemName(index) : QString();
+        QToolTip::showText(help->globalPos(),
+                           index >= 0 && elided(index) != name ? toolTipText(name) : QString(),
+                           this);
+        return true;
+    }
+    return QAbstractScrollArea::viewportEvent(event);
+}
+
+void SidebarList::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    // Only whoever comes by Tab has to be shown where he is.
+    const bool byTab =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (byTab && !rows_.empty()) {
+        setCurrent(current_);
+    }
+    viewport()->update();
+    announceFocusSoon();
+}
+
+void SidebarList::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+void SidebarList::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        appearance_ = Appearance(palette());
+        viewport()->update();
+    } else if (event->type() == QEvent::EnabledChange) {
+        pressedId_.reset();
+    }
+}
+
+}  // namespace tavo

@@ -1,0 +1,83 @@
+// The sidebar's rows.
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ui/accessibility/AccessibleItems.h"
+#include "ui/look/Appearance.h"
+
+namespace tavo {
+
+class ThinScrollBar;
+
+// One row a category; a click, Return or Space selects it. Scrolls when the rows do not fit and
+// paints only those in view. Holds no state of its own but the scroll position and the keyboard's
+// row. Main thread.
+class SidebarList final : public QAbstractScrollArea, public AccessibleItems {
+public:
+    struct Row {
+        std::string id;
+        std::string name;
+        int depth = 0;
+        bool selected = false;
+
+        bool operator==(const Row&) const = default;
+    };
+
+    explicit SidebarList(QWidget* parent);
+
+    void setRows(std::vector<Row> rows);
+
+    // Called with the id of the row that was chosen.
+    std::function<void(const std::string& id)> onSelect;
+
+    int itemCount() const override { return static_cast<int>(rows_.size()); }
+    const std::string& itemKey(int index) const override { return row(index).id; }
+    QString itemName(int index) const override;
+    // The level of a category that stands below another.
+    QString itemDescription(int index) const override;
+    QRect itemRect(int index) const override;
+    bool itemIsSelected(int index) const override { return row(index).selected; }
+    bool itemHasFocus(int index) const override { return hasFocus() && index == current_; }
+    void pressItem(int index) override;
+    void focusItem(int index) override;
+
+    QSize sizeHint() const override;
+
+protected:
+    bool viewportEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    [[nodiscard]] const Row& row(int index) const { return rows_[static_cast<std::size_t>(index)]; }
+    [[nodiscard]] int rowAt(QPoint point) const;
+    [[nodiscard]] QRect labelRect(int index) const;
+    [[nodiscard]] QString elided(int index) const;
+    void paintRow(QPainter& painter, int index) const;
+    void setCurrent(int index);
+    void announceFocusSoon();
+    void relayout();
+    [[nodiscard]] int keyboardRow(const std::vector<Row>& before) const;
+
+    Appearance appearance_;
+    ThinScrollBar* scrollBar_;
+    std::vector<Row> rows_;
+    int current_ = -1;
+    std::optional<std::string> pressedId_;
+};
+
+}  // namespace tavo
