@@ -8,8 +8,8 @@
 #include "app/status/NotifierStatusItem.h"
 #include "app/status/XEmbedStatusItem.h"
 #include "platform/WindowManagement.h"
-#include "ui/window/LauncherWindow.h"
 #include "ui/look/Texts.h"
+#include "ui/window/LauncherWindow.h"
 
 namespace tavo {
 namespace {
@@ -69,9 +69,9 @@ void TavoLauncherMenuController::followHost() {
             break;
         case StatusItemHost::Notifier:
             statusItem_ = std::make_unique<NotifierStatusItem>(
-                world_.hosts,
-                NotifierStatusItem::Actions{.show = [this](const StartRequest& r) { showLauncher(r); },
-                                         .quit = [this] { quit(); }});
+                world_.hosts, NotifierStatusItem::Actions{
+                                  .show = [this](const StartRequest& r) { showLauncher(r); },
+                                  .quit = [this] { quit(); }});
             break;
         case StatusItemHost::Embedding:
             statusItem_ = std::make_unique<XEmbedStatusItem>(

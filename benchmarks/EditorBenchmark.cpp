@@ -22,10 +22,10 @@
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
-#include "ui/editor/CategoryEditorList.h"
 #include "ui/controls/LauncherStyle.h"
-#include "ui/window/LauncherView.h"
+#include "ui/editor/CategoryEditorList.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/window/LauncherView.h"
 
 namespace tavo {
 namespace {

@@ -23,8 +23,8 @@
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
-#include "ui/window/LauncherView.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/window/LauncherView.h"
 
 namespace tavo {
 namespace {

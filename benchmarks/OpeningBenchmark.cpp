@@ -26,13 +26,13 @@
 #include <benchmark/benchmark.h>
 
 #include "catalogue/LauncherModel.h"
-#include "platform/posix/FileDescriptor.h"
 #include "platform/linux/opening/GioWorkspace.h"
-#include "platform/posix/PosixChildProcess.h"
-#include "platform/posix/PosixSpawn.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/linux/windows/NullRunningApplications.h"
 #include "platform/linux/x11/XcbConnection.h"
+#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/PosixChildProcess.h"
+#include "platform/posix/PosixSpawn.h"
 #include "tests/fakes/FakeApplicationSource.h"
 #include "tests/fakes/FakeFileManager.h"
 #include "tests/fakes/ManualMainQueue.h"

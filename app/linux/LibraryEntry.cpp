@@ -5,17 +5,17 @@
 #include <optional>
 #include <utility>
 
-#include "app/linux/DisplayFailures.h"
 #include "app/LauncherQApplication.h"
+#include "app/linux/DisplayFailures.h"
 #include "app/linux/TavoLauncherApp.h"
-#include "platform/linux/instance/InstanceSocket.h"
+#include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/entries/PrefetchedApplicationSource.h"
-#include "platform/linux/dbus/SessionBusAddress.h"
-#include "platform/linux/session/SingleInstance.h"
-#include "platform/linux/system/StartEnvironment.h"
 #include "platform/linux/entries/XdgApplicationSource.h"
 #include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/linux/instance/InstanceSocket.h"
+#include "platform/linux/session/SingleInstance.h"
+#include "platform/linux/system/StartEnvironment.h"
 #include "ui/controls/LauncherStyle.h"
 
 namespace {

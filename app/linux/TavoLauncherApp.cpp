@@ -11,36 +11,36 @@
 #include "platform/DefaultsStore.h"
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
-#include "platform/linux/wayland/ActivationTokens.h"
-#include "platform/linux/entries/DesktopFileId.h"
-#include "platform/linux/opening/UrlOpener.h"
-#include "platform/linux/opening/GioWorkspace.h"
-#include "platform/linux/settings/PortalDesktopSettings.h"
-#include "platform/posix/PosixChildProcess.h"
-#include "platform/posix/PosixFileManager.h"
 #include "platform/linux/bundles/PropertyList.h"
-#include "platform/qt/QtMainQueue.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
-#include "platform/linux/session/SingleInstance.h"
+#include "platform/linux/entries/DesktopFileId.h"
+#include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/linux/icons/XdgIconSource.h"
+#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/UrlOpener.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
-#include "platform/linux/store/SqliteDefaultsStore.h"
-#include "platform/qt/TerminationSignals.h"
-#include "platform/linux/wayland/WaylandSession.h"
+#include "platform/linux/session/SingleInstance.h"
 #include "platform/linux/session/WindowListing.h"
+#include "platform/linux/settings/PortalDesktopSettings.h"
+#include "platform/linux/store/SqliteDefaultsStore.h"
+#include "platform/linux/wayland/ActivationTokens.h"
+#include "platform/linux/wayland/WaylandSession.h"
 #include "platform/linux/x11/XcbCompositing.h"
 #include "platform/linux/x11/XcbUserTime.h"
-#include "platform/linux/entries/XdgEnvironment.h"
-#include "platform/linux/icons/XdgIconSource.h"
+#include "platform/posix/PosixChildProcess.h"
+#include "platform/posix/PosixFileManager.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/TerminationSignals.h"
 #include "ui/accessibility/AccessibleItems.h"
-#include "ui/window/ApplicationIcon.h"
 #include "ui/controls/CursorBlinkTimeout.h"
 #include "ui/look/DesktopLook.h"
+#include "ui/look/ToolkitTexts.h"
+#include "ui/window/ApplicationIcon.h"
 #include "ui/window/FirstFrame.h"
 #include "ui/window/LauncherView.h"
 #include "ui/window/LauncherWindow.h"
-#include "ui/look/ToolkitTexts.h"
 
 namespace tavo {
 namespace {
@@ -117,11 +117,12 @@ struct TavoLauncherApp::Parts {
         window.onClose = [this] { controller.closeLauncher(); };
         window.onQuit = [this] { controller.quit(); };
         window.onAnother = [this] { management->prepareToShow(window.winId(), {}); };
-        presence.serve(*mainQueue,
-                       {.activated = [this](const StartRequest& r) { controller.showLauncher(r); },
-                        .superseded = [this] { controller.quit(); },
-                        .changed = [this] { hosts->presenceChanged(); },
-                        .itemClicked = [this](const StatusItemClick& c) { hosts->clicked.emit(c); }});
+        presence.serve(
+            *mainQueue,
+            {.activated = [this](const StartRequest& r) { controller.showLauncher(r); },
+             .superseded = [this] { controller.quit(); },
+             .changed = [this] { hosts->presenceChanged(); },
+             .itemClicked = [this](const StatusItemClick& c) { hosts->clicked.emit(c); }});
     }
 
     Parts(const Parts&) = delete;
@@ -170,7 +171,8 @@ struct TavoLauncherApp::Parts {
 
 TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
                                  std::unique_ptr<ApplicationSource> applications,
-                                 std::shared_ptr<DesktopEntryIndex> listed, SingleInstance& presence) {
+                                 std::shared_ptr<DesktopEntryIndex> listed,
+                                 SingleInstance& presence) {
     installAccessibleItems();
     QCoreApplication::installTranslator(new ToolkitTexts(qApp));
     parts_ = std::make_unique<Parts>(environment, bus, std::move(applications), std::move(listed),

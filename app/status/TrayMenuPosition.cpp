@@ -27,7 +27,7 @@ QPoint besidePanel(const QRect& item, const QSize& menu, const QRect& screen,
 }  // namespace
 
 QPoint trayMenuPosition(const QRect& item, const QSize& menu, const QRect& screen,
-                 const QRect& available) {
+                        const QRect& available) {
     const QPoint corner = besidePanel(item, menu, screen, available);
     const int right = std::max(screen.left(), screen.right() + 1 - menu.width());
     const int bottom = std::max(screen.top(), screen.bottom() + 1 - menu.height());

@@ -11,6 +11,7 @@ namespace tavo {
 // middle of the screen: beside the panel, whichever side of the screen that is on. `available` is
 // what panels leave of `screen`. A panel that leaves itself out of that gets the menu below the
 // item, or above it where there is no room. The menu is within the screen.
-QPoint trayMenuPosition(const QRect& item, const QSize& menu, const QRect& screen, const QRect& available);
+QPoint trayMenuPosition(const QRect& item, const QSize& menu, const QRect& screen,
+                        const QRect& available);
 
 }  // namespace tavo

@@ -58,7 +58,8 @@ void XEmbedStatusItem::openMenu() {
     if (screen == nullptr) {
         screen = QGuiApplication::primaryScreen();
     }
-    menu_.popup(trayMenuPosition(item, menu_.sizeHint(), screen->geometry(), screen->availableGeometry()));
+    menu_.popup(
+        trayMenuPosition(item, menu_.sizeHint(), screen->geometry(), screen->availableGeometry()));
 }
 
 // The toolkit makes its window in the tray anew when the tray returns.

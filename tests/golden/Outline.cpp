@@ -11,13 +11,13 @@
 #include <algorithm>
 
 #include "tests/golden/Stage.h"
-#include "ui/sidebar/SidebarList.h"
-#include "ui/editor/CategoryEditorRow.h"
+#include "ui/controls/Sheet.h"
 #include "ui/editor/CategoryEditorList.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/grid/TileGrid.h"
+#include "ui/sidebar/SidebarList.h"
 #include "ui/window/LauncherView.h"
 #include "ui/window/LauncherWindow.h"
-#include "ui/controls/Sheet.h"
-#include "ui/grid/TileGrid.h"
 
 namespace tavo {
 namespace {

@@ -8,17 +8,17 @@
 #include <ostream>
 
 #include "tests/golden/Stage.h"
-#include "ui/window/AlertSheet.h"
-#include "ui/grid/AppTile.h"
-#include "ui/editor/CategoryEditor.h"
-#include "ui/sidebar/SidebarList.h"
-#include "ui/editor/CategoryEditorRow.h"
-#include "ui/editor/CategoryEditorList.h"
-#include "ui/window/LauncherWindow.h"
-#include "ui/look/Metrics.h"
 #include "ui/controls/SearchField.h"
-#include "ui/look/Texts.h"
+#include "ui/editor/CategoryEditor.h"
+#include "ui/editor/CategoryEditorList.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/grid/AppTile.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Texts.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/window/AlertSheet.h"
+#include "ui/window/LauncherWindow.h"
 
 namespace tavo {
 namespace {

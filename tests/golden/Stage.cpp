@@ -11,15 +11,15 @@
 
 #include <gtest/gtest.h>
 
+#include "ui/controls/ThinScrollBar.h"
 #include "ui/grid/AppTile.h"
+#include "ui/grid/TileGrid.h"
 #include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Texts.h"
 #include "ui/sidebar/SidebarList.h"
 #include "ui/window/LauncherView.h"
 #include "ui/window/LauncherWindow.h"
-#include "ui/look/Metrics.h"
-#include "ui/look/Texts.h"
-#include "ui/controls/ThinScrollBar.h"
-#include "ui/grid/TileGrid.h"
 
 namespace tavo {
 namespace {

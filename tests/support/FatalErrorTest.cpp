@@ -1,6 +1,6 @@
-#include "support/FatalError.h"
-
 #include <gtest/gtest.h>
+
+#include "support/FatalError.h"
 
 namespace tavo {
 namespace {

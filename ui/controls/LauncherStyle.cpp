@@ -11,11 +11,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "ui/look/Appearance.h"
 #include "ui/controls/ControlPainting.h"
+#include "ui/controls/PopupMenu.h"
+#include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Motion.h"
-#include "ui/controls/PopupMenu.h"
 
 namespace tavo {
 namespace {
@@ -43,7 +43,8 @@ bool isBlended(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_TranslucentBackground);
 }
 
-// Colours are not free to work out, and the next ones asked for are nearly always those asked for last.
+// Colours are not free to work out, and the next ones asked for are nearly always those asked for
+// last.
 Appearance appearanceOf(const QPalette& palette) {
     static QPalette last = palette;
     static Appearance appearance(palette);

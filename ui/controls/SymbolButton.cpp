@@ -6,10 +6,10 @@
 #include <algorithm>
 
 #include "ui/look/Appearance.h"
-#include "ui/look/TextSanitizer.h"
-#include "ui/look/Metrics.h"
 #include "ui/look/ElidedText.h"
+#include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
+#include "ui/look/TextSanitizer.h"
 
 namespace tavo {
 

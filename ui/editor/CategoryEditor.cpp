@@ -10,11 +10,11 @@
 #include <limits>
 #include <utility>
 
-#include "ui/look/Appearance.h"
-#include "ui/editor/CategoryEditorRow.h"
-#include "ui/editor/CategoryEditorList.h"
-#include "ui/look/Metrics.h"
 #include "ui/controls/TextLabel.h"
+#include "ui/editor/CategoryEditorList.h"
+#include "ui/editor/CategoryEditorRow.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {

@@ -11,8 +11,8 @@
 #include "catalogue/LauncherCategory.h"
 #include "platform/DefaultsStore.h"
 #include "support/Text.h"
-#include "ui/editor/Binding.h"
 #include "ui/controls/Sheet.h"
+#include "ui/editor/Binding.h"
 
 class QLineEdit;
 class QPushButton;

@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/look/Appearance.h"
+#include "ui/controls/ThinScrollBar.h"
 #include "ui/editor/CategoryEditorRow.h"
+#include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Texts.h"
-#include "ui/controls/ThinScrollBar.h"
 
 namespace tavo {
 

@@ -8,11 +8,11 @@
 #include <utility>
 
 #include "ui/accessibility/AccessibleItems.h"
-#include "ui/look/Appearance.h"
-#include "ui/look/TextSanitizer.h"
-#include "ui/look/Metrics.h"
-#include "ui/editor/ParentCategoryPicker.h"
 #include "ui/controls/SymbolButton.h"
+#include "ui/editor/ParentCategoryPicker.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "ui/look/Appearance.h"
-#include "ui/look/TextSanitizer.h"
 #include "ui/look/Metrics.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -77,8 +77,8 @@ private:
     int count_ = 0;
 };
 
-ParentCategoryPicker::ParentCategoryPicker(Binding<std::optional<std::string>> parentID, Candidates candidates,
-                               QWidget* parent)
+ParentCategoryPicker::ParentCategoryPicker(Binding<std::optional<std::string>> parentID,
+                                           Candidates candidates, QWidget* parent)
     : QComboBox(parent),
       parentID_(std::move(parentID)),
       candidates_(std::move(candidates)),

@@ -20,7 +20,7 @@ public:
     using Candidates = std::function<std::span<const LauncherCategory>()>;
 
     ParentCategoryPicker(Binding<std::optional<std::string>> parentID, Candidates candidates,
-                   QWidget* parent);
+                         QWidget* parent);
 
     // Reads candidates and choice again.
     void refresh();

@@ -6,14 +6,14 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "ui/controls/PopupMenu.h"
+#include "ui/grid/IconLoader.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/DevicePixels.h"
-#include "ui/look/TextSanitizer.h"
-#include "ui/grid/IconLoader.h"
-#include "ui/look/Metrics.h"
 #include "ui/look/ElidedText.h"
-#include "ui/controls/PopupMenu.h"
+#include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {

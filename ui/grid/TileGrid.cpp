@@ -10,12 +10,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/look/TextSanitizer.h"
+#include "ui/controls/PopupMenu.h"
+#include "ui/controls/ThinScrollBar.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
-#include "ui/controls/PopupMenu.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
-#include "ui/controls/ThinScrollBar.h"
 
 namespace tavo {
 

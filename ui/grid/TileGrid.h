@@ -12,8 +12,8 @@
 #include "support/Signal.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/grid/AppTile.h"
-#include "ui/look/Appearance.h"
 #include "ui/grid/GridLayout.h"
+#include "ui/look/Appearance.h"
 
 namespace tavo {
 

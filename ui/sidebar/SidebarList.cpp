@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/look/TextSanitizer.h"
-#include "ui/look/Metrics.h"
-#include "ui/look/ElidedText.h"
-#include "ui/look/Symbols.h"
-#include "ui/look/Texts.h"
 #include "ui/controls/ThinScrollBar.h"
+#include "ui/look/ElidedText.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/Symbols.h"
+#include "ui/look/TextSanitizer.h"
+#include "ui/look/Texts.h"
 
 namespace tavo {
 namespace {

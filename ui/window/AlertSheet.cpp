@@ -4,10 +4,10 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "ui/look/Appearance.h"
-#include "ui/look/TextSanitizer.h"
-#include "ui/look/Metrics.h"
 #include "ui/controls/TextLabel.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
+#include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {

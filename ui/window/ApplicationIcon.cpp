@@ -3,8 +3,8 @@
 #include <QGuiApplication>
 #include <QIcon>
 
-#include "ui/window/FirstFrame.h"
 #include "ui/look/Resources.h"
+#include "ui/window/FirstFrame.h"
 
 namespace tavo {
 

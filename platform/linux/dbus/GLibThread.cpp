@@ -8,8 +8,8 @@
 
 #include <glib-unix.h>
 
-#include "platform/posix/FileDescriptor.h"
 #include "platform/linux/system/Pidfd.h"
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavo {
 namespace {

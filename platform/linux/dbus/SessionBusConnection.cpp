@@ -80,13 +80,13 @@ void SessionBusConnection::connected(GObject* /*source*/, GAsyncResult* result, 
     self.triesLeft_ = 0;
     g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     self.bus_ = std::move(bus);
-    self.closedHandler_ =
-        g_signal_connect(self.bus_.get(), "closed", G_CALLBACK(&SessionBusConnection::closed), data);
+    self.closedHandler_ = g_signal_connect(self.bus_.get(), "closed",
+                                           G_CALLBACK(&SessionBusConnection::closed), data);
     self.events_.connected(self.bus_.get());
 }
 
 void SessionBusConnection::closed(GDBusConnection* bus, gboolean /*vanished*/, GError* /*error*/,
-                            gpointer data) {
+                                  gpointer data) {
     SessionBusConnection& self = *static_cast<SessionBusConnection*>(data);
     g_signal_handler_disconnect(bus, self.closedHandler_);
     const auto kept = std::exchange(self.bus_, nullptr);
@@ -106,7 +106,8 @@ void SessionBusConnection::watch() {
         return;
     }
     GSource* const source = g_unix_fd_source_new(folder_.get(), G_IO_IN);
-    g_source_set_callback(source, G_SOURCE_FUNC(&SessionBusConnection::folderChanged), this, nullptr);
+    g_source_set_callback(source, G_SOURCE_FUNC(&SessionBusConnection::folderChanged), this,
+                          nullptr);
     g_source_attach(source, g_main_context_get_thread_default());
     folderChanges_ = ScopedSource(source);
     // It may have come back before anybody watched.
@@ -116,7 +117,8 @@ void SessionBusConnection::watch() {
     }
 }
 
-gboolean SessionBusConnection::folderChanged(gint descriptor, GIOCondition /*condition*/, gpointer data) {
+gboolean SessionBusConnection::folderChanged(gint descriptor, GIOCondition /*condition*/,
+                                             gpointer data) {
     SessionBusConnection& self = *static_cast<SessionBusConnection*>(data);
     const std::string name = std::filesystem::path(socketFileOf(self.address_)).filename();
     bool came = false;

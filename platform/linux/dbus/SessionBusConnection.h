@@ -10,8 +10,8 @@
 
 #include <gio/gio.h>
 
-#include "platform/posix/FileDescriptor.h"
 #include "platform/linux/dbus/GLibThread.h"
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavo {
 

@@ -257,8 +257,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<ApplicationSource> makeXdgApplicationSource(XdgEnvironment environment,
-                                                            std::shared_ptr<DesktopEntryIndex> listed) {
+std::unique_ptr<ApplicationSource> makeXdgApplicationSource(
+    XdgEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed) {
     return std::make_unique<XdgApplicationSource>(std::move(environment), std::move(listed));
 }
 

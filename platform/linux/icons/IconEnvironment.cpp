@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/posix/PosixFileManager.h"
 #include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/posix/PosixFileManager.h"
 
 namespace tavo {
 namespace {

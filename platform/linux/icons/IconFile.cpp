@@ -14,10 +14,10 @@
 #include <string_view>
 #include <variant>
 
-#include "platform/posix/BoundedFile.h"
 #include "platform/linux/bundles/Icns.h"
 #include "platform/linux/icons/PictureBounds.h"
 #include "platform/linux/icons/SafeSvg.h"
+#include "platform/posix/BoundedFile.h"
 
 namespace tavo {
 namespace {

@@ -6,11 +6,11 @@
 #include <tuple>
 #include <variant>
 
-#include "platform/posix/BoundedFile.h"
-#include "platform/linux/system/FileStamp.h"
-#include "platform/linux/system/StableHash.h"
 #include "platform/linux/icons/IconEnvironment.h"
 #include "platform/linux/icons/IconThemeFolder.h"
+#include "platform/linux/system/FileStamp.h"
+#include "platform/linux/system/StableHash.h"
+#include "platform/posix/BoundedFile.h"
 
 namespace tavo {
 namespace {

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/linux/system/FileStamp.h"
-#include "platform/linux/icons/IconEnvironment.h"
 #include "platform/linux/entries/KeyFile.h"
+#include "platform/linux/icons/IconEnvironment.h"
+#include "platform/linux/system/FileStamp.h"
 #include "platform/linux/x11/XSettings.h"
 
 namespace tavo {

@@ -14,8 +14,8 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-#include "platform/posix/FileDescriptor.h"
 #include "platform/linux/system/StableHash.h"
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavo {
 namespace {

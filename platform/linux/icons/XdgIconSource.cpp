@@ -10,13 +10,13 @@
 
 #include "platform/linux/entries/DesktopEntry.h"
 #include "platform/linux/entries/DesktopFileId.h"
-#include "platform/linux/system/FileStamp.h"
-#include "platform/linux/system/StableHash.h"
 #include "platform/linux/icons/IconFile.h"
 #include "platform/linux/icons/IconTheme.h"
 #include "platform/linux/icons/IconThemeName.h"
-#include "platform/posix/PosixFileManager.h"
 #include "platform/linux/icons/RenderedIconCache.h"
+#include "platform/linux/system/FileStamp.h"
+#include "platform/linux/system/StableHash.h"
+#include "platform/posix/PosixFileManager.h"
 #include "support/Text.h"
 
 namespace tavo {

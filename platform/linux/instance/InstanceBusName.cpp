@@ -115,9 +115,10 @@ void InstanceBusName::handedOver(GObject* source, GAsyncResult* result, gpointer
     }
 }
 
-void InstanceBusName::called(GDBusConnection* /*bus*/, const gchar* /*sender*/, const gchar* /*path*/,
-                          const gchar* /*interface*/, const gchar* /*method*/, GVariant* parameters,
-                          GDBusMethodInvocation* invocation, gpointer data) {
+void InstanceBusName::called(GDBusConnection* /*bus*/, const gchar* /*sender*/,
+                             const gchar* /*path*/, const gchar* /*interface*/,
+                             const gchar* /*method*/, GVariant* parameters,
+                             GDBusMethodInvocation* invocation, gpointer data) {
     InstanceBusName& self = *static_cast<InstanceBusName*>(data);
     // Files and actions that a caller names mean nothing to a launcher: each of the methods shows
     // it. What the platform has to say comes last in all of them.

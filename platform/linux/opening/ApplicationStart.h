@@ -12,8 +12,8 @@
 #include <sys/types.h>
 
 #include "platform/Workspace.h"
-#include "platform/linux/opening/GioLaunchContext.h"
 #include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/opening/GioLaunchContext.h"
 #include "platform/linux/opening/PendingLaunches.h"
 
 namespace tavo {

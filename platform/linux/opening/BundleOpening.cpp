@@ -2,8 +2,8 @@
 
 #include "platform/linux/bundles/BundleFolder.h"
 #include "platform/linux/opening/LaunchErrors.h"
-#include "platform/posix/PosixSpawn.h"
 #include "platform/linux/opening/ProgramCheck.h"
+#include "platform/posix/PosixSpawn.h"
 
 namespace tavo {
 namespace {

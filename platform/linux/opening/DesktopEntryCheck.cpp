@@ -8,12 +8,12 @@
 
 #include <gio/gio.h>
 
-#include "platform/posix/BoundedFile.h"
 #include "platform/linux/entries/DesktopEntry.h"
 #include "platform/linux/entries/DesktopFileId.h"
+#include "platform/linux/entries/ExecutableLookup.h"
 #include "platform/linux/opening/LaunchErrors.h"
 #include "platform/linux/opening/ProgramCheck.h"
-#include "platform/linux/entries/ExecutableLookup.h"
+#include "platform/posix/BoundedFile.h"
 
 namespace tavo {
 namespace {

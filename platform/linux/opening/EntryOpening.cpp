@@ -11,9 +11,9 @@
 #include "platform/linux/opening/DesktopEntryCheck.h"
 #include "platform/linux/opening/ExecKey.h"
 #include "platform/linux/opening/LaunchErrors.h"
-#include "platform/posix/PosixSpawn.h"
 #include "platform/linux/opening/TerminalCommand.h"
 #include "platform/linux/x11/StartupNotification.h"
+#include "platform/posix/PosixSpawn.h"
 
 namespace tavo {
 namespace {

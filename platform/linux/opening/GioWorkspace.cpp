@@ -6,18 +6,18 @@
 #include <unistd.h>
 
 #include "platform/linux/bundles/BundleFolder.h"
+#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/entries/DesktopFileId.h"
+#include "platform/linux/entries/ExecutableLookup.h"
+#include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/opening/BundleOpening.h"
 #include "platform/linux/opening/DesktopEntryCheck.h"
-#include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/opening/EntryOpening.h"
 #include "platform/linux/opening/FirstWindow.h"
-#include "platform/linux/dbus/GLibThread.h"
-#include "platform/linux/system/HostName.h"
 #include "platform/linux/opening/LaunchErrors.h"
-#include "platform/linux/opening/ProgramCheck.h"
-#include "platform/linux/entries/ExecutableLookup.h"
 #include "platform/linux/opening/PendingLaunches.h"
-#include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/linux/opening/ProgramCheck.h"
+#include "platform/linux/system/HostName.h"
 
 namespace tavo {
 namespace {

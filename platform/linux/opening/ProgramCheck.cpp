@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/posix/BoundedFile.h"
 #include "platform/linux/opening/LaunchErrors.h"
+#include "platform/posix/BoundedFile.h"
 
 namespace tavo {
 namespace {

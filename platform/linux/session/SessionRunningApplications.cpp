@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "platform/linux/windows/NullRunningApplications.h"
 #include "platform/linux/wayland/WaylandRunningApplications.h"
+#include "platform/linux/windows/NullRunningApplications.h"
 
 namespace tavo {
 namespace {

@@ -12,8 +12,8 @@
 
 #include "platform/RunningApplications.h"
 #include "platform/linux/wayland/ActivationTokens.h"
-#include "platform/linux/x11/XcbReplies.h"
 #include "platform/linux/x11/StartupNotification.h"
+#include "platform/linux/x11/XcbReplies.h"
 
 namespace tavo {
 namespace {

@@ -11,10 +11,10 @@
 
 #include "platform/MainQueue.h"
 #include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/dbus/SessionBusConnection.h"
 #include "platform/linux/instance/InstanceBusName.h"
 #include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/tray/StatusNotifierItem.h"
-#include "platform/linux/dbus/SessionBusConnection.h"
 #include "platform/linux/tray/StatusNotifierWatch.h"
 
 namespace tavo {
@@ -228,7 +228,8 @@ public:
     void offerItem(StatusItemContent item) {
         thread_->post([this, item = std::move(item)]() mutable {
             item_ = std::make_unique<StatusNotifierItem>(
-                std::move(item), [this](const StatusItemClick& click) { shared_->addClick(click); });
+                std::move(item),
+                [this](const StatusItemClick& click) { shared_->addClick(click); });
             if (link_.connection() != nullptr) {
                 item_->follow(link_.connection());
             }

@@ -9,8 +9,8 @@
 
 #include <sys/types.h>
 
-#include "platform/StatusItemContent.h"
 #include "platform/StartRequest.h"
+#include "platform/StatusItemContent.h"
 
 namespace tavo {
 

@@ -6,8 +6,8 @@
 #include <map>
 #include <utility>
 
-#include "platform/posix/PosixFileManager.h"
 #include "platform/linux/store/SqliteStoreFile.h"
+#include "platform/posix/PosixFileManager.h"
 #include "support/Json.h"
 
 namespace tavo {

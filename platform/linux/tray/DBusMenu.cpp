@@ -110,7 +110,7 @@ bool wanted(GVariant* names, const char* name) {
 }  // namespace
 
 DBusMenu::DBusMenu(std::vector<StatusItemMenuEntry> entries,
-                           std::function<void(std::size_t)> chosen)
+                   std::function<void(std::size_t)> chosen)
     : entries_(std::move(entries)),
       chosen_(std::move(chosen)),
       object_(kDescription, {.call =
@@ -121,7 +121,7 @@ DBusMenu::DBusMenu(std::vector<StatusItemMenuEntry> entries,
                              .property = [](const char* name) { return property(name); }}) {}
 
 void DBusMenu::called(const std::string& method, GVariant* parameters,
-                          GDBusMethodInvocation* invocation) const {
+                      GDBusMethodInvocation* invocation) const {
     if (method == "GetLayout") {
         getLayout(parameters, invocation);
     } else if (method == "GetGroupProperties") {
@@ -151,8 +151,7 @@ void DBusMenu::getLayout(GVariant* parameters, GDBusMethodInvocation* invocation
     }
 }
 
-void DBusMenu::getGroupProperties(GVariant* parameters,
-                                      GDBusMethodInvocation* invocation) const {
+void DBusMenu::getGroupProperties(GVariant* parameters, GDBusMethodInvocation* invocation) const {
     const Variant ids(g_variant_get_child_value(parameters, 0));
     const Variant names(g_variant_get_child_value(parameters, 1));
     GVariantBuilder answer;

@@ -82,8 +82,9 @@ GVariant* pixmaps(const std::vector<StatusItemImage>& images) {
 
 }  // namespace
 
-StatusNotifierItem::StatusNotifierItem(StatusItemContent item, std::function<void(const StatusItemClick&)> clicked,
-                           std::function<Clock::time_point()> now)
+StatusNotifierItem::StatusNotifierItem(StatusItemContent item,
+                                       std::function<void(const StatusItemClick&)> clicked,
+                                       std::function<Clock::time_point()> now)
     : item_(std::move(item)),
       clicked_(std::move(clicked)),
       now_(std::move(now)),
@@ -104,7 +105,8 @@ void StatusNotifierItem::follow(GDBusConnection* bus) {
     menu_.offer(bus, kMenuPath);
     callBus(bus, "RequestName", g_variant_new("(su)", name_.c_str(), kDoNotQueue));
     watch_ = g_bus_watch_name_on_connection(bus, kWatcher, G_BUS_NAME_WATCHER_FLAGS_NONE,
-                                            &StatusNotifierItem::watcherAppeared, nullptr, this, nullptr);
+                                            &StatusNotifierItem::watcherAppeared, nullptr, this,
+                                            nullptr);
 }
 
 void StatusNotifierItem::leave() {
@@ -128,7 +130,7 @@ void StatusNotifierItem::repaint(std::vector<StatusItemImage> images) {
 
 // The bus has answered our asking for the name by now: it serves one after the other.
 void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*name*/,
-                                   const gchar* /*owner*/, gpointer data) {
+                                         const gchar* /*owner*/, gpointer data) {
     const StatusNotifierItem& self = *static_cast<StatusNotifierItem*>(data);
     g_dbus_connection_call(bus, kWatcher, kWatcherPath, kWatcher, "RegisterStatusNotifierItem",
                            g_variant_new("(s)", self.name_.c_str()), nullptr,
@@ -137,7 +139,7 @@ void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*na
 
 // Panels that ask for the menu have ours to draw, and the wheel has nothing to turn.
 void StatusNotifierItem::called(const std::string& method, GVariant* parameters,
-                          GDBusMethodInvocation* invocation) {
+                                GDBusMethodInvocation* invocation) {
     if (method == "Activate" || method == "SecondaryActivate") {
         click(std::nullopt);
     } else if (method == "ProvideXdgActivationToken") {

@@ -24,7 +24,7 @@ public:
     // comes next, if that comes within five seconds: the user may choose from the menu first. No
     // other click gets it. `now` tells the time.
     StatusNotifierItem(StatusItemContent item, std::function<void(const StatusItemClick&)> clicked,
-                 std::function<Clock::time_point()> now = Clock::now);
+                       std::function<Clock::time_point()> now = Clock::now);
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
     ~StatusNotifierItem() { leave(); }

@@ -6,9 +6,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "platform/linux/windows/ProcessRegistry.h"
 #include "platform/linux/system/ProcessInfo.h"
 #include "platform/linux/wayland/WaylandToplevels.h"
+#include "platform/linux/windows/ProcessRegistry.h"
 
 namespace tavo {
 namespace {

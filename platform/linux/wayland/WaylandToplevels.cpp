@@ -9,8 +9,8 @@
 #include <wayland-client.h>
 #include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
 
-#include "platform/linux/windows/TransientRoots.h"
 #include "platform/linux/wayland/WaylandRoundtrip.h"
+#include "platform/linux/windows/TransientRoots.h"
 
 namespace tavo {
 

@@ -22,7 +22,8 @@ struct WaylandToplevel {
     bool activated = false;
     zwlr_foreign_toplevel_handle_v1* handle = nullptr;
     zwlr_foreign_toplevel_handle_v1* parent = nullptr;  // the window that it is a dialog of
-    // The window itself, or what it is a dialog of through any number of dialogs (transientRootsOf).
+    // The window itself, or what it is a dialog of through any number of dialogs
+    // (transientRootsOf).
     const WaylandToplevel* transientRoot = nullptr;
 };
 

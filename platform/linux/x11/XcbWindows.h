@@ -22,7 +22,7 @@ struct XcbWindow {
     WindowNames names;                            // bounded; longer ones are not told
     pid_t process = 0;                            // 0: not known, or not of this host
     xcb_window_t transientFor = XCB_WINDOW_NONE;  // the window that this one is a dialog of
-    bool ofDesktop = false;     // a panel, the desktop itself, a tool tip: no application's window
+    bool ofDesktop = false;  // a panel, the desktop itself, a tool tip: no application's window
     std::size_t transientRoot = 0;  // where on the list the window is that this one is a dialog of
 };
 
@@ -30,8 +30,8 @@ struct XcbWindowList {
     std::vector<XcbWindow> windows;  // the bottom one first
     xcb_window_t active = XCB_WINDOW_NONE;
 
-    // `window` itself, or what it is a dialog of, through any number of dialogs (transientRootsOf), as
-    // far as that is on the list.
+    // `window` itself, or what it is a dialog of, through any number of dialogs (transientRootsOf),
+    // as far as that is on the list.
     [[nodiscard]] const XcbWindow& transientRoot(const XcbWindow& window) const {
         return windows[window.transientRoot];
     }

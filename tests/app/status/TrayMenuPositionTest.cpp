@@ -38,7 +38,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"item without a place", {}, {0, 32, 1000, 768}, {0, 0}}));
 
 TEST(TrayMenuPosition, of_a_menu_larger_than_the_screen_starts_at_the_screens_corner) {
-    EXPECT_EQ(trayMenuPosition({500, 4, 24, 24}, {2000, 2000}, kScreen, {0, 32, 1000, 768}), QPoint(0, 0));
+    EXPECT_EQ(trayMenuPosition({500, 4, 24, 24}, {2000, 2000}, kScreen, {0, 32, 1000, 768}),
+              QPoint(0, 0));
 }
 
 TEST(TrayMenuPosition, counts_on_a_second_screen_from_that_ones_corner) {

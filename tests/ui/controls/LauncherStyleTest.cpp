@@ -17,9 +17,9 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/look/Appearance.h"
 #include "ui/controls/LauncherStyle.h"
 #include "ui/controls/PopupMenu.h"
+#include "ui/look/Appearance.h"
 
 namespace tavo {
 namespace {

@@ -13,10 +13,10 @@
 #include <gtest/gtest.h>
 
 #include "ui/accessibility/AccessibleItems.h"
-#include "ui/look/Appearance.h"
 #include "ui/controls/ControlPainting.h"
-#include "ui/look/TextSanitizer.h"
 #include "ui/controls/PopupMenu.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/TextSanitizer.h"
 
 namespace tavo {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/look/Motion.h"
 #include "ui/controls/ThinScrollBar.h"
+#include "ui/look/Motion.h"
 
 namespace tavo {
 namespace {

@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "ui/editor/CategoryEditor.h"
-#include "ui/editor/CategoryEditorRow.h"
 #include "ui/editor/CategoryEditorList.h"
+#include "ui/editor/CategoryEditorRow.h"
 
 namespace tavo {
 namespace {

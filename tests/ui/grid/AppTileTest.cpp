@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "ui/controls/PopupMenu.h"
 #include "ui/grid/AppTile.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
-#include "ui/controls/PopupMenu.h"
 
 namespace tavo {
 namespace {

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "ui/grid/AppTile.h"
+#include "ui/grid/IconLoader.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/DevicePixels.h"
-#include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
 

@@ -12,9 +12,9 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/window/ApplicationIcon.h"
 #include "ui/look/Resources.h"
 #include "ui/look/Symbols.h"
+#include "ui/window/ApplicationIcon.h"
 
 namespace tavo {
 namespace {

@@ -28,9 +28,9 @@ protected:
 };
 
 const std::vector<SidebarList::Row> kRows{{"all", "Tutte", 0, true},
-                                           {"work", "Lavoro", 0, false},
-                                           {"a", "A", 1, false},
-                                           {"b", "B", 2, false}};
+                                          {"work", "Lavoro", 0, false},
+                                          {"a", "A", 1, false},
+                                          {"b", "B", 2, false}};
 
 TEST_F(CategoryListTest, a_click_chooses_the_row) {
     show(kRows);

@@ -20,13 +20,13 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/Geometry.h"
 #include "tests/ui/MadeUpView.h"
-#include "ui/window/AlertSheet.h"
 #include "ui/editor/CategoryEditor.h"
-#include "ui/sidebar/SidebarList.h"
-#include "ui/editor/CategoryEditorRow.h"
 #include "ui/editor/CategoryEditorList.h"
-#include "ui/window/LauncherView.h"
+#include "ui/editor/CategoryEditorRow.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/window/AlertSheet.h"
+#include "ui/window/LauncherView.h"
 
 namespace tavo {
 namespace {
@@ -268,7 +268,8 @@ TEST_F(BadInputTest, a_rule_text_of_a_hundred_thousand_characters_is_edited_and_
     view();
     openEditor();
     expectInOrder(QStringLiteral("rule-100000"));
-    auto* const field = dynamic_cast<QLineEdit*>(find<CategoryEditorList>()->rowAt(0).controls().at(2));
+    auto* const field =
+        dynamic_cast<QLineEdit*>(find<CategoryEditorList>()->rowAt(0).controls().at(2));
     ASSERT_NE(field, nullptr);
     EXPECT_EQ(field->text().size(), 100'000);
     field->setFocus();

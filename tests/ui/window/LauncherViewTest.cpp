@@ -10,11 +10,11 @@
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
-#include "ui/window/AlertSheet.h"
-#include "ui/sidebar/SidebarList.h"
-#include "ui/look/TextSanitizer.h"
-#include "ui/window/LauncherView.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/look/TextSanitizer.h"
+#include "ui/sidebar/SidebarList.h"
+#include "ui/window/AlertSheet.h"
+#include "ui/window/LauncherView.h"
 
 namespace tavo {
 namespace {

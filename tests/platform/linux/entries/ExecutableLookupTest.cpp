@@ -77,7 +77,7 @@ TEST_F(ProgramSearchTest, finds_what_can_be_run) {
         {"the empty name", "", false},
     };
     ExecutableLookup search(tree_.path("nothing") + ':' + tree_.path("bin") + ':' +
-                         tree_.path("bin2"));
+                            tree_.path("bin2"));
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(search.finds(row.program), row.expected);

@@ -18,8 +18,7 @@ struct Code {
     const char* arguments;  // as the program gets them; @ stands for the entry's path
 };
 
-class ExecKey : public OpeningTest,
-                     public testing::WithParamInterface<std::tuple<Road, Code>> {
+class ExecKey : public OpeningTest, public testing::WithParamInterface<std::tuple<Road, Code>> {
 protected:
     void SetUp() override {
         switch (std::get<Road>(GetParam())) {

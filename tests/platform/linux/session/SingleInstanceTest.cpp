@@ -17,8 +17,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/MainQueue.h"
-#include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
+#include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/session/SingleInstance.h"
 #include "tests/platform/linux/fixtures/PanelStandIn.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"

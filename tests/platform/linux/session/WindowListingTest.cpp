@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/wayland/WaylandSession.h"
 #include "platform/linux/session/WindowListing.h"
+#include "platform/linux/wayland/WaylandSession.h"
 #include "tests/platform/linux/fixtures/WaylandDesktop.h"
 #include "tests/platform/linux/fixtures/XDesktop.h"
 

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
+#include "platform/linux/settings/PortalDesktopSettings.h"
 #include "tests/contracts/DesktopSettingsContract.h"
 #include "tests/fakes/ManualMainQueue.h"
-#include "tests/platform/linux/settings/PortalStandIn.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
 #include "tests/platform/linux/fixtures/SilentSocket.h"
+#include "tests/platform/linux/settings/PortalStandIn.h"
 
 namespace tavo {
 namespace {

@@ -11,8 +11,8 @@
 #include "tests/TemporaryFolder.h"
 #include "tests/contracts/DefaultsStoreContract.h"
 #include "tests/platform/linux/fixtures/ChildProgram.h"
-#include "tests/platform/linux/store/RawSqlite.h"
 #include "tests/platform/linux/fixtures/StandardError.h"
+#include "tests/platform/linux/store/RawSqlite.h"
 
 namespace tavo {
 namespace {

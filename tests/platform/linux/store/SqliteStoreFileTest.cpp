@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/platform/linux/fixtures/ChildProgram.h"
-#include "tests/platform/linux/store/RawSqlite.h"
 #include "tests/platform/linux/fixtures/StandardError.h"
+#include "tests/platform/linux/store/RawSqlite.h"
 #include "tests/platform/linux/store/StoreFileFixture.h"
 
 namespace tavo {

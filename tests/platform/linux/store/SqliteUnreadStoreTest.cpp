@@ -12,8 +12,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/store/SqliteStoreFile.h"
-#include "tests/platform/linux/store/RawSqlite.h"
 #include "tests/platform/linux/fixtures/StandardError.h"
+#include "tests/platform/linux/store/RawSqlite.h"
 #include "tests/platform/linux/store/StoreFileFixture.h"
 
 namespace tavo {

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/windows/ProcessRegistry.h"
 #include "platform/linux/system/ProcessInfo.h"
+#include "platform/linux/windows/ProcessRegistry.h"
 #include "tests/platform/linux/fixtures/ChildProgram.h"
 #include "tests/platform/linux/fixtures/ProcessFixture.h"
 
@@ -117,8 +117,8 @@ TEST(ProcessInfo, a_large_environment_is_searched_to_its_end) {
 }
 
 TEST(ProcessInfo, a_wrapped_program_has_a_wrapper_as_long_as_that_waits) {
-    ChildProgram child({"/usr/bin/setsid", "/bin/sh", "-c",
-                        "sh -c 'echo $$; exec sleep 1000' & echo $$; wait"});
+    ChildProgram child(
+        {"/usr/bin/setsid", "/bin/sh", "-c", "sh -c 'echo $$; exec sleep 1000' & echo $$; wait"});
     std::vector<pid_t> said = {std::stoi(child.readLine().value_or("0")),
                                std::stoi(child.readLine().value_or("0"))};
     const bool firstIsLeader = ::getsid(said[0]) == said[0];

@@ -56,8 +56,8 @@ struct WaylandRig {
     WaylandDesktop desktop_;
     std::optional<WaylandDesktop::Window> launcher_;
     std::map<pid_t, WaylandDesktop::Window> windows_;
-    std::unique_ptr<RunningApplications> running_ =
-        makeWaylandRunningApplications(desktop_.display(), std::make_shared<DesktopEntryIndex>(), kOwn);
+    std::unique_ptr<RunningApplications> running_ = makeWaylandRunningApplications(
+        desktop_.display(), std::make_shared<DesktopEntryIndex>(), kOwn);
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Wayland, RunningApplicationsContract, WaylandRig);
@@ -204,8 +204,8 @@ TEST_F(WaylandRunningApplicationsTest, a_compositor_that_stands_still_holds_up_t
 }
 
 TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {
-    const auto running = makeWaylandRunningApplications("/nonexistent/wayland-0",
-                                                        std::make_shared<DesktopEntryIndex>(), kOwn);
+    const auto running = makeWaylandRunningApplications(
+        "/nonexistent/wayland-0", std::make_shared<DesktopEntryIndex>(), kOwn);
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     running->activateAllWindows({0, "a.desktop"});
     running->activateAllWindows({::getpid(), ""});
@@ -215,8 +215,8 @@ TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {
 TEST(SessionRunningApplications, without_any_display_nothing_is_known) {
     const StartEnvironment environment({"PATH=/bin"});
     EXPECT_FALSE(isWaylandSession(environment));
-    const auto running =
-        makeSessionRunningApplications(environment, false, std::make_shared<DesktopEntryIndex>(), {});
+    const auto running = makeSessionRunningApplications(environment, false,
+                                                        std::make_shared<DesktopEntryIndex>(), {});
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);
     EXPECT_EQ(running->executablePath({::getpid(), ""}), std::nullopt);
@@ -228,8 +228,8 @@ TEST(SessionRunningApplications, a_wayland_session_is_asked_before_an_x_server) 
     const StartEnvironment environment(
         {"WAYLAND_DISPLAY=" + desktop.display(), "DISPLAY=:7654321"});
     EXPECT_TRUE(isWaylandSession(environment));
-    const auto running =
-        makeSessionRunningApplications(environment, true, std::make_shared<DesktopEntryIndex>(), {});
+    const auto running = makeSessionRunningApplications(environment, true,
+                                                        std::make_shared<DesktopEntryIndex>(), {});
     // Only on Wayland does a process without windows count.
     EXPECT_TRUE(running->withProcess(::getpid()));
 }
@@ -244,8 +244,8 @@ TEST(SessionRunningApplications, a_left_over_name_of_a_compositor_hides_no_x_ser
             {"WAYLAND_DISPLAY=" + name, "DISPLAY=" + desktop.display()});
         const bool wayland = isWaylandSession(environment);
         EXPECT_FALSE(wayland);
-        const auto running = makeSessionRunningApplications(environment, wayland,
-                                                            std::make_shared<DesktopEntryIndex>(), {});
+        const auto running = makeSessionRunningApplications(
+            environment, wayland, std::make_shared<DesktopEntryIndex>(), {});
         EXPECT_EQ(running->withIdentifier("app.desktop").size(), 1U);
         EXPECT_TRUE(running->withProcess(program.process()));
         EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);

@@ -350,8 +350,8 @@ TEST(XcbRunningApplications, a_grabbed_server_holds_up_the_look_for_a_window_onc
     const RunningApplication started{program.process(), "a.desktop"};
     for (const bool connectedBefore : {true, false}) {
         SCOPED_TRACE(connectedBefore ? "connected before" : "not connected before");
-        const auto running =
-            makeXcbRunningApplications(desktop.display(), std::make_shared<DesktopEntryIndex>(), {});
+        const auto running = makeXcbRunningApplications(desktop.display(),
+                                                        std::make_shared<DesktopEntryIndex>(), {});
         if (connectedBefore) {
             ASSERT_FALSE(running->showsWindow(started));
         }
