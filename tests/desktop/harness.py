@@ -18,6 +18,7 @@ import sqlite3
 import struct
 import subprocess
 import sys
+import time
 import unittest
 import zlib
 
@@ -44,8 +45,6 @@ class Desktop(PrivateDesktop):
 
     def __enter__(self):
         super().__enter__()
-        if self.wm:
-            self._await_window_manager()
         self.data = self.folder / "data"
         self.data.mkdir()
         self.programs = self.folder / "programs"
@@ -54,14 +53,21 @@ class Desktop(PrivateDesktop):
         accessible.connect(self)
         return self
 
-    def _await_window_manager(self):
-        """Until it does as it is told. Openbox says that it is there, and takes over the windows,
-        long before it reads its events; what programs ask for in between, the showing of a window
-        for one, it may never hear of."""
-        def obeys():
-            self.xdo("set_num_desktops", 3)
-            return "= 3" in self._root_property("_NET_NUMBER_OF_DESKTOPS")
-        wait_until(obeys, f"{self.wm} to take requests")
+    def _manages_windows(self):
+        """Whether it does as it is told, and manages a window that is shown now. Openbox says that
+        it is there, and takes over the windows, long before it reads its events; what programs ask
+        for in between, the showing of a window for one, it may never hear of."""
+        if not self._obeys():
+            time.sleep(0.02)
+            return False
+        return super()._manages_windows()
+
+    def _obeys(self):
+        if "#" not in self._root_property("_NET_SUPPORTING_WM_CHECK"):
+            return False
+        done = subprocess.run(["xdotool", "set_num_desktops", "3"], env=self.environment,
+                              capture_output=True)
+        return done.returncode == 0 and "= 3" in self._root_property("_NET_NUMBER_OF_DESKTOPS")
 
     def copy_of_program(self):
         """A folder with the program, its library and its resources, to be changed as a test likes."""
