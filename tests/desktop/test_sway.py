@@ -230,10 +230,14 @@ class Sway(InstanceTest):
         program = self.desktop.script("ananas", f"echo x >>'{mark}'\n"
                                                 "exec foot --app-id=ananas sleep 1000")
         self.desktop.entry("Ananas", Exec=f'"{program}"')
-        launcher = Launcher(self.desktop, self.start_there([PROGRAM]))
+        launcher = Launcher(self.desktop, self.start_there([PROGRAM], WAYLAND_DEBUG="client"))
         self.await_focused(APP_ID)
         launcher.press("list item", "Apri Ananas")
         self.await_focused("ananas")
+        # Sway does that by itself. The launcher asks for it too, a moment later, which would take the
+        # keyboard from whatever was shown meanwhile.
+        wait_until(lambda: re.search(r"zwlr_foreign_toplevel_handle_v1@\d+\.activate\(",
+                                     self.desktop.log()), "the launcher to bring it forward")
         for workspace in ("1", "2"):
             with self.subTest(f"from workspace {workspace}"):
                 self.tell(f"workspace {workspace}")
