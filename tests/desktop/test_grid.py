@@ -76,10 +76,10 @@ class Grid(DesktopTest):
 
     def point_at(self, node):
         box = node.get_extents(Atspi.CoordType.SCREEN)
-        self.desktop.xdo("mousemove", "--sync", box.x + box.width // 2, box.y + 30)
+        self.desktop.move_pointer(box.x + box.width // 2, box.y + 30)
 
     def point_nowhere(self):
-        self.desktop.xdo("mousemove", "--sync", 2, 2)
+        self.desktop.move_pointer(2, 2)
 
     def act(self, node, action):
         names = [node.get_action_name(index) for index in range(node.get_n_actions())]
@@ -358,9 +358,8 @@ class GridAtBrokenScales(Grid):
                 for name in (NAMES[0], NAMES[1], NAMES[6]):
                     box = self.item(launcher, name).get_extents(Atspi.CoordType.SCREEN)
                     # The tree speaks of logical pixels, the server of its own.
-                    self.desktop.xdo("mousemove", "--sync",
-                                     round((box.x + box.width / 2) * float(scale)),
-                                     round((box.y + box.height / 2) * float(scale)))
+                    self.desktop.move_pointer(round((box.x + box.width / 2) * float(scale)),
+                                              round((box.y + box.height / 2) * float(scale)))
                     self.await_stars(launcher, {name: [ADD]})
                 self.assertNotEqual(self.settled_picture(), before)
                 self.point_nowhere()
@@ -373,16 +372,11 @@ class GridAtBrokenScales(Grid):
         last = [None]
 
         def same():
-            picture = self.picture()
-            before, last[0] = last[0], picture
-            return before == picture
+            before, last[0] = last[0], self.desktop.pixels().content
+            return before == last[0]
 
-        wait_until(same, "the picture to come to rest", pause=0.2)
+        wait_until(same, "the picture to come to rest", pause=0.15)
         return last[0]
-
-    def picture(self):
-        path = self.desktop.screenshot(self.desktop.folder / "picture.ppm")
-        return path.read_bytes()
 
 
 class HostileNames(DesktopTest):
@@ -407,7 +401,7 @@ class HostileNames(DesktopTest):
         # Each is looked at, and pointed at, without harm.
         for item in children(launcher.node("list", "App")):
             box = item.get_extents(Atspi.CoordType.SCREEN)
-            self.desktop.xdo("mousemove", "--sync", box.x + box.width // 2, box.y + 30)
+            self.desktop.move_pointer(box.x + box.width // 2, box.y + 30)
         launcher.await_equal(launcher.footer, f"{len(self.NAMES)} app")
 
 
