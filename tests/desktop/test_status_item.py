@@ -10,8 +10,8 @@ from test_single_instance import InstanceTest
 OPEN, QUIT = "Apri Tavo Launcher", "Esci da Tavo Launcher"
 TRAYER = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
           "--height", "32"]
-# Longer than the program waits for a bus before it makes do with a tray.
-LATE = 5.0
+# A second longer than the program waits for a bus before it makes do with a tray.
+LATE = 3.0
 
 
 class TrayTest(InstanceTest):
