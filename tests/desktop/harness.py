@@ -250,13 +250,22 @@ class Launcher:
 
     def __init__(self, desktop, process):
         self.desktop, self.process = desktop, process
+        self._root = None
+
+    def root(self):
+        """The program itself, or None while it is not there. It alone is remembered, and nothing
+        of what it said before."""
+        if self.process.poll() is not None:
+            return None
+        if self._root is None:
+            self._root = accessible.application(self.process.pid)
+        if self._root is not None:
+            self._root.clear_cache()
+        return self._root
 
     def node(self, role, name=None):
         """The node now, or None; looked up anew, never remembered."""
-        root = accessible.application(self.process.pid)
-        if root is not None:
-            root.clear_cache()
-        return find(root, role, name)
+        return find(self.root(), role, name)
 
     def await_node(self, role, name=None):
         def there():
@@ -283,10 +292,14 @@ class Launcher:
     def focus_path(self):
         """Roles and names of what has the keyboard, the outermost first: a list and its item for
         one; those of the open menu while there is one."""
-        root = self.menu() or accessible.application(self.process.pid)
-        root.clear_cache()
-        return [(node.get_role_name(), node.get_name()) for node in walk(root)
-                if has_state(node, Atspi.StateType.FOCUSED)]
+        path = []
+        for node in walk(self.root()):
+            if node.get_role_name() == "popup menu":
+                path = [each for each in walk(node) if has_state(each, Atspi.StateType.FOCUSED)]
+                break
+            if has_state(node, Atspi.StateType.FOCUSED):
+                path.append(node)
+        return [(node.get_role_name(), node.get_name()) for node in path]
 
     def focused(self):
         """Role and name of what has the keyboard, the innermost, or None."""
@@ -301,8 +314,7 @@ class Launcher:
         return [item.get_name().removeprefix("Apri ") for item in children(self.node("list", "App"))]
 
     def footer(self):
-        root = accessible.application(self.process.pid)
-        return next((node.get_name() for node in walk(root) if node.get_role_name() == "label"
+        return next((node.get_name() for node in walk(self.root()) if node.get_role_name() == "label"
                      and re.fullmatch(r"\d+ app", node.get_name())), None)
 
     def rows(self):

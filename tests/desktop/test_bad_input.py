@@ -2,7 +2,7 @@ import itertools
 
 from accessible import await_node, children, walk
 from gi.repository import Atspi
-from harness import DesktopTest, Store, accessible, has_state, press, wait_until
+from harness import DesktopTest, Store, has_state, press, wait_until
 
 import wide_font
 
@@ -80,9 +80,7 @@ class Trees(DesktopTest):
         self.assertEqual(len(self.desktop.store.read(Store.CATEGORIES)), 5_000)
 
     def around_lists(self, launcher, role, name):
-        root = accessible.application(launcher.process.pid)
-        root.clear_cache()
-        return find_around_lists(root, role, name)
+        return find_around_lists(launcher.root(), role, name)
 
     def test_the_editor_over_two_categories_of_one_id_ends_the_program_and_touches_nothing(self):
         self.desktop.store.write(Store.CATEGORIES, [

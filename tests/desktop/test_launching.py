@@ -1,7 +1,6 @@
 import os
 import pathlib
 
-import accessible
 from harness import (Atspi, DesktopTest, Store, await_node, children, has_state, press, wait_until,
                      walk)
 
@@ -176,9 +175,7 @@ def children_deep(node):
 
 def alert_of(launcher):
     """What holds the alert's title and is no label, as long as it is shown."""
-    root = accessible.application(launcher.process.pid)
-    root.clear_cache()
-    return next((node for node in walk(root) if node.get_name() == "Impossibile aprire l’app"
+    return next((node for node in walk(launcher.root()) if node.get_name() == "Impossibile aprire l’app"
                  and node.get_role_name() != "label"
                  and has_state(node, Atspi.StateType.SHOWING)), None)
 
