@@ -4,6 +4,9 @@ A DesktopTest has `self.desktop`, on which nothing is installed until the test w
 `self.launch()`, which starts the program and waits for its window. Input is that of a user: keys
 and clicks through the X server, presses through the accessibility bus. Nothing sleeps: whatever
 takes time is awaited.
+
+The tests of a class have one desktop after the other's end: what a test left on it is cleared away,
+and one that cannot be made as it was, or whose test failed, is not used again (reuse.py).
 """
 
 import contextlib
@@ -30,12 +33,32 @@ from private_desktop import (  # noqa: E402,F401
     DesktopError, PrivateDesktop, _end_with_parent, processes_below, wait_until)
 from gi.repository import Atspi  # noqa: E402
 
+import reuse  # noqa: E402
+
 PROGRAM = os.environ.get("TAVO_PROGRAM", "")
 # Where pictures and logs of failed tests go.
 ARTIFACTS = pathlib.Path(os.environ.get("TAVO_ARTIFACTS", "artifacts"))
 
 # How often the tests bring the window back that do it time after time.
 ROUNDS = int(os.environ.get("TAVO_ROUNDS", "10"))
+
+# Fontconfig's settings: of families that are not there, and of none, DejaVu Sans is the one.
+_FONTS = """<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "fonts.dtd">
+<fontconfig>
+  <dir>/usr/share/fonts</dir>
+  <dir>/usr/local/share/fonts</dir>
+  <cachedir>/var/cache/fontconfig</cachedir>
+  <cachedir>{cache}</cachedir>
+  <match target="pattern">
+    <test name="family" qual="any"><string>monospace</string></test>
+    <edit name="family" mode="append" binding="strong"><string>DejaVu Sans Mono</string></edit>
+  </match>
+  <match target="pattern">
+    <edit name="family" mode="append_last" binding="strong"><string>DejaVu Sans</string></edit>
+  </match>
+</fontconfig>
+"""
 
 SANITIZER_REPORT = re.compile(r"ERROR: \w+Sanitizer|WARNING: ThreadSanitizer|runtime error:")
 
@@ -51,7 +74,23 @@ class Desktop(PrivateDesktop):
         self.programs.mkdir()
         self.hermetic = {"XDG_DATA_DIRS": str(self.data)}
         accessible.connect(self)
+        # Asked once, the service behind it is there: it is the desktop's, not that of a test.
+        Atspi.get_desktop(0).get_child_count()
+        self.origin = reuse.Origin(self)
         return self
+
+    def _start_server(self):
+        self._choose_font()
+        super()._start_server()
+
+    def _choose_font(self):
+        """The same interface font on every machine, and every other font for what it lacks."""
+        folder = self.folder / "fonts"
+        self.font_cache = folder / "cache"
+        self.font_cache.mkdir(parents=True)
+        settings = folder / "fonts.conf"
+        settings.write_text(_FONTS.format(cache=self.font_cache))
+        self.environment["FONTCONFIG_FILE"] = str(settings)
 
     def _manages_windows(self):
         """Whether it does as it is told, and manages a window that is shown now. Openbox says that
@@ -465,12 +504,15 @@ def keeping_evidence(method):
     """The test, which leaves its evidence while the desktop still stands."""
     @functools.wraps(method)
     def kept(test):
+        test.succeeded = True
         try:
             method(test)
         except unittest.SkipTest:
             raise
-        except Exception:
-            test.keep_evidence()
+        except BaseException as error:
+            test.succeeded = False
+            if isinstance(error, Exception):
+                test.keep_evidence()
             raise
     return kept
 
@@ -479,6 +521,27 @@ class DesktopTest(unittest.TestCase):
     wm = "openbox"
     size = (1280, 800)
     tray = False
+    # For tests that change what cannot be looked at, a window manager's settings for one.
+    own_desktop = False
+    # The desktop that is there for the next test of the class. A process has one in its life: it
+    # can join one accessibility bus only. tools/run_python_test.py starts another process when
+    # there has to be a new one.
+    _kept = None
+
+    @classmethod
+    def process_is_used_up(cls):
+        return DesktopTest._kept is None
+
+    @classmethod
+    def tearDownClass(cls):
+        cls._end_desktop()
+        super().tearDownClass()
+
+    @staticmethod
+    def _end_desktop():
+        if DesktopTest._kept is not None:
+            DesktopTest._kept.__exit__(None, None, None)
+            DesktopTest._kept = None
 
     def __init_subclass__(cls):
         for name, method in list(vars(cls).items()):
@@ -491,6 +554,7 @@ class DesktopTest(unittest.TestCase):
             try:
                 yield
             except Exception:
+                self.succeeded = False
                 self.keep_evidence()
                 raise
 
@@ -498,10 +562,23 @@ class DesktopTest(unittest.TestCase):
         if not PROGRAM:
             self.fail("TAVO_PROGRAM does not name the program")
         self.launchers = []
-        self.desktop = Desktop(size=self.size, wm=self.wm, tray=self.tray,
-                               guarded=bool(self.wm) and self.wm.startswith("xfwm4"))
-        self.desktop.__enter__()
-        self.addCleanup(self.desktop.__exit__, None, None, None)
+        self.succeeded = self.ended_well = False
+        if DesktopTest._kept is None:
+            desktop = Desktop(size=self.size, wm=self.wm, tray=self.tray,
+                              guarded=bool(self.wm) and self.wm.startswith("xfwm4"))
+            DesktopTest._kept = desktop.__enter__()
+        self.desktop = DesktopTest._kept
+        self.addCleanup(self._leave_desktop)
+
+    def _leave_desktop(self):
+        """To the next test, when this one has left it in order."""
+        if self.succeeded and self.ended_well and not self.own_desktop:
+            try:
+                self.desktop.origin.restore()
+                return
+            except Exception as error:
+                print(f"a new desktop for the next test: {error}")
+        self._end_desktop()
 
     def tearDown(self):
         for launcher in self.launchers:
@@ -511,6 +588,7 @@ class DesktopTest(unittest.TestCase):
         log = self.desktop.log()
         if SANITIZER_REPORT.search(log):
             self.fail(f"a sanitizer reported:\n{log[-20000:]}")
+        self.ended_well = True
 
     def launch(self, wait=True, program=None, **environment):
         """Starts the program; with `wait`, answers when its window has the keyboard."""

@@ -26,6 +26,8 @@ def snippet(desktop):
 
 
 class Openbox(InstanceTest):
+    own_desktop = True
+
     def test_the_shortcut_of_the_guide_brings_a_closed_window_back(self):
         settings = self.desktop.home / ".config/openbox/rc.xml"
         settings.parent.mkdir(parents=True)

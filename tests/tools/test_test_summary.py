@@ -16,6 +16,10 @@ WITHOUT_PROGRAM = ('<testcase name="e" status="notrun">'
 DISABLED = '<testcase name="f" status="disabled"/>'
 
 
+def of_class(said, status="run"):
+    return f'<testcase name="k/C" status="{status}"><system-out>{said}</system-out></testcase>'
+
+
 class TestSummary(PlantedTree):
     def summed(self, *cases):
         path = self.plant("results.xml", f"<testsuite>{''.join(cases)}</testsuite>")
@@ -52,6 +56,42 @@ class TestSummary(PlantedTree):
     def test_fails_when_no_test_ran(self):
         self.assertEqual(self.summed()[0], 1)
         self.assertEqual(self.summed(SKIPPED)[0], 1)
+
+    def test_counts_each_test_of_a_class(self):
+        status, lines = self.summed(PASSED, of_class(
+            "CTEST_FULL_OUTPUT\n[3 tests]\n[passed] one (0.61 s)\nwords\n[passed] two (1.00 s)\n"
+            "[skipped] three: no tray: none\n"))
+        self.assertEqual((status, lines[-1]), (0, "3 passed, 0 failed, 1 skipped"))
+        self.assertIn("dev: skipped k/C.three: no tray: none", lines)
+
+    def test_shows_of_a_class_what_its_failed_tests_printed(self):
+        status, lines = self.summed(of_class(
+            "[3 tests]\nof one\n[failed] one (0.61 s)\nof two\n[passed] two (1.00 s)\nof three\n"
+            "[failed] three\nof none\n", "fail"))
+        self.assertEqual((status, lines[1:]), (1, [
+            "dev: FAILED k/C.one", "    of one", "dev: FAILED k/C.three", "    of three",
+            "1 passed, 2 failed"]))
+
+    def test_a_class_whose_tests_were_all_skipped_is_no_success(self):
+        status, lines = self.summed(of_class("[1 tests]\n[skipped] one: root\n", "notrun"))
+        self.assertEqual((status, lines[-1]), (1, "0 passed, 0 failed, 1 skipped"))
+
+    def test_a_class_that_was_left_before_its_end_has_failed(self):
+        for result in ("fail", "run"):
+            with self.subTest(result):
+                status, lines = self.summed(of_class(
+                    "[3 tests]\n[passed] one (0.61 s)\nof two\n", result))
+                self.assertEqual((status, lines[1:]), (1, [
+                    "dev: FAILED k/C: 1 of 3 tests ended", "    of two", "1 passed, 1 failed"]))
+
+    def test_a_class_without_tests_has_failed(self):
+        status, lines = self.summed(PASSED, of_class("[0 tests]\nC has no test\n", "fail"))
+        self.assertEqual((status, lines[-1]), (1, "1 passed, 1 failed"))
+
+    def test_a_class_that_failed_in_none_of_its_tests_has_failed(self):
+        status, lines = self.summed(of_class("[1 tests]\n[passed] one (0.61 s)\nits end\n", "fail"))
+        self.assertEqual((status, lines[1:]), (1, ["dev: FAILED k/C", "    its end",
+                                                   "1 passed, 1 failed"]))
 
     def test_results_that_are_not_there_are_a_failure(self):
         with contextlib.redirect_stdout(io.StringIO()):
