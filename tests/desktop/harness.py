@@ -40,7 +40,7 @@ PROGRAM = os.environ.get("TAVO_PROGRAM", "")
 ARTIFACTS = pathlib.Path(os.environ.get("TAVO_ARTIFACTS", "artifacts"))
 
 # How often the tests bring the window back that do it time after time.
-ROUNDS = int(os.environ.get("TAVO_ROUNDS", "10"))
+ROUNDS = int(os.environ.get("TAVO_ROUNDS", "5"))
 
 # Fontconfig's settings: of families that are not there, and of none, DejaVu Sans is the one.
 _FONTS = """<?xml version="1.0"?>
