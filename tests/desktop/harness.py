@@ -5,8 +5,8 @@ A DesktopTest has `self.desktop`, on which nothing is installed until the test w
 and clicks through the X server, presses through the accessibility bus. Nothing sleeps: whatever
 takes time is awaited.
 
-The tests of a class have one desktop after the other's end: what a test left on it is cleared away,
-and one that cannot be made as it was, or whose test failed, is not used again (reuse.py).
+The tests of a class share a desktop, one after the other: what a test left on it is cleared away, and
+one that cannot be made as it was, or whose test failed, is not used again (reuse.py).
 """
 
 import contextlib
