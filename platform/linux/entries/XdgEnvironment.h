@@ -1,4 +1,5 @@
-// What of the session's environment decides which desktop entries are shown and how they are named.
+// The part of the session's environment that decides which desktop entries are shown and how they
+// are named.
 #pragma once
 
 #include <string>
@@ -6,27 +7,22 @@
 
 namespace tavo {
 
-// A value: whoever has one is independent of the process's own environment.
+// A value, independent of what happens to the process's own environment later.
 struct XdgEnvironment {
-    // Folders that may hold a folder "applications", the most important first. Absolute, without
-    // a trailing slash.
-    std::vector<std::string> dataDirs;
-
+    std::vector<std::string> dataDirs;         // as in XdgFolders; "applications" is below each
     std::vector<std::string> currentDesktops;  // XDG_CURRENT_DESKTOP, split at ":"
-    std::vector<std::string> languages;        // of messages, preferred first, with their variants
+    std::vector<std::string> languages;        // as messageLanguages() has them
     std::string path;                          // PATH
 
     // The environment of this process as it is now. Main thread.
-    //
-    // Data folders as the XDG Base Directory Specification has them (a relative one is ignored,
-    // though GIO would look for it in the working folder; a user without a home has none), then the
-    // folders to which Flatpak and snap export entries: sessions exist whose XDG_DATA_DIRS lacks
-    // them.
     static XdgEnvironment fromProcess();
 };
 
-// Of messages, as the process's environment has them now: the preferred language first, each with
-// its variants after it, "C" last.
+// The desktops in XDG_CURRENT_DESKTOP, the most specific first ("ubuntu", "GNOME"). Main thread.
+std::vector<std::string> currentDesktops();
+
+// The user's languages for messages, the preferred one first, each followed by its variants, "C"
+// last ("it_IT.UTF-8", "it_IT", "it.UTF-8", "it", "C"). Main thread.
 std::vector<std::string> messageLanguages();
 
 }  // namespace tavo

@@ -1,6 +1,7 @@
 // The entries that are shown, and their names, against GIO's answer in the same environment.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <map>
 #include <optional>
 #include <ostream>
@@ -16,6 +17,7 @@
 #include <spawn.h>
 
 #include "platform/linux/entries/XdgApplicationSource.h"
+#include "platform/linux/system/XdgFolders.h"
 #include "tests/platform/linux/fixtures/EntryTree.h"
 #include "tests/platform/linux/fixtures/ScopedVariables.h"
 
@@ -68,10 +70,19 @@ NamesByPath listedByGio() {
     return names;
 }
 
+// GIO knows the export folders only where XDG_DATA_DIRS names them.
+void removeFoldersUnknownToGio(std::vector<std::string>& dataDirs) {
+    const char* const variable = std::getenv("XDG_DATA_DIRS");
+    const auto named = splitAtColons(variable == nullptr ? "" : variable);
+    std::erase_if(dataDirs, [&](const std::string& folder) {
+        return (folder.ends_with("/flatpak/exports/share") || folder.ends_with("/snapd/desktop")) &&
+               std::ranges::find(named, folder) == named.end();
+    });
+}
+
 NamesByPath listedHere() {
     XdgEnvironment environment = XdgEnvironment::fromProcess();
-    // The export folders, which GIO does not know of.
-    environment.dataDirs.resize(environment.dataDirs.size() - 3);
+    removeFoldersUnknownToGio(environment.dataDirs);
     NamesByPath names;
     for (FoundApplication& found : makeXdgApplicationSource(environment)->applications()) {
         EXPECT_TRUE(names.emplace(found.path, found.name).second) << found.path << " twice";

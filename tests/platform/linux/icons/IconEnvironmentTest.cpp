@@ -1,6 +1,6 @@
-#include <algorithm>
-#include <map>
+#include <optional>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/linux/icons/IconEnvironment.h"
@@ -9,59 +9,58 @@
 namespace tavo {
 namespace {
 
-IconEnvironment from(const std::map<std::string, std::string>& variables, bool wayland = false) {
-    const auto variable = [&](const char* name) {
-        const auto found = variables.find(name);
-        return found == variables.end() ? std::string() : found->second;
-    };
-    return IconEnvironment::fromVariables(variable, wayland);
-}
+using testing::ElementsAre;
 
-using Strings = std::vector<std::string>;
+class IconEnvironmentTest : public testing::Test {
+protected:
+    IconEnvironmentTest() {
+        for (const char* const name :
+             {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_CACHE_HOME",
+              "XDG_CURRENT_DESKTOP", "DISPLAY", "WAYLAND_DISPLAY", "LANGUAGE"}) {
+            variables_.set(name, std::nullopt);
+        }
+        variables_.set("HOME", "/home/a");
+        variables_.set("XDG_DATA_DIRS", "/one:/usr/share");
+        variables_.set("LC_ALL", "it_IT");
+    }
 
-TEST(IconEnvironment, without_variables_the_usual_folders_count) {
-    const auto environment = from({{"HOME", "/home/a"}});
-    EXPECT_EQ(environment.iconFolders,
-              (Strings{"/home/a/.icons", "/home/a/.local/share/icons", "/usr/local/share/icons",
-                       "/usr/share/icons", "/home/a/.local/share/flatpak/exports/share/icons",
-                       "/var/lib/flatpak/exports/share/icons", "/var/lib/snapd/desktop/icons"}));
-    EXPECT_TRUE(std::ranges::count(environment.pixmapFolders, "/usr/share/pixmaps") == 1);
-    EXPECT_EQ(environment.configFolders, (Strings{"/home/a/.config", "/etc/xdg", "/etc"}));
+    ScopedVariables variables_;
+};
+
+TEST_F(IconEnvironmentTest, folders_are_below_those_of_the_session) {
+    const auto environment = IconEnvironment::fromProcess(false);
+    EXPECT_THAT(
+        environment.iconFolders,
+        ElementsAre("/home/a/.icons", "/home/a/.local/share/icons", "/one/icons",
+                    "/usr/share/icons", "/home/a/.local/share/flatpak/exports/share/icons",
+                    "/var/lib/flatpak/exports/share/icons", "/var/lib/snapd/desktop/icons"));
+    EXPECT_THAT(
+        environment.pixmapFolders,
+        ElementsAre("/home/a/.local/share/pixmaps", "/one/pixmaps", "/usr/share/pixmaps",
+                    "/home/a/.local/share/flatpak/exports/share/pixmaps",
+                    "/var/lib/flatpak/exports/share/pixmaps", "/var/lib/snapd/desktop/pixmaps"));
+    EXPECT_THAT(environment.configFolders, ElementsAre("/home/a/.config", "/etc/xdg", "/etc"));
     EXPECT_EQ(environment.cacheFolder, "/home/a/.cache/tavolauncher/icons");
-    EXPECT_TRUE(environment.desktops.empty());
-    EXPECT_EQ(environment.display, "");
 }
 
-TEST(IconEnvironment, variables_count_where_they_are_absolute) {
-    const auto environment = from({{"HOME", "/home/a"},
-                                   {"XDG_DATA_HOME", "/d/"},
-                                   {"XDG_DATA_DIRS", "/one/:relative::/two:/one"},
-                                   {"XDG_CONFIG_HOME", "relative"},
-                                   {"XDG_CONFIG_DIRS", "/kde:/etc/xdg"},
-                                   {"XDG_CACHE_HOME", "/c"},
-                                   {"XDG_CURRENT_DESKTOP", "ubuntu:GNOME"},
-                                   {"DISPLAY", ":7"}});
-    EXPECT_EQ(Strings(environment.iconFolders.begin(), environment.iconFolders.begin() + 4),
-              (Strings{"/home/a/.icons", "/d/icons", "/one/icons", "/two/icons"}));
-    EXPECT_EQ(environment.configFolders, (Strings{"/home/a/.config", "/kde", "/etc/xdg", "/etc"}));
-    EXPECT_EQ(environment.cacheFolder, "/c/tavolauncher/icons");
-    EXPECT_EQ(environment.desktops, (Strings{"ubuntu", "GNOME"}));
-    EXPECT_EQ(environment.display, ":7");
+TEST_F(IconEnvironmentTest, the_systems_pixmaps_count_wherever_its_data_is) {
+    variables_.set("XDG_DATA_DIRS", "/one");
+    EXPECT_EQ(IconEnvironment::fromProcess(false).pixmapFolders.back(), "/usr/share/pixmaps");
 }
 
-TEST(IconEnvironment, languages_are_those_of_messages) {
-    ScopedVariables variables;
-    variables.set("LANGUAGE", std::nullopt);
-    variables.set("LC_ALL", "it_IT");
-    EXPECT_EQ(IconEnvironment::fromProcess(false).languages, (Strings{"it_IT", "it", "C"}));
+TEST_F(IconEnvironmentTest, desktops_and_languages_are_those_of_the_session) {
+    EXPECT_THAT(IconEnvironment::fromProcess(false).desktops, ElementsAre());
+    variables_.set("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
+    EXPECT_THAT(IconEnvironment::fromProcess(false).desktops, ElementsAre("ubuntu", "GNOME"));
+    EXPECT_THAT(IconEnvironment::fromProcess(false).languages, ElementsAre("it_IT", "it", "C"));
 }
 
-TEST(IconEnvironment, in_a_wayland_session_no_x_server_is_asked) {
-    EXPECT_EQ(from({{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}}, true).display, "");
-}
-
-TEST(IconEnvironment, a_left_over_name_of_a_compositor_hides_no_x_server) {
-    EXPECT_EQ(from({{"DISPLAY", ":0"}, {"WAYLAND_DISPLAY", "wayland-0"}}, false).display, ":0");
+TEST_F(IconEnvironmentTest, an_x_server_is_asked_in_an_x11_session_alone) {
+    EXPECT_EQ(IconEnvironment::fromProcess(false).display, "");
+    variables_.set("DISPLAY", ":7");
+    variables_.set("WAYLAND_DISPLAY", "wayland-0");  // left over from another session
+    EXPECT_EQ(IconEnvironment::fromProcess(false).display, ":7");
+    EXPECT_EQ(IconEnvironment::fromProcess(true).display, "");
 }
 
 }  // namespace
