@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,6 +10,7 @@
 
 #include <glib.h>
 
+#include "platform/posix/FileDescriptor.h"
 #include "support/Text.h"
 
 namespace tavo {
@@ -51,117 +51,62 @@ constexpr std::array<std::string_view, kKeyCount> kKeyNames = {"Type",
 
 using RawValue = std::optional<std::string_view>;
 
-// GLib's white space, to which the vertical tab does not belong.
-bool isBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
-}
-
-bool isControl(char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-}
-
 bool isContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
 
-constexpr unsigned char kInKey = 1;
-constexpr unsigned char kInLocale = 2;
-
-// The characters of nearly every key and locale; the rest is left to the slower, complete rules.
-constexpr std::array<unsigned char, 256> kCharacters = [] {
-    std::array<unsigned char, 256> table{};
-    const std::string_view plain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.@";
-    for (const char c : plain) {
-        const bool inKey = c != '_' && c != '.' && c != '@';
-        table[static_cast<unsigned char>(c)] = inKey ? kInKey | kInLocale : kInLocale;
-    }
-    return table;
-}();
-
-std::size_t skip(std::string_view text, std::size_t from, unsigned char characters) {
-    while (from < text.size() &&
-           (kCharacters[static_cast<unsigned char>(text[from])] & characters) != 0) {
-        ++from;
-    }
-    return from;
-}
-
 std::string_view withoutLeadingBlanks(std::string_view text) {
     std::size_t start = 0;
-    while (start < text.size() && isBlank(text[start])) {
+    while (start < text.size() && g_ascii_isspace(text[start])) {
         ++start;
     }
     return text.substr(start);
 }
 
 std::string_view withoutTrailingBlanks(std::string_view text) {
-    while (!text.empty() && isBlank(text.back())) {
+    while (!text.empty() && g_ascii_isspace(text.back())) {
         text.remove_suffix(1);
     }
     return text;
 }
 
-// The name in a line "[name]". Absent when the line is no group.
-std::optional<std::string_view> groupName(std::string_view line) {
+// The name in a line "[name]"; absent when the line is no group. `afterNul`: what stands in the
+// line's bytes after a NUL, where GLib looks for the last bracket all the same.
+std::optional<std::string_view> groupName(std::string_view line, std::string_view afterNul) {
     const std::size_t close = line.find(']');
-    if (close == std::string_view::npos) {
-        return std::nullopt;
-    }
-    std::size_t rest = close + 1;
-    while (rest < line.size() && isContinuation(line[rest])) {
-        ++rest;
-    }
-    if (line.find_first_not_of(" \t", rest) != std::string_view::npos) {
+    if (close == std::string_view::npos || afterNul.find(']') != std::string_view::npos) {
         return std::nullopt;
     }
     const std::string_view name = line.substr(1, close - 1);
-    if (name.empty() || name.find('[') != std::string_view::npos ||
-        std::any_of(name.begin(), name.end(), isControl)) {
+    const std::string_view rest = line.substr(close + 1);
+    const auto isPassedOver = [](char c) { return c == ' ' || c == '\t' || isContinuation(c); };
+    const auto isForbidden = [](char c) { return c == '[' || g_ascii_iscntrl(c); };
+    if (name.empty() || !std::ranges::all_of(rest, isPassedOver) ||
+        std::ranges::any_of(name, isForbidden)) {
         return std::nullopt;
     }
     return name;
 }
 
+// Whether the character at the front of `text` may stand in a locale.
 bool isInLocale(std::string_view text) {
-    if (static_cast<unsigned char>(text.front()) < 0x80) {
-        return (kCharacters[static_cast<unsigned char>(text.front())] & kInLocale) != 0;
+    const char c = text.front();
+    if (static_cast<unsigned char>(c) < 0x80) {
+        return g_ascii_isalnum(c) || c == '-' || c == '_' || c == '.' || c == '@';
     }
     const gunichar scalar =
         g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
     return scalar <= 0x10ffff && g_unichar_isalnum(scalar) != FALSE;
 }
 
-// The end of the locale that starts at `from`. Bytes that continue nothing pass.
-std::size_t localeEnd(std::string_view key, std::size_t from) {
-    while (from < key.size() && isInLocale(key.substr(from))) {
+// The end of the locale that starts at `from`. Like GLib, takes stray continuation bytes along.
+std::size_t localeEnd(std::string_view text, std::size_t from) {
+    while (from < text.size() && isInLocale(text.substr(from))) {
         do {
             ++from;
-        } while (from < key.size() && isContinuation(key[from]));
+        } while (from < text.size() && isContinuation(text[from]));
     }
     return from;
-}
-
-struct SplitKey {
-    std::string_view name;
-    RawValue locale;  // what stands in "[...]" after the name
-};
-
-// Absent when `key` cannot be one.
-std::optional<SplitKey> splitKey(std::string_view key) {
-    const std::size_t bracket = std::min(key.find_first_of("[]"), key.size());
-    const std::string_view name = key.substr(0, bracket);
-    if (name.empty() || name.front() == ' ' || name.back() == ' ') {
-        return std::nullopt;
-    }
-    if (bracket == key.size()) {
-        return SplitKey{name, std::nullopt};
-    }
-    const std::size_t end = localeEnd(key, bracket + 1);
-    if (key[bracket] != '[' || end + 1 != key.size() || key[end] != ']') {
-        return std::nullopt;
-    }
-    return SplitKey{name, key.substr(bracket + 1, end - bracket - 1)};
 }
 
 std::optional<char> unescaped(char c) {
@@ -250,44 +195,36 @@ std::string localized(const std::vector<RawValue>& translations, const RawValue&
     return stringOf(plain);
 }
 
-// One pass over the lines of one file. Keeps where the values stand, copies nothing.
+// One pass over the lines of one file. Keeps views of the values in it.
 class Scan {
 public:
-    Scan(std::span<const std::string> languages, std::vector<RawValue>& names,
-         std::vector<RawValue>& icons)
-        : languages_(languages), names_(names), icons_(icons) {}
+    explicit Scan(std::span<const std::string> languages)
+        : languages_(languages), names_(languages.size()), icons_(languages.size()) {}
 
     // False when the bytes are no desktop entry.
     bool run(std::string_view bytes);
 
     [[nodiscard]] const RawValue& value(Key key) const { return values_[key]; }
+    [[nodiscard]] std::string localizedName() const { return localized(names_, values_[kName]); }
+    [[nodiscard]] std::string localizedIcon() const { return localized(icons_, values_[kIcon]); }
 
 private:
-    bool line(std::string_view line);
-    bool group(std::string_view line);
-    void keep(const SplitKey& key, std::string_view value);
-
-    // False when a key may not stand here, or announces an encoding that nobody reads.
-    bool pair(const SplitKey& key, std::string_view value) {
-        if (inEntry_) {
-            if (!key.locale && key.name == "Encoding") {
-                return value.size() == 5 && g_ascii_strncasecmp(value.data(), "UTF-8", 5) == 0;
-            }
-            keep(key, value);
-        }
-        return inAnyGroup_;
-    }
+    bool line(std::string_view text, std::string_view afterNul);
+    bool group(std::string_view text, std::string_view afterNul);
+    bool pair(std::string_view text);
+    bool keep(std::string_view key, std::string_view value);
+    void keepTranslation(std::string_view key, std::string_view locale, std::string_view value);
 
     std::span<const std::string> languages_;
-    std::vector<RawValue>& names_;
-    std::vector<RawValue>& icons_;
+    std::vector<RawValue> names_;  // translations, by language
+    std::vector<RawValue> icons_;
     std::array<RawValue, kKeyCount> values_;
     bool inEntry_ = false;
     bool inAnyGroup_ = false;
 };
 
 bool Scan::run(std::string_view bytes) {
-    // Lines are C strings to GKeyFile: the rest of a line after a NUL does not exist.
+    // GLib reads a line up to its first NUL.
     const bool holdsNul = bytes.find('\0') != std::string_view::npos;
     std::size_t start = 0;
     while (start < bytes.size()) {
@@ -295,13 +232,11 @@ bool Scan::run(std::string_view bytes) {
         std::string_view text = bytes.substr(start, end - start);
         if (end == std::string_view::npos) {
             end = bytes.size();
-        } else if (!text.empty() && text.back() == '\r') {
+        } else if (text.ends_with('\r')) {
             text.remove_suffix(1);
         }
-        if (holdsNul) {
-            text = text.substr(0, text.find('\0'));
-        }
-        if (!line(text)) {
+        const std::size_t length = holdsNul ? std::min(text.find('\0'), text.size()) : text.size();
+        if (!line(text.substr(0, length), text.substr(length))) {
             return false;
         }
         start = end + 1;
@@ -309,87 +244,97 @@ bool Scan::run(std::string_view bytes) {
     return inAnyGroup_;
 }
 
-// False when the line spoils the file.
-bool Scan::line(std::string_view text) {
-    // The usual forms first: KEY=VALUE and KEY[LOCALE]=VALUE without anything unusual.
-    const std::size_t nameEnd = skip(text, 0, kInKey);
-    if (nameEnd > 0 && nameEnd < text.size()) {
-        const std::string_view name = text.substr(0, nameEnd);
-        if (text[nameEnd] == '=') {
-            return pair({name, std::nullopt}, withoutLeadingBlanks(text.substr(nameEnd + 1)));
-        }
-        const std::size_t close = skip(text, nameEnd + 1, kInLocale);
-        if (text[nameEnd] == '[' && close + 1 < text.size() && text[close] == ']' &&
-            text[close + 1] == '=') {
-            return pair({name, text.substr(nameEnd + 1, close - nameEnd - 1)},
-                        withoutLeadingBlanks(text.substr(close + 2)));
-        }
-    }
-
+// False when the line is ill-formed, as are the functions below for their part of it.
+bool Scan::line(std::string_view text, std::string_view afterNul) {
     text = withoutLeadingBlanks(text);
     if (text.empty() || text.front() == '#') {
         return true;
     }
     if (text.front() == '[') {
-        return group(text);
+        return group(text, afterNul);
     }
-    const std::size_t equals = text.find('=');
-    if (equals == std::string_view::npos || equals == 0) {
-        return false;
-    }
-    const auto key = splitKey(withoutTrailingBlanks(text.substr(0, equals)));
-    return key && pair(*key, withoutLeadingBlanks(text.substr(equals + 1)));
+    return pair(text);
 }
 
-bool Scan::group(std::string_view text) {
-    const auto name = groupName(text);
-    if (!name) {
-        return false;
-    }
-    inEntry_ = *name == "Desktop Entry";
-    if (!inAnyGroup_ && !inEntry_) {
-        return false;
-    }
-    inAnyGroup_ = true;
-    return true;
+// The file's first group must be "Desktop Entry".
+bool Scan::group(std::string_view text, std::string_view afterNul) {
+    const auto name = groupName(text, afterNul);
+    inEntry_ = name == "Desktop Entry";
+    inAnyGroup_ = inAnyGroup_ || inEntry_;
+    return name && inAnyGroup_;
 }
 
-void Scan::keep(const SplitKey& key, std::string_view value) {
-    const auto* const found = std::find(kKeyNames.begin(), kKeyNames.end(), key.name);
-    if (found == kKeyNames.end()) {
+// "KEY=VALUE" or "KEY[LOCALE]=VALUE". One pass over the key, because most of a scan's time is spent
+// here.
+bool Scan::pair(std::string_view text) {
+    std::size_t end = 0;
+    while (end < text.size() && text[end] != '=' && text[end] != '[' && text[end] != ']') {
+        ++end;
+    }
+    std::string_view key = text.substr(0, end);
+    std::string_view locale;
+    const bool hasLocale = end < text.size() && text[end] == '[';
+    if (hasLocale) {
+        const std::size_t close = localeEnd(text, end + 1);
+        if (key.ends_with(' ') || close == text.size() || text[close] != ']') {
+            return false;
+        }
+        locale = text.substr(end + 1, close - end - 1);
+        end = close + 1;
+        while (end < text.size() && g_ascii_isspace(text[end])) {
+            ++end;
+        }
+    } else {
+        key = withoutTrailingBlanks(key);
+    }
+    if (!inAnyGroup_ || key.empty() || end == text.size() || text[end] != '=') {
+        return false;
+    }
+    if (!inEntry_) {
+        return true;
+    }
+    const std::string_view value = withoutLeadingBlanks(text.substr(end + 1));
+    if (hasLocale) {
+        keepTranslation(key, locale, value);
+        return true;
+    }
+    return keep(key, value);
+}
+
+// False for an encoding that GLib does not read.
+bool Scan::keep(std::string_view key, std::string_view value) {
+    if (const auto* const known = std::ranges::find(kKeyNames, key); known != kKeyNames.end()) {
+        values_[static_cast<std::size_t>(known - kKeyNames.begin())] = value;
+    }
+    return key != "Encoding" ||
+           (value.size() == 5 && g_ascii_strncasecmp(value.data(), "UTF-8", 5) == 0);
+}
+
+void Scan::keepTranslation(std::string_view key, std::string_view locale, std::string_view value) {
+    const bool isName = key == kKeyNames[kName];
+    if (!isName && key != kKeyNames[kIcon]) {
         return;
     }
-    const auto index = static_cast<std::size_t>(found - kKeyNames.begin());
-    if (!key.locale) {
-        values_[index] = value;
-    } else if (index == kName || index == kIcon) {
-        const auto language = std::find(languages_.begin(), languages_.end(), *key.locale);
-        if (language != languages_.end()) {
-            auto& translations = index == kName ? names_ : icons_;
-            translations[static_cast<std::size_t>(language - languages_.begin())] = value;
-        }
+    if (const auto language = std::ranges::find(languages_, locale); language != languages_.end()) {
+        (isName ? names_ : icons_)[static_cast<std::size_t>(language - languages_.begin())] = value;
     }
 }
 
 }  // namespace
 
-DesktopEntryReader::DesktopEntryReader(std::span<const std::string> languages)
-    : languages_(languages.begin(), languages.end()) {}
-
-std::optional<DesktopEntry> DesktopEntryReader::parse(std::string_view bytes) {
-    names_.assign(languages_.size(), std::nullopt);
-    icons_.assign(languages_.size(), std::nullopt);
-    Scan scan(languages_, names_, icons_);
+std::optional<DesktopEntry> parseDesktopEntry(std::string_view bytes,
+                                              std::span<const std::string> languages) {
+    Scan scan(languages);
     if (bytes.size() > kLargestDesktopEntry || !scan.run(bytes)) {
         return std::nullopt;
     }
     DesktopEntry entry;
     entry.type = stringOf(scan.value(kType));
-    entry.name = localized(names_, scan.value(kName));
+    entry.name = scan.localizedName();
     if (const RawValue& plain = scan.value(kName); entry.name.empty() && plain) {
         entry.name = decoded(repairedUtf8(*plain));
     }
-    entry.icon = localized(icons_, scan.value(kIcon));
+    entry.icon = scan.localizedIcon();
     entry.exec = stringOf(scan.value(kExec));
     entry.tryExec = stringOf(scan.value(kTryExec));
     entry.path = stringOf(scan.value(kPath));
@@ -404,40 +349,28 @@ std::optional<DesktopEntry> DesktopEntryReader::parse(std::string_view bytes) {
     return entry;
 }
 
-std::optional<DesktopEntry> DesktopEntryReader::read(int folder, const char* name) {
-    const int file = openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (file < 0) {
-        return std::nullopt;
-    }
-    struct stat facts {};
-    bool whole = fstat(file, &facts) == 0 && S_ISREG(facts.st_mode) &&
-                 facts.st_size <= static_cast<off_t>(kLargestDesktopEntry);
-    std::size_t length = 0;
-    if (whole) {
-        const auto size = static_cast<std::size_t>(facts.st_size);
-        buffer_.resize(std::max(buffer_.size(), size));
-        while (length < size) {
-            const ssize_t count = ::read(file, buffer_.data() + length, size - length);
-            if (count > 0) {
-                length += static_cast<std::size_t>(count);
-            } else if (count == 0 || errno != EINTR) {
-                whole = count == 0;
-                break;
-            }
-        }
-    }
-    close(file);
-    return whole ? parse(std::string_view(buffer_.data(), length)) : std::nullopt;
-}
-
-std::optional<DesktopEntry> parseDesktopEntry(std::string_view bytes,
-                                              std::span<const std::string> languages) {
-    return DesktopEntryReader(languages).parse(bytes);
-}
-
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path,
                                              std::span<const std::string> languages) {
-    return DesktopEntryReader(languages).read(AT_FDCWD, path.c_str());
+    return readDesktopEntry(AT_FDCWD, path.c_str(), languages);
+}
+
+std::optional<DesktopEntry> readDesktopEntry(int folder, const char* name,
+                                             std::span<const std::string> languages) {
+    const FileDescriptor file(openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat facts {};
+    if (!file.valid() || fstat(file.get(), &facts) != 0 || !S_ISREG(facts.st_mode) ||
+        facts.st_size > static_cast<off_t>(kLargestDesktopEntry)) {
+        return std::nullopt;
+    }
+    std::string bytes(static_cast<std::size_t>(facts.st_size), '\0');
+    std::size_t length = 0;
+    ssize_t count = 0;
+    do {
+        count = ::read(file.get(), bytes.data() + length, bytes.size() - length);
+        length += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    } while (length < bytes.size() && (count > 0 || (count < 0 && errno == EINTR)));
+    bytes.resize(length);
+    return count < 0 ? std::nullopt : parseDesktopEntry(bytes, languages);
 }
 
 }  // namespace tavo

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <iterator>
 #include <optional>
 #include <string_view>
-#include <system_error>
-#include <thread>
 #include <unordered_map>
 #include <utility>
 
@@ -18,19 +17,20 @@
 #include "platform/linux/entries/DesktopEntry.h"
 #include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/entries/ExecutableLookup.h"
+#include "platform/posix/FileDescriptor.h"
 #include "support/Text.h"
 
 namespace tavo {
 namespace {
 
-// Far beyond any real menu; they end what symbolic links can make of a few folders.
+// Limits on what symbolic links can make of a few folders; no real menu comes near them.
 constexpr std::size_t kDeepestFolder = 32;
 constexpr std::size_t kMostFolders = 10'000;
 
 constexpr std::size_t kWorthASecondThread = 500;  // files
 constexpr std::size_t kShare = 32;                // files that a thread takes at a time
 
-// A file that holds the entry of its id.
+// The file that counts for a desktop-file id.
 struct EntryFile {
     std::size_t dataDir;
     std::string name;  // relative to the data folder's "applications"
@@ -39,12 +39,12 @@ struct EntryFile {
 // Finds the file of each desktop-file id, without opening any.
 class EntryFiles {
 public:
-    // Data folders are added the most important first. `applications` is open and stays the
-    // caller's.
-    void addDataDir(std::size_t dataDir, int applications) {
+    // `applications` is the open folder of the data folder; an invalid one adds nothing. The most
+    // important data folder is added first.
+    void addDataDir(std::size_t dataDir, const FileDescriptor& applications) {
         dataDir_ = dataDir;
         folders_ = 0;
-        if (const int copy = fcntl(applications, F_DUPFD_CLOEXEC, 0); copy >= 0) {
+        if (const int copy = fcntl(applications.get(), F_DUPFD_CLOEXEC, 0); copy >= 0) {
             listFolder(copy, "", "");
         }
     }
@@ -54,7 +54,7 @@ public:
 private:
     using Identity = std::pair<dev_t, ino_t>;
 
-    // Takes `folder` over. `path` and `idPrefix` are what precedes the names in it.
+    // Closes `folder`. `path` and `idPrefix` precede the names in it: "kde/" and "kde-".
     void listFolder(int folder, const std::string& path, const std::string& idPrefix);
     void listEntry(int folder, const dirent& entry, const std::string& path,
                    const std::string& idPrefix);
@@ -64,7 +64,8 @@ private:
         if (isNew) {
             files_.push_back({dataDir_, std::move(name)});
         } else if (EntryFile& file = files_[known->second]; file.dataDir == dataDir_) {
-            // "a/b.desktop" and "a-b.desktop" have one id; the one listed last counts, as in GIO.
+            // "a/b.desktop" and "a-b.desktop" have the same id. As in GIO, the last one listed
+            // counts.
             file.name = std::move(name);
         }
     }
@@ -118,7 +119,8 @@ void EntryFiles::listEntry(int folder, const dirent& entry, const std::string& p
     }
 }
 
-// Whether an entry is shown in one of `desktops`: the first of them that a list names decides.
+// Whether the entry is shown in a session of `desktops`. The first of them that OnlyShowIn or
+// NotShowIn names decides.
 bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& entry) {
     const auto names = [](const std::optional<std::vector<std::string>>& list,
                           const std::string& desktop) {
@@ -135,7 +137,8 @@ bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& ent
     return !entry.onlyShowIn;
 }
 
-// `program` is the command's first word, where it has one.
+// Whether the programs of TryExec and Exec can be run. `program` is the first word of Exec; absent
+// when that is no command line.
 bool programsExist(const DesktopEntry& entry, const std::optional<std::string>& program,
                    ExecutableLookup& programs) {
     if (!entry.tryExec.empty() && !programs.finds(entry.tryExec)) {
@@ -149,7 +152,7 @@ bool isListed(const DesktopEntry& entry, const std::vector<std::string>& desktop
            !entry.name.empty() && isShownIn(desktops, entry);
 }
 
-// Its id from the name of its file below the application folder.
+// The desktop-file id of the file `name` below "applications": "kde/a.desktop" is "kde-a.desktop".
 std::string identifierOf(std::string name) {
     std::replace(name.begin(), name.end(), '/', '-');
     return name;
@@ -158,7 +161,7 @@ std::string identifierOf(std::string name) {
 // What one thread read.
 struct Found {
     std::vector<FoundApplication> applications;
-    std::vector<ListedEntry> entries;  // the same ones
+    std::vector<ListedEntry> entries;  // of the same applications
 
     void append(Found&& more) {
         applications.insert(applications.end(), std::make_move_iterator(more.applications.begin()),
@@ -174,21 +177,14 @@ public:
         : environment_(std::move(environment)), listed_(std::move(listed)) {}
 
     std::vector<FoundApplication> applications() override {
-        std::vector<int> folders;
+        std::vector<FileDescriptor> folders;
         EntryFiles entries;
         for (std::size_t i = 0; i < environment_.dataDirs.size(); ++i) {
             const std::string folder = environment_.dataDirs[i] + "/applications";
-            folders.push_back(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-            if (folders.back() >= 0) {
-                entries.addDataDir(i, folders.back());
-            }
+            folders.emplace_back(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            entries.addDataDir(i, folders.back());
         }
         Found found = read(entries.files(), folders);
-        for (const int folder : folders) {
-            if (folder >= 0) {
-                close(folder);
-            }
-        }
         if (listed_) {
             listed_->replace(std::move(found.entries));
         }
@@ -196,44 +192,42 @@ public:
     }
 
 private:
-    // What takes the time is the system's part of opening and reading, so with many files a
-    // second thread halves it.
-    Found read(const std::vector<EntryFile>& files, const std::vector<int>& folders) const {
+    // With many files a second thread halves the time, most of which the kernel takes to open and
+    // read them.
+    Found read(const std::vector<EntryFile>& files,
+               const std::vector<FileDescriptor>& folders) const {
         std::atomic<std::size_t> next = 0;
-        Found found;
-        Found foundBySecond;
-        std::thread second;
+        std::future<Found> second;
         if (files.size() >= kWorthASecondThread) {
-            try {
-                second = std::thread([&] { readShares(files, folders, next, foundBySecond); });
-            } catch (const std::system_error&) {
-                // No thread to be had: this one reads all.
-            }
+            second =
+                std::async(std::launch::async, [&] { return readShares(files, folders, next); });
         }
-        readShares(files, folders, next, found);
-        if (second.joinable()) {
-            second.join();
+        Found found = readShares(files, folders, next);
+        if (second.valid()) {
+            found.append(second.get());
         }
-        found.append(std::move(foundBySecond));
         return found;
     }
 
     // Takes share after share of `files`, from `next` on, until none is left.
-    void readShares(const std::vector<EntryFile>& files, const std::vector<int>& folders,
-                    std::atomic<std::size_t>& next, Found& found) const {
-        DesktopEntryReader reader(environment_.languages);
+    Found readShares(const std::vector<EntryFile>& files,
+                     const std::vector<FileDescriptor>& folders,
+                     std::atomic<std::size_t>& next) const {
+        Found found;
         ExecutableLookup programs(environment_.path);
         for (std::size_t start = next.fetch_add(kShare); start < files.size();
              start = next.fetch_add(kShare)) {
             const std::size_t end = std::min(start + kShare, files.size());
             for (std::size_t i = start; i < end; ++i) {
                 const EntryFile& file = files[i];
-                const auto entry = reader.read(folders[file.dataDir], file.name.c_str());
+                const auto entry = readDesktopEntry(folders[file.dataDir].get(), file.name.c_str(),
+                                                    environment_.languages);
                 if (entry && isListed(*entry, environment_.currentDesktops)) {
                     add(*entry, file, programs, found);
                 }
             }
         }
+        return found;
     }
 
     void add(const DesktopEntry& entry, const EntryFile& file, ExecutableLookup& programs,

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/entries/DesktopEntry.h"
+#include "platform/posix/FileDescriptor.h"
 #include "tests/platform/linux/fixtures/EntryTree.h"
 
 namespace tavo {
@@ -97,6 +98,10 @@ TEST(DesktopEntry, one_ill_formed_line_anywhere_makes_it_no_entry) {
         {"a bracket in a group name", head + "[a[b]\n", false},
         {"a control character in a group name", head + "[a\tb]\n", false},
         {"a group name that is not UTF-8", head + "[\xe9]\n", true},
+        {"a stray byte after a group", "[Desktop Entry]\x80 \x80\n", true},
+        {"a NUL after a group", bytesOf("[Desktop Entry]\0garbage\n"), true},
+        {"a NUL and another bracket after a group", bytesOf("[Desktop Entry]\0]\n"), false},
+        {"a NUL in a group name", head + bytesOf("[a\0]\n"), false},
         {"blanks around the sign", head + "Exec \t=  a\n", true},
         {"a blank inside a key", head + "E xec=a\n", true},
         {"a key that is not UTF-8", head + "\xe9=a\n", true},
@@ -275,23 +280,21 @@ TEST(DesktopEntry, a_list_that_is_empty_is_not_absent) {
     }
 }
 
-TEST(DesktopEntryReader, reads_one_file_after_the_other) {
+TEST(DesktopEntry, is_read_from_a_path_or_from_an_open_folder) {
     const EntryTree tree;
-    tree.write("long", entryText("Long", "Name[it]=Lungo\n" + std::string(100000, '\n')));
-    tree.write("short", entryText("Short"));
-    tree.write("none", "garbage");
-    DesktopEntryReader reader(kLanguages);
-    const auto nameOf = [&](const std::string& name) {
-        const auto entry = reader.read(AT_FDCWD, tree.path(name).c_str());
-        return entry ? entry->name : "-";
-    };
-    EXPECT_EQ(nameOf("long"), "Lungo");
-    EXPECT_EQ(nameOf("short"), "Short");
-    EXPECT_EQ(nameOf("none"), "-");
-    EXPECT_EQ(nameOf("long"), "Lungo");
+    const std::string path =
+        tree.write("folder/a", entryText("Long", "Name[it]=Lungo\n" + std::string(100000, '\n')));
+    const FileDescriptor folder(
+        open(tree.path("folder").c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    for (const auto& entry :
+         {readDesktopEntry(path, kLanguages), readDesktopEntry(folder.get(), "a", kLanguages)}) {
+        ASSERT_TRUE(entry);
+        EXPECT_EQ(entry->name, "Lungo");
+    }
+    EXPECT_FALSE(readDesktopEntry(folder.get(), "missing", kLanguages));
 }
 
-TEST(DesktopEntryReader, what_is_no_regular_file_is_no_entry) {
+TEST(DesktopEntry, what_is_no_regular_file_is_no_entry) {
     const EntryTree tree;
     tree.makeFolder("folder");
     ASSERT_EQ(mkfifo(tree.path("fifo").c_str(), 0644), 0);
@@ -306,7 +309,7 @@ TEST(DesktopEntryReader, what_is_no_regular_file_is_no_entry) {
     }
 }
 
-TEST(DesktopEntryReader, follows_a_symbolic_link_to_an_entry) {
+TEST(DesktopEntry, follows_a_symbolic_link_to_an_entry) {
     const EntryTree tree;
     tree.write("entry", entryText("A"));
     tree.link("link", "entry");

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/entries/DesktopEntry.h"
+#include "tests/Thorough.h"
 
 namespace tavo {
 namespace {
@@ -176,6 +177,40 @@ void mutate(std::string& bytes, std::mt19937& random) {
 TEST(KeyFileOracle, a_common_entry_reads_as_GLib_reads_it) {
     ASSERT_TRUE(Oracle(kEntry).isEntry());
     expectSame(kEntry);
+}
+
+// Every line of a few of these pieces, in the place of the first group and of a later one.
+TEST(KeyFileOracle, group_lines_read_as_GLib_reads_them) {
+    const std::vector<std::string> pieces = {
+        "[Desktop Entry",    "[", "]", " ", "\t", "\r", "\x80", "\xc3", "\x01", "a",
+        std::string(1, '\0')};
+    const std::size_t longest = isThorough() ? 5 : 4;  // pieces
+    std::vector<std::string> lines = {""};
+    std::size_t entries = 0;
+    std::size_t files = 0;
+    for (std::size_t length = 1; length <= longest; ++length) {
+        std::vector<std::string> longer;
+        for (const std::string& line : lines) {
+            for (const std::string& piece : pieces) {
+                longer.push_back(line + piece);
+            }
+        }
+        lines = std::move(longer);
+        for (const std::string& line : lines) {
+            for (const std::string& bytes :
+                 {line + "\nName=A\n", "[Desktop Entry]\nName=A\n" + line + "\nName=B\n"}) {
+                SCOPED_TRACE(testing::PrintToString(bytes));
+                expectSame(bytes);
+                entries += parseDesktopEntry(bytes, kLanguages) ? 1 : 0;
+                ++files;
+            }
+            if (HasFailure()) {
+                return;
+            }
+        }
+    }
+    EXPECT_GT(entries, files / 100);
+    EXPECT_LT(entries, files / 2);
 }
 
 TEST(KeyFileOracle, entries_changed_at_random_read_as_GLib_reads_them) {

@@ -1,0 +1,16 @@
+// How much a test repeats itself.
+#pragma once
+
+#include <cstdlib>
+#include <string_view>
+
+namespace tavo {
+
+// Whether TAVO_THOROUGH=1 is set, as in the machine's full run: then tests that compare with an
+// oracle try every product of their cases, and otherwise a part in which each case still occurs.
+inline bool isThorough() {
+    const char* const variable = std::getenv("TAVO_THOROUGH");
+    return variable != nullptr && std::string_view(variable) == "1";
+}
+
+}  // namespace tavo
