@@ -1,7 +1,6 @@
 #include "platform/linux/entries/PrefetchedApplicationSource.h"
 
-#include <system_error>
-#include <thread>
+#include <future>
 #include <utility>
 
 namespace tavo {
@@ -10,35 +9,16 @@ namespace {
 class PrefetchedApplicationSource final : public ApplicationSource {
 public:
     explicit PrefetchedApplicationSource(std::unique_ptr<ApplicationSource> source)
-        : source_(std::move(source)) {
-        try {
-            thread_ = std::thread([this] { prefetched_ = source_->applications(); });
-        } catch (const std::system_error&) {
-            // No thread to be had: the first call scans as the later ones do.
-        }
-    }
-
-    ~PrefetchedApplicationSource() override {
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-    }
-
-    PrefetchedApplicationSource(const PrefetchedApplicationSource&) = delete;
-    PrefetchedApplicationSource& operator=(const PrefetchedApplicationSource&) = delete;
+        : source_(std::move(source)),
+          prefetched_(std::async(std::launch::async, [this] { return source_->applications(); })) {}
 
     std::vector<FoundApplication> applications() override {
-        if (thread_.joinable()) {
-            thread_.join();
-            return std::move(prefetched_);
-        }
-        return source_->applications();
+        return prefetched_.valid() ? prefetched_.get() : source_->applications();
     }
 
 private:
     const std::unique_ptr<ApplicationSource> source_;
-    std::vector<FoundApplication> prefetched_;  // written by thread_ alone until it is joined
-    std::thread thread_;
+    std::future<std::vector<FoundApplication>> prefetched_;  // its destructor waits for the thread
 };
 
 }  // namespace

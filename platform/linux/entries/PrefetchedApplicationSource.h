@@ -1,4 +1,4 @@
-// A scan of applications that runs while the toolkit starts.
+// A scan for applications that runs while Qt starts.
 #pragma once
 
 #include <memory>
@@ -8,8 +8,8 @@
 namespace tavo {
 
 // Asks `source` at once, on a thread of its own. The first call waits for that answer and returns
-// it; later calls ask `source` anew on the caller's thread. Its end waits for the thread, too.
-// `source` must not be bound to a thread; never is it asked on two at once.
+// it; each later call asks `source` anew on the caller's thread. The destructor waits for the
+// thread. `source` is used by several threads, but never by two at once.
 std::unique_ptr<ApplicationSource> makePrefetchedApplicationSource(
     std::unique_ptr<ApplicationSource> source);
 

@@ -20,13 +20,13 @@
 namespace tavo {
 namespace {
 
-// Also tells a file of a machine with the other byte order, or of an older program whose pictures
-// looked different.
+// The format of the file. A file from a machine with the other byte order, or from a version that
+// drew icons differently, has another number and is ignored.
 constexpr std::uint32_t kMagic = 0x54764901;
 constexpr std::size_t kLongestPath = 4096;
 constexpr int kLargestSide = 4096;
 
-// A file is this, the key, the pixels, and the path that the icon was made from.
+// A file holds this header, the key, the pixels, and the path that the icon was made from.
 struct Header {
     std::uint32_t magic = kMagic;
     std::int32_t side = 0;
@@ -35,11 +35,12 @@ struct Header {
     std::int64_t modified = 0;
     std::int64_t size = 0;
     std::uint64_t lookup = 0;
-    std::uint64_t checksum = 0;  // of all else
+    std::uint64_t checksum = 0;  // of all other fields, the pixels and the path
 };
 static_assert(sizeof(Header) == 48);
 
-// Four sums side by side, because one alone waits for each multiplication.
+// Four independent sums, so that the processor need not wait for one multiplication after the
+// other.
 std::uint64_t checksumOf(const std::vector<std::uint32_t>& pixels) {
     std::array<StableHash, 4> lanes;
     std::size_t i = 0;
@@ -177,20 +178,21 @@ void RenderedIconCache::write(std::string_view key, const RenderedIcon& icon) {
         ::unlink(fresh.c_str());
         return;
     }
-    // Counting the files costs more than all else here, so it is done for the first of many.
+    // To count the files costs more than to write one, so this is done at one write in 256.
     constexpr unsigned kOften = 256;
     if (number % kOften == 0) {
         trim();
     }
 }
 
-// Down to three quarters, so that it is not to be done again with the next file.
+// Removes the oldest files down to three quarters of a limit that is exceeded, so that the next
+// file does not exceed it again. Others may do the same at once: a file that they removed first is
+// no failure.
 void RenderedIconCache::trim() {
     struct File {
         std::string name;
         FileStamp stamp;
     };
-    const std::lock_guard lock(trimming_);
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(::opendir(folder_.c_str()), &::closedir);
     if (!stream) {
         return;

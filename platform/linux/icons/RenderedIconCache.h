@@ -1,13 +1,12 @@
-// Icons that were rendered before, kept in files under the user's cache folder.
+// Rendered icons, kept in files under the user's cache folder.
 //
-// Disposable: whatever is wrong with a file, it counts as not there, and a folder that cannot be
-// written is done without. One small file an icon, put in place by renaming, so that several
-// processes may share the folder.
+// The files are disposable. A file with anything wrong in it counts as missing, and where the
+// folder cannot be written nothing is kept. Each icon is one small file, put in place by renaming,
+// so that several processes may share the folder.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,9 +18,9 @@ namespace tavo {
 
 struct RenderedIcon {
     IconImage image;
-    std::string file;          // that it was made from; empty when it was made from none
+    std::string file;          // path of the file it was made from; empty: drawn without one
     FileStamp stamp;           // of that file, when it was read
-    std::uint64_t lookup = 0;  // fingerprint of all that led to that file
+    std::uint64_t lookup = 0;  // fingerprint of the folders and files that led to that file
 };
 
 // Any thread, several at once.
@@ -29,20 +28,20 @@ class RenderedIconCache {
 public:
     struct Limits {
         std::size_t files = 4096;
-        std::uint64_t bytes = std::uint64_t{128} << 20U;
+        std::uint64_t bytes = std::uint64_t{128} << 20U;  // of all files together
     };
 
-    // `folder`: "" keeps nothing. It is made by the first write.
+    // `folder` is made by the first write; "" keeps nothing.
     explicit RenderedIconCache(std::string folder)
         : RenderedIconCache(std::move(folder), Limits()) {}
     RenderedIconCache(std::string folder, Limits limits)
         : folder_(std::move(folder)), limits_(limits) {}
 
-    // What was last written under `key`, when it is `side` pixels large. Whether it still holds is
-    // the caller's to judge.
+    // The icon last written under `key`, if it is `side` pixels large. The caller decides whether
+    // it is still current.
     [[nodiscard]] std::optional<RenderedIcon> read(std::string_view key, int side) const;
 
-    // From time to time it also removes the oldest files, when there are more than allowed.
+    // At one write in 256 also removes the oldest files, if a limit is exceeded.
     void write(std::string_view key, const RenderedIcon& icon);
 
 private:
@@ -52,7 +51,6 @@ private:
     std::string folder_;
     Limits limits_;
     std::atomic<unsigned> writes_ = 0;
-    std::mutex trimming_;
 };
 
 }  // namespace tavo

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -31,13 +32,13 @@ int sideOf(int size, double scale) {
     return side >= 1 ? static_cast<int>(std::min<double>(side, kLargestSide)) : 1;  // NaN too
 }
 
-// Where an application's picture comes from, before anything is looked for.
+// Where an application's icon comes from. Nothing of it is looked up yet.
 struct Subject {
     enum class Kind : std::uint8_t { None, Themed, File, Bundle };
 
     Kind kind = Kind::None;
-    std::string name;          // of an icon, or the path of a file or of a bundle
-    std::uint64_t lookup = 0;  // fingerprint of what decides besides the theme
+    std::string name;          // of a themed icon; else the path of a file or of a bundle
+    std::uint64_t lookup = 0;  // fingerprint of the files that decide, besides the theme
 };
 
 std::uint64_t fingerprintOf(const std::vector<std::string>& paths) {
@@ -50,7 +51,8 @@ std::uint64_t fingerprintOf(const std::vector<std::string>& paths) {
     return fingerprint.value();
 }
 
-// Of an entry that is gone or is none, "". Blanks around a name are a slip of its author.
+// The value of the Icon key, without the blanks around it that some entries have by mistake. ""
+// when there is no well-formed entry at `path`.
 std::string iconOfEntry(const std::string& path, const std::vector<std::string>& languages) {
     const auto entry = readDesktopEntry(path, languages);
     return entry ? std::string(trimmed(entry->icon)) : std::string();
@@ -69,7 +71,8 @@ Subject subjectOf(const std::string& path, const std::vector<std::string>& langu
     return {icon.empty() ? Subject::Kind::None : Subject::Kind::Themed, std::move(icon), 0};
 }
 
-// What a bundle declares, with and without the ending that may be left out; then any icon file.
+// The icon file that the bundle declares, with ".icns" appended and as it is written; without one,
+// the first .icns file among its resources.
 std::vector<std::string> bundleFiles(const std::string& bundle, const BundleIconFile& iconFile) {
     const std::string folder = bundle + "/Contents/Resources";
     std::vector<std::string> files;
@@ -107,25 +110,36 @@ public:
 
     void refresh() override {
         const std::lock_guard lock(mutex_);
-        theme_ = nullptr;
+        theme_ = std::make_shared<SessionTheme>(theme_->preferred);
     }
 
     void preferTheme(const std::string& name) override {
         const std::lock_guard lock(mutex_);
-        preferred_ = name;
-        theme_ = nullptr;
+        theme_ = std::make_shared<SessionTheme>(name);
     }
 
 private:
-    // Whoever comes while it is being read waits for it.
+    // The session's theme. The first thread that needs it reads it; the others wait for that one.
+    struct SessionTheme {
+        explicit SessionTheme(std::string name) : preferred(std::move(name)) {}
+
+        const std::string preferred;  // the settings portal's theme, or ""
+        std::once_flag read;
+        std::optional<IconTheme> theme;  // immutable once it is read
+    };
+
     std::shared_ptr<const IconTheme> theme() {
-        const std::lock_guard lock(mutex_);
-        if (!theme_) {
-            theme_ = std::make_shared<const IconTheme>(environment_,
-                                                       sessionIconTheme(environment_, preferred_),
-                                                       fallbackIconTheme(environment_));
+        std::shared_ptr<SessionTheme> session;
+        {
+            const std::lock_guard lock(mutex_);
+            session = theme_;
         }
-        return theme_;
+        // Without the mutex, for this reads folders and may wait for the X server.
+        std::call_once(session->read, [&] {
+            session->theme.emplace(environment_, sessionIconTheme(environment_, session->preferred),
+                                   fallbackIconTheme(environment_));
+        });
+        return {session, &*session->theme};
     }
 
     [[nodiscard]] std::vector<std::string> filesFor(const Subject& subject, const IconTheme& theme,
@@ -137,9 +151,8 @@ private:
     const BundleIconFile bundleIconFile_;
     RenderedIconCache cache_;
 
-    std::mutex mutex_;
-    std::string preferred_;
-    std::shared_ptr<const IconTheme> theme_;
+    std::mutex mutex_;  // guards the pointer alone
+    std::shared_ptr<SessionTheme> theme_ = std::make_shared<SessionTheme>("");
 };
 
 std::string cacheKey(const IconTheme& theme, const Subject& subject, int size, double scale) {
@@ -173,7 +186,7 @@ IconImage ThemedIconSource::icon(const std::string& path, int size, double scale
     const std::vector<std::string> files = filesFor(subject, *theme, side, scale);
     RenderedIcon rendered;
     if (current && kept->file == (files.empty() ? std::string() : files.front())) {
-        rendered = std::move(*kept);  // something else came or went
+        rendered = std::move(*kept);  // the theme changed, but not for this icon
     } else {
         rendered = render(files, *theme, side, scale);
     }
@@ -182,7 +195,8 @@ IconImage ThemedIconSource::icon(const std::string& path, int size, double scale
     return std::move(rendered.image);
 }
 
-// Without any file of its own the subject has those of the generic icon.
+// The files that may show the subject, the best one first; those of the generic icon when the
+// subject has none.
 std::vector<std::string> ThemedIconSource::filesFor(const Subject& subject, const IconTheme& theme,
                                                     int side, double scale) const {
     std::vector<std::string> files;
@@ -204,8 +218,8 @@ std::vector<std::string> ThemedIconSource::filesFor(const Subject& subject, cons
     return files.empty() ? theme.files(kGenericName, side, scale) : files;
 }
 
-// The file that counts is the best one, even if another had to stand in: when that one is
-// mended, the icon is made again.
+// Records the best file, even if another one had to stand in for it: once the best one is repaired,
+// its new date makes the cached icon invalid.
 RenderedIcon ThemedIconSource::render(const std::vector<std::string>& files, const IconTheme& theme,
                                       int side, double scale) const {
     RenderedIcon rendered;
