@@ -1,5 +1,5 @@
-// Prints what GIO would show in this environment: path and localized Name of each entry, each
-// followed by a NUL. A program of its own, because GIO reads the environment once a process.
+// Prints the path and the localized Name of each entry that GIO would show in this environment, each
+// followed by a NUL. A program of its own, because GIO reads the environment once in a process.
 #include <cstdio>
 #include <cstring>
 
@@ -12,7 +12,7 @@ int main() {
     for (const GList* link = all; link != nullptr; link = link->next) {
         GAppInfo* const info = G_APP_INFO(link->data);
         GDesktopAppInfo* const entry = G_DESKTOP_APP_INFO(info);
-        // What has no Name is called "Unnamed" by GIO and is not listed by this program.
+        // GIO calls an entry without a Name "Unnamed"; the launcher does not list it.
         char* const name = g_desktop_app_info_get_locale_string(entry, "Name");
         if (name != nullptr && g_app_info_should_show(info) != FALSE) {
             isAsExpected = isAsExpected && std::strcmp(name, g_app_info_get_name(info)) == 0;

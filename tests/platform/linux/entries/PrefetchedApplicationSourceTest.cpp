@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// What a test sees of the source after it was handed over.
+// What RecordingSource reports to the test that gave it away.
 struct Record {
     std::vector<std::thread::id> threads;  // of the calls
     bool ended = false;
@@ -68,12 +68,12 @@ TEST_F(PrefetchedApplicationSourceTest, later_calls_scan_anew_on_the_callers_thr
 
 TEST_F(PrefetchedApplicationSourceTest, does_not_make_its_owner_wait_before_the_first_call) {
     const auto source = make();
-    // Nothing would come further were the scan waited for above.
+    // If make() waited for the scan, this line would not be reached.
     gate_.set_value();
     EXPECT_EQ(source->applications().size(), 1U);
 }
 
-TEST_F(PrefetchedApplicationSourceTest, its_end_waits_for_a_scan_that_nobody_asked_for) {
+TEST_F(PrefetchedApplicationSourceTest, its_destructor_waits_for_a_scan_whose_answer_was_not_taken) {
     auto source = make();
     gate_.set_value();
     source.reset();

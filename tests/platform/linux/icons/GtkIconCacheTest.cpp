@@ -16,7 +16,7 @@ struct Entry {
     std::uint32_t suffixes;
 };
 
-// A cache as GTK writes it, with three buckets.
+// An index as gtk-update-icon-cache writes it, with three hash buckets.
 std::string cacheBytes(const std::vector<std::string>& subfolders,
                        const std::map<std::string, std::vector<Entry>>& icons) {
     constexpr std::uint32_t kBuckets = 3;

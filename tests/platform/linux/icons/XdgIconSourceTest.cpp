@@ -1,14 +1,19 @@
 #include <array>
+#include <chrono>
 #include <filesystem>
+#include <future>
 #include <thread>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 
 #include "platform/linux/icons/IconFile.h"
 #include "platform/linux/icons/XdgIconSource.h"
+#include "platform/posix/FileDescriptor.h"
 #include "tests/contracts/IconSourceContract.h"
 #include "tests/platform/linux/fixtures/IconFixture.h"
 
@@ -28,7 +33,7 @@ std::uint32_t colourOf(int number) {
     return 0xff000000U | static_cast<std::uint32_t>(number * 30 + 10);
 }
 
-// Desktop entries in a theme, some drawn and some painted, over an empty cache.
+// Desktop entries whose icons are in a theme, some as SVG and some as PNG, with an empty cache.
 class ThemedWorld {
 public:
     ThemedWorld() {
@@ -58,7 +63,7 @@ private:
     std::unique_ptr<XdgIconSource> source_;
 };
 
-// Bundles, and nothing kept.
+// Bundles with .icns files, without a cache.
 class BundleWorld {
 public:
     BundleWorld() {
@@ -164,7 +169,7 @@ TEST_F(XdgIconSourceTest, what_names_no_icon_that_can_be_shown_has_the_generic_o
         std::string path;
     };
     const Case cases[] = {
-        {"an icon that nobody has", world_.addEntry("a", "nothing")},
+        {"an icon that no theme has", world_.addEntry("a", "nothing")},
         {"no icon", world_.addEntry("b", "")},
         {"a relative path", world_.addEntry("c", "../broken.png")},
         {"a missing file", world_.addEntry("d", world_ / "missing.png")},
@@ -252,7 +257,7 @@ TEST_F(XdgIconSourceTest, a_bundle_has_the_icon_file_that_it_declares) {
     }
     source_ = newSource();
     fs::remove_all(world_.environment().cacheFolder);
-    EXPECT_EQ(colour(bundle), kRed) << "without anybody to ask";
+    EXPECT_EQ(colour(bundle), kRed) << "without a function to ask";
 }
 
 TEST_F(XdgIconSourceTest, a_bundle_whose_declaration_changes_is_asked_again) {
@@ -379,6 +384,30 @@ TEST_F(XdgIconSourceTest, works_without_a_cache_folder_that_can_be_written) {
     writeFile(world_ / "cache", "a file in the way");
     EXPECT_EQ(colour(path), kRed);
     EXPECT_EQ(colour(path), kRed);
+}
+
+TEST_F(XdgIconSourceTest, to_refresh_does_not_wait_for_a_theme_that_is_being_read) {
+    // An X server, on a free port of the loopback, that accepts a connection and says nothing.
+    const FileDescriptor server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = {};
+    socklen_t size = sizeof address;
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::bind(server.get(), reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(::listen(server.get(), 1), 0);
+    ASSERT_EQ(::getsockname(server.get(), reinterpret_cast<sockaddr*>(&address), &size), 0);
+    IconEnvironment environment = world_.environment();
+    environment.display = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - 6000);
+    source_ = makeXdgIconSource(environment);
+
+    auto icon = std::async(std::launch::async, [&] { return source_->icon("", kSize, 1); });
+    FileDescriptor asking(::accept4(server.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    ASSERT_TRUE(asking.valid());
+    source_->refresh();
+    source_->preferTheme("Other");
+    EXPECT_EQ(icon.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+    asking.close();
+    EXPECT_EQ(icon.get(), drawGenericIcon(kSize));
 }
 
 TEST_F(XdgIconSourceTest, threads_may_ask_and_refresh_at_once) {
