@@ -1,5 +1,5 @@
-// What the files and the identifiers of desktop entries are called (Desktop Entry Specification
-// 1.5, "File naming").
+// File names and desktop-file ids of desktop entries end in ".desktop" (Desktop Entry Specification
+// 1.5, "File naming", freedesktop.org).
 #pragma once
 
 #include <string_view>
@@ -8,12 +8,12 @@ namespace tavo {
 
 inline constexpr std::string_view kEntrySuffix = ".desktop";
 
-// Whether a file of that name or path is a desktop entry's, or an identifier an entry's.
+// Whether `name`, a file name, a path or an application's identifier, is that of a desktop entry.
 [[nodiscard]] constexpr bool isDesktopFileName(std::string_view name) {
     return name.ends_with(kEntrySuffix);
 }
 
-// `name` less the suffix; all of it when it has none. A part of what it is given.
+// `name` without the suffix, or all of it where it has none; a view into `name`.
 [[nodiscard]] constexpr std::string_view withoutEntrySuffix(std::string_view name) {
     return name.substr(0, name.size() - (isDesktopFileName(name) ? kEntrySuffix.size() : 0));
 }

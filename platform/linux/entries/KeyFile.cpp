@@ -16,7 +16,7 @@ std::string_view stripped(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlank) - first + 1);
 }
 
-// "Theme[$i]" is Theme, "Name[it]" stays what it is.
+// Removes a flag of KDE's: "Theme[$i]" becomes "Theme". A locale stays: "Name[it]".
 std::string_view withoutFlag(std::string_view key) {
     return key.substr(0, key.find("[$"));
 }

@@ -1,7 +1,9 @@
-// Files of groups and keys that configure: index.theme, settings.ini, kdeglobals.
+// Configuration files of groups and keys: index.theme, settings.ini, kdeglobals, lxqt.conf. Desktop
+// entries have a stricter grammar and a reader of their own (DesktopEntry.h).
 //
-// The common ground of their grammars: "[group]" and "key=value" lines, "#" and ";" comments, white
-// space around keys and values without meaning. What is neither is passed over. Any thread.
+// Accepts what the grammars of GLib, KDE and Qt have in common: "[group]" and "key=value" lines,
+// "#" and ";" comments, white space around keys and values. Any other line is passed over. Any
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +18,10 @@ class KeyFileLines {
 public:
     explicit KeyFileLines(std::string_view text) : rest_(text) {}
 
-    // Goes on to the next key, and past the group headings before it. False at the end.
+    // Goes on to the next key, past group headings. False at the end of the text.
     bool next();
 
-    // Of the key last reached; views into the text. Values are as written, escapes included.
+    // The group, key and value last reached, as views into the text. Escapes are left as written.
     [[nodiscard]] std::string_view group() const { return group_; }
     [[nodiscard]] std::string_view key() const { return key_; }
     [[nodiscard]] std::string_view value() const { return value_; }
@@ -31,12 +33,12 @@ private:
     std::string_view value_;
 };
 
-// No file of this kind comes near it.
+// A longer file is not read. Real ones have a few kilobytes.
 inline constexpr std::size_t kLargestKeyFile = std::size_t{1} << 20;  // bytes
 
-// The value in the file at `path`; of a key that comes twice, the last one. Absent when the file
-// cannot be read or is no regular file of at most kLargestKeyFile. A key may carry a flag
-// ("Theme[$i]").
+// The value of `key` in the file at `path`; the last one where the key is repeated. Absent also
+// when the file cannot be read, is not regular or is larger than kLargestKeyFile. A flag of KDE's
+// at the key ("Theme[$i]") does not matter.
 std::optional<std::string> keyFileValue(const std::string& path, std::string_view group,
                                         std::string_view key);
 

@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// Everything in the file is big-endian, and every place is a distance from its start.
+// All numbers in the file are big-endian; offsets count from the start of the file.
 constexpr std::uint64_t kHashAt = 4;
 constexpr std::uint64_t kSubfoldersAt = 8;
 constexpr std::uint32_t kNone = 0xffffffffU;
@@ -112,7 +112,7 @@ std::optional<std::uint32_t> GtkIconCache::number32(std::uint64_t offset) const 
            std::uint32_t{bytes[2]} << 8U | bytes[3];
 }
 
-// Without its end within 256 bytes it is no text that anybody looks for.
+// The text that ends with a NUL; cut off after 255 bytes, which is longer than any file name.
 std::string GtkIconCache::text(std::uint64_t offset) const {
     std::array<char, 256> bytes = {};
     const ssize_t got =

@@ -1,8 +1,8 @@
-// The index that GTK's gtk-update-icon-cache puts into a theme's folder ("icon-theme.cache",
-// version 1.0): which of the theme's subfolders have a file for a name.
+// The index "icon-theme.cache" (version 1.0) that gtk-update-icon-cache puts into an icon theme's
+// folder: it tells which of the theme's subfolders have a file for an icon name.
 //
-// Looked up in the file itself, a few bytes at a time: nothing of it is kept in memory but the
-// names of the subfolders, and a file that shrinks meanwhile does no harm.
+// Each look-up reads a few bytes of the open file. Only the names of the subfolders are kept in
+// memory, and a file that shrinks meanwhile gives fewer answers.
 #pragma once
 
 #include <cstdint>
@@ -15,22 +15,22 @@
 
 namespace tavo {
 
-// Looking up may be done by several threads at once.
+// Several threads may look up at once.
 class GtkIconCache {
 public:
     enum Suffix : std::uint16_t { kXpm = 1, kSvg = 2, kPng = 4 };
 
     struct Image {
         std::size_t subfolder = 0;   // position in subfolders()
-        std::uint16_t suffixes = 0;  // several of Suffix
+        std::uint16_t suffixes = 0;  // bits of Suffix
     };
 
-    // Absent when there is no such file, or when it is of another kind.
+    // Absent when there is no such file, or when it is no index of this version.
     static std::optional<GtkIconCache> open(const std::string& path);
 
     [[nodiscard]] const std::vector<std::string>& subfolders() const { return subfolders_; }
 
-    // None also when the file is broken where the name would stand.
+    // Every image of the icon `name`. Empty also when the file is broken at the name's place.
     [[nodiscard]] std::vector<Image> images(std::string_view name) const;
 
 private:

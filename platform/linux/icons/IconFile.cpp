@@ -29,7 +29,7 @@ QByteArray borrowed(std::string_view bytes) {
     return QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
-// The size stands at the front of both formats and is looked at before anything is decoded.
+// Both formats begin with the size of the picture. It is checked before anything is decoded.
 QImage decoded(std::string_view bytes, const char* format) {
     QByteArray data = borrowed(bytes);
     QBuffer buffer(&data);
@@ -57,8 +57,8 @@ QImage transparentSquare(int side) {
     return square;
 }
 
-// Fonts come with the application object of a program that has windows; without one Qt ends the
-// process at the first letter.
+// Whether Qt can draw text. Without a QGuiApplication it has no fonts and aborts the process at the
+// first letter.
 bool drawsText() {
     return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
 }
@@ -110,7 +110,7 @@ QImage pictureFrom(std::string_view bytes, int side) {
     return drawn(bytes, side);
 }
 
-// `picture` fits into the square.
+// `picture` in the middle of a transparent square of `side` pixels, into which it fits.
 IconImage centred(const QImage& picture, int side) {
     const auto pixels = static_cast<std::size_t>(side);
     IconImage icon{side, std::vector<std::uint32_t>(pixels * pixels, 0)};

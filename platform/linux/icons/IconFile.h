@@ -1,4 +1,4 @@
-// Turns a picture file into an icon.
+// Reads a picture file as an icon.
 #pragma once
 
 #include <optional>
@@ -8,16 +8,17 @@
 
 namespace tavo {
 
-// The picture in the file at `path`, as large as it fits into a square of `side` pixels, its
-// aspect ratio kept, in the middle, the rest transparent. PNG, XPM, SVG, SVGZ and ICNS; what it is
-// is told by its first bytes, whatever it is called.
+// The picture in the file at `path`, scaled to fit into a square of `side` pixels and centred in
+// it, the rest transparent. The format is PNG, XPM, SVG, SVGZ or ICNS, recognised by the first
+// bytes of the file; its name does not matter.
 //
-// Absent when it is no regular file of at most 16 MiB, no such picture, broken, wider or higher
-// than 4,096 pixels, or when nothing of it can be seen. What an SVG refers to outside itself is
-// left out; so is its text while there is no QGuiApplication. Any thread, several at once.
+// Absent when the file is not regular, larger than 16 MiB, broken or of another format, when the
+// picture is wider or higher than 4,096 pixels, or when all of it is transparent. Pictures outside
+// the file to which an SVG refers are left out, and so is its text while there is no
+// QGuiApplication. Any thread, several at once.
 std::optional<IconImage> readIconFile(const std::string& path, int side);
 
-// What stands for applications without a picture where no theme has one.
+// The generic icon of an application, for sessions whose icon theme has none.
 IconImage drawGenericIcon(int side);
 
 }  // namespace tavo

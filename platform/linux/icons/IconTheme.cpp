@@ -23,7 +23,7 @@ using Format = IconThemeFolder::Format;
 
 enum class Fit : std::uint8_t { Drawn, Larger, SmallerDrawing, Smaller };
 
-// How well a picture suits; the least is the best.
+// How well a picture suits the wanted size; the least rank is the best.
 using Rank = std::tuple<Fit, int /* pixels off */, bool /* for another scale */, Format>;
 
 Rank rankOf(const IconThemeFolder::Picture& picture, int side, double scale) {
@@ -110,7 +110,7 @@ bool IconTheme::knows(const std::string& name) const {
     return std::ranges::any_of(themes_, [&](const auto& theme) { return theme->name == name; });
 }
 
-// "hicolor" stands behind all others wherever it is inherited.
+// "hicolor" is left out here: it comes after all others, wherever it is inherited.
 void IconTheme::addWithParents(const IconEnvironment& environment, const std::string& name) {
     if (name == kLastTheme || !isThemeName(name) || knows(name) || themes_.size() >= kMostThemes) {
         return;

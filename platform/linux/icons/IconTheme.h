@@ -11,30 +11,31 @@ namespace tavo {
 
 struct IconEnvironment;
 
-// A theme with all that it inherits, then the theme that stands in for what both lack, then
-// "hicolor", then loose pictures. Made by reading the index.theme files and looking at the dates
-// of the folders; the folders' contents are read when they are first needed, each at most once.
+// An icon theme and all that it inherits, then a fallback theme and all that this inherits, then
+// "hicolor", then single pictures in the icon and pixmap folders. The constructor reads the
+// index.theme files and the dates of the folders; a folder's contents are read once, at the first
+// look-up that needs them.
 //
-// Shows the folders as they were when it was made: whoever wants to see changes makes a new one
-// and compares the fingerprints. Safe from several threads.
+// Shows the folders as they were when it was made: to see changes, make a new one and compare the
+// fingerprints. Immutable; any thread.
 class IconTheme {
 public:
-    // Of themes that inherit each other in a circle each counts once. Names that are not
-    // installed are passed over.
+    // The theme `name` and the fallback theme `fallback`. A theme that is inherited several times
+    // counts once, one that is not installed is passed over.
     IconTheme(const IconEnvironment& environment, const std::string& name,
               const std::string& fallback);
     ~IconTheme();
 
     [[nodiscard]] const std::string& name() const { return name_; }
 
-    // Differs from that of another run when a file has come or gone in any folder concerned.
+    // The same in every process, until a file comes into or goes from one of the folders.
     [[nodiscard]] std::uint64_t fingerprint() const { return fingerprint_; }
 
     // Existing files for the icon `name` in the first theme that has any, the best one first, to
-    // be shown `side` pixels large at `scale`: what can be drawn at that size, then what is
-    // larger, the smallest first, then what is smaller, the largest first. A drawing is never
-    // simplified to its "-symbolic" sibling. The name may end in ".png", ".svg", ".svgz" or
-    // ".xpm"; one with a "/" has no files.
+    // be shown `side` pixels large at `scale`. Scalable files for that size come first, then larger
+    // pictures, the smallest first, then smaller ones, the largest first. "NAME-symbolic" does not
+    // count as `name`. The name may end in ".png", ".svg", ".svgz" or ".xpm"; a name with a "/" has
+    // no files.
     [[nodiscard]] std::vector<std::string> files(std::string_view name, int side,
                                                  double scale) const;
 

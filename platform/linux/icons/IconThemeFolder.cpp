@@ -32,7 +32,8 @@ struct ClosedFolder {
 };
 using FolderStream = std::unique_ptr<DIR, ClosedFolder>;
 
-// A theme names hundreds of subfolders of which few exist: most are ruled out by their first part.
+// The names in the folder at `path`. Most of the hundreds of subfolders in a theme's index do not
+// exist; these names rule them out without a system call for each.
 std::set<std::string, std::less<>> entriesOf(const std::string& path) {
     std::set<std::string, std::less<>> names;
     if (const FolderStream stream{::opendir(path.c_str())}) {
@@ -81,8 +82,8 @@ std::optional<IconThemeFolder> IconThemeFolder::open(const std::string& path,
             newest = std::max(newest, stamp.modified);
         }
     }
-    // GTK itself looks at the date of the theme's own folder alone, and so misses what was copied
-    // by hand into a subfolder.
+    // GTK compares with the date of the theme's folder alone and so misses a file that was copied
+    // into a subfolder by hand.
     const FileStamp cache = fileStamp(folder.get(), kCacheName);
     opened.hasCache_ = cache.exists() && cache.modified >= newest;
     fingerprint.add(static_cast<std::uint64_t>(cache.modified));

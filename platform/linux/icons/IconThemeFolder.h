@@ -1,4 +1,4 @@
-// What one folder in the file system holds of an icon theme. A theme may be spread over several
+// One folder of an icon theme, such as /usr/share/icons/Adwaita. A theme may be spread over several
 // such folders: the user's, the system's, Flatpak's.
 #pragma once
 
@@ -16,8 +16,9 @@
 
 namespace tavo {
 
-// Safe from several threads. Opening looks at dates only; what files there are is read at the first
-// question: from GTK's index where it is up to date, else by listing each subfolder once.
+// open() reads dates only. The first call of pictures() reads which files there are: from GTK's
+// index "icon-theme.cache" where it is up to date, else by listing each subfolder. Concurrent calls
+// wait for it. Any thread.
 class IconThemeFolder {
 public:
     enum class Format : std::uint8_t { Png, Svg, Svgz, Xpm };
@@ -27,17 +28,17 @@ public:
         Format format = Format::Png;
     };
 
-    // `subfolders` must outlive it. Absent when there is no folder at `path`.
+    // `subfolders` must outlive the object. Absent when there is no folder at `path`.
     static std::optional<IconThemeFolder> open(const std::string& path,
                                                const std::vector<IconSubfolder>& subfolders);
 
-    // Changes with every file that comes into or goes from one of the subfolders.
+    // The same in every process, until a file comes into or goes from one of the subfolders.
     [[nodiscard]] std::uint64_t fingerprint() const { return fingerprint_; }
 
-    // All that are called `name`, in no order.
+    // Every picture of the icon `name`, in no order.
     [[nodiscard]] std::vector<Picture> pictures(std::string_view name) const;
 
-    // Of such a picture; the file may have gone meanwhile.
+    // The path of such a picture. The file may have gone meanwhile.
     [[nodiscard]] std::string file(std::string_view name, const Picture& picture) const;
 
 private:
@@ -47,11 +48,11 @@ private:
             return std::hash<std::string_view>()(name);
         }
     };
-    // What files there are, made at the first question.
+    // Which files there are. Filled by the first call of pictures(), then immutable.
     struct Contents {
         std::once_flag made;
         std::optional<GtkIconCache> cache;
-        std::vector<const IconSubfolder*> cacheSubfolders;  // null where the theme has no such one
+        std::vector<const IconSubfolder*> cacheSubfolders;  // null: not in the theme's index
         std::unordered_map<std::string, std::vector<Picture>, NameHash, std::equal_to<>> pictures;
     };
 
@@ -63,11 +64,12 @@ private:
     std::string path_;
     std::uint64_t fingerprint_ = 0;
     std::vector<const IconSubfolder*> present_;
-    bool hasCache_ = false;  // that is no older than anything in the folder
+    bool hasCache_ = false;  // an icon-theme.cache that is as new as all subfolders
     std::unique_ptr<Contents> contents_ = std::make_unique<Contents>();
 };
 
-// The format that the ending of `fileName` stands for. `stem`: the name without it.
+// The format by the ending of `fileName`. Sets `stem` to the name without the ending; leaves it
+// alone where there is no such ending.
 std::optional<IconThemeFolder::Format> pictureFormat(std::string_view fileName,
                                                      std::string_view& stem);
 

@@ -31,7 +31,7 @@ std::vector<std::string_view> split(std::string_view list) {
     return parts;
 }
 
-// Zero for what is no size of a picture.
+// Zero for a text that is no sensible size.
 int sizeFrom(std::string_view text) {
     constexpr int kLargest = 65536;
     int number = 0;
@@ -83,7 +83,7 @@ IconThemeIndex parseIconThemeIndex(std::string_view text) {
     std::vector<std::string_view> paths;
     std::unordered_map<std::string_view, Section> sections;
     std::string_view group;
-    Section* section = nullptr;  // of `group`; there are hundreds, of a few lines each
+    Section* section = nullptr;  // of `group`; saves a look-up for each of its lines
     for (KeyFileLines lines(text); lines.next();) {
         if (lines.group() != "Icon Theme") {
             if (section == nullptr || lines.group() != group) {

@@ -7,12 +7,12 @@
 
 namespace tavo {
 
-// One of the folders in which a theme keeps its files. Sizes are logical pixels.
+// A folder inside a theme's folder that holds pictures of one size. Sizes are logical pixels.
 struct IconSubfolder {
-    std::string path;  // relative to the theme's folder; never leads out of it
+    std::string path;  // relative to the theme's folder, and always inside it
     int size = 0;
     int scale = 1;
-    int least = 0;  // of what its drawings may be shown at; `size` unless it is scalable
+    int least = 0;  // MinSize and MaxSize; both are `size` where `scalable` is false
     int most = 0;
     bool scalable = false;
 
@@ -24,10 +24,12 @@ struct IconThemeIndex {
     std::vector<IconSubfolder> subfolders;
 };
 
-// Never fails: what makes no sense is left out. At most 4,096 subfolders and 64 parents.
+// Never fails: subfolders that are not described, have no sensible size or lie outside the theme
+// are left out. At most 4,096 subfolders and 64 parents.
 IconThemeIndex parseIconThemeIndex(std::string_view text);
 
-// What the theme "hicolor" has where no index.theme says so: folders for applications alone.
+// The index of the theme "hicolor" where it has no index.theme: the usual folders for application
+// icons.
 IconThemeIndex plainHicolorIndex();
 
 }  // namespace tavo

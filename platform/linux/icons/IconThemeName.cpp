@@ -31,7 +31,8 @@ std::string fromXSettings(const IconEnvironment& environment) {
     return settings ? xSetting(*settings, "Net/IconThemeName").value_or("") : "";
 }
 
-// The first installed theme that the file `name` of a configuration folder has under the key.
+// The first installed theme that the file `name` names under `key`, in the order of the
+// configuration folders.
 std::string fromFile(const IconEnvironment& environment, const char* name, const char* group,
                      const char* key) {
     for (const std::string& folder : environment.configFolders) {
@@ -88,8 +89,7 @@ std::string usualTheme(const IconEnvironment& environment) {
 
 std::string sessionIconTheme(const IconEnvironment& environment, const std::string& preferred) {
     using Question = std::string (*)(const IconEnvironment&);
-    // In the place of the portal's answer stands none.
-    constexpr Question kPortal = nullptr;
+    constexpr Question kPortal = nullptr;  // stands for `preferred`
     std::array<Question, 5> questions = {fromXSettings, kPortal, fromGtk, fromKde, fromLxqt};
     if (runs(environment, "KDE")) {
         questions = {fromKde, fromXSettings, kPortal, fromGtk, fromLxqt};

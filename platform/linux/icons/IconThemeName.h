@@ -1,4 +1,4 @@
-// Which icon theme the user's session has.
+// The name of the session's icon theme.
 #pragma once
 
 #include <string>
@@ -8,17 +8,17 @@ namespace tavo {
 
 struct IconEnvironment;
 
-// The theme to draw applications with: the first installed one that the session names, else one
-// that is usual for the desktop, else whatever known theme is there, else "hicolor". Asked are the
-// desktop's own file where it is KDE or LXQt, XSETTINGS, `preferred`, GTK's settings.ini, and the
-// files of other desktops.
+// The first installed theme that one of these names, in this order: the desktop's own file, if it
+// is KDE or LXQt; XSETTINGS; `preferred`; GTK's settings.ini; the files of KDE and LXQt. Else the
+// desktop's usual theme, else fallbackIconTheme().
 //
-// `preferred` is what the settings portal says, which answers later; "" when it says nothing. On
-// desktops that keep their settings elsewhere it says what GNOME's would be, hence its place. Any
-// thread; reads small files and may ask the X server.
+// `preferred` is the theme that the settings portal names, "" for none. It comes after XSETTINGS
+// because the portal answers with GNOME's default on desktops that keep their settings elsewhere.
+// Any thread; reads small files and may wait for the X server.
 std::string sessionIconTheme(const IconEnvironment& environment, const std::string& preferred);
 
-// The installed theme that has what the session's theme lacks; "hicolor" when there is none.
+// The theme for icons that the session's theme lacks: the first installed one of the common themes
+// with many icons, or "hicolor".
 std::string fallbackIconTheme(const IconEnvironment& environment);
 
 }  // namespace tavo

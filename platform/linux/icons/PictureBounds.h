@@ -1,12 +1,12 @@
-// How large a picture may be to be decoded at all.
+// The largest picture that is decoded.
 #pragma once
 
 namespace tavo {
 
-// Four times the largest icon that is in use; 64 MiB when decoded.
+// In pixels: four times the largest icon in use, 64 MiB when decoded.
 inline constexpr int kLargestPictureSide = 4096;
 
-// False also for the size of what cannot be read.
+// False also for the empty size that QImageReader has for an unreadable picture.
 constexpr bool isBearablePicture(int width, int height) {
     return width > 0 && height > 0 && width <= kLargestPictureSide && height <= kLargestPictureSide;
 }

@@ -51,8 +51,8 @@ std::optional<QByteArray> decompressed(std::string_view bytes) {
     return text;
 }
 
-// Counts what "use" elements multiply. Elements are gathered under the nearest one with an id,
-// since only such a one can be used again.
+// Counts the elements that would be drawn once all "use" elements are expanded. Elements are
+// counted under the nearest one with an id, for only those can be used again.
 class UseCounter {
 public:
     UseCounter() : parts_(1), open_{0} {}
@@ -87,7 +87,7 @@ private:
         bool counting = false;
     };
 
-    // A part that uses itself is not drawn again inside itself.
+    // The elements of a part when expanded. Qt does not draw a part again inside itself.
     std::int64_t count(std::size_t number, int depth) {
         if (depth > kDeepest) {
             return kMostDrawn + 1;
@@ -115,7 +115,8 @@ private:
     QHash<QString, std::vector<std::size_t>> byId_;
 };
 
-// Of all attributes that are called `name`, whatever prefix they have: who draws may look at any.
+// The values of all attributes that are called `name`, with any prefix: Qt's renderer may use any
+// of them.
 QStringList values(const QXmlStreamAttributes& attributes, QLatin1String name) {
     QStringList found;
     for (const QXmlStreamAttribute& attribute : attributes) {
@@ -126,7 +127,7 @@ QStringList values(const QXmlStreamAttributes& attributes, QLatin1String name) {
     return found;
 }
 
-// A picture written into the drawing itself. One that is a drawing again is not looked into.
+// Whether the link holds a PNG or JPEG picture as data. An embedded SVG does not count.
 bool isEmbeddedPicture(const QString& link) {
     const qsizetype comma = link.indexOf(QLatin1Char(','));
     if (!link.startsWith(QLatin1String("data:")) || comma != link.lastIndexOf(QLatin1Char(',')) ||

@@ -1,4 +1,4 @@
-// Makes a drawing that somebody else wrote safe to draw.
+// Makes an SVG from an unknown author safe to render.
 #pragma once
 
 #include <optional>
@@ -7,13 +7,13 @@
 
 namespace tavo {
 
-// `bytes`, an SVG file, plain or compressed, as an SVG text that draws the same but refers to
-// nothing outside itself: without links to pictures in files or on the network, processing
-// instructions (style sheets) and entities. Embedded PNG and JPEG pictures of bearable size stay.
-// Its text stays when `text` says so: drawing it needs fonts, and those a QGuiApplication.
+// The SVG or SVGZ file `bytes` as an SVG text that looks the same but refers to nothing outside
+// itself: links to pictures in files or on the network, processing instructions (style sheets) and
+// entities are removed. Embedded PNG and JPEG pictures stay where isBearablePicture(). `text` tells
+// whether text elements stay: to render them Qt needs fonts, and so a QGuiApplication.
 //
-// Absent when it is not well-formed, larger than 4 MiB unpacked, nested deeper than 256, or when
-// its "use" elements repeat one another more than 100,000 times in all. Any thread.
+// Absent when the file is not well-formed, larger than 4 MiB unpacked, nested deeper than 256, or
+// when its "use" elements expand to more than 100,000 elements. Any thread.
 enum class SvgText { Keep, Drop };
 std::optional<std::string> safeSvg(std::string_view bytes, SvgText text);
 
