@@ -1,11 +1,11 @@
-// What the applications of a made-up world are called.
+// Names for made-up applications.
 #pragma once
 
 #include <string>
 
 namespace tavo {
 
-// Each number has a name of its own. Some have letters beyond ASCII, as names of applications do.
+// A different name for each number. Some names have letters beyond ASCII.
 inline std::string applicationName(int number) {
     static const char* const kFirst[] = {"Visual", "Super", "Gnome",   "Editor",  "Foto",
                                          "Media",  "Disk",  "Système", "Network", "Caffè"};

@@ -1,6 +1,6 @@
-// What many categories cost the interface, drawn without a screen: opening the editor and scrolling
-// its list; the window's own redraw, the suggestion menu and a tile's menu. Each figure is from the
-// user's input to the painted frame.
+// The time from the user's input to the painted frame with many categories, drawn without a screen:
+// to open the editor and scroll its list, to redraw the window, to open the suggestion menu and a
+// tile's menu.
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -32,7 +32,7 @@ namespace {
 
 constexpr int kApplications = 200;
 
-// A window over `categoryCount` categories in threes: a main one, a child, a grandchild.
+// A window with `categoryCount` categories, in groups of a main one, its child and grandchild.
 class World {
 public:
     explicit World(int categoryCount) : harness_("it_IT") {
@@ -58,7 +58,7 @@ public:
         QCoreApplication::processEvents();
     }
 
-    // Everything that the input led to, up to the picture.
+    // Does everything that the input led to, painting included.
     void paint() {
         QCoreApplication::sendPostedEvents();
         view_->repaint();
@@ -95,7 +95,7 @@ private:
     std::unique_ptr<LauncherView> view_;
 };
 
-// Of this thread's own work: what else the machine does is not the interface's.
+// The processor time that this thread takes for `work`, so that other programs do not count.
 double seconds(const std::function<void()>& work) {
     const auto now = [] {
         timespec time{};
@@ -143,7 +143,7 @@ void scrollingTheEditor(benchmark::State& state) {
     world.closeEditor();
 }
 
-// From anywhere to the end, where all candidates stand above a row.
+// Scrolls to the last row, whose menu of parents has the most candidates.
 void jumpingToTheEndOfTheEditor(benchmark::State& state) {
     World world(static_cast<int>(state.range(0)));
     world.openEditor();
@@ -160,7 +160,7 @@ void jumpingToTheEndOfTheEditor(benchmark::State& state) {
     world.closeEditor();
 }
 
-// As a screen reader makes them that goes through the whole list.
+// Makes all rows, as for a screen reader that goes through the whole list.
 void makingEveryRowOfTheEditor(benchmark::State& state) {
     World world(static_cast<int>(state.range(0)));
     const auto residentMegabytes = [] {

@@ -1,17 +1,18 @@
-// Starts a command on the X display and tells when its window showed what, seen from the X server:
+// Starts a command on the X display and prints when its window showed what, as the X server sees
+// it:
 //
 //   tavo_frame_watch [--inset LEFT,TOP,RIGHT,BOTTOM] [--quiet MS] [--timeout MS] [--settle MS]
 //                    [--pictures PREFIX] [--resident PID] -- COMMAND [ARGUMENT...]
 //
-// The window is the largest one that is mapped after the start. Its part within the insets is
-// looked at whenever the server reports a drawing. One line of JSON tells, in milliseconds from
-// the command's exec: "map", the window's mapping; "first", the first picture that is not bare
-// (text or icons somewhere, not only flat colour); "full", the last change of the picture before
-// it kept still for the quiet time (400). "looks" counts the pictures taken and "worstLook" is the
-// longest that one took: no time is known better than that. "damages" lists each drawing in the
-// part as [time, pixels of its bounds, pixels changed]. With --settle, the command's memory in kB
-// that long after "full": "pss" and "privateDirty". --pictures keeps the two pictures as
-// PREFIX-first.ppm and PREFIX-full.ppm.
+// The window is the largest one that is mapped after the start. A picture of its part within the
+// insets is taken whenever the server reports a drawing. The output is one line of JSON with times
+// in milliseconds from the command's exec. "map" is the mapping of the window. "first" is the first
+// picture with text or icons, not only flat colours. "full" is the last change of the picture
+// before it stays the same for the quiet time (400). "looks" is the number of pictures taken,
+// "worstLook" the longest time that one took, which is the precision of the other times. "damages"
+// has [time, pixels of its bounds, pixels changed] for each drawing in the part. With --settle,
+// "pss" and "privateDirty" are the command's memory in kB that long after "full". --pictures keeps
+// the two pictures as PREFIX-first.ppm and PREFIX-full.ppm.
 //
 // With --resident the command ends by itself and has that running process show its window; "exit"
 // is when the command had ended.
@@ -50,10 +51,11 @@
 namespace tavo {
 namespace {
 
-// Fewer differing neighbours than in one short name, more than in a hairline or a corner.
+// A picture with fewer pairs of unlike neighbouring pixels is bare. One short name has more, a thin
+// line or a corner has fewer.
 constexpr int kLeastEdges = 100;
 
-// The fourth byte of a pixel of 24 bits means nothing.
+// Masks out the unused fourth byte of a pixel of 24 bits.
 constexpr std::uint32_t kColour = 0x00FFFFFF;
 
 constexpr int kSmallestWindow = 200;
@@ -147,7 +149,7 @@ std::optional<Options> readArguments(int argc, char** argv) {
     return std::nullopt;
 }
 
-// A running command. Ended with this object, if not before.
+// A running command. The destructor ends it.
 class Command {
 public:
     explicit Command(char** arguments) {
@@ -157,7 +159,7 @@ public:
         }
         process_ = ::fork();
         if (process_ == 0) {
-            // Its words would stand between ours.
+            // Standard output is for our line of JSON alone.
             ::dup2(STDERR_FILENO, STDOUT_FILENO);
             const double time = now();
             if (::write(pipe[1], &time, sizeof time) == sizeof time) {
@@ -181,7 +183,7 @@ public:
         ::close(ending_);
     }
 
-    // Readable once it has ended.
+    // A descriptor that is readable once the command has ended.
     [[nodiscard]] int ending() const { return ending_; }
 
     [[nodiscard]] bool runs() {
@@ -191,10 +193,10 @@ public:
         return process_ > 0;
     }
 
-    // When it was executed, on the clock of now().
+    // The time of its exec, on the clock of now().
     [[nodiscard]] double started() const { return started_; }
 
-    // Values of the process's memory in kB by the kernel's names for them.
+    // The process's memory in kB, by the names of /proc/PID/smaps_rollup.
     [[nodiscard]] std::optional<double> memory(std::string_view name) const {
         std::ifstream file("/proc/" + std::to_string(process_) + "/smaps_rollup");
         for (std::string line; std::getline(file, line);) {
@@ -278,10 +280,10 @@ private:
     const std::uint32_t* pixels_ = nullptr;
 };
 
-// What was seen of the part in question.
+// The latest picture of the watched part of the window.
 class Picture {
 public:
-    // Takes the newest look at it: how many pixels have changed.
+    // Replaces the picture; returns how many pixels have changed.
     int take(const std::uint32_t* pixels, std::size_t count) {
         int changed = 0;
         if (pixels_.size() == count) {
@@ -298,10 +300,11 @@ public:
         return changed;
     }
 
-    // Keeps its memory.
+    // Empties the picture without freeing its memory.
     void forget() { pixels_.clear(); }
 
-    // Flat colours, or one colour fading from top to bottom, have hardly an edge in a row.
+    // Whether there is neither text nor icon. Flat colours and vertical gradients have hardly an
+    // edge in a row.
     [[nodiscard]] bool bare(int width) const {
         int edges = 0;
         for (std::size_t i = 1; i < pixels_.size() && edges < kLeastEdges; ++i) {
@@ -347,7 +350,7 @@ public:
     FrameWatch(xcb_connection_t* connection, const Options& options)
         : connection_(connection), options_(options), screen_(connection) {}
 
-    // Whether the server has what is needed. To be called once, before anything else.
+    // Whether the server has the extensions needed. Called once, before anything else.
     bool prepare() {
         const xcb_query_extension_reply_t* const extension =
             xcb_get_extension_data(connection_, &xcb_damage_id);
@@ -361,9 +364,9 @@ public:
         xcb_change_window_attributes(connection_, screen_.root(), XCB_CW_EVENT_MASK, &mask);
         damage_ = xcb_generate_id(connection_);
         xcb_damage_create(connection_, damage_, screen_.root(), XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
-        // A pointer over the window would be part of its picture.
+        // Moves the pointer away, because a pointer over the window would change its picture.
         xcb_warp_pointer(connection_, XCB_NONE, screen_.root(), 0, 0, 0, 0, 0, 0);
-        // The first look would wait for memory that nobody has touched yet.
+        // A first picture of the whole screen, so that page faults do not slow down later ones.
         if (const std::uint32_t* const pixels = screen_.read(screen_.size())) {
             picture_.take(pixels, static_cast<std::size_t>(screen_.size().area()));
             picture_.forget();
@@ -371,7 +374,8 @@ public:
         return version != nullptr;
     }
 
-    // Watches until the picture keeps still, or whoever shows the window ends, or the time is up.
+    // Watches until the picture stays the same for the quiet time, the process that owns the window
+    // ends, or the time is up.
     const Findings& watch(Command& command) {
         start_ = command.started();
         const double deadline = start_ + options_.timeout;
@@ -406,7 +410,7 @@ private:
     }
 
     void waitUntil(double time, const Command& command) {
-        // The command's end is waited for once.
+        // poll() ignores a negative descriptor: the command's end is waited for only once.
         std::array<pollfd, 2> sources = {{{xcb_get_file_descriptor(connection_), POLLIN, 0},
                                           {findings_.exit ? -1 : command.ending(), POLLIN, 0}}};
         ::poll(sources.data(), sources.size(), std::max(0, static_cast<int>(time - now() + 1)));

@@ -1,6 +1,6 @@
-// How long it takes to find out that an application runs and to bring it to the front, with many
-// windows open, on the X server of DISPLAY. Without a window manager there, so that the figures are
-// our own work and the server's; the list of managed windows is written here.
+// The time to find out that an application runs and to bring it to the front, with many windows
+// open on the X server of DISPLAY. There must be no window manager, so that only our own work and
+// the server's is measured: the benchmark writes the list of managed windows itself.
 //
 //   xvfb-run tavo_fronting_benchmark, or on any server that may be disturbed
 #include <cstdlib>
@@ -26,11 +26,11 @@ const char* display() {
     return name == nullptr ? "" : name;
 }
 
-// Processes that own windows, as on a real desktop: each has its own connection.
+// Processes that own windows. Each has its own connection, as on a real desktop.
 class Clients {
 public:
-    // `matched` says whether the windows belong to listed entries; where they do not, each process
-    // has to be looked at.
+    // `matched`: whether the windows belong to listed entries by their names. Where they do not,
+    // RunningApplications has to look at each process.
     Clients(int windows, bool matched) {
         for (int i = 0; i < windows; ++i) {
             const bool own = i % (windows / static_cast<int>(kOwnWindows)) == 0;
@@ -118,7 +118,7 @@ void findAndFront(benchmark::State& state, bool matched) {
         state.SkipWithError("no X server at DISPLAY");
         return;
     }
-    // Keeps the server from starting anew when the others leave.
+    // An X server resets itself when its last client disconnects; this connection prevents it.
     const auto keep = tavo::XcbConnection::open(display());
     const Clients clients(static_cast<int>(state.range(0)), matched);
     std::size_t found = 0;

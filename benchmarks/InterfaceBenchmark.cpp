@@ -1,7 +1,7 @@
-// What the window itself costs between an input and its picture, with 5,000 applications: from
-// handing the event in until everything it changed is painted, without a screen to wait for. The
-// percentiles are of the main thread's own work, which other programs do not disturb; the time is
-// what passed meanwhile. QT_QPA_PLATFORM chooses where it paints.
+// The window's own work between an input and its picture, with 5,000 applications: from sending the
+// event until everything it changed is painted, without waiting for a screen. The percentiles are
+// of the main thread's processor time, which other programs do not disturb; the time is wall time.
+// QT_QPA_PLATFORM chooses where it paints.
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -33,7 +33,7 @@ constexpr int kApplications = 5'000;
 
 enum class Icons { Held, Coming };
 
-// The whole content of the window at its first size, over a made-up world.
+// The whole content of the window at its first size, with made-up applications.
 class Window {
 public:
     Window(int categories, Icons icons) {
@@ -58,7 +58,7 @@ public:
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
-    // Until nothing is left to do: what came from other threads taken, all of it painted.
+    // Runs until nothing is left to do: answers of other threads handled, everything painted.
     void settle() {
         world_.mainQueue.run();
         QCoreApplication::processEvents();
@@ -107,7 +107,7 @@ private:
     std::unique_ptr<LauncherView> view_;
 };
 
-// Whether the grid was painted in between.
+// Notes whether `watched` is painted.
 class PaintWatch final : public QObject {
 public:
     explicit PaintWatch(QWidget& watched) { watched.installEventFilter(this); }
@@ -120,7 +120,7 @@ protected:
     }
 };
 
-// Milliseconds that this thread has worked.
+// The processor time of this thread, in milliseconds.
 double worked() {
     timespec time{};
     ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
@@ -132,7 +132,7 @@ double percentile(std::vector<double> sorted, double share) {
     return sorted[static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1))];
 }
 
-// One iteration is one input with all it causes.
+// One iteration is one input and everything that it causes.
 void measure(benchmark::State& state, Window& window, const std::function<void(int)>& input) {
     PaintWatch watch(*window.grid().viewport());
     std::vector<double> work;
@@ -156,7 +156,7 @@ void measure(benchmark::State& state, Window& window, const std::function<void(i
     state.counters["work_most_ms"] = percentile(work, 1);
 }
 
-// The letters of a word, one after the other, then all of them away again.
+// Types the letters of a word one after the other, then deletes them again.
 void typeAndErase(benchmark::State& state, int categories) {
     Window window(categories, Icons::Held);
     static const QString kWord = QStringLiteral("editor m");
@@ -170,7 +170,7 @@ void typeAndErase(benchmark::State& state, int categories) {
     });
 }
 
-// From everything to what one letter leaves, and back: the largest lists there are.
+// Types and deletes one letter, which gives the longest lists.
 void oneLetter(benchmark::State& state, int categories) {
     Window window(categories, Icons::Held);
     measure(state, window, [&](int number) {
@@ -179,7 +179,7 @@ void oneLetter(benchmark::State& state, int categories) {
     });
 }
 
-// Notches of the wheel down the list, the icons coming in meanwhile, and from its end up again.
+// Turns the wheel down the list, while icons arrive, and at its end up again.
 void scroll(benchmark::State& state, int categories) {
     Window window(categories, Icons::Coming);
     int direction = -1;

@@ -1,12 +1,12 @@
-// How long it takes from open() until the application's first instruction, beside the bare cost of
-// starting the same program: the difference is this program's own work.
+// The time from open() until the application's first instruction, beside the bare cost of starting
+// the same program. The difference is the launcher's own work.
 //
-// The model is the real one, over a store on disk; nothing runs before, so every opening starts.
-// The cases on X11 have a server of their own (Xvfb), to which a start with StartupNotify is
-// announced; those with a token ask for one, whose text is made up, as on Wayland.
+// The model is the real one, with a store on disk. No application runs before, so every opening
+// starts one. The cases on X11 have an Xvfb of their own, to which a start with StartupNotify is
+// announced; those with a token ask for an activation token as on Wayland, with a made-up answer.
 //
-// On a session bus (dbus-run-session) GIO and the request for a scope have somebody to talk to;
-// without one the address leads nowhere.
+// With a session bus (dbus-run-session), GIO and the request for a systemd scope reach it; without
+// one the bus address leads to no bus.
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
@@ -78,7 +78,7 @@ public:
         return {"PATH=/usr/bin:/bin", "HOME=" + root_.string(), "TAVO_START_MARK=" + in("marks")};
     }
 
-    // When the next program began to run; 0 when none did.
+    // The time when the next program began to run; 0 when none did.
     [[nodiscard]] std::int64_t nextMark() const {
         std::int64_t nanoseconds = 0;
         pollfd wanted = {marks_.get(), POLLIN, 0};
@@ -124,7 +124,7 @@ void bareStart(benchmark::State& state) {
     });
 }
 
-// What the session has beside the program's own work.
+// What the session offers to the opening.
 struct Session {
     std::vector<std::string> variables;
     bool tokens = false;
@@ -175,7 +175,7 @@ void openOnX11(benchmark::State& state, const char* name) {
         state.SkipWithError(error.what());
         return;
     }
-    // A server whose last client goes starts anew, which no session's ever does.
+    // An X server resets itself when its last client disconnects; this connection prevents it.
     const auto client = XcbConnection::open(server->display());
     openApplication(state, name, {.variables = {"DISPLAY=" + server->display()}});
 }

@@ -1,4 +1,4 @@
-// For OpeningBenchmark: says when it began to run, and ends.
+// The program that OpeningBenchmark starts: reports when it began to run, and ends.
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>

@@ -1,5 +1,5 @@
-// What the text rules cost for as many names and keywords as the program is meant to bear. Each
-// benchmark checks what it is about to measure first, and measures nothing when that is wrong.
+// The time of the text rules with the largest number of names and keywords that the launcher is
+// made for. Each benchmark first checks the answer that it measures, and stops when it is wrong.
 #include <algorithm>
 #include <cstddef>
 #include <random>
@@ -63,7 +63,7 @@ std::vector<std::string> makeNames(Script script, std::size_t count) {
     return words(script, count, script == Script::kLetters ? 15 : 6, "");
 }
 
-// Never found in a name, nor in any other keyword.
+// A keyword that is in no name and in no other keyword.
 std::vector<std::string> makeKeywords(Script script, std::size_t count) {
     return words(script, count, script == Script::kLetters ? 7 : 3, "~");
 }
@@ -81,7 +81,7 @@ std::string label(const std::vector<std::string>& texts) {
            std::to_string(bytes / std::max<std::size_t>(texts.size(), 1)) + " bytes";
 }
 
-// A search: one needle in every name.
+// A search: looks for one text in every name.
 void containsInEveryName(benchmark::State& state, Script script, const std::string& needle) {
     const TextRules rules("it_IT.UTF-8");
     auto names = makeNames(script, kNames - 1);
@@ -106,7 +106,7 @@ BENCHMARK_CAPTURE(containsInEveryName, accented, Script::kAccented, "Manàger")
 BENCHMARK_CAPTURE(containsInEveryName, cyrillic, Script::kCyrillic, "редактор")
     ->Unit(benchmark::kMicrosecond);
 
-// What rules of categories cost: keywords that are never found, so that every name is read to its
+// The rules of categories, with keywords that are never found, so that every name is read to its
 // end.
 void buildMatcher(benchmark::State& state, Script script) {
     const TextRules rules("it_IT.UTF-8");
@@ -169,7 +169,7 @@ void makeRules(benchmark::State& state) {
 }
 BENCHMARK(makeRules)->Unit(benchmark::kMicrosecond);
 
-// At start-up: rules of the user's, used once.
+// The start of the program: the user's rules are made and used once.
 void sortNames(benchmark::State& state, Script script) {
     const auto names = makeNames(script, static_cast<std::size_t>(state.range(0)));
     const auto texts = views(names);

@@ -16,10 +16,10 @@ its window is hidden before each measurement. In turns, after a round that does 
                  same; xdotool's own time is part of it, and is printed
   rofi           from its exec to the first picture with rows
 
-Then wake-ups, with the window shown and hidden, counted for the idle time each, which begins 15 s
-after the last input, when the caret rests: the voluntary context switches of all threads of the
-process, as the kernel counts them, and one for each thread that ended. Nobody touches anything
-meanwhile; what tray and bus cause is part of the count.
+Then wake-ups, with the window shown and with the window hidden, are counted over the idle time,
+which begins 15 s after the last input, when the caret has stopped blinking. A wake-up is a voluntary
+context switch of any thread of the process, as the kernel counts them, or the end of a thread. There
+is no input meanwhile; wake-ups that tray and bus cause are part of the count.
 
 The exit status is 0 when all was measured, whatever came out, and 1 when something could not be.
 """
@@ -36,7 +36,7 @@ from side_by_side import (
     OURS, ROFI, Contest, make_tree, measured, median, parser_for, spread)
 
 ENTRIES = 200
-# The caret rests ten seconds after the last input.
+# The caret stops blinking ten seconds after the last input.
 REST_SECONDS = 15
 SECOND, CLICK = "second start", "tray click"
 PAINTED_BUDGETS = {SECOND: 60.0, CLICK: 20.0}
@@ -54,13 +54,13 @@ def wait_for(question, what, seconds=20):
     end = time.monotonic() + seconds
     while not (answer := question()):
         if time.monotonic() > end:
-            raise RuntimeError(f"waited in vain for {what}")
+            raise RuntimeError(f"{what} did not come")
         time.sleep(0.02)
     return answer
 
 
 class Resident:
-    """The running program, its window and its item in the tray."""
+    """The running program, with its window and its status item."""
 
     def __init__(self, contest):
         self.contest = contest
@@ -86,7 +86,7 @@ class Resident:
             self.ask("xwininfo", "-root", "-tree"))]
 
     def find_item(self):
-        """The middle of the item, once it stays where it is."""
+        """The middle of the status item, once its place no longer changes."""
         seen = []
         for _ in range(8):
             seen.append(next((window for window in self.windows()
@@ -110,7 +110,7 @@ class Resident:
             self.await_shown(False)
 
     def call(self, command):
-        """Of one showing of the hidden window; None when it was not measured."""
+        """The times of one showing of the hidden window; None when it was not measured."""
         self.hide()
         return self.contest.look(OURS, command, "--resident", str(self.process.pid))
 
@@ -132,14 +132,14 @@ class Resident:
         return counted
 
     def wake_ups(self, seconds):
-        """By thread, once the caret rests."""
+        """The wake-ups in `seconds`, by thread, once the caret has stopped blinking."""
         time.sleep(REST_SECONDS)
         before = self.switches()
         time.sleep(seconds)
         after = self.switches()
         counted = {f"{name} {task}": count - before.get(task, (name, 0))[1]
                    for task, (name, count) in after.items()}
-        # A thread that has ended woke up for it.
+        # A thread that has ended woke up at least once, to end.
         return counted | {f"{name} {task}, ended": 1 for task, (name, _) in before.items()
                           if task not in after}
 
@@ -198,7 +198,7 @@ def measure(desktop, watch, program, arguments, folder):
         print_calls(found, arguments.runs)
         sys.stdout.flush()
     if arguments.idle > 0:
-        # In the corner the pointer is over nothing.
+        # The pointer goes to a corner of the screen, where no window is.
         resident.ask("xdotool", "mousemove", "0", "799")
         resident.second_start()
         resident.await_shown(True)

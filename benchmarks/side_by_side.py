@@ -14,9 +14,9 @@ list, not as a service. The runs are interleaved, and one of each that does not 
 so the page cache is warm. "cache warm" means that what a program keeps under XDG_CACHE_HOME is
 there from an earlier start, "cache cold" that this folder is empty.
 
-"first" is the time from exec to the first picture with tiles or rows, "full" to the last change
-before the picture keeps still for 0.4 s, both in the part of the window that has the tiles or
-rows, as the X server sees it. Memory is read 3 s after "full".
+"first" is the time from exec to the first picture with tiles or rows, "full" the time to the last
+change before the picture stays the same for 0.4 s. Both look at the part of the window that has the
+tiles or rows, as the X server sees it. Memory is read 3 s after "full".
 
 The exit status is 0 when all was measured, whatever came out, and 1 when something could not be.
 """
@@ -40,7 +40,7 @@ WINDOW = (980, 640)
 SETTLE_MS = 3000
 MEMORY_RUNS = 3
 
-# What of each window has the tiles or rows: left, top, right and bottom of it that have not.
+# The margins of each window outside its tiles or rows: left, top, right, bottom.
 OURS, ROFI, APPFINDER = "tavolauncher", "rofi", "xfce4-appfinder"
 INSETS = {OURS: "210,56,12,44", ROFI: "20,70,20,50", APPFINDER: "20,70,20,50"}
 
@@ -175,7 +175,7 @@ def make_tree(folder, entries):
                     pictures[size][index % PICTURES])
         stem = entry_name(index).replace(" ", "-").lower()
         (applications / f"org.example.{stem}.desktop").write_text(entry_text(index))
-    # What toolkits count on: how kinds of files are told, and a theme for their own symbols.
+    # GTK needs the MIME types and a theme for its own symbols.
     for name in ("mime", "icons/Adwaita"):
         if (installed := pathlib.Path("/usr/share") / name).exists():
             (folder / name).symlink_to(installed)
@@ -275,7 +275,7 @@ class Contest:
         return self.look(name, self.commands[name], *more)
 
     def look(self, name, command, *more):
-        """What the watch finds out when `command` shows the window of `name`."""
+        """The findings of tavo_frame_watch when `command` shows the window of `name`."""
         run = subprocess.run([str(self.watch), "--inset", INSETS[name], *more, "--", *command],
                              env=self.environment(name), capture_output=True, text=True,
                              check=False)
@@ -285,7 +285,7 @@ class Contest:
         return json.loads(run.stdout)
 
     def rounds(self, count, cold=False, settle=None):
-        """The findings of `count` starts of each, taken in turns."""
+        """The findings of `count` starts of each program, taken in turns."""
         findings = {name: [] for name in self.commands}
         for turn in range(count + 1):
             for name in self.commands:
@@ -367,7 +367,7 @@ def measure(desktop, watch, program, arguments, folder):
 
 
 def parser_for(documentation):
-    """Of what all measurements take."""
+    """A parser for the arguments that all measurements share."""
     parser = argparse.ArgumentParser(description=documentation.split("\n", 1)[0])
     parser.add_argument("program", nargs="?", default=SOURCE / "build/release/tavolauncher",
                         type=pathlib.Path)
@@ -376,8 +376,8 @@ def parser_for(documentation):
 
 
 def measured(arguments, programs, desktop_name, measure):
-    """The exit status of `measure` on a private desktop: it answers what could not be measured.
-    Nothing is measured when one of `programs` is missing."""
+    """Calls `measure` on a private desktop and returns the exit status; `measure` returns what could
+    not be measured. Measures nothing when one of `programs` is missing."""
     program = arguments.program.resolve()
     watch = (arguments.watch or program.parent / "bin/tavo_frame_watch").resolve()
     missing = [name for name in programs if not shutil.which(name)]
