@@ -70,8 +70,8 @@ std::string_view withoutTrailingBlanks(std::string_view text) {
     return text;
 }
 
-// The name in a line "[name]"; absent when the line is no group. `afterNul`: what stands in the
-// line's bytes after a NUL, where GLib looks for the last bracket all the same.
+// The name in a line "[name]"; absent when the line is no group. `afterNul`: the rest of the line
+// from its first NUL on. GLib ignores it but for a "]" in it, which makes the name ill-formed.
 std::optional<std::string_view> groupName(std::string_view line, std::string_view afterNul) {
     const std::size_t close = line.find(']');
     if (close == std::string_view::npos || afterNul.find(']') != std::string_view::npos) {
@@ -126,7 +126,8 @@ std::optional<char> unescaped(char c) {
     }
 }
 
-// Escapes that mean nothing stay as they are; a backslash at the very end is dropped.
+// The text with its escapes replaced. An unknown escape stays as written, a backslash at the end is
+// dropped.
 std::string decoded(std::string_view raw) {
     std::size_t backslash = raw.find('\\');
     std::string text(raw.substr(0, backslash));
@@ -148,7 +149,7 @@ std::string stringOf(const RawValue& raw) {
     return raw && isUtf8(*raw) ? decoded(*raw) : std::string();
 }
 
-// A list with an escape that means nothing is no list at all.
+// The pieces between ";". Absent also when the list has an unknown escape.
 std::optional<std::vector<std::string>> listOf(const RawValue& raw) {
     if (!raw || !isUtf8(*raw)) {
         return std::nullopt;
@@ -185,7 +186,7 @@ bool isTrue(const RawValue& raw) {
     return word == "true" || word == "1";
 }
 
-// The first language's value that can be shown.
+// The first translation that is not empty, else the plain value.
 std::string localized(const std::vector<RawValue>& translations, const RawValue& plain) {
     for (const RawValue& translation : translations) {
         if (std::string text = stringOf(translation); !text.empty()) {
@@ -195,7 +196,7 @@ std::string localized(const std::vector<RawValue>& translations, const RawValue&
     return stringOf(plain);
 }
 
-// One pass over the lines of one file. Keeps views of the values in it.
+// One pass over the lines of one file. The values are views into its bytes.
 class Scan {
 public:
     explicit Scan(std::span<const std::string> languages)
@@ -244,7 +245,7 @@ bool Scan::run(std::string_view bytes) {
     return inAnyGroup_;
 }
 
-// False when the line is ill-formed, as are the functions below for their part of it.
+// This function and those below answer false when the line is ill-formed.
 bool Scan::line(std::string_view text, std::string_view afterNul) {
     text = withoutLeadingBlanks(text);
     if (text.empty() || text.front() == '#') {
@@ -264,8 +265,8 @@ bool Scan::group(std::string_view text, std::string_view afterNul) {
     return name && inAnyGroup_;
 }
 
-// "KEY=VALUE" or "KEY[LOCALE]=VALUE". One pass over the key, because most of a scan's time is spent
-// here.
+// Reads "KEY=VALUE" or "KEY[LOCALE]=VALUE". Goes over the key once and copies nothing, because most
+// of the parser's time is spent here.
 bool Scan::pair(std::string_view text) {
     std::size_t end = 0;
     while (end < text.size() && text[end] != '=' && text[end] != '[' && text[end] != ']') {
@@ -301,7 +302,7 @@ bool Scan::pair(std::string_view text) {
     return keep(key, value);
 }
 
-// False for an encoding that GLib does not read.
+// GLib reads no Encoding but UTF-8.
 bool Scan::keep(std::string_view key, std::string_view value) {
     if (const auto* const known = std::ranges::find(kKeyNames, key); known != kKeyNames.end()) {
         values_[static_cast<std::size_t>(known - kKeyNames.begin())] = value;

@@ -158,7 +158,7 @@ std::string identifierOf(std::string name) {
     return name;
 }
 
-// What one thread read.
+// The applications that one thread has found.
 struct Found {
     std::vector<FoundApplication> applications;
     std::vector<ListedEntry> entries;  // of the same applications

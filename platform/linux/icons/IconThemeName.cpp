@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -88,17 +89,16 @@ std::string usualTheme(const IconEnvironment& environment) {
 }  // namespace
 
 std::string sessionIconTheme(const IconEnvironment& environment, const std::string& preferred) {
-    using Question = std::string (*)(const IconEnvironment&);
-    constexpr Question kPortal = nullptr;  // stands for `preferred`
-    std::array<Question, 5> questions = {fromXSettings, kPortal, fromGtk, fromKde, fromLxqt};
+    const auto fromPortal = [&](const IconEnvironment&) { return preferred; };
+    using Source = std::function<std::string(const IconEnvironment&)>;
+    std::vector<Source> sources = {fromXSettings, fromPortal, fromGtk, fromKde, fromLxqt};
     if (runs(environment, "KDE")) {
-        questions = {fromKde, fromXSettings, kPortal, fromGtk, fromLxqt};
+        sources.insert(sources.begin(), fromKde);
     } else if (runs(environment, "LXQt")) {
-        questions = {fromLxqt, fromXSettings, kPortal, fromGtk, fromKde};
+        sources.insert(sources.begin(), fromLxqt);
     }
-    for (const Question question : questions) {
-        std::string theme = question == kPortal ? preferred : question(environment);
-        if (isInstalled(environment, theme)) {
+    for (const Source& source : sources) {
+        if (std::string theme = source(environment); isInstalled(environment, theme)) {
             return theme;
         }
     }

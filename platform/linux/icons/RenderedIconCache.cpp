@@ -35,7 +35,7 @@ struct Header {
     std::int64_t modified = 0;
     std::int64_t size = 0;
     std::uint64_t lookup = 0;
-    std::uint64_t checksum = 0;  // of all other fields, the pixels and the path
+    std::uint64_t checksum = 0;  // of stamp, lookup, pixels and path
 };
 static_assert(sizeof(Header) == 48);
 

@@ -1,5 +1,6 @@
-// Prints the path and the localized Name of each entry that GIO would show in this environment, each
-// followed by a NUL. A program of its own, because GIO reads the environment once in a process.
+// Prints the path and the localized Name of each entry that GIO would show in this environment,
+// each followed by a NUL. A program of its own, because GIO reads the environment once in a
+// process.
 #include <cstdio>
 #include <cstring>
 

@@ -158,7 +158,7 @@ TEST_P(GioOracleTest, installed_entries_are_listed_as_GIO_lists_them) {
     expectSameInEachDesktop([](std::size_t) {});
 }
 
-// Entries that differ in every rule of discovery, the same ones in each run.
+// Makes entries that differ in every rule of discovery; the same ones in each run.
 class EntryMaker {
 public:
     explicit EntryMaker(const EntryTree& tree) : tree_(tree) {}
@@ -189,7 +189,8 @@ public:
         return text;
     }
 
-    // Few ids, so that they often meet: in other data folders, and with those of sub-folders.
+    // Few different ids, so that files in other data folders and in sub-folders often have the
+    // same one.
     std::string fileName() {
         const std::string stem =
             pick({"a", "b", "c", "d-e", "f", "g"}) + std::to_string(random_() % 40);

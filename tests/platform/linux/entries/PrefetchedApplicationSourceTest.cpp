@@ -73,7 +73,8 @@ TEST_F(PrefetchedApplicationSourceTest, does_not_make_its_owner_wait_before_the_
     EXPECT_EQ(source->applications().size(), 1U);
 }
 
-TEST_F(PrefetchedApplicationSourceTest, its_destructor_waits_for_a_scan_whose_answer_was_not_taken) {
+TEST_F(PrefetchedApplicationSourceTest,
+       its_destructor_waits_for_a_scan_whose_answer_was_not_taken) {
     auto source = make();
     gate_.set_value();
     source.reset();

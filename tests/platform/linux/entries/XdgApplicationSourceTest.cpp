@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(Xdg, ApplicationSourceContract,
 
 class XdgApplicationSourceTest : public testing::Test {
 protected:
-    // What a scan in `environment_` finds now.
+    // The result of a new scan in `environment_`.
     [[nodiscard]] std::vector<FoundApplication> scan() const {
         return makeXdgApplicationSource(environment_)->applications();
     }

@@ -37,7 +37,7 @@ std::string svg(const std::string& content, const std::string& attributes = "vie
 
 const std::string kRedSquare = "<rect width='64' height='64' fill='#ff0000'/>";
 
-// The first chunk of a PNG file that says it is so large, its sum included.
+// The head of a PNG file of this size: signature and first chunk, with its checksum.
 std::string pngHead(std::uint32_t width, std::uint32_t height) {
     const std::string head =
         "IHDR" + bigEndian(width) + bigEndian(height) + std::string("\x08\x06\x00\x00\x00", 5);
@@ -233,7 +233,7 @@ TEST_F(IconFile, a_drawing_loads_nothing_from_outside) {
     }
 }
 
-// base64, with the alphabet of RFC 4648
+// `bytes` in base64 (RFC 4648).
 std::string base64(const std::string& bytes) {
     constexpr std::string_view kAlphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

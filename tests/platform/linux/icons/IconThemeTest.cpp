@@ -299,7 +299,7 @@ TEST_F(IconThemeTest, the_index_of_gtk_gives_the_same_answers) {
         EXPECT_EQ(found(cached, name), found(listed, name)) << name;
     }
 
-    // With dates from long ago nothing tells that this one came later: it must be the index that
+    // A file that came later, with old dates that hide it: it must not be found, because the index
     // answers.
     put("system/icons/Main/48/apps/late.png");
     for (const char* const part : {"/48/apps", "/128/apps", "/scalable/apps", ""}) {

@@ -130,7 +130,7 @@ TEST_F(RenderedIconCacheTest, without_a_folder_nothing_is_kept_and_nothing_fails
     RenderedIconCache none("");
     none.write("key", iconOf(1));
     EXPECT_FALSE(none.read("key", 8));
-    writeFile(folder_ / "file", "in the way");
+    writeFile(folder_ / "file", "not a folder");
     RenderedIconCache blocked(folder_ / "file/cache");
     blocked.write("key", iconOf(1));
     EXPECT_FALSE(blocked.read("key", 8));

@@ -287,7 +287,7 @@ TEST_F(XdgIconSourceTest, a_rendered_icon_is_kept_across_runs) {
     EXPECT_EQ(colour(path), kRed);
     EXPECT_EQ(cachedFiles(), 1U);
 
-    // Other pixels in a file of the same date and size can only be seen by decoding it.
+    // A file with other pixels, but the same date and size: only decoding it shows the difference.
     const auto date = fs::last_write_time(file);
     const std::string red = readFile(file);
     std::string blue = pngBytes(128, 128, kBlue);
@@ -381,7 +381,7 @@ TEST_F(XdgIconSourceTest, garbage_in_the_cache_is_written_over) {
 TEST_F(XdgIconSourceTest, works_without_a_cache_folder_that_can_be_written) {
     world_.addPng("system/icons/hicolor/128/a.png", 128, kRed);
     const std::string path = world_.addEntry("a", "a");
-    writeFile(world_ / "cache", "a file in the way");
+    writeFile(world_ / "cache", "not a folder");
     EXPECT_EQ(colour(path), kRed);
     EXPECT_EQ(colour(path), kRed);
 }
