@@ -1,13 +1,12 @@
 #include "platform/linux/store/SqliteDefaultsStore.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <utility>
 
 #include "platform/linux/store/SqliteStoreFile.h"
-#include "platform/posix/PosixFileManager.h"
+#include "platform/linux/system/XdgFolders.h"
 #include "support/Json.h"
 
 namespace tavo {
@@ -114,16 +113,8 @@ private:
 }  // namespace
 
 std::string defaultStoreFile() {
-    std::string folder;
-    if (const char* const variable = std::getenv("XDG_DATA_HOME");
-        variable != nullptr && *variable == '/') {
-        folder = variable;
-    } else if (const std::string home = makePosixFileManager()->homeDirectory(); !home.empty()) {
-        folder = home + "/.local/share";
-    } else {
-        return {};
-    }
-    return folder + "/tavolauncher/defaults.sqlite";
+    const std::string folder = XdgFolders::fromProcess().dataHome;
+    return folder.empty() ? "" : folder + "/tavolauncher/defaults.sqlite";
 }
 
 std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file) {
