@@ -26,7 +26,7 @@
 #include <benchmark/benchmark.h>
 
 #include "catalogue/LauncherModel.h"
-#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/linux/windows/NullRunningApplications.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -146,7 +146,7 @@ void openApplication(benchmark::State& state, const std::string& name, const Ses
     if (session.tokens) {
         settings.activationToken = [](const std::string& identifier) { return identifier; };
     }
-    const auto workspace = makeGioWorkspace(std::move(settings));
+    const auto workspace = makeLinuxWorkspace(std::move(settings));
     LauncherModel model({.defaults = *defaults,
                          .files = files,
                          .applications = applications,

@@ -16,7 +16,7 @@
 #include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/icons/XdgIconSource.h"
-#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/opening/UrlOpener.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
@@ -76,7 +76,7 @@ struct TavoLauncherApp::Parts {
           wayland(isWaylandSession(environment)),
           running(
               makeSessionRunningApplications(environment, wayland, std::move(listed), userTime)),
-          workspace(makeGioWorkspace(
+          workspace(makeLinuxWorkspace(
               {.environment = environment,
                .wayland = wayland,
                .bus = bus,

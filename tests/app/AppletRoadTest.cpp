@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 
 #include "catalogue/LauncherModel.h"
-#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/posix/PosixChildProcess.h"
 #include "platform/posix/PosixSpawn.h"
 #include "platform/qt/QtMainQueue.h"
@@ -129,10 +129,10 @@ protected:
     LauncherModel& model() {
         if (!model_) {
             workspace_ =
-                makeGioWorkspace({.environment = StartEnvironment(
-                                      {"PATH=/usr/bin:/bin", "HOME=" + folder_.path("home")}),
-                                  .applicationFolders = {},
-                                  .userTime = {}});
+                makeLinuxWorkspace({.environment = StartEnvironment(
+                                        {"PATH=/usr/bin:/bin", "HOME=" + folder_.path("home")}),
+                                    .applicationFolders = {},
+                                    .userTime = {}});
             model_ = std::make_unique<LauncherModel>(Platform{.defaults = defaults_,
                                                               .files = files_,
                                                               .applications = applications_,

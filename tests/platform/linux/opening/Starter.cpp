@@ -11,7 +11,7 @@
 
 #include <unistd.h>
 
-#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/LinuxWorkspace.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ int main() {
                                    .userTime = {},
                                    .patience = std::chrono::milliseconds(1),
                                    .startingTime = std::chrono::milliseconds(0)};
-    const auto workspace = tavo::makeGioWorkspace(std::move(settings));
+    const auto workspace = tavo::makeLinuxWorkspace(std::move(settings));
     for (std::string path; std::getline(std::cin, path);) {
         if (path.empty()) {
             std::cout << openDescriptors() << ' ' << zombies() << std::endl;

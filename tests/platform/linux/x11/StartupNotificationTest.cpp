@@ -166,7 +166,7 @@ TEST_F(StartupNotification, the_first_window_ends_the_announcement) {
     OpeningSettings settings = this->settings();
     settings.mainQueue = &queue;
     settings.showsWindow = [&](const RunningApplication&) { return window.load(); };
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     Openings opening;
     workspace().openApplication(lastingEntry(), {}, opening.completion());
     const std::string id = reported();

@@ -90,6 +90,6 @@ struct OpeningSettings {
 // their working directory unless an entry says another. They are reaped for as long as the
 // workspace lives, and by the system afterwards. Completions arrive on a thread of the workspace's
 // own; those that are due when it ends are dropped.
-std::unique_ptr<Workspace> makeGioWorkspace(OpeningSettings settings);
+std::unique_ptr<Workspace> makeLinuxWorkspace(OpeningSettings settings);
 
 }  // namespace tavo

@@ -63,7 +63,7 @@ protected:
             asked_ = application;
             return window_;
         };
-        workspace_ = makeGioWorkspace(std::move(settings));
+        workspace_ = makeLinuxWorkspace(std::move(settings));
     }
 
     void begin(const std::string& path, const Openings& opening, bool activates = true) {
@@ -266,7 +266,7 @@ TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_act
     added_ = {"DISPLAY=:99", "XDG_ACTIVATION_TOKEN=ours"};
     OpeningSettings settings = this->settings();
     settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     folder_.script("Foo.app/Foo",
                    "echo \"${DESKTOP_STARTUP_ID%%-*}/$XDG_ACTIVATION_TOKEN\" >" + report_.path());
     open(folder_.path("Foo.app"));
@@ -281,7 +281,7 @@ TEST_F(Starting, an_entry_gets_the_sessions_token) {
     added_ = {"WAYLAND_DISPLAY=wayland-0"};
     OpeningSettings settings = this->settings();
     settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     open(scriptEntry("echo \"$XDG_ACTIVATION_TOKEN\" >" + report_.path()));
     EXPECT_EQ(reported(), "for app.desktop");
 }

@@ -1,4 +1,4 @@
-#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/wayland/WaylandSession.h"
 #include "tests/contracts/WorkspaceContract.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
@@ -13,7 +13,7 @@ using processes::Openings;
 using processes::OpeningTest;
 using std::chrono::milliseconds;
 
-struct GioWorkspaceRig : OpeningTest {
+struct LinuxWorkspaceRig : OpeningTest {
     void TestBody() override {}
 
     Workspace& workspace() { return OpeningTest::workspace(); }
@@ -42,11 +42,11 @@ struct GioWorkspaceRig : OpeningTest {
     }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Gio, WorkspaceContract, GioWorkspaceRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Gio, WorkspaceContract, LinuxWorkspaceRig);
 
-class GioWorkspace : public OpeningTest {};
+class LinuxWorkspace : public OpeningTest {};
 
-TEST_F(GioWorkspace, an_entrys_identifier_is_its_path_below_the_application_folder) {
+TEST_F(LinuxWorkspace, an_entrys_identifier_is_its_path_below_the_application_folder) {
     const std::string lines = "Exec=/bin/true\n";
     const auto identifier = [&](const std::string& path) {
         return workspace().bundle(path).value_or(BundleFacts()).identifier.value_or("(none)");
@@ -57,7 +57,7 @@ TEST_F(GioWorkspace, an_entrys_identifier_is_its_path_below_the_application_fold
     EXPECT_EQ(identifier(folder_.write("elsewhere/app.desktop", content)), "app.desktop");
 }
 
-TEST_F(GioWorkspace, an_entrys_executable_is_the_first_word_of_its_command) {
+TEST_F(LinuxWorkspace, an_entrys_executable_is_the_first_word_of_its_command) {
     const std::string tool = folder_.script("tools/some tool", "");
     added_ = {};
     const processes::Variable path("PATH", folder_.path("tools") + ":/usr/bin:/bin");
@@ -75,7 +75,7 @@ TEST_F(GioWorkspace, an_entrys_executable_is_the_first_word_of_its_command) {
     EXPECT_EQ(workspace().bundle(entry("Exec=sh\n"))->signature, std::nullopt);
 }
 
-TEST_F(GioWorkspace, what_is_neither_entry_nor_folder_has_no_facts) {
+TEST_F(LinuxWorkspace, what_is_neither_entry_nor_folder_has_no_facts) {
     EXPECT_EQ(workspace().bundle(folder_.write("note.txt", "x")), std::nullopt);
     EXPECT_EQ(workspace().bundle(folder_.write("bad.desktop", "garbage")), std::nullopt);
     EXPECT_EQ(workspace().bundle(folder_.write("empty.desktop", "")), std::nullopt);
@@ -84,7 +84,7 @@ TEST_F(GioWorkspace, what_is_neither_entry_nor_folder_has_no_facts) {
     EXPECT_EQ(workspace().bundle(folder_.path("pipe.desktop")), std::nullopt);
 }
 
-TEST_F(GioWorkspace, a_started_program_gets_its_arguments) {
+TEST_F(LinuxWorkspace, a_started_program_gets_its_arguments) {
     const std::string program =
         folder_.script("program", "printf '[%s]' \"$@\" >" + folder_.path("arguments") +
                                       "; echo done >" + report_.path());
@@ -96,7 +96,7 @@ TEST_F(GioWorkspace, a_started_program_gets_its_arguments) {
     EXPECT_EQ(arguments, "[two words][--x=%1][App]");
 }
 
-TEST_F(GioWorkspace, a_started_program_has_a_session_of_its_own) {
+TEST_F(LinuxWorkspace, a_started_program_has_a_session_of_its_own) {
     open(
         scriptEntry("read -r pid name state parent group session rest </proc/$$/stat; "
                     "echo $pid $group $session >" +
@@ -112,7 +112,7 @@ TEST_F(GioWorkspace, a_started_program_has_a_session_of_its_own) {
     EXPECT_NE(session, ::getsid(0));
 }
 
-TEST_F(GioWorkspace, a_started_program_inherits_no_descriptor_and_reads_nothing) {
+TEST_F(LinuxWorkspace, a_started_program_inherits_no_descriptor_and_reads_nothing) {
     const int leaked = ::open("/dev/null", O_RDONLY);  // without close-on-exec
     ASSERT_GE(leaked, 3);
     open(
@@ -125,14 +125,14 @@ TEST_F(GioWorkspace, a_started_program_inherits_no_descriptor_and_reads_nothing)
     ::close(leaked);
 }
 
-TEST_F(GioWorkspace, a_started_program_has_default_signals) {
+TEST_F(LinuxWorkspace, a_started_program_has_default_signals) {
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     open(scriptEntry("echo $(grep -E '^Sig(Ign|Blk):' /proc/self/status) >" + report_.path()));
     EXPECT_EQ(reported(), "SigBlk: 0000000000000000 SigIgn: 0000000000000000");
     std::signal(SIGPIPE, before);
 }
 
-TEST_F(GioWorkspace, the_working_directory_is_home_unless_the_entry_says_another) {
+TEST_F(LinuxWorkspace, the_working_directory_is_home_unless_the_entry_says_another) {
     const std::string body = "pwd >" + report_.path();
     open(scriptEntry(body));
     EXPECT_EQ(reported(), home_);
@@ -143,7 +143,7 @@ TEST_F(GioWorkspace, the_working_directory_is_home_unless_the_entry_says_another
     EXPECT_EQ(reported(), "/");
 }
 
-TEST_F(GioWorkspace, a_started_program_gets_the_environment_of_our_start_alone) {
+TEST_F(LinuxWorkspace, a_started_program_gets_the_environment_of_our_start_alone) {
     added_ = {"KEPT=kept value", "TAVO_CHANGED=then", "DESKTOP_STARTUP_ID=ours",
               "XDG_ACTIVATION_TOKEN=ours", "DESKTOP_AUTOSTART_ID=ours"};
     workspace();
@@ -157,13 +157,13 @@ TEST_F(GioWorkspace, a_started_program_gets_the_environment_of_our_start_alone) 
     EXPECT_EQ(reported(), "kept value/then////");
 }
 
-TEST_F(GioWorkspace, on_x11_every_start_gets_an_identifier_of_its_own) {
+TEST_F(LinuxWorkspace, on_x11_every_start_gets_an_identifier_of_its_own) {
     added_ = {"DISPLAY=:99"};
     folder_.script("bin/xdg-terminal-exec", "exec \"$@\"");
     const processes::Variable path("PATH", folder_.path("bin") + ":/usr/bin:/bin");
     OpeningSettings settings = this->settings();
     settings.userTime = [] { return 4242; };
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     const std::string body = "echo \"id=$DESKTOP_STARTUP_ID\" >" + report_.path();
     std::set<std::string> seen;
     for (const std::string lines : {"StartupNotify=true\n", "StartupNotify=true\n",
@@ -177,37 +177,37 @@ TEST_F(GioWorkspace, on_x11_every_start_gets_an_identifier_of_its_own) {
     }
 }
 
-TEST_F(GioWorkspace, on_wayland_there_is_no_startup_identifier) {
+TEST_F(LinuxWorkspace, on_wayland_there_is_no_startup_identifier) {
     added_ = {"DISPLAY=:99", "WAYLAND_DISPLAY=wayland-0"};
     OpeningSettings settings = this->settings();
     settings.wayland = true;
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     open(scriptEntry("echo \"id=$DESKTOP_STARTUP_ID\" >" + report_.path(), "StartupNotify=true\n"));
     EXPECT_EQ(reported(), "id=");
 }
 
-TEST_F(GioWorkspace, a_left_over_name_of_a_compositor_takes_no_startup_identifier_away) {
+TEST_F(LinuxWorkspace, a_left_over_name_of_a_compositor_takes_no_startup_identifier_away) {
     added_ = {"DISPLAY=:99", "WAYLAND_DISPLAY=/nonexistent/wayland-0"};
     OpeningSettings settings = this->settings();
     settings.wayland = isWaylandSession(settings.environment);
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     open(scriptEntry("echo \"id=$DESKTOP_STARTUP_ID\" >" + report_.path(), "StartupNotify=true\n"));
     EXPECT_TRUE(reported().starts_with("id=tavo-"));
 }
 
-TEST_F(GioWorkspace, a_program_that_hands_over_and_ends_is_no_error) {
+TEST_F(LinuxWorkspace, a_program_that_hands_over_and_ends_is_no_error) {
     const Answer answer = open(scriptEntry("exit 0"));
     EXPECT_EQ(answer.text(), "(no error)");
     EXPECT_EQ(answer.running, std::nullopt);
 }
 
-TEST_F(GioWorkspace, a_program_that_fails_at_once_is_reported_with_its_status) {
+TEST_F(LinuxWorkspace, a_program_that_fails_at_once_is_reported_with_its_status) {
     EXPECT_EQ(open(scriptEntry("exit 3")).text(),
               "Il programma «" + folder_.path("program") +
                   "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 3.");
 }
 
-TEST_F(GioWorkspace, a_program_that_crashes_at_once_is_reported_with_the_signal) {
+TEST_F(LinuxWorkspace, a_program_that_crashes_at_once_is_reported_with_the_signal) {
     EXPECT_EQ(open(scriptEntry("kill -SEGV $$")).text(),
               "Il programma «" + folder_.path("program") +
                   "» dell’app «App» è stato interrotto subito dopo l’avvio dal segnale SIGSEGV.");
@@ -219,7 +219,7 @@ struct EarlyEnd {
     const char* text;
 };
 
-TEST_F(GioWorkspace, an_early_end_names_the_application_where_the_program_says_something_else) {
+TEST_F(LinuxWorkspace, an_early_end_names_the_application_where_the_program_says_something_else) {
     const processes::Variable path("PATH", "/usr/bin:/bin");
     const processes::Variable language("LANGUAGE", "it");
     const processes::Variable locale("LC_ALL", "C.UTF-8");
@@ -247,7 +247,7 @@ TEST_F(GioWorkspace, an_early_end_names_the_application_where_the_program_says_s
     }
 }
 
-TEST_F(GioWorkspace, a_program_that_runs_on_is_answered_with_its_process) {
+TEST_F(LinuxWorkspace, a_program_that_runs_on_is_answered_with_its_process) {
     patience_ = milliseconds(50);
     const Answer answer = open(scriptEntry("echo $$ >" + report_.path() + "; exec sleep 1000"));
     EXPECT_EQ(answer.text(), "(no error)");
@@ -258,7 +258,7 @@ TEST_F(GioWorkspace, a_program_that_runs_on_is_answered_with_its_process) {
     EXPECT_TRUE(becomesTrue([] { return children().empty(); }));
 }
 
-TEST_F(GioWorkspace, a_later_end_is_reaped_and_says_nothing_more) {
+TEST_F(LinuxWorkspace, a_later_end_is_reaped_and_says_nothing_more) {
     patience_ = milliseconds(50);
     Openings opening;
     ASSERT_EQ(::mkfifo(folder_.path("end").c_str(), 0600), 0);
@@ -273,7 +273,7 @@ TEST_F(GioWorkspace, a_later_end_is_reaped_and_says_nothing_more) {
     EXPECT_EQ(opening.now().text(), "(no error)");
 }
 
-TEST_F(GioWorkspace, a_started_program_outlives_the_workspace) {
+TEST_F(LinuxWorkspace, a_started_program_outlives_the_workspace) {
     patience_ = milliseconds(1);
     const Answer answer = open(scriptEntry("exec sleep 1000"));
     ASSERT_TRUE(answer.running);
@@ -284,7 +284,7 @@ TEST_F(GioWorkspace, a_started_program_outlives_the_workspace) {
     processes::endProcess(answer.running->processIdentifier);
 }
 
-TEST_F(GioWorkspace, fifty_starts_leave_no_zombie_and_no_descriptor) {
+TEST_F(LinuxWorkspace, fifty_starts_leave_no_zombie_and_no_descriptor) {
     const std::string path = scriptEntry("exit 0");
     ASSERT_EQ(open(path).text(), "(no error)");
     const auto before = processes::openDescriptors();
@@ -296,7 +296,7 @@ TEST_F(GioWorkspace, fifty_starts_leave_no_zombie_and_no_descriptor) {
     EXPECT_TRUE(becomesTrue([&] { return processes::openDescriptors().size() <= before.size(); }));
 }
 
-TEST_F(GioWorkspace, works_where_ended_children_are_ignored) {
+TEST_F(LinuxWorkspace, works_where_ended_children_are_ignored) {
     const auto before = std::signal(SIGCHLD, SIG_IGN);
     const Answer answer = open(scriptEntry("echo ran >" + report_.path()));
     EXPECT_EQ(answer.text(), "(no error)");
@@ -304,7 +304,7 @@ TEST_F(GioWorkspace, works_where_ended_children_are_ignored) {
     std::signal(SIGCHLD, before);
 }
 
-TEST_F(GioWorkspace, openings_that_wait_when_it_ends_are_dropped) {
+TEST_F(LinuxWorkspace, openings_that_wait_when_it_ends_are_dropped) {
     Openings opening;
     workspace().openApplication(scriptEntry("echo $$ >" + report_.path() + "; exec sleep 1000"), {},
                                 opening.completion());

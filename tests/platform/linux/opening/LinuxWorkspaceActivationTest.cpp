@@ -61,7 +61,7 @@ protected:
             return window_;
         };
         settings.seesWindows = [this] { return seesWindows_.load(); };
-        workspace_ = makeGioWorkspace(std::move(settings));
+        workspace_ = makeLinuxWorkspace(std::move(settings));
     }
 
     // Whether a click now activates the service, which then runs as `process_`.
@@ -246,7 +246,7 @@ TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_tool
     startBusWithService("answer");
     OpeningSettings settings = this->settings();
     settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
-    workspace_ = makeGioWorkspace(std::move(settings));
+    workspace_ = makeLinuxWorkspace(std::move(settings));
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     const std::string token = "for " + std::string(kName) + ".desktop";
     EXPECT_EQ(reported(), "Activate id=" + token + " token=" + token);

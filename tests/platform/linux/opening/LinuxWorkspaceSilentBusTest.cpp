@@ -133,7 +133,7 @@ protected:
         libraries_.emplace("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
         OpeningSettings settings = this->settings();
         settings.bus = {.address = "unix:path=" + folder_.path("bus"), .forLibraries = false};
-        workspace_ = makeGioWorkspace(std::move(settings));
+        workspace_ = makeLinuxWorkspace(std::move(settings));
     }
     ~LateBus() override { goOn(); }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/opening/GioWorkspace.h"
+#include "platform/linux/opening/LinuxWorkspace.h"
 
 #include <algorithm>
 
@@ -61,9 +61,9 @@ std::string entryIdentifier(const std::string& path, const std::vector<std::stri
     return identifier;
 }
 
-class GioWorkspace final : public Workspace {
+class LinuxWorkspace final : public Workspace {
 public:
-    explicit GioWorkspace(OpeningSettings settings)
+    explicit LinuxWorkspace(OpeningSettings settings)
         : settings_(std::move(settings)),
           searchPath_(settings_.environment.value("PATH").value_or(kDefaultSearchPath)),
           x11Display_(settings_.wayland ? "" : settings_.environment.value("DISPLAY").value_or("")),
@@ -213,8 +213,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Workspace> makeGioWorkspace(OpeningSettings settings) {
-    return std::make_unique<GioWorkspace>(std::move(settings));
+std::unique_ptr<Workspace> makeLinuxWorkspace(OpeningSettings settings) {
+    return std::make_unique<LinuxWorkspace>(std::move(settings));
 }
 
 }  // namespace tavo
