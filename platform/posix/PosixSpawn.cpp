@@ -1,6 +1,7 @@
 #include "platform/posix/PosixSpawn.h"
 
 #include <csignal>
+#include <cstring>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -60,8 +61,10 @@ public:
     ~Attributes() { posix_spawnattr_destroy(&attributes_); }
 
     int prepare(ProgramStart::Group group) {
+        // sigfillset() would leave out two signals of glibc's own, which would then be ignored in
+        // the child.
         sigset_t signals;
-        sigfillset(&signals);
+        std::memset(&signals, 0xff, sizeof signals);
         int failure = posix_spawnattr_setsigdefault(&attributes_, &signals);
         sigemptyset(&signals);
         failure = failure != 0 ? failure : posix_spawnattr_setsigmask(&attributes_, &signals);
