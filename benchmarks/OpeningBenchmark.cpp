@@ -139,7 +139,8 @@ void openApplication(benchmark::State& state, const std::string& name, const Ses
     const auto processes = makePosixChildProcess();
     std::vector<std::string> variables = theWorld->environment();
     variables.insert(variables.end(), session.variables.begin(), session.variables.end());
-    OpeningSettings settings{.environment = StartEnvironment(variables),
+    OpeningSettings settings{.mainQueue = mainQueue,
+                             .environment = StartEnvironment(variables),
                              .applicationFolders = {},
                              .userTime = {},
                              .startingTime = std::chrono::milliseconds(0)};
@@ -156,7 +157,10 @@ void openApplication(benchmark::State& state, const std::string& name, const Ses
                          .mainQueue = mainQueue},
                         TextRules("it_IT"));
     const AppItem app("Mark", FileUrl{theWorld->in(name)});
-    measure(state, [&] { model.open(app); });
+    measure(state, [&] {
+        mainQueue.run();
+        model.open(app);
+    });
 }
 
 void openPlainly(benchmark::State& state, const char* name) {

@@ -31,7 +31,8 @@ public:
     // Main thread; answers at once. Absent when nothing at `path` is a bundle or an entry.
     [[nodiscard]] virtual std::optional<BundleFacts> bundle(const std::string& path) = 0;
 
-    // Main thread; returns at once. `completion` is called exactly once, later, on any thread.
+    // Main thread; returns at once. `completion` is called once, later, on the main thread; not at
+    // all when the workspace ends before.
     // An error's message is complete, plain, and in the user's language where the system's is.
     virtual void openApplication(const std::string& path, OpenConfiguration configuration,
                                  OpenCompletion completion) = 0;

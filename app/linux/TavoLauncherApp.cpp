@@ -77,7 +77,8 @@ struct TavoLauncherApp::Parts {
           running(
               makeSessionRunningApplications(environment, wayland, std::move(listed), userTime)),
           workspace(makeLinuxWorkspace(
-              {.environment = environment,
+              {.mainQueue = *mainQueue,
+               .environment = environment,
                .wayland = wayland,
                .bus = bus,
                .applicationFolders = applicationFolders(),
@@ -90,7 +91,6 @@ struct TavoLauncherApp::Parts {
                    [this](const RunningApplication& started) {
                        return running->showsWindow(started);
                    },
-               .mainQueue = mainQueue.get(),
                .seesWindows = [this,
                                environment] { return canListWindows(environment, wayland); }})),
           window(*compositing) {

@@ -129,7 +129,8 @@ protected:
     LauncherModel& model() {
         if (!model_) {
             workspace_ =
-                makeLinuxWorkspace({.environment = StartEnvironment(
+                makeLinuxWorkspace({.mainQueue = *mainQueue_,
+                                    .environment = StartEnvironment(
                                         {"PATH=/usr/bin:/bin", "HOME=" + folder_.path("home")}),
                                     .applicationFolders = {},
                                     .userTime = {}});

@@ -7,10 +7,10 @@
 // opening has been called, as `answered` then says.
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,8 @@ template<typename Rig>
 class WorkspaceContract : public testing::Test {
 protected:
     struct Outcome {
-        std::atomic<int> calls = 0;
+        int calls = 0;
+        std::thread::id thread;
         std::optional<RunningApplication> running;
         std::optional<Error> error;
     };
@@ -35,8 +36,10 @@ protected:
             [outcome](std::optional<RunningApplication> running, std::optional<Error> error) {
                 outcome->running = std::move(running);
                 outcome->error = std::move(error);
+                outcome->thread = std::this_thread::get_id();
                 ++outcome->calls;
             });
+        EXPECT_EQ(outcome->calls, 0);
         rig_.deliver([outcome] { return outcome->calls > 0; });
         return outcome;
     }
@@ -88,6 +91,12 @@ TYPED_TEST_P(WorkspaceContract, opening_nothing_is_answered_with_a_text) {
     EXPECT_FALSE(outcome->error->message.empty());
 }
 
+TYPED_TEST_P(WorkspaceContract, every_answer_comes_on_the_main_thread) {
+    for (const std::string& path : {this->rig_.startable(), this->rig_.broken()}) {
+        EXPECT_EQ(this->open(path)->thread, std::this_thread::get_id());
+    }
+}
+
 TYPED_TEST_P(WorkspaceContract, openings_are_independent_of_each_other) {
     const auto bad = this->open(this->rig_.broken());
     const auto good = this->open(this->rig_.startable());
@@ -101,6 +110,7 @@ REGISTER_TYPED_TEST_SUITE_P(WorkspaceContract, nothing_has_no_facts,
                             opening_what_starts_is_answered_once_and_without_error,
                             opening_what_does_not_start_is_answered_once_with_a_text,
                             opening_nothing_is_answered_with_a_text,
+                            every_answer_comes_on_the_main_thread,
                             openings_are_independent_of_each_other);
 
 }  // namespace tavo

@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -46,12 +45,6 @@ public:
             throw std::logic_error("a completion was delivered twice");
         }
         completion(std::move(running), std::move(error));
-    }
-
-    // The same on another thread, which has ended when this returns.
-    void completeFromAnotherThread(std::size_t index, std::optional<RunningApplication> running,
-                                   std::optional<Error> error) {
-        std::thread([&] { complete(index, std::move(running), std::move(error)); }).join();
     }
 
     std::map<std::string, BundleFacts> bundles;  // what lies where

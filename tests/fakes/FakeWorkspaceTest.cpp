@@ -24,9 +24,9 @@ struct FakeWorkspaceRig {
         EXPECT_FALSE(answered());
         const std::size_t last = fake->openings.size() - 1;
         if (fake->openings[last].path == startable()) {
-            fake->completeFromAnotherThread(last, RunningApplication{7, "id"}, std::nullopt);
+            fake->complete(last, RunningApplication{7, "id"}, std::nullopt);
         } else {
-            fake->completeFromAnotherThread(last, std::nullopt, Error{"a reason"});
+            fake->complete(last, std::nullopt, Error{"a reason"});
         }
         EXPECT_TRUE(answered());
     }

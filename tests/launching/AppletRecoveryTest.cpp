@@ -211,10 +211,9 @@ TEST_F(AppletRecovery, nothing_is_looked_for_until_the_workspace_has_answered) {
     EXPECT_EQ(checks(), 2U);
 }
 
-TEST_F(AppletRecovery, the_answer_may_come_from_any_thread_and_its_application_is_ignored) {
+TEST_F(AppletRecovery, the_application_that_the_answer_names_is_ignored) {
     open();
-    harness_.workspace.completeFromAnotherThread(0, RunningApplication{7, "org.example.Velumo"},
-                                                 std::nullopt);
+    harness_.workspace.complete(0, RunningApplication{7, "org.example.Velumo"}, std::nullopt);
     EXPECT_EQ(checks(), 1U);
     harness_.mainQueue.run();
     EXPECT_EQ(checks(), 2U);
@@ -377,7 +376,7 @@ TEST_F(AppletRecovery, an_answer_after_the_model_is_gone_starts_no_chain) {
     open();
     harness_.dropModel();
     harness_.announcements = 0;
-    harness_.workspace.completeFromAnotherThread(0, std::nullopt, Error{"late"});
+    harness_.workspace.complete(0, std::nullopt, Error{"late"});
     harness_.mainQueue.advance(milliseconds(60000));
     EXPECT_EQ(checks(), 1U);
     EXPECT_EQ(harness_.announcements, 0);

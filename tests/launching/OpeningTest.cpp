@@ -160,7 +160,7 @@ TEST(Opening, a_started_application_is_activated_where_the_answer_arrives) {
     harness.install({"A"});
     harness.model().open(harness.app("A"));
     const RunningApplication started{.processIdentifier = 9, .identifier = ""};
-    harness.workspace.completeFromAnotherThread(0, started, std::nullopt);
+    harness.workspace.complete(0, started, std::nullopt);
     EXPECT_EQ(harness.running.activated(), std::vector{started});
     harness.mainQueue.run();
     EXPECT_EQ(harness.model().launchError(), std::nullopt);
@@ -170,7 +170,7 @@ TEST(Opening, an_error_becomes_the_launch_error_on_the_main_queue) {
     ModelHarness harness;
     harness.install({"A"});
     harness.model().open(harness.app("A"));
-    harness.workspace.completeFromAnotherThread(0, std::nullopt, Error{"Non c’è."});
+    harness.workspace.complete(0, std::nullopt, Error{"Non c’è."});
     EXPECT_EQ(harness.model().launchError(), std::nullopt);
     harness.announcements = 0;
     harness.mainQueue.run();

@@ -1,6 +1,8 @@
 #include "platform/linux/entries/ExecutableLookup.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,10 +13,36 @@
 namespace tavo {
 namespace {
 
-bool isProgram(int folder, const std::string& file) {
+using State = ExecutableMatch::State;
+
+constexpr std::string_view kDefaultSearchPath = "/usr/local/bin:/usr/bin:/bin";
+
+// Of the file at `file`, relative to the open folder `folder` (or AT_FDCWD). Links are followed.
+State stateOf(int folder, const std::string& file) {
     struct stat facts {};
-    return faccessat(folder, file.c_str(), X_OK, 0) == 0 &&
-           fstatat(folder, file.c_str(), &facts, 0) == 0 && !S_ISDIR(facts.st_mode);
+    const bool permitted = faccessat(folder, file.c_str(), X_OK, 0) == 0;
+    if (!permitted && errno != EACCES) {
+        return State::missing;
+    }
+    if (fstatat(folder, file.c_str(), &facts, 0) != 0) {
+        return errno == EACCES ? State::unreachable : State::missing;
+    }
+    if (S_ISDIR(facts.st_mode)) {
+        return State::folder;
+    }
+    return permitted && S_ISREG(facts.st_mode) ? State::executable : State::notExecutable;
+}
+
+bool isPath(const std::string& program) {
+    return program.find('/') != std::string::npos;
+}
+
+// The path of a program that is given as one; empty when it is relative to an unknown folder.
+std::string located(const std::string& program, const std::string& workingDirectory) {
+    if (program.front() == '/') {
+        return program;
+    }
+    return workingDirectory.empty() ? std::string() : workingDirectory + '/' + program;
 }
 
 }  // namespace
@@ -38,48 +66,63 @@ std::optional<std::string> programOf(const std::string& exec) {
     return program;
 }
 
-ExecutableLookup::ExecutableLookup(std::string_view path) {
-    while (true) {
-        const std::size_t colon = path.find(':');
-        const std::string folder(path.substr(0, colon));
-        const int opened =
-            open(folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-        if (opened >= 0) {
-            folders_.push_back(opened);
+ExecutableLookup::ExecutableLookup(std::string_view searchPath)
+    : searchPath_(searchPath.empty() ? kDefaultSearchPath : searchPath) {
+    std::string_view rest = searchPath_;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(':'), rest.size());
+        std::string path(rest.substr(0, end));
+        if (path.starts_with('/')) {
+            FileDescriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+            if (folder.valid()) {
+                folders_.push_back({std::move(path), std::move(folder)});
+            }
         }
-        if (colon == std::string_view::npos) {
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+}
+
+ExecutableMatch ExecutableLookup::find(const std::string& program,
+                                       const std::string& workingDirectory) const {
+    if (isPath(program)) {
+        std::string path = located(program, workingDirectory);
+        const State state = stateOf(AT_FDCWD, path);
+        return state == State::missing ? ExecutableMatch()
+                                       : ExecutableMatch{state, std::move(path)};
+    }
+    ExecutableMatch nearest;
+    for (const Folder& folder : folders_) {
+        const State state = stateOf(folder.descriptor.get(), program);
+        // What a folder that cannot be searched holds is unknown, so nothing is found there.
+        if (state > nearest.state && state != State::unreachable) {
+            nearest = {state, folder.path + '/' + program};
+        }
+        if (state == State::executable) {
             break;
         }
-        path.remove_prefix(colon + 1);
     }
+    return nearest;
 }
 
-ExecutableLookup::~ExecutableLookup() {
-    for (const int folder : folders_) {
-        close(folder);
+bool ExecutableLookup::finds(const std::string& program, const std::string& workingDirectory) {
+    const std::string key = isPath(program) ? located(program, workingDirectory) : program;
+    const auto [known, isNew] = known_.try_emplace(key, false);
+    if (!isNew) {
+        return known->second;
     }
-}
-
-bool ExecutableLookup::finds(const std::string& program) {
-    const auto [known, isNew] = known_.try_emplace(program, false);
-    if (isNew) {
-        known->second = look(program);
+    if (isPath(program)) {
+        known->second = stateOf(AT_FDCWD, key) == State::executable;
+        return known->second;
+    }
+    // Any folder will do, so the one that had the last program comes first.
+    for (std::size_t i = 0; i < folders_.size() && !known->second; ++i) {
+        const std::size_t at = (latest_ + i) % folders_.size();
+        if (stateOf(folders_[at].descriptor.get(), program) == State::executable) {
+            known->second = true;
+            latest_ = at;
+        }
     }
     return known->second;
-}
-
-bool ExecutableLookup::look(const std::string& program) {
-    if (program.find('/') != std::string::npos) {
-        return isProgram(AT_FDCWD, program);
-    }
-    const auto found = std::find_if(folders_.begin(), folders_.end(),
-                                    [&](int folder) { return isProgram(folder, program); });
-    if (found == folders_.end()) {
-        return false;
-    }
-    // Which folder has it does not matter, so the next program is looked for in this one first.
-    std::iter_swap(folders_.begin(), found);
-    return true;
 }
 
 }  // namespace tavo

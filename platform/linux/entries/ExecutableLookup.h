@@ -1,11 +1,15 @@
-// Whether the programs that desktop entries name exist, by the rules of GIO.
+// Finding the programs that desktop entries name. The list of applications and their start share
+// these rules, so that an entry which is listed is not refused for its program.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include "platform/posix/FileDescriptor.h"
 
 namespace tavo {
 
@@ -13,25 +17,49 @@ namespace tavo {
 // Absent when the line is empty or cannot be split into words.
 std::optional<std::string> programOf(const std::string& exec);
 
-// Looks programs up in a search path and remembers the answers: one object a scan. One thread.
+struct ExecutableMatch {
+    // The later ones are nearer to an executable file.
+    enum class State {
+        missing,
+        unreachable,  // in a folder that the user may not search
+        folder,
+        notExecutable,
+        executable,
+    };
+    State state = State::missing;
+    std::string path;  // empty when missing
+};
+
+// Looks programs up in a search path. One object a scan, or a start: what is installed later may
+// not be seen. One thread.
 class ExecutableLookup {
 public:
-    // `path` as in PATH; an empty item is the working folder. Its folders are opened here once,
-    // which halves the cost of each look-up.
-    explicit ExecutableLookup(std::string_view path);
-    ~ExecutableLookup();
+    // `searchPath` as in PATH; empty: the system's usual folders, as where PATH is not set. Items
+    // that are not absolute do not count: for the started program, which has a working folder of
+    // its own, they would mean other folders. The folders are opened here once, which halves the
+    // cost of each look-up.
+    explicit ExecutableLookup(std::string_view searchPath);
 
-    ExecutableLookup(const ExecutableLookup&) = delete;
-    ExecutableLookup& operator=(const ExecutableLookup&) = delete;
+    [[nodiscard]] const std::string& searchPath() const { return searchPath_; }
 
-    // Whether `program` can be run: a name is looked for along the path, anything with a slash
-    // is a file.
-    [[nodiscard]] bool finds(const std::string& program);
+    // The file that the command word `program` means: an absolute path, a path from
+    // `workingDirectory` (the entry's Path) when it holds a slash, else the first executable file
+    // of that name in the search path. Without an executable file, the nearest to one.
+    [[nodiscard]] ExecutableMatch find(const std::string& program,
+                                       const std::string& workingDirectory = {}) const;
+
+    // Whether find() finds an executable file. Quicker; the answer is remembered.
+    [[nodiscard]] bool finds(const std::string& program, const std::string& workingDirectory = {});
 
 private:
-    [[nodiscard]] bool look(const std::string& program);
+    struct Folder {
+        std::string path;
+        FileDescriptor descriptor;
+    };
 
-    std::vector<int> folders_;
+    const std::string searchPath_;
+    std::vector<Folder> folders_;
+    std::size_t latest_ = 0;  // index of the folder in which a program was last found
     std::unordered_map<std::string, bool> known_;
 };
 

@@ -141,10 +141,10 @@ bool isShownIn(const std::vector<std::string>& desktops, const DesktopEntry& ent
 // when that is no command line.
 bool programsExist(const DesktopEntry& entry, const std::optional<std::string>& program,
                    ExecutableLookup& programs) {
-    if (!entry.tryExec.empty() && !programs.finds(entry.tryExec)) {
+    if (!entry.tryExec.empty() && !programs.finds(entry.tryExec, entry.path)) {
         return false;
     }
-    return entry.exec.empty() || (program && programs.finds(*program));
+    return entry.exec.empty() || (program && programs.finds(*program, entry.path));
 }
 
 bool isListed(const DesktopEntry& entry, const std::vector<std::string>& desktops) {

@@ -1,14 +1,52 @@
 #include "platform/linux/opening/ApplicationStart.h"
 
+#include <string_view>
+
+#include <sys/wait.h>
+
+#include "platform/linux/opening/BusActivation.h"
+#include "platform/linux/opening/LaunchErrors.h"
 #include "platform/linux/opening/SystemdScope.h"
+#include "platform/linux/opening/TerminalCommand.h"
+#include "platform/linux/x11/StartupNotification.h"
+#include "platform/posix/PosixSpawn.h"
 
 namespace tavo {
+namespace {
 
+// How long a start waits for the session bus, at most once: an activation needs it; a program
+// starts without it all the same, but gets its scope late, perhaps after it has handed over.
+constexpr std::chrono::milliseconds kBusPatience{250};
+constexpr std::chrono::milliseconds kActivationBusPatience{2000};
+
+// A started program in its first seconds.
+struct Watch {
+    std::shared_ptr<OpenAnswer> answer;
+    std::string program;
+    std::string name;
+    ScopedSource patience;
+};
+
+void judge(Watch& watch, std::optional<int> status) {
+    watch.patience.end();
+    watch.answer->over();
+    if (status && WIFSIGNALED(*status)) {
+        watch.answer->fail(messages::endedBySignal(watch.program, watch.name, WTERMSIG(*status)));
+    } else if (status && WIFEXITED(*status) && WEXITSTATUS(*status) != 0) {
+        watch.answer->fail(
+            messages::endedWithStatus(watch.program, watch.name, WEXITSTATUS(*status)));
+    } else {
+        watch.answer->succeed(std::nullopt);
+    }
+}
+
+// What there is to do about the child `running` while it runs. `ended` is called as
+// GLibThread::watchChild says.
 void superviseProgram(GLibThread& thread, const ApplicationStart& start,
                       const RunningApplication& running,
                       std::function<void(std::optional<int>)> ended) {
     const pid_t process = running.processIdentifier;
-    // The bus may answer long after the program has ended and its number means another one.
+    // The bus may answer long after the program has ended, when its PID may be another process's.
     const auto runs = std::make_shared<bool>(true);
     start.began(running);
     thread.watchChild(process, [runs, ended = std::move(ended)](std::optional<int> status) {
@@ -20,6 +58,176 @@ void superviseProgram(GLibThread& thread, const ApplicationStart& start,
             moveToScope(thread, identifier, process);
         }
     });
+}
+
+// Tells an X11 desktop of the start (Startup Notification), if the entry wants that. Its end is
+// told when the program shows a window or ends, and after the starting time at the latest.
+void announce(GLibThread& thread, const ApplicationStart& start, const std::string& executable) {
+    const std::string& display = start.conditions->display;
+    if (!start.file.entry.startupNotify || start.startupId.empty() ||
+        !announceStart(display,
+                       {start.startupId, start.file.entry.name, executable, start.identifier})) {
+        return;
+    }
+    start.answer->whenOver([display, id = start.startupId] { announceStartOver(display, id); },
+                           thread.after(start.conditions->startingTime,
+                                        [answer = start.answer] { answer->timeIsUp(); }));
+}
+
+void watchProgram(GLibThread& thread, const ApplicationStart& start, const std::string& program,
+                  pid_t process) {
+    const RunningApplication running{process, start.identifier};
+    const auto watch = std::make_shared<Watch>();
+    watch->answer = start.answer;
+    watch->program = program;
+    watch->name = start.file.entry.name;
+    watch->patience = thread.after(start.conditions->patience,
+                                   [answer = start.answer, running] { answer->succeed(running); });
+    superviseProgram(thread, start, running,
+                     [watch](std::optional<int> status) { judge(*watch, status); });
+}
+
+void startBundle(GLibThread& thread, const ApplicationStart& start, const std::string& executable) {
+    ProgramStart program;
+    program.executable = executable;
+    program.environment = start.environment;
+    program.workingDirectory = start.home;
+    pid_t process = 0;
+    if (const int failure = startProgram(program, process); failure != 0) {
+        start.answer->fail(messages::startRefused(executable, failure));
+        return;
+    }
+    const RunningApplication running{process, start.file.bundle->identifier.value_or("")};
+    start.answer->succeed(running);
+    superviseProgram(thread, start, running,
+                     [answer = start.answer](std::optional<int>) { answer->over(); });
+}
+
+// Variables whose names a shell does not pass on, because they are none for it: the functions that
+// bash exports ("BASH_FUNC_module%%"), for instance.
+std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>& environment) {
+    constexpr std::string_view kLetters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
+    std::vector<std::string> dropped;
+    for (const std::string& variable : environment) {
+        const std::size_t nameEnd = variable.find_first_not_of(kLetters);
+        if (nameEnd != std::string::npos && variable[nameEnd] != '=' && variable.front() != '-') {
+            dropped.push_back(variable);
+        }
+    }
+    return dropped;
+}
+
+// Runs the command of an entry, `words`. By GIO_LAUNCHED_DESKTOP_FILE and its PID the program, and
+// whoever looks at its windows, know the entry; the PID is known to the child alone, so a shell
+// sets it.
+void startCommand(GLibThread& thread, const ApplicationStart& start, const std::string& name,
+                  const std::vector<std::string>& words) {
+    const ApplicationFile& file = start.file;
+    ProgramStart program;
+    program.executable = "/bin/sh";
+    program.arguments = {"-c", "export GIO_LAUNCHED_DESKTOP_FILE_PID=$$; exec \"$@\"", "sh"};
+    const std::vector<std::string> dropped = variablesThatShellsDrop(start.environment);
+    if (!dropped.empty() && words.front().find('=') == std::string::npos) {
+        program.arguments.emplace_back("/usr/bin/env");
+        program.arguments.insert(program.arguments.end(), dropped.begin(), dropped.end());
+    }
+    program.arguments.insert(program.arguments.end(), words.begin(), words.end());
+    program.environment = start.environment;
+    program.environment.push_back("GIO_LAUNCHED_DESKTOP_FILE=" + file.path);
+    program.workingDirectory = file.entry.path.empty() ? start.home : file.entry.path;
+    pid_t process = 0;
+    if (const int failure = startProgram(program, process); failure != 0) {
+        start.answer->fail(messages::startRefused(name, failure));
+        return;
+    }
+    watchProgram(thread, start, name, process);
+}
+
+void startEntry(GLibThread& thread, const ApplicationStart& start, const ExecutableLookup& lookup,
+                const ProgramToStart& program) {
+    std::vector<std::string> words;
+    if (start.file.entry.terminal) {
+        auto terminal = terminalCommand(lookup, start.conditions->wayland);
+        if (!terminal) {
+            start.answer->fail(messages::terminalMissing(program.program));
+            return;
+        }
+        words = *std::move(terminal);
+    }
+    words.insert(words.end(), program.words.begin(), program.words.end());
+    announce(thread, start, program.executable);
+    startCommand(thread, start, program.program, words);
+}
+
+// The service has been activated: the start goes on until its window is there.
+void awaitServiceWindow(GLibThread& thread, const ApplicationStart& start,
+                        const RunningApplication& service) {
+    start.answer->start()->answered();
+    // Where no window can be seen, none can be brought forward either but by activating it again:
+    // that must not wait for a window that never shows.
+    if (!start.conditions->seesWindows || !start.conditions->seesWindows()) {
+        start.answer->over();
+        return;
+    }
+    if (service.processIdentifier > 0) {
+        start.began(service);
+        thread.watchChild(service.processIdentifier,
+                          [answer = start.answer](std::optional<int>) { answer->over(); });
+    }
+}
+
+void activate(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start,
+              const std::string& executable) {
+    announce(thread, *start, executable);
+    // Until the service has answered, a second start would at best be a second activation.
+    start->answer->start()->awaitAnswer();
+    start->began({0, start->identifier});
+    activateOverBus(
+        thread,
+        {start->file.busName, start->startupId, start->activationToken,
+         start->conditions->busPatience},
+        [&thread, start](const Result<ActivatedService>& service) {
+            OpenAnswer& answer = *start->answer;
+            if (!service) {
+                answer.fail(service.error());
+            } else if (service.value().runs) {
+                const RunningApplication running{service.value().process, start->identifier};
+                answer.succeed(running);
+                awaitServiceWindow(thread, *start, running);
+            } else {
+                answer.over();
+                answer.succeed(std::nullopt);
+            }
+        });
+}
+
+}  // namespace
+
+void startApplication(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
+    const ApplicationFile& file = start->file;
+    const ExecutableLookup lookup(start->conditions->searchPath);
+    const Result<ProgramToStart> program = programToStart(file, lookup);
+    if (!program) {
+        start->answer->fail(program.error());
+        return;
+    }
+    if (file.bundle) {
+        startBundle(thread, *start, program.value().executable);
+        return;
+    }
+    const bool activatable = !file.busName.empty();
+    const GLibThread::Bus bus =
+        thread.sessionBus(activatable ? kActivationBusPatience : kBusPatience);
+    if (activatable && bus == GLibThread::Bus::connected) {
+        activate(thread, start, program.value().executable);
+    } else if (activatable && bus == GLibThread::Bus::silent) {
+        start->answer->fail(messages::busSilent(start->identifier));
+    } else if (program.value().words.empty()) {
+        start->answer->fail(messages::entryWithoutCommand(file.path));
+    } else {
+        startEntry(thread, *start, lookup, program.value());
+    }
 }
 
 }  // namespace tavo

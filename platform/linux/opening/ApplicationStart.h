@@ -9,38 +9,36 @@
 #include <utility>
 #include <vector>
 
-#include <sys/types.h>
-
 #include "platform/Workspace.h"
 #include "platform/linux/dbus/GLibThread.h"
-#include "platform/linux/opening/GioLaunchContext.h"
+#include "platform/linux/opening/ApplicationFile.h"
 #include "platform/linux/opening/PendingLaunches.h"
 
 namespace tavo {
 
-// A completion that can be answered from several sides; the first answer is the one that counts.
-// On the workspace's thread.
+// The answer to one opening, which several events can give: the first one counts. On the
+// workspace's thread.
 class OpenAnswer {
 public:
     OpenAnswer(OpenCompletion completion, std::shared_ptr<PendingLaunch> start)
         : completion_(std::move(completion)), start_(std::move(start)) {}
 
     void succeed(const std::optional<RunningApplication>& running) { answer(running, {}); }
-    // The start is over with it.
+
+    // A failure ends the start, too.
     void fail(Error error) {
         over();
         answer({}, std::move(error));
     }
 
-    // The application shows a window, or has ended: it may be started again, and whoever waits for
-    // that by whenOver() is told.
+    // Ends the start, because the application shows a window or has ended: it may be started
+    // again, and the callback of whenOver() is called.
     void over() {
         start_->over();
         timeIsUp();
     }
 
-    // Whoever waits by whenOver() is told, also when the start itself goes on because its answer
-    // is still to come.
+    // Calls the callback of whenOver(), though the start itself may go on until a service answers.
     void timeIsUp() {
         time_.end();
         if (const auto told = std::exchange(whenOver_, nullptr)) {
@@ -48,7 +46,7 @@ public:
         }
     }
 
-    // `told` is called once, by over() or timeIsUp(); `time` is what will call the latter.
+    // `told` is called once, by over() or timeIsUp(). `time`: the timer that calls timeIsUp().
     void whenOver(std::function<void()> told, ScopedSource time) {
         whenOver_ = std::move(told);
         time_ = std::move(time);
@@ -71,9 +69,8 @@ private:
 
 // What all starts of one workspace have in common.
 struct StartConditions {
-    std::string searchPath;              // PATH as children have it
-    std::vector<std::string> languages;  // of entries' names, the preferred one first
-    std::string display;                 // of an X11 session, else empty
+    std::string searchPath;  // PATH as children have it
+    std::string display;     // of an X11 session, else empty
     bool wayland = false;
     std::chrono::milliseconds patience{0};      // for an early end
     std::chrono::milliseconds busPatience{0};   // for an activation's answer
@@ -83,21 +80,21 @@ struct StartConditions {
 
 struct ApplicationStart {
     std::shared_ptr<const StartConditions> conditions;
-    std::string path;
-    std::string identifier;
+    ApplicationFile file;
+    std::string identifier;                // of the entry, or the name of the bundle's folder
     std::string home;                      // a folder that exists
-    std::vector<std::string> environment;  // of the program, whole
-    LaunchContext context;                 // the same for GIO
-    std::string startupId;                 // in the environment; may be empty
+    std::vector<std::string> environment;  // of the program, complete
+    std::string startupId;                 // also in the environment; may be empty
     std::string activationToken;           // likewise
     std::shared_ptr<OpenAnswer> answer;
     std::function<void(const RunningApplication&)> began;  // called when it has begun
 };
 
-// On `thread`: what there is to do about the program of `start` while it runs. `ended` is called as
-// GLibThread::watchChild says.
-void superviseProgram(GLibThread& thread, const ApplicationStart& start,
-                      const RunningApplication& running,
-                      std::function<void(std::optional<int>)> ended);
+// On `thread`, which must outlive the start's answer.
+//
+// A bundle's program and an entry's command are started, the latter in a terminal if the entry
+// wants one. An entry that can be activated over the session bus is activated instead, and fails
+// when the bus does not answer: its command might start a second instance.
+void startApplication(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start);
 
 }  // namespace tavo

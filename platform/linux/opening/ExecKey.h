@@ -1,17 +1,21 @@
-// The command of a desktop entry as the words of a program's start (Desktop Entry Specification
-// 1.5, "The Exec key").
+// The command of a desktop entry as words (Desktop Entry Specification 1.5, "The Exec key").
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "platform/linux/opening/DesktopEntryCheck.h"
+#include "platform/linux/entries/DesktopEntry.h"
 
 namespace tavo {
 
-// The command of the entry at `path` when there is nothing to open with it: as GIO would have it,
-// field codes for files and addresses stand for nothing ("%f" in quotes for an empty word), and
-// unknown ones likewise. Empty when the command cannot be split into words.
-[[nodiscard]] std::vector<std::string> commandWords(const std::string& path, const EntryKeys& keys);
+// The words of the command of `entry`, whose file is at `path`, to open the web address `address`,
+// or nothing where that is empty.
+//
+// They are GIO's, with one exception: within quotes %c, %i and %k stand for the text itself, where
+// GIO adds quotation marks of its own. Codes for files, deprecated and unknown ones stand for
+// nothing ("%f" in quotes for an empty word). Empty when the command cannot be split into words.
+[[nodiscard]] std::vector<std::string> commandWords(const DesktopEntry& entry,
+                                                    const std::string& path,
+                                                    const std::string& address = {});
 
 }  // namespace tavo

@@ -79,6 +79,10 @@ Error applicationMissing(const std::string& path) {
     return {"L’app " + quoted(path) + " non esiste più."};
 }
 
+Error applicationNotReadable(const std::string& path, int code) {
+    return {"L’app " + quoted(path) + " non si può leggere: " + reason(code) + "."};
+}
+
 Error notAnApplication(const std::string& path) {
     return {quoted(path) + " non è un’app: non è una cartella e non è una voce di menu."};
 }
@@ -102,10 +106,6 @@ Error entryWithoutCommand(const std::string& path) {
 Error entryCommandUnreadable(const std::string& path, const std::string& command) {
     return {"La voce di menu " + quoted(path) +
             " contiene un comando che non si può leggere: " + quoted(command) + "."};
-}
-
-Error entryRefused(const std::string& path) {
-    return {"Il sistema non accetta la voce di menu " + quoted(path) + "."};
 }
 
 Error programNotFound(const std::string& program, const std::string& searchPath) {
@@ -146,10 +146,6 @@ Error bundleWithoutProgram(const std::string& path) {
 
 Error startRefused(const std::string& program, int code) {
     return {"Il programma " + quoted(program) + " non si può avviare: " + reason(code) + "."};
-}
-
-Error startFailed(const std::string& program, const std::string& systemText) {
-    return {"Il programma " + quoted(program) + " non si può avviare: " + sentence(systemText)};
 }
 
 Error endedWithStatus(const std::string& program, const std::string& name, int status) {

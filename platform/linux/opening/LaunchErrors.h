@@ -1,8 +1,7 @@
 // What the user reads when an application did not open.
 //
 // Every text is complete, plain and says why; the alert around it says that something could not
-// be opened. Names and paths come from outside and may hold anything but broken UTF-8, which is
-// repaired here.
+// be opened. Names and paths may hold anything: broken UTF-8 is repaired here.
 #pragma once
 
 #include <string>
@@ -13,13 +12,13 @@ namespace tavo::messages {
 
 // The file or folder itself.
 Error applicationMissing(const std::string& path);
+Error applicationNotReadable(const std::string& path, int code);  // an errno value
 Error notAnApplication(const std::string& path);
 Error entryNotReadable(const std::string& path, int code);  // an errno value
 Error entryInvalid(const std::string& path);
 Error entryHidden(const std::string& path);
 Error entryWithoutCommand(const std::string& path);
 Error entryCommandUnreadable(const std::string& path, const std::string& command);
-Error entryRefused(const std::string& path);
 
 // Its program.
 Error programNotFound(const std::string& program, const std::string& searchPath);
@@ -33,9 +32,8 @@ Error bundleWithoutProgram(const std::string& path);
 
 // The start.
 Error startRefused(const std::string& program, int code);  // an errno value
-Error startFailed(const std::string& program, const std::string& systemText);
 
-// Its early end. `name`: the application's, told where the program's says something else ("sh").
+// Its early end. `name`: the application's, which is told where the program has another ("sh").
 Error endedWithStatus(const std::string& program, const std::string& name, int status);
 Error endedBySignal(const std::string& program, const std::string& name, int signal);
 

@@ -1,41 +1,27 @@
 #include "platform/linux/opening/LinuxWorkspace.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/bundles/BundleFolder.h"
 #include "platform/linux/dbus/GLibThread.h"
-#include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/entries/ExecutableLookup.h"
 #include "platform/linux/entries/XdgEnvironment.h"
-#include "platform/linux/opening/BundleOpening.h"
-#include "platform/linux/opening/DesktopEntryCheck.h"
-#include "platform/linux/opening/EntryOpening.h"
+#include "platform/linux/opening/ApplicationFile.h"
+#include "platform/linux/opening/ApplicationStart.h"
 #include "platform/linux/opening/FirstWindow.h"
-#include "platform/linux/opening/LaunchErrors.h"
 #include "platform/linux/opening/PendingLaunches.h"
-#include "platform/linux/opening/ProgramCheck.h"
+#include "platform/linux/system/FileStamp.h"
 #include "platform/linux/system/HostName.h"
 
 namespace tavo {
 namespace {
 
-// What a program is looked for in where no PATH is set.
-constexpr const char* kDefaultSearchPath = "/usr/local/bin:/usr/bin:/bin";
-
-enum class Target { missing, entry, bundle, other };
-
-Target targetAt(const std::string& path) {
+bool isFolder(const std::string& path) {
     struct stat status = {};
-    if (::stat(path.c_str(), &status) != 0) {
-        return Target::missing;
-    }
-    if (S_ISDIR(status.st_mode)) {
-        return Target::bundle;
-    }
-    return isDesktopFileName(path) ? Target::entry : Target::other;
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 std::string withoutTrailingSlashes(std::string path) {
@@ -45,7 +31,8 @@ std::string withoutTrailingSlashes(std::string path) {
     return path;
 }
 
-// The desktop-file id of an entry; of several folders that hold it, the innermost counts.
+// The desktop-file id of the entry at `path`: its path below the innermost of `folders` that holds
+// it, with '-' for '/'; else the name of its file.
 std::string entryIdentifier(const std::string& path, const std::vector<std::string>& folders) {
     std::size_t begin = path.rfind('/') + 1;
     std::size_t longest = 0;
@@ -65,21 +52,20 @@ class LinuxWorkspace final : public Workspace {
 public:
     explicit LinuxWorkspace(OpeningSettings settings)
         : settings_(std::move(settings)),
-          searchPath_(settings_.environment.value("PATH").value_or(kDefaultSearchPath)),
+          languages_(messageLanguages()),
           x11Display_(settings_.wayland ? "" : settings_.environment.value("DISPLAY").value_or("")),
           conditions_(conditions()),
-          starts_(settings_.startingTime),
-          firstWindow_(settings_.mainQueue, settings_.showsWindow) {}
+          launches_(settings_.startingTime),
+          firstWindow_(&settings_.mainQueue, settings_.showsWindow) {}
 
     std::optional<BundleFacts> bundle(const std::string& path) override {
-        switch (targetAt(path)) {
-            case Target::bundle:
-                return readBundleFolder(path);
-            case Target::entry:
-                return entryFacts(path);
-            default:
-                return std::nullopt;
+        const FileStamp stamp = fileStamp(path);
+        const Result<ApplicationFile> file = readApplicationFile(path, languages_);
+        latest_ = file ? std::optional(Latest{file.value(), stamp}) : std::nullopt;
+        if (!file) {
+            return std::nullopt;
         }
+        return file.value().bundle ? file.value().bundle : entryFacts(file.value());
     }
 
     void openApplication(const std::string& path, OpenConfiguration configuration,
@@ -87,38 +73,69 @@ public:
         if (!thread_) {
             thread_.emplace(settings_.bus.forLibraries ? "" : settings_.bus.address);
         }
-        // What is not to come forward has no window by which the end of its start could be told.
-        const auto start = configuration.activates ? starts_.begin(path) : starts_.beginUnnoticed();
-        if (!start) {
-            thread_->post([completion = std::move(completion)] { completion({}, {}); });
+        OpenCompletion onMainThread = whileAlive(std::move(completion));
+        // No window is awaited of what is not to come forward, so its start has no end.
+        const auto launch =
+            configuration.activates ? launches_.begin(path) : launches_.beginUnnoticed();
+        if (!launch) {
+            thread_->post([completion = std::move(onMainThread)] { completion({}, {}); });
             return;
         }
-        const auto answer = std::make_shared<OpenAnswer>(std::move(completion), start);
-        const std::shared_ptr<const ApplicationStart> described =
-            describeStart(path, configuration.activates, answer);
-        thread_->post([&thread = *thread_, described] { open(thread, described); });
+        const auto answer = std::make_shared<OpenAnswer>(std::move(onMainThread), launch);
+        const Result<ApplicationFile> file = fileOfClick(path);
+        if (!file) {
+            thread_->post([answer, error = file.error()] { answer->fail(error); });
+            return;
+        }
+        const std::shared_ptr<const ApplicationStart> start =
+            describeStart(file.value(), configuration.activates, answer);
+        thread_->post([&thread = *thread_, start] { startApplication(thread, start); });
     }
 
 private:
-    [[nodiscard]] std::optional<BundleFacts> entryFacts(const std::string& path) const {
-        const Result<EntryKeys> keys = readEntryKeys(path);
-        if (!keys) {
-            return std::nullopt;
+    // What a click has read for its facts, which its opening needs next.
+    struct Latest {
+        ApplicationFile file;
+        FileStamp stamp;
+    };
+
+    Result<ApplicationFile> fileOfClick(const std::string& path) {
+        const std::optional<Latest> latest = std::exchange(latest_, std::nullopt);
+        if (latest && latest->file.path == path && latest->stamp == fileStamp(path)) {
+            return latest->file;
         }
+        return readApplicationFile(path, languages_);
+    }
+
+    // `completion`, called on the main thread, and not after the workspace has ended.
+    OpenCompletion whileAlive(OpenCompletion completion) {
+        return
+            [&mainQueue = settings_.mainQueue, alive = std::weak_ptr(alive_),
+             completion = std::move(completion)](const std::optional<RunningApplication>& running,
+                                                 const std::optional<Error>& error) {
+                mainQueue.async([alive, completion, running, error] {
+                    if (!alive.expired()) {
+                        completion(running, error);
+                    }
+                });
+            };
+    }
+
+    [[nodiscard]] BundleFacts entryFacts(const ApplicationFile& file) const {
         BundleFacts facts;
-        facts.identifier = entryIdentifier(path, settings_.applicationFolders);
-        const auto program = findProgram(programOf(keys.value().command).value_or(""), searchPath_,
-                                         keys.value().workingDirectory);
-        if (program) {
-            facts.executablePath = program.value();
+        facts.identifier = entryIdentifier(file.path, settings_.applicationFolders);
+        const ExecutableMatch program =
+            ExecutableLookup(conditions_->searchPath)
+                .find(programOf(file.entry.exec).value_or(""), file.entry.path);
+        if (program.state == ExecutableMatch::State::executable) {
+            facts.executablePath = program.path;
         }
         return facts;
     }
 
     [[nodiscard]] std::shared_ptr<const StartConditions> conditions() const {
         StartConditions common;
-        common.searchPath = searchPath_;
-        common.languages = messageLanguages();
+        common.searchPath = settings_.environment.value("PATH").value_or("");
         common.display = x11Display_;
         common.wayland = settings_.wayland;
         common.patience = settings_.patience;
@@ -129,11 +146,11 @@ private:
     }
 
     std::shared_ptr<const ApplicationStart> describeStart(
-        const std::string& path, bool activates, const std::shared_ptr<OpenAnswer>& answer) {
+        const ApplicationFile& file, bool activates, const std::shared_ptr<OpenAnswer>& answer) {
         auto start = std::make_shared<ApplicationStart>();
         start->conditions = conditions_;
-        start->path = path;
-        start->identifier = entryIdentifier(path, settings_.applicationFolders);
+        start->file = file;
+        start->identifier = entryIdentifier(file.path, settings_.applicationFolders);
         start->home = home();
         start->environment = settings_.environment.forChildren();
         start->answer = answer;
@@ -152,11 +169,10 @@ private:
         if (!start->activationToken.empty()) {
             start->environment.push_back("XDG_ACTIVATION_TOKEN=" + start->activationToken);
         }
-        start->context = makeLaunchContext(start->environment);
         return start;
     }
 
-    // An answer is given on the workspace's thread, whoever has it.
+    // The window is seen on the main thread; the answer belongs to the workspace's thread.
     void awaitWindow(const RunningApplication& running, const std::shared_ptr<OpenAnswer>& answer) {
         firstWindow_.await(running, answer->start(), [this, answer, running] {
             thread_->post([answer, running] {
@@ -166,31 +182,13 @@ private:
         });
     }
 
-    static void open(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
-        switch (targetAt(start->path)) {
-            case Target::missing:
-                start->answer->fail(messages::applicationMissing(start->path));
-                break;
-            case Target::other:
-                start->answer->fail(messages::notAnApplication(start->path));
-                break;
-            case Target::bundle:
-                openBundle(thread, *start);
-                break;
-            case Target::entry:
-                openEntry(thread, start);
-                break;
-        }
-    }
-
     [[nodiscard]] std::string home() const {
         const std::string home = settings_.environment.value("HOME").value_or("");
-        return !home.empty() && home.front() == '/' && targetAt(home) == Target::bundle ? home
-                                                                                        : "/";
+        return home.starts_with('/') && isFolder(home) ? home : "/";
     }
 
-    // In the form that Startup Notification wants, unique for this user's session. Only an X11
-    // desktop understands it.
+    // In the form of the Startup Notification specification, unique in this user's session. Empty
+    // outside X11, where no desktop understands it.
     std::string newStartupId() {
         if (x11Display_.empty()) {
             return {};
@@ -202,12 +200,14 @@ private:
     }
 
     const OpeningSettings settings_;
-    const std::string searchPath_;
-    const std::string x11Display_;  // empty where the session is none of X11
+    const std::vector<std::string> languages_;
+    const std::string x11Display_;  // empty on Wayland
     const std::shared_ptr<const StartConditions> conditions_;
     std::uint64_t startupIds_ = 0;
-    PendingLaunches starts_;
+    std::optional<Latest> latest_;
+    PendingLaunches launches_;
     const FirstWindow firstWindow_;
+    const std::shared_ptr<const int> alive_ = std::make_shared<int>(0);
     std::optional<GLibThread> thread_;  // begins with the first opening
 };
 

@@ -1,4 +1,4 @@
-// The workspace over GIO: desktop entries and application bundles.
+// The workspace of Linux desktops: opens desktop entries and application bundles.
 #pragma once
 
 #include <chrono>
@@ -17,20 +17,23 @@
 namespace tavo {
 
 struct OpeningSettings {
-    // What started applications inherit; also where programs are looked for.
+    // Outlives the workspace.
+    MainQueue& mainQueue;
+
+    // What started applications inherit. Its PATH is where programs are looked for.
     StartEnvironment environment;
 
-    // Whether the session is a Wayland one (isWaylandSession); else it is X11's, at DISPLAY.
+    // Whether this is a Wayland session (isWaylandSession); else an X11 one, at DISPLAY.
     bool wayland = false;
 
-    // The session bus. Where libraries do not find it, it is reached all the same once it answers.
+    // The session bus. Where GLib and libdbus do not find it, it is used once it answers.
     SessionBus bus = {};
 
     // The folders in which desktop entries lie ("/usr/share/applications" and the like): an
     // entry's identifier is its path from there.
     std::vector<std::string> applicationFolders;
 
-    // The X server's time of the user's last input, which lets a started program come to the
+    // The X11 server's time of the user's last input, which lets a started program come to the
     // front. Called on the main thread; may be empty.
     std::function<std::optional<std::uint32_t>()> userTime;
 
@@ -38,15 +41,13 @@ struct OpeningSettings {
     // (xdg-activation); empty when there is none. Called on the main thread; may be empty.
     std::function<std::string(const std::string& identifier)> activationToken = {};
 
-    // Whether a started application shows a window by now; false as long as nobody can tell. Of a
-    // service that the bus starts, the identifier alone may be known. Called on the main thread by
-    // `mainQueue`, which outlives the workspace, and only while something starts; both may be
-    // empty.
+    // Whether a started application shows a window by now; false as long as that is unknown. Of a
+    // service that the bus starts, the identifier alone may be known. Called on the main thread,
+    // and only while something starts; may be empty.
     std::function<bool(const RunningApplication&)> showsWindow = {};
-    MainQueue* mainQueue = nullptr;
 
-    // Whether windows can be seen at all. Called on a thread of the workspace's own, when a service
-    // has been activated; empty where they cannot.
+    // Whether the session lists windows at all. Called on a thread of the workspace's own, when a
+    // service has been activated; empty: it does not.
     std::function<bool()> seesWindows = {};
 
     // How long a started program is watched for an early end.
@@ -60,16 +61,16 @@ struct OpeningSettings {
 };
 
 // An entry (a file "*.desktop") has its desktop-file id as identifier ("org.example.App.desktop",
-// '-' for '/') and the first word of its command as executable; a folder has what
-// readBundleFolder() says.
+// '-' for '/') and the program of its command as executable; a folder has what readBundleFolder()
+// says. The file is read once a click: opening uses what bundle() has just read.
 //
 // An entry is activated over the session bus where it can be, else started, in a terminal of
 // terminalCommand() if it wants one. Completion:
-//   - at once with an error when anything that the start needs is missing;
+//   - with an error, soon, when anything that the start needs is missing;
 //   - with an error when the program ends within `patience` by a signal or with a status that is
 //     not 0, when the bus refuses the activation, or the service does not answer in `busPatience`;
 //   - without error, and with nothing running, when it ends in `patience` with status 0: it handed
-//     over to somebody else;
+//     over to another process;
 //   - without error and with the running application otherwise: when it shows its first window,
 //     at the end of `patience`, or when the activated service has answered.
 // A bundle's program is started directly; completion as soon as it has begun. A session bus that
@@ -78,9 +79,9 @@ struct OpeningSettings {
 //
 // While an application is starting, it is not started again: the completion comes without error
 // and with nothing running. It is starting until it shows a window, it ends, or `startingTime` has
-// passed and, with a service, its answer is there. Where windows cannot be seen, the answer ends
-// the start of a service. This holds for what is to be activated only: several starts of anything
-// else are several programs.
+// passed and, with a service, its answer has come. Where windows cannot be listed, the answer ends
+// the start of a service. This holds only for openings that activate: the others are started each
+// time.
 //
 // On X11 what is to be activated gets a startup id of its own (DESKTOP_STARTUP_ID), and the desktop
 // is told of the start, and of its end, when the entry wants that (StartupNotify).
@@ -88,8 +89,8 @@ struct OpeningSettings {
 // Started programs have a session of their own (and, under systemd, a scope), the null device as
 // standard input, no descriptor of ours but the standard two, and outlive us; the home folder is
 // their working directory unless an entry says another. They are reaped for as long as the
-// workspace lives, and by the system afterwards. Completions arrive on a thread of the workspace's
-// own; those that are due when it ends are dropped.
+// workspace lives, and by the system afterwards. Made and ended on the main thread; completions
+// that are due when it ends are dropped.
 std::unique_ptr<Workspace> makeLinuxWorkspace(OpeningSettings settings);
 
 }  // namespace tavo

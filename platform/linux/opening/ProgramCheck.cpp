@@ -1,10 +1,9 @@
 #include "platform/linux/opening/ProgramCheck.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <string_view>
 #include <vector>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/linux/opening/LaunchErrors.h"
 #include "platform/posix/BoundedFile.h"
@@ -14,43 +13,6 @@ namespace {
 
 // As much of a script's first line as the kernel reads.
 constexpr std::size_t kScriptHead = 256;
-
-enum class Kind { missing, folder, notExecutable, executable };
-
-Kind kindOf(const std::string& path) {
-    struct stat status = {};
-    if (::stat(path.c_str(), &status) != 0) {
-        return Kind::missing;
-    }
-    if (S_ISDIR(status.st_mode)) {
-        return Kind::folder;
-    }
-    return S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0 ? Kind::executable
-                                                                        : Kind::notExecutable;
-}
-
-std::vector<std::string> candidates(const std::string& program, const std::string& searchPath,
-                                    const std::string& workingDirectory) {
-    if (program.empty()) {
-        return {};
-    }
-    if (program.front() == '/') {
-        return {program};
-    }
-    if (program.find('/') != std::string::npos) {
-        return workingDirectory.empty() ? std::vector<std::string>()
-                                        : std::vector{workingDirectory + '/' + program};
-    }
-    std::vector<std::string> paths;
-    for (std::size_t begin = 0; begin <= searchPath.size();) {
-        const std::size_t end = std::min(searchPath.find(':', begin), searchPath.size());
-        if (end > begin) {
-            paths.push_back(searchPath.substr(begin, end - begin) + '/' + program);
-        }
-        begin = end + 1;
-    }
-    return paths;
-}
 
 // The words of a script's first line after "#!", none when it has none.
 std::vector<std::string> interpreterWords(const std::string& path) {
@@ -69,52 +31,59 @@ std::vector<std::string> interpreterWords(const std::string& path) {
     return words;
 }
 
-bool isEnv(const std::string& interpreter) {
-    return interpreter == "env" || interpreter.ends_with("/env");
+bool isExecutable(const ExecutableMatch& match) {
+    return match.state == ExecutableMatch::State::executable;
+}
+
+// The interpreter of the script at `path` that is not there; empty for anything that can run.
+std::string missingInterpreter(const std::string& path, const ExecutableLookup& lookup) {
+    const std::vector<std::string> words = interpreterWords(path);
+    if (words.empty()) {
+        return {};
+    }
+    // The kernel takes the word for a path, relative to a working folder that is not known here.
+    const bool absolute = words[0].starts_with('/');
+    if (!absolute || !isExecutable(lookup.find(words[0]))) {
+        return words[0];
+    }
+    // What env would make of an option or of an assignment is left to env.
+    const bool namesProgram = words[0].ends_with("/env") && words.size() > 1 &&
+                              words[1].front() != '-' && words[1].find('=') == std::string::npos;
+    return namesProgram && !isExecutable(lookup.find(words[1])) ? words[1] : std::string();
 }
 
 }  // namespace
 
-Result<std::string> findProgram(const std::string& program, const std::string& searchPath,
+Result<std::string> findProgram(const ExecutableLookup& lookup, const std::string& program,
                                 const std::string& workingDirectory) {
-    Kind nearest = Kind::missing;
-    std::string where;
-    for (const std::string& path : candidates(program, searchPath, workingDirectory)) {
-        const Kind kind = kindOf(path);
-        if (kind == Kind::executable) {
-            return path;
-        }
-        if (kind > nearest) {
-            nearest = kind;
-            where = path;
-        }
+    const ExecutableMatch match = lookup.find(program, workingDirectory);
+    switch (match.state) {
+        case ExecutableMatch::State::unreachable:
+            return messages::startRefused(match.path, EACCES);
+        case ExecutableMatch::State::folder:
+            return messages::programIsFolder(match.path);
+        case ExecutableMatch::State::notExecutable:
+            return messages::programNotExecutable(match.path);
+        case ExecutableMatch::State::executable:
+            return match.path;
+        case ExecutableMatch::State::missing:
+            break;
     }
-    switch (nearest) {
-        case Kind::folder:
-            return messages::programIsFolder(where);
-        case Kind::notExecutable:
-            return messages::programNotExecutable(where);
-        default:
-            return program.find('/') == std::string::npos
-                       ? messages::programNotFound(program, searchPath)
-                       : messages::programMissing(program);
-    }
+    return program.find('/') == std::string::npos
+               ? messages::programNotFound(program, lookup.searchPath())
+               : messages::programMissing(program);
 }
 
-std::optional<Error> whyScriptCannotRun(const std::string& path, const std::string& searchPath) {
-    const std::vector<std::string> words = interpreterWords(path);
-    if (words.empty()) {
-        return std::nullopt;
+Result<std::string> checkProgram(const ExecutableLookup& lookup, const std::string& program,
+                                 const std::string& workingDirectory) {
+    Result<std::string> found = findProgram(lookup, program, workingDirectory);
+    if (found) {
+        const std::string interpreter = missingInterpreter(found.value(), lookup);
+        if (!interpreter.empty()) {
+            return messages::interpreterMissing(found.value(), interpreter);
+        }
     }
-    if (kindOf(words[0]) != Kind::executable) {
-        return messages::interpreterMissing(path, words[0]);
-    }
-    // Options and assignments of env are its own business.
-    if (isEnv(words[0]) && words.size() > 1 && words[1].front() != '-' &&
-        words[1].find('=') == std::string::npos && !findProgram(words[1], searchPath, "")) {
-        return messages::interpreterMissing(path, words[1]);
-    }
-    return std::nullopt;
+    return found;
 }
 
 }  // namespace tavo

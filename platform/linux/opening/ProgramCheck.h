@@ -1,25 +1,25 @@
-// Whether a program can be started, found out before trying.
+// Whether a program would run, found out before it is started.
 //
-// Starting a program through several layers (GLib's helper, a shell, a terminal) loses the reason
-// why nothing runs; here it is found while it can still be told. Any thread.
+// A start through a shell or a terminal loses the reason why nothing runs, so the reasons are
+// looked for while they can still be told. Any thread.
 #pragma once
 
-#include <optional>
 #include <string>
 
+#include "platform/linux/entries/ExecutableLookup.h"
 #include "support/Result.h"
 
 namespace tavo {
 
-// The file that the command word `program` means: an absolute path, a path from
-// `workingDirectory` when it holds a slash, else the first executable file of that name in the
-// folders of `searchPath` (the form of PATH; empty folders do not count). The error says that it
-// does not exist, is a folder, or is not executable.
-Result<std::string> findProgram(const std::string& program, const std::string& searchPath,
-                                const std::string& workingDirectory);
+// The path of the file that the command word `program` means to `lookup`. The error says what is
+// there instead of an executable file.
+Result<std::string> findProgram(const ExecutableLookup& lookup, const std::string& program,
+                                const std::string& workingDirectory = {});
 
-// Why the system would refuse to run the script at `path`: its first line ("#!", as execve reads
-// it) names an interpreter that is not there, also by way of env(1). None for anything else.
-std::optional<Error> whyScriptCannotRun(const std::string& path, const std::string& searchPath);
+// The same. It is also an error when the kernel would refuse to run the file, because it is a
+// script whose first line ("#!", as execve(2) reads it) names an interpreter that is not there;
+// also by way of env(1).
+Result<std::string> checkProgram(const ExecutableLookup& lookup, const std::string& program,
+                                 const std::string& workingDirectory = {});
 
 }  // namespace tavo

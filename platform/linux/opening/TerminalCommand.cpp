@@ -2,12 +2,10 @@
 
 #include <array>
 
-#include "platform/linux/opening/ProgramCheck.h"
-
 namespace tavo {
 namespace {
 
-// A terminal and the option that comes before the command; nullptr: none does.
+// A terminal and its option that comes before the command; nullptr: it takes the command alone.
 struct Terminal {
     const char* program;
     const char* option;
@@ -35,12 +33,13 @@ constexpr std::array<Terminal, 16> kTerminals = {{
 
 }  // namespace
 
-std::optional<std::vector<std::string>> terminalCommand(const std::string& searchPath,
+std::optional<std::vector<std::string>> terminalCommand(const ExecutableLookup& lookup,
                                                         bool wayland) {
     for (const Terminal& terminal : kTerminals) {
-        const auto program = findProgram(terminal.program, searchPath, "");
-        if (program && (wayland || !terminal.onlyWayland)) {
-            std::vector<std::string> words = {program.value()};
+        const ExecutableMatch program = lookup.find(terminal.program);
+        if (program.state == ExecutableMatch::State::executable &&
+            (wayland || !terminal.onlyWayland)) {
+            std::vector<std::string> words = {program.path};
             if (terminal.option != nullptr) {
                 words.emplace_back(terminal.option);
             }

@@ -1,4 +1,4 @@
-// Web addresses, opened by the program that the user's desktop has for them.
+// Web addresses, opened by the program that the desktop associates with them.
 #pragma once
 
 #include <string>

@@ -55,7 +55,6 @@ protected:
     // Windows are looked for on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();
-        settings.mainQueue = &queue_;
         settings.showsWindow = [this](const RunningApplication& application) {
             asked_.insert(application.processIdentifier);
             return window_;
@@ -83,7 +82,6 @@ protected:
         drain();
     }
 
-    ManualMainQueue queue_;
     bool window_ = false;
     std::atomic<bool> seesWindows_ = true;
     std::set<pid_t> asked_;
@@ -204,8 +202,11 @@ TEST_F(BusOpening, a_service_that_says_nothing_is_told_when_its_time_is_over) {
 }
 
 TEST(OpeningSettings, a_service_has_the_buss_own_time_to_answer) {
-    const OpeningSettings settings{
-        .environment = StartEnvironment({}), .applicationFolders = {}, .userTime = {}};
+    ManualMainQueue queue;
+    const OpeningSettings settings{.mainQueue = queue,
+                                   .environment = StartEnvironment({}),
+                                   .applicationFolders = {},
+                                   .userTime = {}};
     EXPECT_EQ(settings.busPatience, std::chrono::seconds(25));
     EXPECT_EQ(settings.patience, std::chrono::seconds(2));
     EXPECT_EQ(settings.startingTime, std::chrono::seconds(15));
@@ -214,7 +215,7 @@ TEST(OpeningSettings, a_service_has_the_buss_own_time_to_answer) {
 TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
     startingTime_ = milliseconds(0);  // is for programs
     startBusWithService("silence");
-    Openings first;
+    Openings first(queue_);
     workspace().openApplication(activatableEntry(), {}, first.completion());
     EXPECT_EQ(reported(), "Activate id= token=");
     const Answer second = open(activatableEntry());
@@ -254,7 +255,7 @@ TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_tool
 
 TEST_F(BusOpening, ending_does_not_wait_for_a_service_that_says_nothing) {
     startBusWithService("silence");
-    Openings opening;
+    Openings opening(queue_);
     workspace().openApplication(activatableEntry(), {}, opening.completion());
     EXPECT_EQ(reported(), "Activate id= token=");
     workspace_.reset();

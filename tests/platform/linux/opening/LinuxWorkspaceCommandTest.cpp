@@ -1,16 +1,10 @@
-// What becomes of the command of an entry, on each of the roads by which it can be started.
-#include "platform/linux/opening/ExecKey.h"
+// What becomes of the command of an entry, started plainly and in a terminal.
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
-#include "tests/platform/linux/fixtures/PrivateBus.h"
 
 namespace tavo {
 namespace {
 
 using processes::OpeningTest;
-using processes::PrivateBus;
-
-enum class Road { gio, silentBus, terminal };
-constexpr const char* kRoads[] = {"by_gio_", "on_a_silent_bus_", "in_a_terminal_"};
 
 struct Code {
     const char* name;
@@ -18,33 +12,24 @@ struct Code {
     const char* arguments;  // as the program gets them; @ stands for the entry's path
 };
 
-class ExecKey : public OpeningTest, public testing::WithParamInterface<std::tuple<Road, Code>> {
+class EntryCommand : public OpeningTest,
+                     public testing::WithParamInterface<std::tuple<bool, Code>> {
 protected:
     void SetUp() override {
-        switch (std::get<Road>(GetParam())) {
-            case Road::gio:
-                break;
-            case Road::silentBus:
-                bus_.emplace(folder_);
-                ::kill(bus_->process(), SIGSTOP);
-                break;
-            case Road::terminal:
-                folder_.script("bin/xdg-terminal-exec", "exec \"$@\"");
-                path_.emplace("PATH", folder_.path("bin") + ":/usr/bin:/bin");
-                lines_ = "Terminal=true\n";
-                break;
+        if (std::get<bool>(GetParam())) {
+            folder_.script("bin/xdg-terminal-exec", "exec \"$@\"");
+            path_.emplace("PATH", folder_.path("bin") + ":/usr/bin:/bin");
+            lines_ = "Terminal=true\n";
         }
     }
 
-    // The last to go: it is what the workspace talks to.
-    std::optional<PrivateBus> bus_;
     std::optional<processes::Variable> path_;
     std::string lines_;
     const processes::Variable language_{"LANGUAGE", "it"};
     const processes::Variable locale_{"LC_ALL", "C.UTF-8"};
 };
 
-TEST_P(ExecKey, reaches_the_program_with_its_field_codes_filled_in) {
+TEST_P(EntryCommand, reaches_the_program_with_its_field_codes_filled_in) {
     const Code& code = std::get<Code>(GetParam());
     const std::string program =
         folder_.script("program", "{ printf '[%s]' \"$@\"; echo; } >" + folder_.path("arguments") +
@@ -65,9 +50,9 @@ TEST_P(ExecKey, reaches_the_program_with_its_field_codes_filled_in) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Roads, ExecKey,
+    Starts, EntryCommand,
     testing::Combine(
-        testing::Values(Road::gio, Road::silentBus, Road::terminal),
+        testing::Bool(),
         testing::Values(Code{"path", "%k end", "[@][end]"},
                         Code{"name", "%c end", "[Il nome][end]"},
                         Code{"icon", "%i end", "[--icon][l’icona][end]"},
@@ -83,18 +68,9 @@ INSTANTIATE_TEST_SUITE_P(
                         Code{"quoted_words", "\"two words\" end", "[two words][end]"},
                         Code{"escaped_in_quotes", "\"a \\\\\"b \\\\$c\" end", "[a \"b $c][end]"})),
     [](const auto& row) {
-        return std::string(kRoads[static_cast<int>(std::get<Road>(row.param))]) +
+        return std::string(std::get<bool>(row.param) ? "in_a_terminal_" : "plainly_") +
                std::get<Code>(row.param).name;
     });
-
-TEST(CommandWords, are_none_where_the_command_cannot_be_split) {
-    EntryKeys keys;
-    for (const char* const command : {"", " ", "a \"b", "a 'b", "# a"}) {
-        SCOPED_TRACE(command);
-        keys.command = command;
-        EXPECT_EQ(commandWords("/a.desktop", keys), std::vector<std::string>());
-    }
-}
 
 }  // namespace
 }  // namespace tavo

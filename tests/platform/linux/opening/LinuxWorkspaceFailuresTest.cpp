@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
+#include "tests/platform/linux/fixtures/OrdinaryUser.h"
 
 namespace tavo {
 namespace {
@@ -89,6 +90,35 @@ TEST_F(OpeningFailure, an_entry_that_vanished_is_told) {
     ASSERT_TRUE(workspace().bundle(path));
     std::filesystem::remove(path);
     EXPECT_EQ(open(path).text(), "L’app «" + path + "» non esiste più.");
+}
+
+TEST_F(OpeningFailure, what_lies_where_the_user_may_not_search_or_read_is_not_called_gone) {
+    const std::string path = entry("Exec=/bin/true\n");
+    folder_.script("applications/Foo.app/Foo", "");
+    const std::string closed = folder_.write("closed.desktop", "", 0);
+    ::chmod(folder_.path().c_str(), 0755);
+    ::chmod(folder_.path("applications").c_str(), 0);
+    {
+        const OrdinaryUser user;
+        ASSERT_TRUE(user.succeeded());
+        for (const std::string& entry : {path, closed}) {
+            EXPECT_EQ(workspace().bundle(entry), std::nullopt);
+            EXPECT_EQ(open(entry).text(),
+                      "La voce di menu «" + entry + "» non si può leggere: il permesso è negato.");
+        }
+        const std::string bundle = folder_.path("applications/Foo.app");
+        EXPECT_EQ(workspace().bundle(bundle), std::nullopt);
+        EXPECT_EQ(open(bundle).text(),
+                  "L’app «" + bundle + "» non si può leggere: il permesso è negato.");
+    }
+    ::chmod(folder_.path("applications").c_str(), 0755);
+}
+
+TEST_F(OpeningFailure, an_entry_that_changed_since_its_facts_were_asked_is_read_again) {
+    const std::string path = entry("Exec=/bin/true\n");
+    ASSERT_TRUE(workspace().bundle(path));
+    entry("Exec=/bin/true\nHidden=true\n");
+    EXPECT_EQ(open(path).text(), "La voce di menu «" + path + "» è segnata come rimossa (Hidden).");
 }
 
 TEST_F(OpeningFailure, a_file_that_is_no_entry_is_told) {

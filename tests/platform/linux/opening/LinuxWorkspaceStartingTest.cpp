@@ -58,7 +58,6 @@ protected:
     // Windows are looked for on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();
-        settings.mainQueue = &queue_;
         settings.showsWindow = [this](const RunningApplication& application) {
             asked_ = application;
             return window_;
@@ -70,7 +69,6 @@ protected:
         workspace().openApplication(path, {.activates = activates}, opening.completion());
     }
 
-    ManualMainQueue queue_;
     bool window_ = false;
     std::optional<RunningApplication> asked_;
 
@@ -81,7 +79,7 @@ private:
 
 TEST_F(Starting, a_second_click_starts_nothing_and_is_answered_without_error) {
     const std::string path = program();
-    Openings first;
+    Openings first(queue_);
     begin(path, first);
     started();
     const Answer second = open(path);
@@ -94,7 +92,7 @@ TEST_F(Starting, a_second_click_starts_nothing_and_is_answered_without_error) {
 
 TEST_F(Starting, a_second_click_before_the_program_runs_starts_nothing) {
     const std::string path = program();
-    Openings clicks[5];
+    std::vector<Openings> clicks(5, Openings(queue_));
     for (const Openings& click : clicks) {
         begin(path, click);
     }
@@ -118,7 +116,7 @@ TEST_F(Starting, a_bundle_is_not_started_twice_either) {
 TEST_F(Starting, what_is_not_to_be_activated_is_started_each_time) {
     const std::string path = bundle("applet");
     for (int i = 0; i < 3; ++i) {
-        Openings opening;
+        Openings opening(queue_);
         begin(path, opening, false);
         EXPECT_TRUE(opening.wait().running);
         started();
@@ -127,7 +125,7 @@ TEST_F(Starting, what_is_not_to_be_activated_is_started_each_time) {
 }
 
 TEST_F(Starting, other_applications_start_meanwhile) {
-    Openings first;
+    Openings first(queue_);
     begin(program(), first);
     started();
     EXPECT_TRUE(open(bundle()).running);
@@ -138,13 +136,13 @@ TEST_F(Starting, other_applications_start_meanwhile) {
 TEST_F(Starting, an_application_that_has_ended_is_started_again) {
     const std::string path = program();
     for (const int status : {0, 0, 3}) {
-        Openings opening;
+        Openings opening(queue_);
         begin(path, opening);
         letEnd(started(), status);
         EXPECT_EQ(opening.now().calls, 1);
         EXPECT_EQ(opening.now().error.has_value(), status != 0);
     }
-    Openings last;
+    Openings last(queue_);
     begin(path, last);
     started();
 }
@@ -167,7 +165,7 @@ TEST_F(Starting, an_application_that_could_not_start_is_tried_again) {
 TEST_F(Starting, after_its_time_an_application_without_a_window_is_started_again) {
     startingTime_ = milliseconds(0);
     const std::string path = program();
-    Openings opening[2];
+    std::vector<Openings> opening(2, Openings(queue_));
     for (const Openings& click : opening) {
         begin(path, click);
         started();
@@ -187,7 +185,7 @@ TEST_F(Starting, the_end_of_its_patience_is_not_the_end_of_a_start) {
 TEST_F(Starting, the_first_window_answers_and_ends_the_start) {
     watchWindows();
     const std::string path = program();
-    Openings opening;
+    Openings opening(queue_);
     begin(path, opening);
     const pid_t process = started();
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
@@ -202,7 +200,7 @@ TEST_F(Starting, the_first_window_answers_and_ends_the_start) {
     EXPECT_EQ(answer.text(), "(no error)");
     EXPECT_EQ(answer.running, (RunningApplication{process, "app.desktop"}));
 
-    Openings again;
+    Openings again(queue_);
     begin(path, again);
     EXPECT_NE(started(), process);
 }
@@ -210,7 +208,7 @@ TEST_F(Starting, the_first_window_answers_and_ends_the_start) {
 TEST_F(Starting, an_end_after_the_first_window_is_silent) {
     watchWindows();
     window_ = true;
-    Openings opening;
+    Openings opening(queue_);
     begin(program(), opening);
     const pid_t process = started();
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
@@ -225,7 +223,7 @@ TEST_F(Starting, a_window_that_shows_after_the_answer_ends_the_start_alone) {
     patience_ = milliseconds(1);
     watchWindows();
     const std::string path = program();
-    Openings opening;
+    Openings opening(queue_);
     begin(path, opening);
     started();
     EXPECT_EQ(opening.wait().text(), "(no error)");
@@ -233,7 +231,7 @@ TEST_F(Starting, a_window_that_shows_after_the_answer_ends_the_start_alone) {
     queue_.advance(milliseconds(200));
     drain();
     EXPECT_EQ(opening.now().calls, 1);
-    Openings again;
+    Openings again(queue_);
     begin(path, again);
     started();
     EXPECT_EQ(processes::children().size(), 2U);
@@ -241,7 +239,7 @@ TEST_F(Starting, a_window_that_shows_after_the_answer_ends_the_start_alone) {
 
 TEST_F(Starting, windows_of_what_is_not_to_be_activated_are_not_looked_for) {
     watchWindows();
-    Openings opening;
+    Openings opening(queue_);
     begin(bundle("applet"), opening, false);
     EXPECT_TRUE(opening.wait().running);
     started();
@@ -251,7 +249,7 @@ TEST_F(Starting, windows_of_what_is_not_to_be_activated_are_not_looked_for) {
 
 TEST_F(Starting, a_window_found_after_the_workspace_has_ended_does_nothing) {
     watchWindows();
-    Openings opening;
+    Openings opening(queue_);
     begin(program(), opening);
     started();
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
@@ -272,7 +270,7 @@ TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_act
     open(folder_.path("Foo.app"));
     EXPECT_EQ(reported(), "tavo/for Foo.app");
     drain();
-    Openings opening;
+    Openings opening(queue_);
     begin(folder_.path("Foo.app"), opening, false);
     EXPECT_EQ(reported(), "/");
 }

@@ -19,7 +19,8 @@ protected:
         for (const std::string& name : installed) {
             folder.script("bin/" + name, "");
         }
-        const auto words = terminalCommand("/nonexistent:" + folder.path("bin"), wayland);
+        const auto words =
+            terminalCommand(ExecutableLookup("/nonexistent:" + folder.path("bin")), wayland);
         std::string text;
         for (const std::string& word : words.value_or(std::vector<std::string>{"(none)"})) {
             text += (text.empty() ? "" : " ") + word;

@@ -37,12 +37,15 @@ struct LinuxWorkspaceRig : OpeningTest {
     std::string broken() const { return entry("Exec=/no/such/program\n", "broken.desktop"); }
     std::string nowhere() const { return folder_.path("nowhere"); }
 
-    static void deliver(const std::function<bool()>& answered) {
-        EXPECT_TRUE(becomesTrue(answered));
+    void deliver(const std::function<bool()>& answered) {
+        EXPECT_TRUE(becomesTrue([&] {
+            queue_.run();
+            return answered();
+        }));
     }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Gio, WorkspaceContract, LinuxWorkspaceRig);
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, WorkspaceContract, LinuxWorkspaceRig);
 
 class LinuxWorkspace : public OpeningTest {};
 
@@ -82,6 +85,22 @@ TEST_F(LinuxWorkspace, what_is_neither_entry_nor_folder_has_no_facts) {
     EXPECT_EQ(workspace().bundle(folder_.path("missing.desktop")), std::nullopt);
     ASSERT_EQ(::mkfifo(folder_.path("pipe.desktop").c_str(), 0600), 0);
     EXPECT_EQ(workspace().bundle(folder_.path("pipe.desktop")), std::nullopt);
+}
+
+TEST_F(LinuxWorkspace, opening_uses_what_the_same_click_has_read_for_the_facts) {
+    const auto lines = [this](const std::string& word) {
+        return "Exec=" + folder_.script("program", "echo $1 >" + report_.path()) + ' ' + word +
+               '\n';
+    };
+    const std::string path = entry(lines("one"));
+    const auto time = std::filesystem::last_write_time(path);
+    ASSERT_TRUE(workspace().bundle(path));
+    entry(lines("two"));
+    std::filesystem::last_write_time(path, time);  // by which the second text goes unnoticed
+    open(path);
+    EXPECT_EQ(reported(), "one");
+    open(path);
+    EXPECT_EQ(reported(), "two");
 }
 
 TEST_F(LinuxWorkspace, a_started_program_gets_its_arguments) {
@@ -155,6 +174,18 @@ TEST_F(LinuxWorkspace, a_started_program_gets_the_environment_of_our_start_alone
                     "$XDG_ACTIVATION_TOKEN/$DESKTOP_AUTOSTART_ID\" >" +
                     report_.path()));
     EXPECT_EQ(reported(), "kept value/then////");
+}
+
+TEST_F(LinuxWorkspace, variables_whose_names_no_shell_accepts_reach_the_program) {
+    added_ = {"BASH_FUNC_tavo%%=() { echo \"a=b\"\n}", "with.dot=1"};
+    const std::string copy = folder_.path("environment");
+    EXPECT_EQ(open(entry("Exec=cp /proc/self/environ " + copy + "\n")).text(), "(no error)");
+    std::ifstream file(copy, std::ios::binary);
+    const std::string environment(std::istreambuf_iterator<char>(file), {});
+    for (const std::string& variable : added_) {
+        EXPECT_NE(environment.find(variable + '\0'), std::string::npos) << variable;
+    }
+    EXPECT_NE(environment.find("GIO_LAUNCHED_DESKTOP_FILE_PID="), std::string::npos);
 }
 
 TEST_F(LinuxWorkspace, on_x11_every_start_gets_an_identifier_of_its_own) {
@@ -260,7 +291,7 @@ TEST_F(LinuxWorkspace, a_program_that_runs_on_is_answered_with_its_process) {
 
 TEST_F(LinuxWorkspace, a_later_end_is_reaped_and_says_nothing_more) {
     patience_ = milliseconds(50);
-    Openings opening;
+    Openings opening(queue_);
     ASSERT_EQ(::mkfifo(folder_.path("end").c_str(), 0600), 0);
     workspace().openApplication(scriptEntry("read line <" + folder_.path("end") + "; exit 9"), {},
                                 opening.completion());
@@ -305,7 +336,7 @@ TEST_F(LinuxWorkspace, works_where_ended_children_are_ignored) {
 }
 
 TEST_F(LinuxWorkspace, openings_that_wait_when_it_ends_are_dropped) {
-    Openings opening;
+    Openings opening(queue_);
     workspace().openApplication(scriptEntry("echo $$ >" + report_.path() + "; exec sleep 1000"), {},
                                 opening.completion());
     const pid_t process = static_cast<pid_t>(std::stol(reported()));

@@ -1,4 +1,5 @@
 #include "platform/linux/opening/ProgramCheck.h"
+#include "tests/platform/linux/fixtures/OrdinaryUser.h"
 #include "tests/platform/linux/fixtures/ProcessFixture.h"
 
 namespace tavo {
@@ -10,13 +11,14 @@ class ProgramCheck : public testing::Test {
 protected:
     // The text of the failure, or the path that was found.
     std::string found(const std::string& program, const std::string& workingDirectory = {}) {
-        const auto result = findProgram(program, searchPath_, workingDirectory);
+        const auto result = findProgram(ExecutableLookup(searchPath_), program, workingDirectory);
         return result ? result.value() : result.error().message;
     }
 
     std::string scriptFailure(const std::string& head) {
-        const auto failure = whyScriptCannotRun(folder_.write("script", head, 0755), searchPath_);
-        return failure ? failure->message : "(runs)";
+        const auto result =
+            checkProgram(ExecutableLookup(searchPath_), folder_.write("script", head, 0755));
+        return result ? "(runs)" : result.error().message;
     }
 
     Folder folder_;
@@ -58,6 +60,19 @@ TEST_F(ProgramCheck, a_relative_path_counts_from_the_working_directory) {
     folder_.script("work/bin/tool", "");
     EXPECT_EQ(found("bin/tool", folder_.path("work")), folder_.path("work") + "/bin/tool");
     EXPECT_EQ(found("bin/tool"), "Il programma «bin/tool» non esiste.");
+}
+
+TEST_F(ProgramCheck, a_program_in_a_folder_that_may_not_be_searched_is_not_called_missing) {
+    const std::string program = folder_.script("closed/tool", "");
+    ::chmod(folder_.path().c_str(), 0755);
+    ::chmod(folder_.path("closed").c_str(), 0);
+    const OrdinaryUser user;
+    ASSERT_TRUE(user.succeeded());
+    EXPECT_EQ(found(program),
+              "Il programma «" + program + "» non si può avviare: il permesso è negato.");
+    searchPath_ = folder_.path("closed");
+    EXPECT_EQ(found("tool"),
+              "Il programma «tool» non è stato trovato (cercato in: " + searchPath_ + ").");
 }
 
 TEST_F(ProgramCheck, a_script_whose_interpreter_is_there_runs) {

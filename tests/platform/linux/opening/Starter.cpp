@@ -2,16 +2,23 @@
 //
 // For each line of standard input, the path of an application, one line of standard output: the
 // started process, 0 when nothing runs, or -1 after an error. For an empty line, how many
-// descriptors are open and how many of its children are zombies.
+// descriptors are open and how many of its children are zombies. For "open" and a web address,
+// whether a program was started for it (0 or 1).
+#include <chrono>
+#include <condition_variable>
+#include <deque>
 #include <filesystem>
 #include <fstream>
-#include <future>
+#include <functional>
 #include <iostream>
+#include <mutex>
+#include <optional>
 #include <string>
 
 #include <unistd.h>
 
 #include "platform/linux/opening/LinuxWorkspace.h"
+#include "platform/linux/opening/UrlOpener.h"
 
 namespace {
 
@@ -34,10 +41,41 @@ int zombies() {
     return count;
 }
 
+// The main thread's work, which it does while it waits for an answer.
+class WaitingQueue final : public tavo::MainQueue {
+public:
+    void async(std::function<void()> block) override {
+        const std::lock_guard lock(mutex_);
+        blocks_.push_back(std::move(block));
+        changed_.notify_one();
+    }
+
+    // Of what comes later, nothing is waited for here.
+    void asyncAfter(std::chrono::milliseconds /*delay*/, std::function<void()> /*block*/) override {
+    }
+
+    void runNext() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return !blocks_.empty(); });
+        const std::function<void()> block = std::move(blocks_.front());
+        blocks_.pop_front();
+        lock.unlock();
+        block();
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<std::function<void()>> blocks_;
+};
+
 }  // namespace
 
 int main() {
-    tavo::OpeningSettings settings{.environment = tavo::StartEnvironment::capture(),
+    WaitingQueue queue;
+    const tavo::StartEnvironment environment = tavo::StartEnvironment::capture();
+    tavo::OpeningSettings settings{.mainQueue = queue,
+                                   .environment = environment,
                                    .applicationFolders = {},
                                    .userTime = {},
                                    .patience = std::chrono::milliseconds(1),
@@ -48,13 +86,20 @@ int main() {
             std::cout << openDescriptors() << ' ' << zombies() << std::endl;
             continue;
         }
-        std::promise<int> answer;
+        if (path.starts_with("open ")) {
+            std::cout << tavo::openLink(path.substr(5), environment.forChildren()) << std::endl;
+            continue;
+        }
+        std::optional<int> answer;
         workspace->openApplication(
             path, {},
             [&answer](const std::optional<tavo::RunningApplication>& running,
                       const std::optional<tavo::Error>& error) {
-                answer.set_value(error ? -1 : running ? running->processIdentifier : 0);
+                answer = error ? -1 : running ? running->processIdentifier : 0;
             });
-        std::cout << answer.get_future().get() << std::endl;
+        while (!answer) {
+            queue.runNext();
+        }
+        std::cout << *answer << std::endl;
     }
 }

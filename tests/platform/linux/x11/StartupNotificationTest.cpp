@@ -161,21 +161,19 @@ TEST_F(StartupNotification, an_entry_that_does_not_want_it_is_not_announced) {
 }
 
 TEST_F(StartupNotification, the_first_window_ends_the_announcement) {
-    ManualMainQueue queue;
     std::atomic<bool> window = false;
     OpeningSettings settings = this->settings();
-    settings.mainQueue = &queue;
     settings.showsWindow = [&](const RunningApplication&) { return window.load(); };
     workspace_ = makeLinuxWorkspace(std::move(settings));
-    Openings opening;
+    Openings opening(queue_);
     workspace().openApplication(lastingEntry(), {}, opening.completion());
     const std::string id = reported();
     EXPECT_EQ(idOf(listener_->message()), id);
-    EXPECT_TRUE(becomesTrue([&] { return queue.waiting() > 0; }));
-    queue.run();
+    EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
+    queue_.run();
     EXPECT_EQ(opening.now().calls, 0);
     window = true;
-    queue.advance(milliseconds(100));
+    queue_.advance(milliseconds(100));
     EXPECT_EQ(listener_->message(), "remove: ID=\"" + id + "\"");
     const Answer answer = opening.wait();
     ASSERT_TRUE(answer.running);
