@@ -2,7 +2,6 @@
 
 #include "catalogue/LauncherModel.h"
 #include "launching/PathName.h"
-#include "platform/MainQueue.h"
 #include "platform/RunningApplications.h"
 #include "platform/Workspace.h"
 
@@ -34,26 +33,19 @@ void LauncherModel::open(const AppItem& app) {
 
     platform_.workspace.openApplication(
         app.url.path, OpenConfiguration{.activates = !applet},
-        // Any thread, and perhaps after the model is gone: the adapters outlive it.
-        [model = std::weak_ptr(alive_), app, applet, &running = platform_.running,
-         &mainQueue = platform_.mainQueue](const std::optional<RunningApplication>& started,
-                                           const std::optional<Error>& error) {
-            if (applet) {
-                // Also after an error: the script may have been started by somebody else.
-                mainQueue.async([model, app] {
-                    if (const auto alive = model.lock()) {
-                        (*alive)->focusPythonSidecar(app, kRecoveryAttempts);
-                    }
-                });
-            } else if (started) {
+        // Perhaps after the model is gone: the adapters outlive it.
+        [model = std::weak_ptr(alive_), app, applet, &running = platform_.running](
+            const std::optional<RunningApplication>& started, const std::optional<Error>& error) {
+            if (!applet && started) {
                 running.activateAllWindows(*started);
             }
-            if (error) {
-                mainQueue.async([model, message = error->message] {
-                    if (const auto alive = model.lock()) {
-                        (*alive)->reportLaunchError(message);
-                    }
-                });
+            const auto alive = model.lock();
+            if (alive && applet) {
+                // Also after an error: the script may have been started by other means.
+                (*alive)->focusPythonSidecar(app, kRecoveryAttempts);
+            }
+            if (alive && error) {
+                (*alive)->reportLaunchError(error->message);
             }
         });
 }

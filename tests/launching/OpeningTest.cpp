@@ -58,7 +58,6 @@ TEST(Opening, is_recorded_before_anything_else_happens) {
     EXPECT_EQ(writesBefore, (std::vector<std::size_t>{1, 1}));
     ASSERT_EQ(harness.workspace.openings.size(), 1U);
     harness.workspace.complete(0, std::nullopt, Error{"no"});
-    harness.mainQueue.run();
     EXPECT_EQ(recentPaths(harness), ModelHarness::pathsOf({"A"}));
 }
 
@@ -155,25 +154,22 @@ TEST(Opening, what_is_no_bundle_is_opened_with_activation_all_the_same) {
     EXPECT_TRUE(harness.running.identifiersAsked.empty());
 }
 
-TEST(Opening, a_started_application_is_activated_where_the_answer_arrives) {
+TEST(Opening, a_started_application_is_activated) {
     ModelHarness harness;
     harness.install({"A"});
     harness.model().open(harness.app("A"));
     const RunningApplication started{.processIdentifier = 9, .identifier = ""};
     harness.workspace.complete(0, started, std::nullopt);
     EXPECT_EQ(harness.running.activated(), std::vector{started});
-    harness.mainQueue.run();
     EXPECT_EQ(harness.model().launchError(), std::nullopt);
 }
 
-TEST(Opening, an_error_becomes_the_launch_error_on_the_main_queue) {
+TEST(Opening, an_error_becomes_the_launch_error) {
     ModelHarness harness;
     harness.install({"A"});
     harness.model().open(harness.app("A"));
-    harness.workspace.complete(0, std::nullopt, Error{"Non c’è."});
-    EXPECT_EQ(harness.model().launchError(), std::nullopt);
     harness.announcements = 0;
-    harness.mainQueue.run();
+    harness.workspace.complete(0, std::nullopt, Error{"Non c’è."});
     EXPECT_EQ(harness.model().launchError(), "Non c’è.");
     EXPECT_EQ(harness.announcements, 1);
     harness.model().clearLaunchError();
@@ -187,7 +183,6 @@ TEST(Opening, an_application_that_came_with_an_error_is_activated_and_the_error_
     const RunningApplication started{.processIdentifier = 9, .identifier = ""};
     harness.workspace.complete(0, started, Error{"half"});
     EXPECT_EQ(harness.running.activated(), std::vector{started});
-    harness.mainQueue.run();
     EXPECT_EQ(harness.model().launchError(), "half");
     EXPECT_EQ(recentPaths(harness), ModelHarness::pathsOf({"A"}));
 }
@@ -199,7 +194,6 @@ TEST(Opening, a_newer_error_replaces_the_older) {
     harness.model().open(harness.app("B"));
     harness.workspace.complete(0, std::nullopt, Error{"first"});
     harness.workspace.complete(1, std::nullopt, Error{"second"});
-    harness.mainQueue.run();
     EXPECT_EQ(harness.model().launchError(), "second");
 }
 
@@ -207,14 +201,9 @@ TEST(Opening, an_answer_after_the_model_is_gone_does_nothing) {
     ModelHarness harness;
     harness.install({"A"});
     harness.model().open(harness.app("A"));
-    harness.model().open(harness.app("A"));
-    harness.workspace.complete(0, std::nullopt, Error{"late"});
-    EXPECT_EQ(harness.mainQueue.waiting(), 1U);
     harness.announcements = 0;
     harness.dropModel();
-    harness.workspace.complete(1, std::nullopt, Error{"later"});
-    harness.mainQueue.run();
-    EXPECT_EQ(harness.mainQueue.waiting(), 0U);
+    harness.workspace.complete(0, std::nullopt, Error{"late"});
     EXPECT_EQ(harness.announcements, 0);
 }
 
