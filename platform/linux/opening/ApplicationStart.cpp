@@ -19,7 +19,7 @@ namespace {
 constexpr std::chrono::milliseconds kBusPatience{250};
 constexpr std::chrono::milliseconds kActivationBusPatience{2000};
 
-// A started program in its first seconds.
+// A started program that is watched for an early end.
 struct Watch {
     std::shared_ptr<OpenAnswer> answer;
     std::string program;
@@ -103,8 +103,8 @@ void startBundle(GLibThread& thread, const ApplicationStart& start, const std::s
                      [answer = start.answer](std::optional<int>) { answer->over(); });
 }
 
-// Variables whose names a shell does not pass on, because they are none for it: the functions that
-// bash exports ("BASH_FUNC_module%%"), for instance.
+// The variables that a shell would not pass on, because it does not accept their names: functions
+// that bash exports ("BASH_FUNC_module%%"), for instance. env(1) sets them again.
 std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>& environment) {
     constexpr std::string_view kLetters =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
@@ -118,12 +118,12 @@ std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>&
     return dropped;
 }
 
-// Runs the command of an entry, `words`. By GIO_LAUNCHED_DESKTOP_FILE and its PID the program, and
-// whoever looks at its windows, know the entry; the PID is known to the child alone, so a shell
-// sets it.
+// Runs the command of an entry, `words`. GIO_LAUNCHED_DESKTOP_FILE_PID says that the entry named in
+// GIO_LAUNCHED_DESKTOP_FILE was started as this very process, and not as an ancestor. Only the
+// child knows its PID before it runs, so a shell sets it.
 void startCommand(GLibThread& thread, const ApplicationStart& start, const std::string& name,
                   const std::vector<std::string>& words) {
-    const ApplicationFile& file = start.file;
+    const std::string& folder = start.file.entry.path;
     ProgramStart program;
     program.executable = "/bin/sh";
     program.arguments = {"-c", "export GIO_LAUNCHED_DESKTOP_FILE_PID=$$; exec \"$@\"", "sh"};
@@ -134,8 +134,7 @@ void startCommand(GLibThread& thread, const ApplicationStart& start, const std::
     }
     program.arguments.insert(program.arguments.end(), words.begin(), words.end());
     program.environment = start.environment;
-    program.environment.push_back("GIO_LAUNCHED_DESKTOP_FILE=" + file.path);
-    program.workingDirectory = file.entry.path.empty() ? start.home : file.entry.path;
+    program.workingDirectory = folder.empty() ? start.home : folder;
     pid_t process = 0;
     if (const int failure = startProgram(program, process); failure != 0) {
         start.answer->fail(messages::startRefused(name, failure));
@@ -160,12 +159,12 @@ void startEntry(GLibThread& thread, const ApplicationStart& start, const Executa
     startCommand(thread, start, program.program, words);
 }
 
-// The service has been activated: the start goes on until its window is there.
+// Keeps the start of an activated service under way until its window shows.
 void awaitServiceWindow(GLibThread& thread, const ApplicationStart& start,
                         const RunningApplication& service) {
     start.answer->start()->answered();
-    // Where no window can be seen, none can be brought forward either but by activating it again:
-    // that must not wait for a window that never shows.
+    // Where windows cannot be listed, a click can bring the service's window forward only by
+    // activating it again, so the start ends here.
     if (!start.conditions->seesWindows || !start.conditions->seesWindows()) {
         start.answer->over();
         return;

@@ -24,7 +24,8 @@ std::string objectPath(const std::string& name) {
     return path;
 }
 
-// Older toolkits look for a Wayland token where X11 has the startup id.
+// Older toolkits look for a Wayland token where X11 has the startup id, so it is sent
+// there, too.
 GVariant* platformData(const BusActivation& activation) {
     GVariantBuilder data;
     g_variant_builder_init(&data, G_VARIANT_TYPE_VARDICT);
@@ -61,7 +62,7 @@ bool isOver(const GError* error) {
     return g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
 }
 
-// The bus's own answer to who the service is.
+// Receives the PID of the service from the bus.
 void identified(GObject* bus, GAsyncResult* result, gpointer data) {
     const OwnedCall call(static_cast<Call*>(data));
     call->thread.endCall();

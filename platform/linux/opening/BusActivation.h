@@ -1,5 +1,5 @@
 // Activating an application over the session bus (Desktop Entry Specification 1.5, "D-Bus
-// Activation"): its service is started when it does not run, and shows itself when it does.
+// Activation"): the bus starts its service unless that runs, and the service shows its window.
 #pragma once
 
 #include <chrono>
@@ -13,19 +13,20 @@
 namespace tavo {
 
 struct BusActivation {
-    std::string name;                       // the service's, from which its object's path follows
-    std::string startupId;                  // X11; empty where there is none
-    std::string activationToken;            // Wayland; likewise
+    std::string name;                       // bus name of the service; gives its object path
+    std::string startupId;                  // of X11; may be empty
+    std::string activationToken;            // of Wayland; may be empty
     std::chrono::milliseconds patience{0};  // for the service's answer
 };
 
 struct ActivatedService {
-    bool runs = false;         // has the name
-    std::int32_t process = 0;  // the one that has it; 0 when the bus does not say
+    bool runs = false;         // a process owns the bus name
+    std::int32_t process = 0;  // PID of the owner; 0 when the bus does not say
 };
 
 // On `thread`, connected to the session bus; returns at once. `done` is called once, later, on
-// this thread: with who has answered, or why nobody has; not when the thread ends first.
+// this thread, with the service that has answered or the reason why none has; never when the
+// thread ends first.
 void activateOverBus(GLibThread& thread, const BusActivation& activation,
                      std::function<void(Result<ActivatedService>)> done);
 

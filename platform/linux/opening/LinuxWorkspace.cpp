@@ -163,6 +163,9 @@ private:
                 awaitWindow(running, answer);
             };
         }
+        if (!file.bundle) {
+            start->environment.push_back("GIO_LAUNCHED_DESKTOP_FILE=" + file.path);
+        }
         if (!start->startupId.empty()) {
             start->environment.push_back("DESKTOP_STARTUP_ID=" + start->startupId);
         }

@@ -1,7 +1,7 @@
-// Which applications are on their way up.
+// Applications that have been started and show no window yet.
 //
-// An application that takes seconds to show itself gets clicked again; starting it once more would
-// make two of it. This remembers what was started, for as long as it counts as starting.
+// Users click again on an application that takes seconds to show itself, and a second start would
+// make two of it. So each start is remembered for as long as the application counts as starting.
 #pragma once
 
 #include <atomic>
@@ -19,14 +19,14 @@ public:
 
     explicit PendingLaunch(Clock::time_point end) : end_(end) {}
 
-    // Its window is there, or it has ended or failed.
+    // Call when the application shows a window, has ended, or could not start.
     void over() { over_ = true; }
 
-    // From now on its time has no end of its own: somebody is sure to call answered() or
-    // over().
+    // Suspends the time limit until answered() or over() is called, while an activation over the
+    // bus is in flight.
     void awaitAnswer() { awaited_ = true; }
 
-    // It is there: what is left of its time counts again.
+    // Resumes the time limit, which has gone on meanwhile.
     void answered() { awaited_ = false; }
 
     [[nodiscard]] bool lasts() const { return !over_ && (awaited_ || Clock::now() < end_); }
@@ -40,13 +40,13 @@ private:
 // One thread.
 class PendingLaunches {
 public:
-    // `time`: how long a start lasts when nothing is heard of it.
+    // `time`: how long a start lasts unless over() is called before.
     explicit PendingLaunches(std::chrono::milliseconds time) : time_(time) {}
 
-    // A new start of the application at `path`; none while an earlier one lasts.
+    // A new start of the application at `path`; null while an earlier one lasts.
     [[nodiscard]] std::shared_ptr<PendingLaunch> begin(const std::string& path);
 
-    // A start that keeps no other from beginning.
+    // A start that does not prevent others of the same application.
     [[nodiscard]] std::shared_ptr<PendingLaunch> beginUnnoticed() const;
 
 private:

@@ -31,21 +31,20 @@ std::string escaped(std::string_view text) {
 GVariant* scopeParameters(const std::string& identifier, pid_t process) {
     GVariantBuilder properties;
     g_variant_builder_init(&properties, G_VARIANT_TYPE("a(sv)"));
-    const auto number = static_cast<guint32>(process);
-    g_variant_builder_add(
-        &properties, "(sv)", "PIDs",
-        g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, &number, 1, sizeof number));
+    const auto pid = static_cast<guint32>(process);
+    g_variant_builder_add(&properties, "(sv)", "PIDs",
+                          g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, &pid, 1, sizeof pid));
     g_variant_builder_add(&properties, "(sv)", "Slice", g_variant_new_string("app.slice"));
-    // Gone with its last process, also when that failed.
+    // The scope goes with its last process, also when that failed.
     g_variant_builder_add(&properties, "(sv)", "CollectMode",
                           g_variant_new_string("inactive-or-failed"));
     return g_variant_new("(ssa(sv)a(sa(sv)))", scopeName(identifier, process).c_str(), "fail",
                          &properties, nullptr);
 }
 
-void sayOnce(const char* reason) {
-    static std::atomic_flag said;
-    if (!said.test_and_set()) {
+void reportOnce(const char* reason) {
+    static std::atomic_flag reported;
+    if (!reported.test_and_set()) {
         std::fprintf(stderr,
                      "tavolauncher: systemd gave a started program no scope of its own (%s)\n",
                      reason);
@@ -65,7 +64,7 @@ void answered(GObject* bus, GAsyncResult* result, gpointer data) {
         g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE ||
         g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
     if (!absent) {
-        sayOnce(error->message);
+        reportOnce(error->message);
     }
     g_error_free(error);
 }

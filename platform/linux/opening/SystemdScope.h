@@ -1,8 +1,8 @@
-// A place of its own for each started program under the user's systemd.
+// A systemd scope for each started program, made by the user's service manager.
 //
-// Without one, everything that the launcher starts counts as a part of it: its memory is the
-// launcher's, and what ends the launcher's unit ends it too. The names follow systemd's conventions
-// for desktop environments (app-LAUNCHER-APPLICATION-NUMBER.scope in app.slice).
+// Without a scope a program stays in the launcher's cgroup: its memory counts as the launcher's,
+// and stopping the launcher's unit stops the program. Names follow systemd's conventions for
+// desktop environments (app-LAUNCHER-APPLICATION-PID.scope in app.slice).
 #pragma once
 
 #include <string>
@@ -13,13 +13,14 @@
 
 namespace tavo {
 
-// The name of the scope; characters that a unit's name cannot hold are escaped as systemd does.
+// The name of the scope. Characters that a unit name cannot hold are escaped like systemd-escape(1)
+// does.
 std::string scopeName(const std::string& identifier, pid_t process);
 
-// On `thread`, connected to the session bus; returns at once. Asks systemd to take the child
-// `process`, running already, into a scope of its own. Where no systemd is there, or it does not
-// want to, the program goes on where it is; a refusal is said once on standard error. Not asked to
-// start: a systemd that does not run manages nothing.
+// On `thread`, connected to the session bus; returns at once. Asks systemd to move the running
+// child `process` into a scope of its own. Without systemd, or when it refuses, the program stays
+// where it is; the first refusal is reported on standard error. The call does not make the bus
+// start systemd: one that does not run manages no session.
 void moveToScope(GLibThread& thread, const std::string& identifier, pid_t process);
 
 }  // namespace tavo

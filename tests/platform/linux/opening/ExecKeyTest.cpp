@@ -39,7 +39,7 @@ protected:
         return entry ? commandWords(*entry, path, address) : Words{"(no entry)"};
     }
 
-    // None when GIO starts nothing.
+    // The words with which GIO starts the program; none when it does not start it.
     Words gios(const std::string& path) {
         GDesktopAppInfo* const info = g_desktop_app_info_new_from_filename(path.c_str());
         if (info == nullptr) {
@@ -52,7 +52,7 @@ protected:
         return started != FALSE ? reportedWords() : Words();
     }
 
-    // What the program of one start reports: the program itself, its arguments, and an end.
+    // The program and its arguments, as the next started program reports them.
     Words reportedWords() {
         Words words = {program_};
         std::string word;
@@ -149,7 +149,7 @@ TEST_F(ExecKey, gives_the_words_that_gio_gives_for_generated_commands) {
     }
 }
 
-// Where GIO would show its own quotation marks.
+// GIO would add quotation marks of its own here, so it is no oracle.
 TEST_F(ExecKey, gives_texts_in_quotes_as_they_are_and_whole) {
     const processes::Variable variable("LANGUAGE", "it");
     const std::string name = "L'app \"è\" `$x`";

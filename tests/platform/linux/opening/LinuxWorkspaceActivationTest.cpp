@@ -21,7 +21,7 @@ protected:
     static constexpr const char* kName = "org.example.Activatable";
 
     BusOpening() {
-        // A misuse of GLib ends the test instead of scrolling by.
+        // A critical message of GLib ends the test.
         before_ = g_log_set_always_fatal(
             static_cast<GLogLevelFlags>(G_LOG_FATAL_MASK | G_LOG_LEVEL_CRITICAL));
     }
@@ -32,14 +32,14 @@ protected:
 
     void startBus() { bus_.emplace(folder_); }
 
-    // A bus with the service, which does this when it is activated.
+    // Starts a bus with the service; `behaviour` is what the service does when it is activated.
     void startBusWithService(const std::string& behaviour) {
         startBus();
         bus_->addService(kName, std::string(TAVO_TEST_PROGRAMS) + "/tavo_activatable_service " +
                                     kName + " " + report_.path() + " " + behaviour);
     }
 
-    // An entry for the service whose command, should it be run, says so.
+    // An entry for the service. Its command reports if it is run.
     std::string activatableEntry(const std::string& lines = {}) const {
         return entry("DBusActivatable=true\nExec=" +
                          folder_.script("program", "echo command >" + report_.path()) + "\n" +
@@ -52,7 +52,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    // Windows are looked for on `queue_`, whose time the test moves.
+    // Has the workspace look for windows on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();
         settings.showsWindow = [this](const RunningApplication& application) {
@@ -74,7 +74,7 @@ protected:
         return answer.running.has_value();
     }
 
-    // The service has been activated, and its window is to come.
+    // Activates the service, which shows no window yet.
     void activateAndWatchWindows() {
         startBusWithService("answer");
         watchWindows();
@@ -96,7 +96,7 @@ TEST_F(BusOpening, an_activatable_entry_is_activated_instead_of_run) {
     EXPECT_EQ(answer.text(), "(no error)");
     ASSERT_TRUE(answer.running);
     EXPECT_EQ(answer.running->identifier, std::string(kName) + ".desktop");
-    // The service's own.
+    // The process is the service's.
     EXPECT_NE(commandLineOf(answer.running->processIdentifier).find(kName), std::string::npos);
     EXPECT_EQ(reported(), "Activate id= token=");
 }
@@ -222,7 +222,7 @@ TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
     EXPECT_EQ(second.text(), "(no error)");
     EXPECT_EQ(second.running, std::nullopt);
     EXPECT_EQ(first.now().calls, 0);
-    // Whatever comes next is from another entry.
+    // The next report is from another entry, so the service was not activated twice.
     EXPECT_EQ(open(scriptEntry("echo other >" + report_.path())).text(), "(no error)");
     EXPECT_EQ(reported(), "other");
 }
@@ -296,7 +296,7 @@ TEST_F(BusOpening, losing_the_bus_ends_nothing_and_commands_are_run_from_then_on
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     EXPECT_EQ(reported(), "Activate id= token=");
     bus_->end();
-    // The loss is noticed in the course of some opening.
+    // GLib learns of the loss while one of these openings runs.
     EXPECT_TRUE(
         processes::becomesTrue([&] { return open(activatableEntry()).text() == "(no error)"; }));
     EXPECT_EQ(reported(), "command");

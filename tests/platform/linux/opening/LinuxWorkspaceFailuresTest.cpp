@@ -147,7 +147,7 @@ TEST_F(OpeningFailure, a_missing_terminal_is_told) {
 }
 
 TEST_F(OpeningFailure, a_program_that_the_system_cannot_run_is_told_by_its_early_end) {
-    // A program for a loader that is not there: execve finds no file, though this one exists.
+    // An ELF file whose loader is missing: execve(2) then says that there is no such file.
     std::string program;
     std::ifstream source(TAVO_TEST_PROGRAMS "/tavo_gio_lister", std::ios::binary);
     program.assign(std::istreambuf_iterator<char>(source), {});

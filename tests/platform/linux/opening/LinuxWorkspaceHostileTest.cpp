@@ -23,7 +23,7 @@ protected:
         folder_.write("Foo.app/Contents/Info.plist", content);
     }
 
-    // Whatever its description is, the bundle's own program is found and runs.
+    // The program is found by the bundle's name and runs, whatever Info.plist holds.
     void expectPlainBundle() {
         const auto facts = workspace().bundle(path());
         ASSERT_TRUE(facts);
@@ -65,7 +65,7 @@ TEST_F(HostileBundle, a_description_nested_a_hundred_thousand_deep_says_nothing)
             nested += tag;
         }
     }
-    // Short enough to be read: it is the depth that is refused.
+    // Within the size limit, so that only the depth is a reason to refuse it.
     describe(nested.substr(0, 900000));
     expectPlainBundle();
 }
@@ -138,7 +138,7 @@ protected:
     std::vector<pid_t> running_;
 };
 
-// Whether a process of this number runs the program that these tests start.
+// Whether the process with this PID runs the program that these tests start.
 bool runs(pid_t process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
     std::string command;
@@ -167,7 +167,7 @@ TEST_F(ManyStarts, two_hundred_leave_no_zombie_and_no_descriptor_and_survive_a_k
         }
     }
     EXPECT_TRUE(becomesTrue([&] { return countsOf(launcher).second == 0; }));
-    // One for each program that is still watched.
+    // One pidfd for each program that still runs.
     EXPECT_TRUE(becomesTrue(
         [&] { return countsOf(launcher).first <= before + static_cast<int>(running_.size()); }));
 
@@ -210,7 +210,7 @@ TEST_F(ManyStarts, two_hundred_that_end_leave_the_launcher_as_it_was) {
         open(path);
     }
     endLasting();
-    // What a start needed for itself goes a little later than its answer comes.
+    // The descriptors of a start are closed a little after its answer.
     int before = 0;
     EXPECT_TRUE(becomesTrue([&] {
         const int last = std::exchange(before, countsOf(launcher).first);

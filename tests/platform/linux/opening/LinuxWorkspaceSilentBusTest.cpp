@@ -69,7 +69,7 @@ TEST_F(SilentBus, fails_an_activation_with_a_clear_text_each_time) {
     }
 }
 
-// A real bus, which is stopped for a while.
+// A real bus, stopped by SIGSTOP for a while.
 class StoppedBus : public OpeningTest {
 protected:
     StoppedBus() : bus_(folder_), manager_(folder_) {
@@ -121,7 +121,8 @@ TEST_F(StoppedBus, of_what_has_ended_meanwhile_no_scope_is_asked_for) {
     ::kill(answer.running->processIdentifier, SIGKILL);
 }
 
-// A bus that did not answer when the program began, which has therefore kept its libraries from it.
+// A bus that did not answer when the launcher began, which has hidden its address from GLib and
+// libdbus for that reason.
 class LateBus : public OpeningTest {
 protected:
     static constexpr const char* kName = "org.example.Activatable";
@@ -139,7 +140,7 @@ protected:
 
     void goOn() const { ::kill(bus_.process(), SIGCONT); }
 
-    // An entry for the service whose command, should it be run, says so.
+    // An entry for the service. Its command reports if it is run.
     std::string activatableEntry() const {
         return entry("DBusActivatable=true\nExec=" +
                          folder_.script("command", "echo command >" + report_.path()) + "\n",
@@ -180,7 +181,7 @@ TEST_F(LateBus, that_was_lost_is_used_again_when_it_returns) {
     EXPECT_EQ(open(path).text(), "(no error)");
     EXPECT_EQ(reported(), "Activate id= token=");
     bus_.end();
-    // The loss is noticed in the course of some opening.
+    // GLib learns of the loss while one of these openings runs.
     EXPECT_TRUE(processes::becomesTrue([&] { return open(path).text() == "(no error)"; }));
     EXPECT_EQ(reported(), "command");
     std::filesystem::remove(folder_.path("bus"));

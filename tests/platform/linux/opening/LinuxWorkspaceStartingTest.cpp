@@ -11,7 +11,7 @@ using processes::Openings;
 using processes::OpeningTest;
 using std::chrono::milliseconds;
 
-// Programs in these tests say that they run, and go on until the test lets them end.
+// Programs in these tests report that they run, and go on until the test lets them end.
 class Starting : public OpeningTest {
 protected:
     Starting() {
@@ -38,14 +38,14 @@ protected:
         return folder_.path("Foo.app");
     }
 
-    // The process that now runs.
+    // Waits for a program's report and answers its PID.
     pid_t started() {
         const auto process = static_cast<pid_t>(std::stol(reported()));
         running_.insert(process);
         return process;
     }
 
-    // Lets one program end; the workspace knows of it when this returns.
+    // Lets the program end with this status. The workspace has learnt of it when this returns.
     void letEnd(pid_t process, int status) {
         const std::string line = std::to_string(status) + "\n";
         EXPECT_EQ(::write(hold_.get(), line.data(), line.size()),
@@ -55,7 +55,7 @@ protected:
         drain();
     }
 
-    // Windows are looked for on `queue_`, whose time the test moves.
+    // Has the workspace look for windows on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();
         settings.showsWindow = [this](const RunningApplication& application) {

@@ -12,7 +12,7 @@ using processes::OpeningTest;
 
 class TerminalCommand : public testing::Test {
 protected:
-    // What is chosen when just these terminals are installed, its folder left out.
+    // The words that are chosen when only these terminals are installed, without their folder.
     [[nodiscard]] std::string chosen(const std::vector<std::string>& installed,
                                      bool wayland = false) const {
         const Folder folder;
@@ -151,7 +151,7 @@ TEST_F(TerminalOpening, an_early_failure_is_reported_with_the_programs_name) {
                   "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 4.");
 }
 
-// On an X server.
+// On an X11 server of its own.
 TEST_F(TerminalOpening, real_terminals_run_the_program_on_a_terminal_of_its_own) {
     const XServer server;
     added_ = {"DISPLAY=" + server.display()};

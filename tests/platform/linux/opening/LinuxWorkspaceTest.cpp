@@ -134,12 +134,12 @@ TEST_F(LinuxWorkspace, a_started_program_has_a_session_of_its_own) {
 TEST_F(LinuxWorkspace, a_started_program_inherits_no_descriptor_and_reads_nothing) {
     const int leaked = ::open("/dev/null", O_RDONLY);  // without close-on-exec
     ASSERT_GE(leaked, 3);
-    open(
-        scriptEntry("input=$(readlink /proc/$$/fd/0); open=; for n in $(seq 3 60); do "
-                    // What the shell itself opened for the script is marked close-on-exec.
-                    "[ \"$(readlink /proc/$$/fd/$n)\" = /dev/null ] && open=\"$open $n\"; done; "
-                    "echo $input$open >" +
-                    report_.path()));
+    open(scriptEntry(
+        "input=$(readlink /proc/$$/fd/0); open=; for n in $(seq 3 60); do "
+        // The shell's own descriptor of the script is none of ours: it is not /dev/null.
+        "[ \"$(readlink /proc/$$/fd/$n)\" = /dev/null ] && open=\"$open $n\"; done; "
+        "echo $input$open >" +
+        report_.path()));
     EXPECT_EQ(reported(), "/dev/null");
     ::close(leaked);
 }
@@ -323,7 +323,7 @@ TEST_F(LinuxWorkspace, fifty_starts_leave_no_zombie_and_no_descriptor) {
         ASSERT_EQ(open(path).text(), "(no error)");
     }
     EXPECT_TRUE(children().empty());
-    // The answer to the first start may have come before its own descriptors were closed.
+    // The first start's descriptors may have been closed only after its answer.
     EXPECT_TRUE(becomesTrue([&] { return processes::openDescriptors().size() <= before.size(); }));
 }
 

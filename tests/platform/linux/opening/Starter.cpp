@@ -1,4 +1,4 @@
-// A launcher to be killed, for tests: opens what it is told and says how that went.
+// A launcher for tests, some of which kill it: opens what it is told and says how that went.
 //
 // For each line of standard input, the path of an application, one line of standard output: the
 // started process, 0 when nothing runs, or -1 after an error. For an empty line, how many
@@ -41,7 +41,7 @@ int zombies() {
     return count;
 }
 
-// The main thread's work, which it does while it waits for an answer.
+// A main queue that waits for its next block.
 class WaitingQueue final : public tavo::MainQueue {
 public:
     void async(std::function<void()> block) override {
@@ -50,7 +50,7 @@ public:
         changed_.notify_one();
     }
 
-    // Of what comes later, nothing is waited for here.
+    // Drops the block: nothing here depends on one that is due later.
     void asyncAfter(std::chrono::milliseconds /*delay*/, std::function<void()> /*block*/) override {
     }
 

@@ -1,4 +1,4 @@
-// Scopes, asked for from a stand-in for systemd on a bus of the test's own.
+// Requests for scopes, to a stand-in for systemd on a bus of the test's own.
 #include "platform/linux/opening/SystemdScope.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
@@ -25,7 +25,7 @@ class ScopeOpening : public OpeningTest {
 protected:
     ScopeOpening() : bus_(folder_), manager_(folder_) {}
 
-    // The request that has to come for this process.
+    // The expected request for a scope for this process.
     static std::string expected(const std::string& name, const std::string& process) {
         return "app-tavolauncher-" + name + "-" + process + ".scope fail [('PIDs', <[uint32 " +
                process + "]>), ('Slice', <'app.slice'>), ('CollectMode', <'inactive-or-failed'>)]";
@@ -43,7 +43,7 @@ TEST_F(ScopeOpening, an_entrys_program_gets_a_scope_of_its_own) {
 
 TEST_F(ScopeOpening, a_bundles_program_gets_a_scope_of_its_own) {
     manager_.start("answer");
-    // A bundle does not wait for the bus, so its program has to last until that is there.
+    // A bundle starts before the bus is connected, so its program has to last until then.
     folder_.script("Foo.app/Foo", "echo $$ >" + report_.path() + "; exec sleep 1000");
     const Answer answer = open(folder_.path("Foo.app"));
     ASSERT_TRUE(answer.running);

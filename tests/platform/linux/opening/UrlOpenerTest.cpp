@@ -1,4 +1,4 @@
-// Web addresses, opened by a program that reads a desktop's associations of the test's own.
+// Web addresses, opened by way of associations that the test makes.
 #include "tests/platform/linux/fixtures/ChildProgram.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 
