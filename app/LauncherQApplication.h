@@ -5,15 +5,15 @@
 
 namespace tavo {
 
-// A session that ends, or a desktop that asks the program to quit, is obeyed at once: the toolkit
-// would ask the window first, which closing merely hides. A session's manager must not start the
-// program again by itself; that is for the user's own autostart entries.
+// Quits at once when the session ends or the desktop asks for it. Qt would ask the window first,
+// which is only hidden by closing. Tells the session manager not to restart the program at the next
+// login: only an autostart entry of the user does that.
 class LauncherQApplication final : public QApplication {
 public:
     LauncherQApplication(int& argc, char** argv);
 
-    // For whoever may ask so that no start of another process counts against it, as a session's
-    // signals do: the event loop ends at once, and wasToldToEnd() is true from then on.
+    // For the session's signals: ends the event loop, even if another start has just asked for the
+    // window. wasToldToEnd() is true from then on.
     void endAtOnce();
     [[nodiscard]] bool wasToldToEnd() const { return toldToEnd_; }
 

@@ -14,7 +14,7 @@
 namespace tavo {
 namespace {
 
-// While it is open the keyboard is the menu's, its entries' shortcuts included.
+// An open QMenu ignores the shortcuts that it shows, so this one takes Ctrl+Q itself.
 class StatusMenu final : public QMenu {
 public:
     explicit StatusMenu(std::function<void()> quit) : quit_(std::move(quit)) {
@@ -37,7 +37,11 @@ private:
 
 }  // namespace
 
-TavoLauncherMenuController::TavoLauncherMenuController(World world) : world_(std::move(world)) {}
+TavoLauncherMenuController::TavoLauncherMenuController(LauncherWindow& window,
+                                                       WindowManagement& management,
+                                                       StatusItemHosts& hosts,
+                                                       std::function<bool()> reachable)
+    : window_(window), management_(management), hosts_(hosts), reachable_(std::move(reachable)) {}
 
 TavoLauncherMenuController::~TavoLauncherMenuController() = default;
 
@@ -50,12 +54,12 @@ void TavoLauncherMenuController::applicationDidFinishLaunching() {
     quitting->setShortcut(Qt::CTRL | Qt::Key_Q);
     quitting->setShortcutVisibleInContextMenu(true);
     QObject::connect(quitting, &QAction::triggered, contextMenu_.get(), [this] { quit(); });
-    hostChanges_ = world_.hosts.changed.subscribe([this] { followHost(); });
+    hostChanges_ = hosts_.changed.subscribe([this] { followHost(); });
     followHost();
 }
 
 void TavoLauncherMenuController::followHost() {
-    const StatusItemHost host = world_.hosts.host();
+    const StatusItemHost host = hosts_.host();
     if (host == itemHost_) {
         if (statusItem_) {
             statusItem_->look();
@@ -69,9 +73,9 @@ void TavoLauncherMenuController::followHost() {
             break;
         case StatusItemHost::Notifier:
             statusItem_ = std::make_unique<NotifierStatusItem>(
-                world_.hosts, NotifierStatusItem::Actions{
-                                  .show = [this](const StartRequest& r) { showLauncher(r); },
-                                  .quit = [this] { quit(); }});
+                hosts_, NotifierStatusItem::Actions{
+                            .show = [this](const StartRequest& r) { showLauncher(r); },
+                            .quit = [this] { quit(); }});
             break;
         case StatusItemHost::Embedding:
             statusItem_ = std::make_unique<XEmbedStatusItem>(
@@ -89,14 +93,14 @@ void TavoLauncherMenuController::statusButtonClicked(bool right) {
 }
 
 void TavoLauncherMenuController::showLauncher(const StartRequest& request) {
-    world_.management.prepareToShow(world_.window.winId(), request);
-    world_.window.present();
-    world_.management.bringToFront(world_.window.winId(), request);
+    management_.prepareToShow(window_.winId(), request);
+    window_.present();
+    management_.bringToFront(window_.winId(), request);
 }
 
 void TavoLauncherMenuController::closeLauncher() {
     if (canReturn()) {
-        world_.window.hide();
+        window_.hide();
     } else {
         quit();
     }
@@ -104,19 +108,19 @@ void TavoLauncherMenuController::closeLauncher() {
 
 void TavoLauncherMenuController::escape() {
     if (canReturn()) {
-        world_.window.hide();
+        window_.hide();
     }
 }
 
-// At once, where asking every window whether it would close might end with a no. What the user
-// types meanwhile finds no window.
+// exit() asks no window whether it may close, which the launcher window would refuse. Hidden first,
+// so that nothing is typed into it while the program ends.
 void TavoLauncherMenuController::quit() {
-    world_.window.hide();
+    window_.hide();
     QCoreApplication::exit(0);
 }
 
 bool TavoLauncherMenuController::canReturn() const {
-    return world_.reachable() || (statusItem_ && world_.hosts.host() == itemHost_);
+    return reachable_() || (statusItem_ && hosts_.host() == itemHost_);
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The program's presence on the desktop: the status item, its menu, and the window that both call.
+// The status item, its menu, and showing and hiding of the launcher window.
 #pragma once
 
 #include <functional>
@@ -16,51 +16,50 @@ namespace tavo {
 class LauncherWindow;
 class WindowManagement;
 
-// An accessory: no entry in taskbar or pager, a status item for as long as the process lives
-// wherever a panel takes one. Closing the window hides it, as long as something could bring it
-// back: a status item, another start, the bus. Otherwise closing quits, and Esc, which would do
-// so too easily, does nothing. Main thread.
+// An accessory application: not in taskbar or pager, but with a status item wherever a panel takes
+// one. Closing the window hides it while something could bring it back: a status item, another
+// start, the bus. Otherwise closing quits, and Esc, which is pressed too easily for that, does
+// nothing. Main thread.
 class TavoLauncherMenuController {
 public:
-    struct World {
-        LauncherWindow& window;
-        WindowManagement& management;
-        StatusItemHosts& hosts;
-        std::function<bool()> reachable;  // whether another start would find this process
-    };
-
-    // What is in `world` outlives this.
-    explicit TavoLauncherMenuController(World world);
+    // `reachable` answers whether another start would find this process. All outlive this.
+    TavoLauncherMenuController(LauncherWindow& window, WindowManagement& management,
+                               StatusItemHosts& hosts, std::function<bool()> reachable);
     TavoLauncherMenuController(const TavoLauncherMenuController&) = delete;
     TavoLauncherMenuController& operator=(const TavoLauncherMenuController&) = delete;
     ~TavoLauncherMenuController();
 
-    // Installs the status item now or when a host for it comes. After the first frame, which
+    // Makes the status item now or when a panel for it comes. Called after the first frame, which
     // it would delay.
     void applicationDidFinishLaunching();
 
-    // The window in front, active, with the keyboard, whether it was closed, minimised, behind
-    // others or on another desktop. `request` is what asked for it.
+    // Brings the window to the front, active and with the keyboard focus, from wherever it is:
+    // closed, minimised, behind others, on another desktop. `request` has what lets it come there.
     void showLauncher(const StartRequest& request = {});
 
-    // The window's close button, and Esc with nothing to clear.
+    // For the close button of the window.
     void closeLauncher();
+
+    // For Esc where there is no search to clear.
     void escape();
 
-    // Ends the program; everything it keeps is written already.
+    // Ends the program. Everything that is stored is written already.
     void quit();
 
 private:
-    // The item, made anew for another kind of host, gone where there is none.
+    // Makes the item for the kind of panel that there is now, and drops that for another kind.
     void followHost();
 
     void statusButtonClicked(bool right);
     [[nodiscard]] bool canReturn() const;
 
-    const World world_;
+    LauncherWindow& window_;
+    WindowManagement& management_;
+    StatusItemHosts& hosts_;
+    const std::function<bool()> reachable_;
     std::unique_ptr<QMenu> contextMenu_;
     std::unique_ptr<StatusItem> statusItem_;
-    StatusItemHost itemHost_ = StatusItemHost::None;  // that it was made for
+    StatusItemHost itemHost_ = StatusItemHost::None;  // the kind that statusItem_ was made for
     Subscription hostChanges_;
 };
 

@@ -26,6 +26,8 @@
 #include <benchmark/benchmark.h>
 
 #include "catalogue/LauncherModel.h"
+#include "platform/linux/dbus/SessionBus.h"
+#include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/linux/windows/NullRunningApplications.h"
@@ -139,8 +141,10 @@ void openApplication(benchmark::State& state, const std::string& name, const Ses
     const auto processes = makePosixChildProcess();
     std::vector<std::string> variables = theWorld->environment();
     variables.insert(variables.end(), session.variables.begin(), session.variables.end());
+    SessionBus bus(sessionBusAddress());
     OpeningSettings settings{.mainQueue = mainQueue,
                              .environment = StartEnvironment(variables),
+                             .bus = bus,
                              .applicationFolders = {},
                              .userTime = {},
                              .startingTime = std::chrono::milliseconds(0)};

@@ -4,19 +4,15 @@
 #include <QtGlobal>
 #include <array>
 #include <atomic>
-#include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
-#include <mutex>
 #include <string>
-#include <thread>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
-
-#include <pthread.h>
 
 #include "platform/posix/FileDescriptor.h"
 
@@ -24,14 +20,22 @@ namespace tavo {
 namespace {
 
 constexpr int kNoDisplay = 1;
-constexpr std::chrono::seconds kLook{1};
-constexpr int kSilentLooks = 10;
 
-// The real standard error while it is held back. The toolkit calls its message handler without
-// anything of ours, on any thread.
-std::atomic<int> realError = STDERR_FILENO;
+// Less than another start waits for one that is starting (InstancePatience).
+constexpr unsigned kSilenceSeconds = 12;
 
-// exit() may run on any thread that the display's end is noticed on.
+// What follows is global for Qt's message handler and the signal handler, which take no argument.
+
+// The real standard error and the held one; the latter is invalid while nothing is held.
+int realError = STDERR_FILENO;
+int heldError = -1;
+
+// Qt has said that the display refused the connection, or that a plug-in is missing.
+std::atomic<bool> displayRefused = false;
+std::atomic<bool> pluginMissing = false;
+
+std::string silenceLine;
+
 std::atomic<bool> endsWithDisplay = false;
 
 // The displays that the environment names, as its variables are called.
@@ -46,16 +50,43 @@ std::string displays() {
     return text.empty() ? "neither DISPLAY nor WAYLAND_DISPLAY is set" : text;
 }
 
-[[noreturn]] void fail(const char* what) {
-    ::dprintf(realError, "tavolauncher: %s (%s)\n", what, displays().c_str());
+std::string failureLine(const char* what) {
+    return std::string("tavolauncher: ") + what + " (" + displays() + ")\n";
+}
+
+// Async-signal-safe.
+[[noreturn]] void endWith(const std::string& line) {
+    [[maybe_unused]] const ssize_t written = ::write(realError, line.data(), line.size());
     ::_exit(kNoDisplay);
 }
 
-void take(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-    if (type == QtFatalMsg) {
-        fail("no display could be opened");
+void displayIsSilent(int /*signal*/) {
+    endWith(silenceLine);
+}
+
+void printHeldError() {
+    std::fflush(stderr);
+    std::array<char, 4096> bytes;
+    off_t at = 0;
+    for (ssize_t size = 0; (size = ::pread(heldError, bytes.data(), bytes.size(), at)) > 0;
+         at += size) {
+        [[maybe_unused]] const ssize_t written =
+            ::write(realError, bytes.data(), static_cast<std::size_t>(size));
     }
+}
+
+void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    const std::string_view category = context.category != nullptr ? context.category : "";
+    displayRefused = displayRefused || category == "qt.qpa.xcb" || category == "qt.qpa.wayland";
+    pluginMissing = pluginMissing || (category == "qt.qpa.plugin" &&
+                                      message.startsWith(QLatin1String("Could not find")));
     std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+    if (type == QtFatalMsg) {
+        if (pluginMissing || !displayRefused) {
+            printHeldError();
+        }
+        endWith(failureLine("no display could be opened"));
+    }
 }
 
 void leave() {
@@ -66,17 +97,15 @@ void leave() {
 
 }  // namespace
 
-// Standard error, kept in memory. Where that cannot be had it stays as it is.
+// Standard error, kept in memory. Not held where a descriptor for that is refused.
 class StartGuard::HeldError {
 public:
     HeldError() {
         std::fflush(stderr);
-        if (real_.valid()) {
-            held_ = FileDescriptor(::memfd_create("held", MFD_CLOEXEC));
-        }
-        if (held_.valid()) {
+        if (real_.valid() && held_.valid()) {
             realError = real_.get();
-            ::dup2(held_.get(), STDERR_FILENO);
+            heldError = held_.get();
+            ::dup2(heldError, STDERR_FILENO);
         }
     }
 
@@ -84,85 +113,35 @@ public:
     HeldError& operator=(const HeldError&) = delete;
 
     ~HeldError() {
-        if (!held_.valid()) {
-            return;
-        }
-        std::fflush(stderr);
-        ::dup2(real_.get(), STDERR_FILENO);
+        printHeldError();
+        ::dup2(realError, STDERR_FILENO);
         realError = STDERR_FILENO;
-        std::array<char, 4096> bytes;
-        off_t at = 0;
-        for (ssize_t size = 0; (size = ::pread(held_.get(), bytes.data(), bytes.size(), at)) > 0;
-             at += size) {
-            std::fwrite(bytes.data(), 1, static_cast<std::size_t>(size), stderr);
-        }
+        heldError = -1;
     }
 
 private:
     const FileDescriptor real_{::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)};
-    FileDescriptor held_;
+    const FileDescriptor held_{::memfd_create("held", MFD_CLOEXEC)};
 };
 
-// Ends the process when the thread that made it waits for one and the same thing all the time. A
-// machine that is slow to load what the toolkit needs does something at least.
-class StartGuard::Watch {
-public:
-    Watch() {
-        if (::pthread_getcpuclockid(::pthread_self(), &clock_) == 0) {
-            thread_ = std::thread([this] { run(); });
-        }
-    }
-
-    Watch(const Watch&) = delete;
-    Watch& operator=(const Watch&) = delete;
-
-    ~Watch() {
-        {
-            const std::lock_guard lock(mutex_);
-            over_ = true;
-        }
-        changed_.notify_all();
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-    }
-
-private:
-    void run() {
-        std::unique_lock lock(mutex_);
-        std::timespec before = {};
-        for (int silent = 0; silent < kSilentLooks;) {
-            if (changed_.wait_for(lock, kLook, [this] { return over_; })) {
-                return;
-            }
-            std::timespec used = {};
-            ::clock_gettime(clock_, &used);
-            const bool same = used.tv_sec == before.tv_sec && used.tv_nsec == before.tv_nsec;
-            silent = same ? silent + 1 : 0;
-            before = used;
-        }
-        fail("the display does not answer");
-    }
-
-    clockid_t clock_ = {};
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    bool over_ = false;  // under the mutex
-    std::thread thread_;
-};
-
-StartGuard::StartGuard()
-    : error_(std::make_unique<HeldError>()), watch_(std::make_unique<Watch>()) {
-    qInstallMessageHandler(take);
+StartGuard::StartGuard() : error_(std::make_unique<HeldError>()) {
+    silenceLine = failureLine("the display does not answer");
+    struct sigaction action = {};
+    action.sa_handler = displayIsSilent;
+    ::sigaction(SIGALRM, &action, nullptr);
+    ::alarm(kSilenceSeconds);
+    qInstallMessageHandler(handleMessage);
 }
 
 StartGuard::~StartGuard() {
+    ::alarm(0);
+    std::signal(SIGALRM, SIG_DFL);
     qInstallMessageHandler(nullptr);
 }
 
 DisplayLossGuard::DisplayLossGuard() {
     endsWithDisplay = true;
-    // Registered last, called first.
+    // Handlers run in reverse order, so this one runs before those of the libraries.
     std::atexit(leave);
 }
 

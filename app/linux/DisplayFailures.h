@@ -1,16 +1,19 @@
-// What becomes of the program when there is no display, or no more.
+// What the program does without a display.
 #pragma once
 
 #include <memory>
 
 namespace tavo {
 
-// While it lives, the toolkit comes up, or the process ends with one line on standard error and
-// status 1: when no display can be opened, where the toolkit would abort, and when the display
-// takes the connection and says nothing for ten seconds, where it would wait for ever. What
-// anybody else writes to standard error meanwhile is held back until the toolkit has come up: not
-// only the toolkit has something to say about a display, the libraries below it write by
-// themselves. One at a time, on the main thread.
+// While this lives, Qt comes up, or the process ends with status 1 and a line on standard error
+// that names the display:
+//   - no display could be opened. Where that is not the display's fault but Qt's, as when a
+//     platform plug-in is missing, Qt's own reason comes before that line;
+//   - the display takes the connection and does not answer for twelve seconds. Qt would wait for
+//     ever.
+// Standard error is held back meanwhile, because Qt, libxcb and libwayland each write lines of
+// their own about a missing display. What they wrote is printed when this ends. One at a time, on
+// the main thread. Uses SIGALRM.
 class StartGuard {
 public:
     StartGuard();
@@ -20,14 +23,11 @@ public:
 
 private:
     class HeldError;
-    class Watch;
     std::unique_ptr<HeldError> error_;
-    std::unique_ptr<Watch> watch_;
 };
 
-// From now on: when the display goes away, the toolkit leaves the process from wherever it is, with
-// a line on standard error and status 1. Other threads are at work then, so nothing is taken down.
-// Until this ends.
+// When the display goes away, Qt writes a line on standard error and calls exit(1), on any thread.
+// While this lives that ends the process at once: other threads are at work, so no destructors run.
 class DisplayLossGuard {
 public:
     DisplayLossGuard();

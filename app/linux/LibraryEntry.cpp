@@ -8,64 +8,64 @@
 #include "app/LauncherQApplication.h"
 #include "app/linux/DisplayFailures.h"
 #include "app/linux/TavoLauncherApp.h"
+#include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/entries/PrefetchedApplicationSource.h"
 #include "platform/linux/entries/XdgApplicationSource.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/instance/InstanceSocket.h"
-#include "platform/linux/session/SingleInstance.h"
+#include "platform/linux/instance/SingleInstance.h"
+#include "platform/linux/system/ApplicationId.h"
 #include "platform/linux/system/StartEnvironment.h"
 #include "ui/controls/LauncherStyle.h"
 
 namespace {
 
-// Libraries wait for a bus that does not answer for as long as it takes, and start one of their own
-// where there is none: they are kept from both. We ourselves use it as soon as it answers. Ours is
-// the only process that hears of this: what it starts gets the environment as it was.
-tavo::SessionBus findBus() {
-    tavo::SessionBus bus = {.address = tavo::sessionBusAddress()};
-    bus.forLibraries = !bus.address.empty() && tavo::busAnswers(bus.address);
-    if (!bus.forLibraries) {
+// Qt and the accessibility libraries wait for a session bus that does not answer, without limit,
+// and start one where there is none. This keeps them from both; applications get the environment
+// as it was. Our own connection is made to the address returned, whenever the bus answers.
+std::string chooseBus() {
+    std::string address = tavo::sessionBusAddress();
+    if (address.empty() || !tavo::busAnswers(address)) {
         ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
     }
-    return bus;
+    return address;
 }
 
 }  // namespace
 
-int runTavoLauncher(tavo::ProgramStart& start) {
+int runTavoLauncher(tavo::LaunchArguments& launch) {
     using namespace tavo;
-    // The toolkit would use it, and take it out while other threads read theirs. From the first
-    // thread on nothing of ours changes the environment.
+    // The environment is changed here alone, before the first thread: libraries may read it on any.
+    // Qt would use the activation token by itself, and unset it later.
     ::unsetenv("XDG_ACTIVATION_TOKEN");
-    SingleInstance presence(std::move(start.socket));
-    const SessionBus bus = findBus();
-    presence.attend(bus.address, start.request);
-    // The scan runs while the toolkit starts; the model waits for what is left of it.
-    const auto listed = std::make_shared<DesktopEntryIndex>();
+    SessionBus bus(chooseBus());
+    SingleInstance instance(bus, std::move(launch.socket), launch.request);
+    // Scans while Qt starts. The model waits for the rest of the scan.
+    const auto entries = std::make_shared<DesktopEntryIndex>();
     auto applications = makePrefetchedApplicationSource(
-        makeXdgApplicationSource(XdgEnvironment::fromProcess(), listed));
+        makeXdgApplicationSource(XdgEnvironment::fromProcess(), entries));
 
     std::optional<StartGuard> starting(std::in_place);
     QCoreApplication::setApplicationName(QStringLiteral("TavoLauncher"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.tavolauncher.TavoLauncher"));
+    QGuiApplication::setDesktopFileName(QLatin1String(kApplicationId));
     QApplication::setStyle(new LauncherStyle);
-    LauncherQApplication application(start.argc, start.argv);
+    LauncherQApplication application(launch.argc, launch.argv);
     starting.reset();
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tavo Launcher"));
-    const DisplayLossGuard displayMayGo;
+    const DisplayLossGuard displayLoss;
 
-    TavoLauncherApp app(start.environment, bus, std::move(applications), listed, presence);
-    if (presence.superseded()) {
+    TavoLauncherApp app(launch.environment, bus, std::move(applications), entries, instance);
+    if (instance.superseded()) {
         return 0;
     }
-    app.show(start.request.activationToken);
+    app.show(launch.request.activationToken);
     int status = 0;
-    // A start that finds this process ending because its user quit would be left without a window.
+    // A start that asked for the window just as the user quit still gets it.
     do {
         status = QApplication::exec();
-    } while (!presence.endUnlessAsked() && !application.wasToldToEnd());
+    } while (!instance.endUnlessAsked() && !application.wasToldToEnd());
     return status;
 }

@@ -12,16 +12,16 @@
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/bundles/PropertyList.h"
-#include "platform/linux/dbus/SessionBusAddress.h"
+#include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/icons/XdgIconSource.h"
+#include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/opening/UrlOpener.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
-#include "platform/linux/session/SingleInstance.h"
 #include "platform/linux/session/WindowListing.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
@@ -65,128 +65,99 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
 
 }  // namespace
 
-struct TavoLauncherApp::Parts {
-    Parts(const StartEnvironment& environment, const SessionBus& bus,
-          std::unique_ptr<ApplicationSource> found, std::shared_ptr<DesktopEntryIndex> listed,
-          SingleInstance& session)
-        : presence(session),
-          applications(std::move(found)),
-          childEnvironment(environment.forChildren()),
-          settings(makePortalDesktopSettings(*mainQueue, bus.address)),
-          wayland(isWaylandSession(environment)),
-          running(
-              makeSessionRunningApplications(environment, wayland, std::move(listed), userTime)),
-          workspace(makeLinuxWorkspace(
-              {.mainQueue = *mainQueue,
-               .environment = environment,
-               .wayland = wayland,
-               .bus = bus,
-               .applicationFolders = applicationFolders(),
-               .userTime = userTime,
-               .activationToken =
-                   [this](const std::string& identifier) {
-                       return activationToken(*tokens, identifier);
-                   },
-               .showsWindow =
-                   [this](const RunningApplication& started) {
-                       return running->showsWindow(started);
-                   },
-               .seesWindows = [this,
-                               environment] { return canListWindows(environment, wayland); }})),
-          window(*compositing) {
-        Favorites::shared().use(*defaults);
-        view = new LauncherView({.platform = {.defaults = *defaults,
-                                              .files = *files,
-                                              .applications = *applications,
-                                              .workspace = *workspace,
-                                              .running = *running,
-                                              .processes = *processes,
-                                              .mainQueue = *mainQueue},
-                                 .text = TextRules::forUser(),
-                                 .icons = *icons,
-                                 .mainQueue = *mainQueue},
-                                &window);
-        window.setContent(view);
-        view->onClose = [this] { controller.closeLauncher(); };
-        view->onEscape = [this] { controller.escape(); };
-        view->onLink = [this](const std::string& address) {
-            if (!openLink(address, childEnvironment)) {
-                std::fprintf(stderr, "tavolauncher: no program opens %s\n", address.c_str());
-            }
-        };
-        window.onClose = [this] { controller.closeLauncher(); };
-        window.onQuit = [this] { controller.quit(); };
-        window.onAnother = [this] { management->prepareToShow(window.winId(), {}); };
-        presence.serve(
-            *mainQueue,
-            {.activated = [this](const StartRequest& r) { controller.showLauncher(r); },
-             .superseded = [this] { controller.quit(); },
-             .changed = [this] { hosts->presenceChanged(); },
-             .itemClicked = [this](const StatusItemClick& c) { hosts->clicked.emit(c); }});
-    }
-
-    Parts(const Parts&) = delete;
-    Parts& operator=(const Parts&) = delete;
-    ~Parts() { presence.stopServing(); }
-
-    void useIconTheme(const std::string& name) {
-        icons->preferTheme(name);
-        if (view != nullptr) {
-            view->refreshIcons();
-        }
-    }
-
-    SingleInstance& presence;
-    std::unique_ptr<ApplicationSource> applications;
-    std::vector<std::string> childEnvironment;
-    std::unique_ptr<MainQueue> mainQueue = makeQtMainQueue();
-    // It is asking while the rest is made.
-    std::unique_ptr<DesktopSettings> settings;
-    std::unique_ptr<DefaultsStore> defaults = makeSqliteDefaultsStore(defaultStoreFile());
-    std::unique_ptr<FileManager> files = makePosixFileManager();
-    UserTime userTime = watchXcbUserTime();
-    std::unique_ptr<ActivationTokens> tokens = makeWaylandActivationTokens();
-    const bool wayland;
-    std::unique_ptr<RunningApplications> running;
-    std::unique_ptr<ChildProcess> processes = makePosixChildProcess();
-    std::unique_ptr<Workspace> workspace;
-    std::unique_ptr<XdgIconSource> icons =
-        makeXdgIconSource(IconEnvironment::fromProcess(wayland), bundleIconFile);
-    std::unique_ptr<Compositing> compositing = makeXcbCompositing();
-    CursorBlinkTimeout caretRest;
-    LauncherView* view = nullptr;
-    DesktopLook look{*settings, [this](const std::string& name) { useIconTheme(name); }};
-    LauncherWindow window;
-    std::unique_ptr<WindowManagement> management = makeSessionWindowManagement(*running);
-    std::unique_ptr<SessionStatusItemHosts> hosts = makeSessionStatusItemHosts(presence);
-    TavoLauncherMenuController controller{
-        {.window = window, .management = *management, .hosts = *hosts, .reachable = [this] {
-             return presence.reachable();
-         }}};
-    std::shared_ptr<void> signals = listenForTermination([this] {
-        window.hide();
-        static_cast<LauncherQApplication*>(qApp)->endAtOnce();
-    });
-};
-
-TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
+TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus& bus,
                                  std::unique_ptr<ApplicationSource> applications,
-                                 std::shared_ptr<DesktopEntryIndex> listed,
-                                 SingleInstance& presence) {
+                                 std::shared_ptr<DesktopEntryIndex> entries,
+                                 SingleInstance& instance)
+    : instance_(instance), applications_(std::move(applications)) {
     installAccessibleItems();
     QCoreApplication::installTranslator(new ToolkitTexts(qApp));
-    parts_ = std::make_unique<Parts>(environment, bus, std::move(applications), std::move(listed),
-                                     presence);
-    useApplicationIconAfterFirstFrame(parts_->window);
-    afterFirstFrame(parts_->window, [this] { parts_->controller.applicationDidFinishLaunching(); });
+
+    mainQueue_ = makeQtMainQueue();
+    // The portal is asked while the rest is made.
+    settings_ = makePortalDesktopSettings(bus, *mainQueue_);
+    defaults_ = makeSqliteDefaultsStore(defaultStoreFile());
+    Favorites::shared().use(*defaults_);
+    files_ = makePosixFileManager();
+    processes_ = makePosixChildProcess();
+
+    const bool wayland = isWaylandSession(environment);
+    const UserTime userTime = watchXcbUserTime();
+    tokens_ = makeWaylandActivationTokens();
+    running_ = makeSessionRunningApplications(environment, wayland, std::move(entries), userTime);
+    workspace_ = makeLinuxWorkspace(
+        {.mainQueue = *mainQueue_,
+         .environment = environment,
+         .wayland = wayland,
+         .bus = bus,
+         .applicationFolders = applicationFolders(),
+         .userTime = userTime,
+         .activationToken =
+             [&tokens = *tokens_](const std::string& identifier) {
+                 return activationToken(tokens, identifier);
+             },
+         .showsWindow =
+             [&running = *running_](const RunningApplication& started) {
+                 return running.showsWindow(started);
+             },
+         .seesWindows = [environment, wayland] { return canListWindows(environment, wayland); }});
+    icons_ = makeXdgIconSource(IconEnvironment::fromProcess(wayland), bundleIconFile);
+
+    compositing_ = makeXcbCompositing();
+    cursorBlinking_ = std::make_unique<CursorBlinkTimeout>();
+    window_ = std::make_unique<LauncherWindow>(*compositing_);
+    auto* const view = new LauncherView({.platform = {.defaults = *defaults_,
+                                                      .files = *files_,
+                                                      .applications = *applications_,
+                                                      .workspace = *workspace_,
+                                                      .running = *running_,
+                                                      .processes = *processes_,
+                                                      .mainQueue = *mainQueue_},
+                                         .text = TextRules::forUser(),
+                                         .icons = *icons_,
+                                         .mainQueue = *mainQueue_},
+                                        window_.get());
+    window_->setContent(view);
+    look_ = std::make_unique<DesktopLook>(*settings_, [this, view](const std::string& name) {
+        icons_->preferTheme(name);
+        view->refreshIcons();
+    });
+    management_ = makeSessionWindowManagement(*running_);
+    hosts_ = makeSessionStatusItemHosts(bus, *mainQueue_);
+    controller_ = std::make_unique<TavoLauncherMenuController>(
+        *window_, *management_, *hosts_, [&instance] { return instance.reachable(); });
+
+    // Everything exists now that events may reach.
+    view->onClose = [this] { controller_->closeLauncher(); };
+    view->onEscape = [this] { controller_->escape(); };
+    view->onLink = [childEnvironment = environment.forChildren()](const std::string& address) {
+        if (!openLink(address, childEnvironment)) {
+            std::fprintf(stderr, "tavolauncher: no program opens %s\n", address.c_str());
+        }
+    };
+    window_->onClose = [this] { controller_->closeLauncher(); };
+    window_->onQuit = [this] { controller_->quit(); };
+    window_->onAnother = [this] { management_->prepareToShow(window_->winId(), {}); };
+    useApplicationIconAfterFirstFrame(*window_);
+    afterFirstFrame(*window_, [this] { controller_->applicationDidFinishLaunching(); });
+    terminationSignals_ = listenForTermination([this] {
+        window_->hide();
+        static_cast<LauncherQApplication*>(qApp)->endAtOnce();
+    });
+    instance_.serve(
+        *mainQueue_,
+        {.activated = [this](const StartRequest& request) { controller_->showLauncher(request); },
+         .superseded = [this] { controller_->quit(); }});
 }
 
-TavoLauncherApp::~TavoLauncherApp() = default;
+TavoLauncherApp::~TavoLauncherApp() {
+    instance_.stopServing();
+}
 
 void TavoLauncherApp::show(const std::string& activationToken) {
-    parts_->look.awaitDesktop();
-    // The startup id the toolkit itself answers.
-    parts_->controller.showLauncher({.startupId = "", .activationToken = activationToken});
+    look_->awaitDesktop();
+    // Qt itself ends the startup notification of the startup id.
+    controller_->showLauncher({.startupId = "", .activationToken = activationToken});
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The composition root: adapters, model, window.
+// The composition root: every part of the program is made here.
 #pragma once
 
 #include <memory>
@@ -6,30 +6,66 @@
 
 namespace tavo {
 
+class ActivationTokens;
 class ApplicationSource;
+class ChildProcess;
+class Compositing;
+class CursorBlinkTimeout;
+class DefaultsStore;
 class DesktopEntryIndex;
+class DesktopLook;
+class DesktopSettings;
+class FileManager;
+class LauncherView;
+class LauncherWindow;
+class MainQueue;
+class RunningApplications;
+class SessionBus;
 class SingleInstance;
 class StartEnvironment;
-struct SessionBus;
+class StatusItemHosts;
+class TavoLauncherMenuController;
+class WindowManagement;
+class Workspace;
+class XdgIconSource;
 
-// Everything that runs, made in order of need and ended in the reverse. Made after the
-// application object, a LauncherQApplication; main thread.
+// Made after the application object, a LauncherQApplication. Main thread.
 class TavoLauncherApp {
 public:
-    // `environment` is what applications will be started with; `applications` may be scanning
-    // already, and leaves in `listed` what it found. `presence` outlives this.
-    TavoLauncherApp(const StartEnvironment& environment, const SessionBus& bus,
+    // Applications are started with `environment`. `applications` may be scanning already, and puts
+    // what it finds into `entries`. `bus` and `instance` outlive this.
+    TavoLauncherApp(const StartEnvironment& environment, SessionBus& bus,
                     std::unique_ptr<ApplicationSource> applications,
-                    std::shared_ptr<DesktopEntryIndex> listed, SingleInstance& presence);
+                    std::shared_ptr<DesktopEntryIndex> entries, SingleInstance& instance);
+    TavoLauncherApp(const TavoLauncherApp&) = delete;
+    TavoLauncherApp& operator=(const TavoLauncherApp&) = delete;
     ~TavoLauncherApp();
 
-    // Shows the launcher window for the first time, by the activation token that this process was
-    // started with; what the desktop is to know besides follows after its first frame.
+    // Shows the launcher window for the first time. `activationToken` is the one that this process
+    // was started with. The status item follows after the first frame.
     void show(const std::string& activationToken);
 
 private:
-    struct Parts;
-    std::unique_ptr<Parts> parts_;
+    // In the order in which they are made: each uses some of those above it.
+    SingleInstance& instance_;
+    const std::unique_ptr<ApplicationSource> applications_;
+    std::unique_ptr<MainQueue> mainQueue_;
+    std::unique_ptr<DesktopSettings> settings_;
+    std::unique_ptr<DefaultsStore> defaults_;
+    std::unique_ptr<FileManager> files_;
+    std::unique_ptr<ChildProcess> processes_;
+    std::unique_ptr<ActivationTokens> tokens_;
+    std::unique_ptr<RunningApplications> running_;
+    std::unique_ptr<Workspace> workspace_;
+    std::unique_ptr<XdgIconSource> icons_;
+    std::unique_ptr<Compositing> compositing_;
+    std::unique_ptr<CursorBlinkTimeout> cursorBlinking_;
+    std::unique_ptr<LauncherWindow> window_;
+    std::unique_ptr<DesktopLook> look_;
+    std::unique_ptr<WindowManagement> management_;
+    std::unique_ptr<StatusItemHosts> hosts_;
+    std::unique_ptr<TavoLauncherMenuController> controller_;
+    std::shared_ptr<void> terminationSignals_;
 };
 
 }  // namespace tavo

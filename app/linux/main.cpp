@@ -1,5 +1,5 @@
-// The program's entry, and all of it that a start needs which only brings the window of another
-// process to the front. Nothing but the C++ library is loaded for that.
+// The executable: answers the arguments, and hands over to the process that already runs. Links to
+// the C++ library alone, so that a second start is quick; a first start loads the rest.
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -19,8 +19,8 @@ namespace {
 constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
 
-// For a line on a terminal: the argument's printable ASCII as it is, all its other bytes as
-// numbers, and no more than can be read.
+// For a line on a terminal: printable ASCII as it is, all other bytes in hexadecimal, and at most a
+// hundred of them.
 std::string quoted(std::string_view argument) {
     constexpr std::size_t kMost = 100;
     std::string shown = "\"";
@@ -37,7 +37,7 @@ std::string quoted(std::string_view argument) {
     return shown + (argument.size() > kMost ? "\"..." : "\"");
 }
 
-// The answer to the arguments when they end the program: its exit status, or none to go on.
+// Prints what the arguments ask for. The exit status, or none where the program goes on.
 std::optional<int> answerArguments(int argc, char** argv) {
     if (argc <= 1) {
         return std::nullopt;
@@ -60,9 +60,9 @@ std::optional<int> answerArguments(int argc, char** argv) {
     return kUsageError;
 }
 
-// The library that holds the program: beside the executable where both were built, else where both
-// were installed to, whatever the prefix has become. A copy of the executable alone, taken out of
-// the folder that it was built in, still knows that folder: its run path says it.
+// The library that holds the program: beside the executable in a build tree, else in the folder of
+// libraries relative to the executable, so that an installation can be moved. Otherwise its name
+// alone, which dlopen() looks for in the run path: a copy of the executable knows its build tree.
 std::string programLibrary() {
     std::error_code unreadable;
     const std::filesystem::path folder =
@@ -76,7 +76,7 @@ std::string programLibrary() {
     return TAVO_LIBRARY;
 }
 
-// The program, loaded with all that it needs; null, with a line on standard error, when something
+// Loads the library and all that it links to. Null, with a line on standard error, when something
 // is missing.
 decltype(&runTavoLauncher) loadProgram() {
     void* const library = ::dlopen(programLibrary().c_str(), RTLD_LAZY | RTLD_LOCAL);
@@ -95,14 +95,14 @@ int main(int argc, char** argv) {
     if (const auto status = answerArguments(argc, argv)) {
         return *status;
     }
-    ProgramStart start = {
+    LaunchArguments launch = {
         .argc = argc,
         .argv = argv,
         .environment = environment,
         .request = {.startupId = environment.value("DESKTOP_STARTUP_ID").value_or(""),
                     .activationToken = environment.value("XDG_ACTIVATION_TOKEN").value_or("")},
         .socket = nullptr};
-    InstanceClaimed claimed = claimInstance(InstancePlaces::in(environment), start.request);
+    InstanceClaimed claimed = claimInstance(InstancePlaces::in(environment), launch.request);
     switch (claimed.claim) {
         case InstanceClaim::HandedOver:
             return 0;
@@ -115,7 +115,7 @@ int main(int argc, char** argv) {
         case InstanceClaim::Impossible:
             break;
     }
-    start.socket = std::move(claimed.socket);
+    launch.socket = std::move(claimed.socket);
     const auto run = loadProgram();
-    return run != nullptr ? run(start) : kFailure;
+    return run != nullptr ? run(launch) : kFailure;
 }

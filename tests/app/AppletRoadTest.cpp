@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 
 #include "catalogue/LauncherModel.h"
+#include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/posix/PosixChildProcess.h"
 #include "platform/posix/PosixSpawn.h"
@@ -132,6 +133,7 @@ protected:
                 makeLinuxWorkspace({.mainQueue = *mainQueue_,
                                     .environment = StartEnvironment(
                                         {"PATH=/usr/bin:/bin", "HOME=" + folder_.path("home")}),
+                                    .bus = bus_,
                                     .applicationFolders = {},
                                     .userTime = {}});
             model_ = std::make_unique<LauncherModel>(Platform{.defaults = defaults_,
@@ -183,6 +185,7 @@ protected:
     WindowedProcesses running_{folder_.path("windows")};
     Finder finder_;
     std::unique_ptr<MainQueue> mainQueue_ = makeQtMainQueue();
+    SessionBus bus_{""};
     std::unique_ptr<Workspace> workspace_;
     std::unique_ptr<LauncherModel> model_;
 };

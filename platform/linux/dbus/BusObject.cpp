@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/dbus/Variant.h"
+#include "platform/linux/dbus/GLibPointers.h"
 
 namespace tavo {
 

@@ -1,4 +1,4 @@
-// An object of ours on a bus.
+// An object of this program on a bus, with one interface.
 #pragma once
 
 #include <functional>
@@ -8,17 +8,18 @@
 
 namespace tavo {
 
-// One interface of it. Calls that do not fit the description are answered with an error before
-// they come here. Everything happens on the thread that offers it, in its own event loop.
+// GDBus refuses calls that do not fit the description before they come here. Lives on the thread
+// that offers it.
 class BusObject {
 public:
     struct Behaviour {
-        // Answers the invocation.
+        // Answers the invocation, now or later.
         std::function<void(const char* method, GVariant* parameters,
                            GDBusMethodInvocation* invocation)>
             call;
-        // The value of a property; null when there is none.
-        std::function<GVariant*(const char* property)> property;
+        // The value of a property, floating; null when there is none. May be empty when the
+        // description has no properties.
+        std::function<GVariant*(const char* property)> property = {};
     };
 
     // `description`: a node with one interface (D-Bus Specification, "Introspection Data Format").
@@ -27,12 +28,13 @@ public:
     BusObject& operator=(const BusObject&) = delete;
     ~BusObject() { withdraw(); }
 
-    // In one place at a time.
+    // Registers the object; where it was registered before, it is no longer. `path` is kept.
     void offer(GDBusConnection* bus, const char* path);
 
     void withdraw();
 
-    // Tells everybody, where it is offered. Takes floating parameters; null for none.
+    // Broadcasts a signal of the interface while the object is offered. Takes floating parameters;
+    // null for none.
     void emit(const char* signal, GVariant* parameters);
 
 private:
@@ -50,7 +52,8 @@ private:
     guint registration_ = 0;
 };
 
-// Answers with the standard error for arguments of the right type that mean nothing here.
+// Answers with org.freedesktop.DBus.Error.InvalidArgs: arguments of the right type whose values
+// make no sense here.
 void refuse(GDBusMethodInvocation* invocation, const char* why);
 
 }  // namespace tavo

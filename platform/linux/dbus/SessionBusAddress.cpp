@@ -78,12 +78,13 @@ bool busAnswers(const std::string& address) {
     if (file.empty()) {
         return true;
     }
-    // A queue of those who wait to be let in that is full is an answer as well: none.
+    // EAGAIN: the bus accepts no connections and the socket's backlog is full.
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!connectTo(socket.get(), file)) {
         return errno != EAGAIN;
     }
-    // D-Bus Specification, "Authentication Protocol": a zero byte, then what ways there are.
+    // D-Bus Specification, "Authentication Protocol": a zero byte, then the question which
+    // mechanisms the bus knows.
     constexpr std::string_view kGreeting("\0AUTH\r\n", 7);
     if (::send(socket.get(), kGreeting.data(), kGreeting.size(), MSG_NOSIGNAL) < 0) {
         return false;

@@ -1,65 +1,55 @@
-// The program's name on the session bus, which one process of the user can have, and what others
-// may call there (Desktop Entry Specification, "D-Bus Activation").
+// The program's name on the session bus, and the interface by which desktops activate it (Desktop
+// Entry Specification, "D-Bus Activation").
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <vector>
 
-#include <gio/gio.h>
-
 #include "platform/StartRequest.h"
-#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/dbus/BusCalls.h"
+#include "platform/linux/dbus/BusObject.h"
+#include "platform/linux/dbus/SessionBus.h"
 
 namespace tavo {
 
-// Everything happens on the thread it is given, which outlives it and ends before it is destroyed.
+// Claims the name on each connection of the bus. Lives on the bus thread.
 class InstanceBusName {
 public:
     struct Events {
-        // org.freedesktop.Application was called. False when this process is ending: the caller
-        // is told so.
-        std::function<bool(const StartRequest&)> activated;
+        // A desktop, or another start of the program, called org.freedesktop.Application.
+        std::function<void(const StartRequest&)> activated;
         // Another process has the name and has been told of our start.
         std::function<void()> superseded;
-        // The name is this process's.
-        std::function<void()> owned;
+        // Whether this process has the name.
+        std::function<void(bool)> owned;
     };
 
-    // `ours` is what the other process is told if it has the name.
-    InstanceBusName(GLibThread& thread, StartRequest ours, Events events);
+    // `bus` outlives this. `ours` is what another process is told if it has the name.
+    InstanceBusName(SessionBus& bus, StartRequest ours, Events events);
     InstanceBusName(const InstanceBusName&) = delete;
     InstanceBusName& operator=(const InstanceBusName&) = delete;
+    // Gives up the name. Callers still unanswered learn of it when the connection closes.
     ~InstanceBusName();
 
-    // Offers the object and asks for the name. Once for each connection.
-    void claim(GDBusConnection* bus);
-
-    // From now on callers are answered at once, and those before now: it is sure that the window
-    // comes.
-    void answerHeld();
-
-    // No event comes any more. The name goes with the connection.
-    void leave();
+    // Answers the callers so far, and from now on each at once. Until then they wait, because the
+    // window might never come.
+    void confirmCallers();
 
 private:
-    static void called(GDBusConnection* bus, const gchar* sender, const gchar* path,
-                       const gchar* interface, const gchar* method, GVariant* parameters,
-                       GDBusMethodInvocation* invocation, gpointer data);
-    static void nameAnswered(GObject* source, GAsyncResult* result, gpointer data);
-    static void handedOver(GObject* source, GAsyncResult* result, gpointer data);
+    void follow(GDBusConnection* bus);
+    void askForName();
+    void handOver();
+    void called(GVariant* parameters, GDBusMethodInvocation* invocation);
 
-    void askForName(GDBusConnection* bus);
-    void handOver(GDBusConnection* bus);
-
-    GLibThread& thread_;
+    SessionBus& bus_;
     const StartRequest ours_;
     const Events events_;
-    std::unique_ptr<GDBusNodeInfo, decltype(&g_dbus_node_info_unref)> description_;
+    BusObject object_;
+    BusCalls calls_;
     int triesLeft_ = 0;
-    bool shows_ = false;
-    bool ended_ = false;
-    std::vector<GDBusMethodInvocation*> held_;  // ours; answering one gives it away
+    bool confirms_ = false;
+    std::vector<GDBusMethodInvocation*> waiting_;  // owned; answering one gives it away
+    Subscription connections_;
 };
 
 }  // namespace tavo

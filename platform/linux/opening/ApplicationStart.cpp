@@ -19,6 +19,9 @@ namespace {
 constexpr std::chrono::milliseconds kBusPatience{250};
 constexpr std::chrono::milliseconds kActivationBusPatience{2000};
 
+// How long a program without a scope waits for a bus that does not answer.
+constexpr std::chrono::seconds kScopePatience{60};
+
 // A started program that is watched for an early end.
 struct Watch {
     std::shared_ptr<OpenAnswer> answer;
@@ -41,8 +44,8 @@ void judge(Watch& watch, std::optional<int> status) {
 }
 
 // What there is to do about the child `running` while it runs. `ended` is called as
-// GLibThread::watchChild says.
-void superviseProgram(GLibThread& thread, const ApplicationStart& start,
+// OpeningThread::watchChild says.
+void superviseProgram(OpeningThread& thread, const ApplicationStart& start,
                       const RunningApplication& running,
                       std::function<void(std::optional<int>)> ended) {
     const pid_t process = running.processIdentifier;
@@ -53,8 +56,13 @@ void superviseProgram(GLibThread& thread, const ApplicationStart& start,
         *runs = false;
         ended(status);
     });
-    thread.whenConnected([&thread, runs, identifier = start.identifier, process] {
-        if (*runs) {
+    if (thread.connection() != nullptr) {
+        moveToScope(thread, start.identifier, process);
+        return;
+    }
+    thread.askBus(kScopePatience, [&thread, runs, identifier = start.identifier,
+                                   process](SessionBus::State state) {
+        if (*runs && state == SessionBus::State::connected) {
             moveToScope(thread, identifier, process);
         }
     });
@@ -62,7 +70,7 @@ void superviseProgram(GLibThread& thread, const ApplicationStart& start,
 
 // Tells an X11 desktop of the start (Startup Notification), if the entry wants that. Its end is
 // told when the program shows a window or ends, and after the starting time at the latest.
-void announce(GLibThread& thread, const ApplicationStart& start, const std::string& executable) {
+void announce(OpeningThread& thread, const ApplicationStart& start, const std::string& executable) {
     const std::string& display = start.conditions->display;
     if (!start.file.entry.startupNotify || start.startupId.empty() ||
         !announceStart(display,
@@ -74,7 +82,7 @@ void announce(GLibThread& thread, const ApplicationStart& start, const std::stri
                                         [answer = start.answer] { answer->timeIsUp(); }));
 }
 
-void watchProgram(GLibThread& thread, const ApplicationStart& start, const std::string& program,
+void watchProgram(OpeningThread& thread, const ApplicationStart& start, const std::string& program,
                   pid_t process) {
     const RunningApplication running{process, start.identifier};
     const auto watch = std::make_shared<Watch>();
@@ -87,7 +95,7 @@ void watchProgram(GLibThread& thread, const ApplicationStart& start, const std::
                      [watch](std::optional<int> status) { judge(*watch, status); });
 }
 
-void startBundle(GLibThread& thread, const ApplicationStart& start, const std::string& executable) {
+void startBundle(OpeningThread& thread, const ApplicationStart& start, const std::string& executable) {
     ProgramStart program;
     program.executable = executable;
     program.environment = start.environment;
@@ -121,7 +129,7 @@ std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>&
 // Runs the command of an entry, `words`. GIO_LAUNCHED_DESKTOP_FILE_PID says that the entry named in
 // GIO_LAUNCHED_DESKTOP_FILE was started as this very process, and not as an ancestor. Only the
 // child knows its PID before it runs, so a shell sets it.
-void startCommand(GLibThread& thread, const ApplicationStart& start, const std::string& name,
+void startCommand(OpeningThread& thread, const ApplicationStart& start, const std::string& name,
                   const std::vector<std::string>& words) {
     const std::string& folder = start.file.entry.path;
     ProgramStart program;
@@ -143,7 +151,7 @@ void startCommand(GLibThread& thread, const ApplicationStart& start, const std::
     watchProgram(thread, start, name, process);
 }
 
-void startEntry(GLibThread& thread, const ApplicationStart& start, const ExecutableLookup& lookup,
+void startEntry(OpeningThread& thread, const ApplicationStart& start, const ExecutableLookup& lookup,
                 const ProgramToStart& program) {
     std::vector<std::string> words;
     if (start.file.entry.terminal) {
@@ -160,7 +168,7 @@ void startEntry(GLibThread& thread, const ApplicationStart& start, const Executa
 }
 
 // Keeps the start of an activated service under way until its window shows.
-void awaitServiceWindow(GLibThread& thread, const ApplicationStart& start,
+void awaitServiceWindow(OpeningThread& thread, const ApplicationStart& start,
                         const RunningApplication& service) {
     start.answer->start()->answered();
     // Where windows cannot be listed, a click can bring the service's window forward only by
@@ -176,7 +184,7 @@ void awaitServiceWindow(GLibThread& thread, const ApplicationStart& start,
     }
 }
 
-void activate(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start,
+void activate(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start,
               const std::string& executable) {
     announce(thread, *start, executable);
     // Until the service has answered, a second start would at best be a second activation.
@@ -203,7 +211,7 @@ void activate(GLibThread& thread, const std::shared_ptr<const ApplicationStart>&
 
 }  // namespace
 
-void startApplication(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
+void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
     const ApplicationFile& file = start->file;
     const ExecutableLookup lookup(start->conditions->searchPath);
     const Result<ProgramToStart> program = programToStart(file, lookup);
@@ -216,17 +224,19 @@ void startApplication(GLibThread& thread, const std::shared_ptr<const Applicatio
         return;
     }
     const bool activatable = !file.busName.empty();
-    const GLibThread::Bus bus =
-        thread.sessionBus(activatable ? kActivationBusPatience : kBusPatience);
-    if (activatable && bus == GLibThread::Bus::connected) {
-        activate(thread, start, program.value().executable);
-    } else if (activatable && bus == GLibThread::Bus::silent) {
-        start->answer->fail(messages::busSilent(start->identifier));
-    } else if (program.value().words.empty()) {
-        start->answer->fail(messages::entryWithoutCommand(file.path));
-    } else {
-        startEntry(thread, *start, lookup, program.value());
-    }
+    thread.askBus(
+        activatable ? kActivationBusPatience : kBusPatience,
+        [&thread, start, lookup, program = program.value(), activatable](SessionBus::State bus) {
+            if (activatable && bus == SessionBus::State::connected) {
+                activate(thread, start, program.executable);
+            } else if (activatable && bus == SessionBus::State::silent) {
+                start->answer->fail(messages::busSilent(start->identifier));
+            } else if (program.words.empty()) {
+                start->answer->fail(messages::entryWithoutCommand(start->file.path));
+            } else {
+                startEntry(thread, *start, lookup, program);
+            }
+        });
 }
 
 }  // namespace tavo

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/Workspace.h"
-#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/opening/OpeningThread.h"
 #include "platform/linux/opening/ApplicationFile.h"
 #include "platform/linux/opening/PendingLaunches.h"
 
@@ -95,6 +95,6 @@ struct ApplicationStart {
 // A bundle's program and an entry's command are started, the latter in a terminal if the entry
 // wants one. An entry that can be activated over the session bus is activated instead, and fails
 // when the bus does not answer: its command might start a second instance.
-void startApplication(GLibThread& thread, const std::shared_ptr<const ApplicationStart>& start);
+void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start);
 
 }  // namespace tavo

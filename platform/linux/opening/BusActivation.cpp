@@ -3,19 +3,14 @@
 #include <algorithm>
 #include <memory>
 
-#include "platform/linux/dbus/BusDaemonCalls.h"
 #include "platform/linux/opening/LaunchErrors.h"
 
 namespace tavo {
 namespace {
 
-struct Call {
-    GLibThread& thread;
-    std::string name;
-    std::function<void(Result<ActivatedService>)> done;
-};
+constexpr std::chrono::milliseconds kProcessPatience{1000};
 
-using OwnedCall = std::unique_ptr<Call>;
+using Done = std::function<void(Result<ActivatedService>)>;
 
 std::string objectPath(const std::string& name) {
     std::string path = "/" + name;
@@ -58,67 +53,43 @@ Error failureOf(const std::string& name, GError* error) {
     return messages::activationFailed(name, error->message);
 }
 
-bool isOver(const GError* error) {
-    return g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
-}
-
-// Receives the PID of the service from the bus.
-void identified(GObject* bus, GAsyncResult* result, gpointer data) {
-    const OwnedCall call(static_cast<Call*>(data));
-    call->thread.endCall();
-    GError* error = nullptr;
-    ActivatedService service{.runs = true};
-    if (GVariant* const reply =
-            g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error)) {
-        guint32 process = 0;
-        g_variant_get(reply, "(u)", &process);
-        service.process = static_cast<std::int32_t>(process);
-        g_variant_unref(reply);
-    } else {
-        service.runs =
-            g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) == FALSE;
-    }
-    if (error == nullptr || !isOver(error)) {
-        call->done(service);
-    }
-    g_clear_error(&error);
-}
-
-void identify(GDBusConnection* bus, OwnedCall call) {
-    constexpr std::chrono::milliseconds kPatience{1000};
-    GLibThread& thread = call->thread;
-    const std::string name = call->name;
-    askBus(thread, bus, "GetConnectionUnixProcessID", g_variant_new("(s)", name.c_str()), "(u)",
-           identified, call.release(), kPatience);
-}
-
-void answered(GObject* bus, GAsyncResult* result, gpointer data) {
-    OwnedCall call(static_cast<Call*>(data));
-    call->thread.endCall();
-    GError* error = nullptr;
-    GVariant* const reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
-    if (reply != nullptr) {
-        g_variant_unref(reply);
-        identify(G_DBUS_CONNECTION(bus), std::move(call));
-        return;
-    }
-    if (!isOver(error)) {
-        call->done(failureOf(call->name, error));
-    }
-    g_error_free(error);
+// Asks the bus daemon for the PID of the service.
+void identify(OpeningThread& thread, const std::string& name, Done done) {
+    thread.calls().call(
+        thread.connection(), {kBusName, kBusPath, kBusName, "GetConnectionUnixProcessID"},
+        g_variant_new("(s)", name.c_str()), "(u)",
+        [done = std::move(done)](const Variant& reply, GError* error) {
+            ActivatedService service{.runs = true};
+            if (reply) {
+                guint32 process = 0;
+                g_variant_get(reply.get(), "(u)", &process);
+                service.process = static_cast<std::int32_t>(process);
+            } else {
+                service.runs =
+                    g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) == FALSE;
+            }
+            done(service);
+        },
+        kProcessPatience);
 }
 
 }  // namespace
 
-void activateOverBus(GLibThread& thread, const BusActivation& activation,
-                     std::function<void(Result<ActivatedService>)> done) {
-    auto call = OwnedCall(new Call{thread, activation.name, std::move(done)});
-    thread.beginCall();
-    g_dbus_connection_call(thread.connection(), activation.name.c_str(),
-                           objectPath(activation.name).c_str(), "org.freedesktop.Application",
-                           "Activate", platformData(activation), nullptr, G_DBUS_CALL_FLAGS_NONE,
-                           static_cast<int>(activation.patience.count()), thread.cancellable(),
-                           answered, call.release());
+void activateOverBus(OpeningThread& thread, const BusActivation& activation, Done done) {
+    const std::string path = objectPath(activation.name);
+    thread.calls().callStarting(
+        thread.connection(),
+        {activation.name.c_str(), path.c_str(), "org.freedesktop.Application", "Activate"},
+        platformData(activation), nullptr,
+        [&thread, name = activation.name, done = std::move(done)](const Variant& reply,
+                                                                  GError* error) {
+            if (reply) {
+                identify(thread, name, done);
+            } else {
+                done(failureOf(name, error));
+            }
+        },
+        activation.patience);
 }
 
 }  // namespace tavo

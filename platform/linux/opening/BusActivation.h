@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/opening/OpeningThread.h"
 #include "support/Result.h"
 
 namespace tavo {
@@ -26,8 +26,8 @@ struct ActivatedService {
 
 // On `thread`, connected to the session bus; returns at once. `done` is called once, later, on
 // this thread, with the service that has answered or the reason why none has; never when the
-// thread ends first.
-void activateOverBus(GLibThread& thread, const BusActivation& activation,
+// workspace ends first.
+void activateOverBus(OpeningThread& thread, const BusActivation& activation,
                      std::function<void(Result<ActivatedService>)> done);
 
 }  // namespace tavo

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/opening/OpeningThread.h"
 #include "platform/linux/entries/ExecutableLookup.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/opening/ApplicationFile.h"
@@ -56,7 +56,8 @@ public:
           x11Display_(settings_.wayland ? "" : settings_.environment.value("DISPLAY").value_or("")),
           conditions_(conditions()),
           launches_(settings_.startingTime),
-          firstWindow_(&settings_.mainQueue, settings_.showsWindow) {}
+          firstWindow_(&settings_.mainQueue, settings_.showsWindow),
+          thread_(settings_.bus) {}
 
     std::optional<BundleFacts> bundle(const std::string& path) override {
         const FileStamp stamp = fileStamp(path);
@@ -70,26 +71,23 @@ public:
 
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
-        if (!thread_) {
-            thread_.emplace(settings_.bus.forLibraries ? "" : settings_.bus.address);
-        }
         OpenCompletion onMainThread = whileAlive(std::move(completion));
         // No window is awaited of what is not to come forward, so its start has no end.
         const auto launch =
             configuration.activates ? launches_.begin(path) : launches_.beginUnnoticed();
         if (!launch) {
-            thread_->post([completion = std::move(onMainThread)] { completion({}, {}); });
+            thread_.post([completion = std::move(onMainThread)] { completion({}, {}); });
             return;
         }
         const auto answer = std::make_shared<OpenAnswer>(std::move(onMainThread), launch);
         const Result<ApplicationFile> file = fileOfClick(path);
         if (!file) {
-            thread_->post([answer, error = file.error()] { answer->fail(error); });
+            thread_.post([answer, error = file.error()] { answer->fail(error); });
             return;
         }
         const std::shared_ptr<const ApplicationStart> start =
             describeStart(file.value(), configuration.activates, answer);
-        thread_->post([&thread = *thread_, start] { startApplication(thread, start); });
+        thread_.post([&thread = thread_, start] { startApplication(thread, start); });
     }
 
 private:
@@ -178,7 +176,7 @@ private:
     // The window is seen on the main thread; the answer belongs to the workspace's thread.
     void awaitWindow(const RunningApplication& running, const std::shared_ptr<OpenAnswer>& answer) {
         firstWindow_.await(running, answer->start(), [this, answer, running] {
-            thread_->post([answer, running] {
+            thread_.post([answer, running] {
                 answer->over();
                 answer->succeed(running);
             });
@@ -211,7 +209,7 @@ private:
     PendingLaunches launches_;
     const FirstWindow firstWindow_;
     const std::shared_ptr<const int> alive_ = std::make_shared<int>(0);
-    std::optional<GLibThread> thread_;  // begins with the first opening
+    OpeningThread thread_;  // the last member: jobs on it use the others
 };
 
 }  // namespace

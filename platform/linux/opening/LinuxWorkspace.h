@@ -11,10 +11,11 @@
 
 #include "platform/MainQueue.h"
 #include "platform/Workspace.h"
-#include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/system/StartEnvironment.h"
 
 namespace tavo {
+
+class SessionBus;
 
 struct OpeningSettings {
     // Outlives the workspace.
@@ -26,8 +27,8 @@ struct OpeningSettings {
     // Whether this is a Wayland session (isWaylandSession); else an X11 one, at DISPLAY.
     bool wayland = false;
 
-    // The session bus. Where GLib and libdbus do not find it, it is used once it answers.
-    SessionBus bus = {};
+    // Outlives the workspace, whose openings run on its thread.
+    SessionBus& bus;
 
     // The folders in which desktop entries lie ("/usr/share/applications" and the like): an
     // entry's identifier is its path from there.

@@ -51,22 +51,13 @@ void reportOnce(const char* reason) {
     }
 }
 
-void answered(GObject* bus, GAsyncResult* result, gpointer data) {
-    static_cast<GLibThread*>(data)->endCall();
-    GError* error = nullptr;
-    GVariant* const job = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
-    if (job != nullptr) {
-        g_variant_unref(job);
-        return;
-    }
+void sayRefusal(const GError* error) {
     const bool absent =
         g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) != FALSE ||
-        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE ||
-        g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
+        g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE;
     if (!absent) {
         reportOnce(error->message);
     }
-    g_error_free(error);
 }
 
 }  // namespace
@@ -76,13 +67,16 @@ std::string scopeName(const std::string& identifier, pid_t process) {
            std::to_string(process) + ".scope";
 }
 
-void moveToScope(GLibThread& thread, const std::string& identifier, pid_t process) {
-    thread.beginCall();
-    g_dbus_connection_call(thread.connection(), "org.freedesktop.systemd1",
-                           "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager",
-                           "StartTransientUnit", scopeParameters(identifier, process),
-                           G_VARIANT_TYPE("(o)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, -1,
-                           thread.cancellable(), answered, &thread);
+void moveToScope(OpeningThread& thread, const std::string& identifier, pid_t process) {
+    thread.calls().call(thread.connection(),
+                        {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+                         "org.freedesktop.systemd1.Manager", "StartTransientUnit"},
+                        scopeParameters(identifier, process), "(o)",
+                        [](const Variant&, GError* error) {
+                            if (error != nullptr) {
+                                sayRefusal(error);
+                            }
+                        });
 }
 
 }  // namespace tavo

@@ -9,7 +9,7 @@
 
 #include <sys/types.h>
 
-#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/opening/OpeningThread.h"
 
 namespace tavo {
 
@@ -21,6 +21,6 @@ std::string scopeName(const std::string& identifier, pid_t process);
 // child `process` into a scope of its own. Without systemd, or when it refuses, the program stays
 // where it is; the first refusal is reported on standard error. The call does not make the bus
 // start systemd: one that does not run manages no session.
-void moveToScope(GLibThread& thread, const std::string& identifier, pid_t process);
+void moveToScope(OpeningThread& thread, const std::string& identifier, pid_t process);
 
 }  // namespace tavo

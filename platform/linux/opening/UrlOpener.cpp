@@ -6,15 +6,12 @@
 
 #include <gio/gdesktopappinfo.h>
 
+#include "platform/linux/dbus/GLibPointers.h"
 #include "platform/linux/opening/ApplicationFile.h"
 #include "platform/linux/opening/ExecKey.h"
 
 namespace tavo {
 namespace {
-
-struct UnrefObject {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
 
 void leaveSession(gpointer /*data*/) {
     ::setsid();
@@ -23,7 +20,7 @@ void leaveSession(gpointer /*data*/) {
 // The file of the entry that is associated with the scheme of `address`; empty when there is none.
 std::string associatedEntry(const std::string& address) {
     const std::string scheme = address.substr(0, address.find(':'));
-    const std::unique_ptr<GAppInfo, UnrefObject> program(
+    const GObjectPointer<GAppInfo> program(
         g_app_info_get_default_for_uri_scheme(scheme.c_str()));
     const bool isEntry = program != nullptr && G_IS_DESKTOP_APP_INFO(program.get());
     const char* const path =

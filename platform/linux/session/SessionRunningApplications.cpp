@@ -2,22 +2,18 @@
 
 #include <utility>
 
+#include "platform/linux/system/ApplicationId.h"
 #include "platform/linux/wayland/WaylandRunningApplications.h"
 #include "platform/linux/windows/NullRunningApplications.h"
 
 namespace tavo {
-namespace {
-
-constexpr const char* kOwnAppId = "org.tavolauncher.TavoLauncher";
-
-}  // namespace
 
 std::unique_ptr<RunningApplications> makeSessionRunningApplications(
     const StartEnvironment& environment, bool wayland, std::shared_ptr<DesktopEntryIndex> listed,
     UserTime userTime) {
     if (wayland) {
         return makeWaylandRunningApplications(environment.value("WAYLAND_DISPLAY").value_or(""),
-                                              std::move(listed), kOwnAppId);
+                                              std::move(listed), kApplicationId);
     }
     const std::string display = environment.value("DISPLAY").value_or("");
     return display.empty()

@@ -5,20 +5,18 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/linux/session/SingleInstance.h"
+#include "platform/linux/tray/StatusNotifierTray.h"
 #include "platform/linux/x11/XcbPanels.h"
 
 namespace tavo {
 namespace {
 
-using namespace std::chrono_literals;
+// How long a bus that does not answer keeps the item from the X11 system tray.
+constexpr std::chrono::seconds kBusPatience{2};
 
-// A bus that says nothing for so long is not worth waiting for.
-constexpr auto kBusPatience = 2s;
-
-class Hosts final : public SessionStatusItemHosts {
+class SessionStatusItemHosts final : public StatusItemHosts {
 public:
-    explicit Hosts(SingleInstance& presence) : presence_(presence) {
+    SessionStatusItemHosts(SessionBus& bus, MainQueue& mainQueue) : notifiers_(bus, mainQueue) {
         if (const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
             panels_ = std::make_unique<XcbPanels>(x11->connection(), [this] { changeSoon(); });
         }
@@ -28,10 +26,16 @@ public:
             changed.emit();
         });
         patience_.start(kBusPatience);
+        notifierChanges_ = notifiers_.changed.subscribe([this] {
+            patience_.stop();
+            changed.emit();
+        });
+        clicks_ = notifiers_.clicked.subscribe(
+            [this](const StatusItemClick& click) { clicked.emit(click); });
     }
 
     StatusItemHost host() const override {
-        const auto notifier = presence_.notifierHost();
+        const auto notifier = notifiers_.host();
         if (notifier.value_or(false)) {
             return StatusItemHost::Notifier;
         }
@@ -41,22 +45,15 @@ public:
     }
 
     std::optional<PanelPlace> panel() override {
-        return panels_ ? panels_->panelOf(presence_.notifierProcess()) : std::nullopt;
+        return panels_ ? panels_->panelOf(notifiers_.process()) : std::nullopt;
     }
 
-    void offer(StatusItemContent item) override { presence_.offerItem(std::move(item)); }
+    void offer(StatusItemContent item) override { notifiers_.offer(std::move(item)); }
 
-    void withdraw() override { presence_.withdrawItem(); }
+    void withdraw() override { notifiers_.withdraw(); }
 
     void repaint(std::vector<StatusItemImage> images) override {
-        presence_.repaintItem(std::move(images));
-    }
-
-    void presenceChanged() override {
-        if (presence_.notifierHost().has_value()) {
-            patience_.stop();
-        }
-        changed.emit();
+        notifiers_.repaint(std::move(images));
     }
 
 private:
@@ -65,16 +62,18 @@ private:
             &patience_, [this] { changed.emit(); }, Qt::QueuedConnection);
     }
 
-    SingleInstance& presence_;
     QTimer patience_;
     bool waited_ = false;
-    std::unique_ptr<XcbPanels> panels_;  // of an X server
+    std::unique_ptr<XcbPanels> panels_;  // null elsewhere than on X11
+    StatusNotifierTray notifiers_;
+    Subscription notifierChanges_;
+    Subscription clicks_;
 };
 
 }  // namespace
 
-std::unique_ptr<SessionStatusItemHosts> makeSessionStatusItemHosts(SingleInstance& presence) {
-    return std::make_unique<Hosts>(presence);
+std::unique_ptr<StatusItemHosts> makeSessionStatusItemHosts(SessionBus& bus, MainQueue& mainQueue) {
+    return std::make_unique<SessionStatusItemHosts>(bus, mainQueue);
 }
 
 }  // namespace tavo

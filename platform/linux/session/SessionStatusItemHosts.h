@@ -1,5 +1,5 @@
-// Panels of the session: those that draw status items themselves, which the bus tells of, else the
-// system tray of X11.
+// The panels of the session that take a status item: StatusNotifierItem hosts, else the X11 system
+// tray.
 #pragma once
 
 #include <memory>
@@ -8,15 +8,10 @@
 
 namespace tavo {
 
-class SingleInstance;
+class MainQueue;
+class SessionBus;
 
-class SessionStatusItemHosts : public StatusItemHosts {
-public:
-    // The presence has something new to say.
-    virtual void presenceChanged() = 0;
-};
-
-// Within the life of the application object; `presence` outlives it.
-std::unique_ptr<SessionStatusItemHosts> makeSessionStatusItemHosts(SingleInstance& presence);
+// Within the life of the application object; `bus` and `mainQueue` outlive the result.
+std::unique_ptr<StatusItemHosts> makeSessionStatusItemHosts(SessionBus& bus, MainQueue& mainQueue);
 
 }  // namespace tavo

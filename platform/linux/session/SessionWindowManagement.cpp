@@ -11,14 +11,13 @@
 #include <xcb/xcb.h>
 
 #include "platform/RunningApplications.h"
+#include "platform/linux/system/ApplicationId.h"
 #include "platform/linux/wayland/ActivationTokens.h"
 #include "platform/linux/x11/StartupNotification.h"
 #include "platform/linux/x11/XcbReplies.h"
 
 namespace tavo {
 namespace {
-
-constexpr char kOwnIdentifier[] = "org.tavolauncher.TavoLauncher";
 
 class XcbWindowManagement final : public WindowManagement {
 public:
@@ -126,7 +125,7 @@ public:
         if (!request.activationToken.empty()) {
             activateByToken(window, request.activationToken);
         }
-        for (const RunningApplication& own : running_.withIdentifier(kOwnIdentifier)) {
+        for (const RunningApplication& own : running_.withIdentifier(kApplicationId)) {
             running_.activateAllWindows(own);
         }
     }

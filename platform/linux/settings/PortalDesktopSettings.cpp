@@ -4,16 +4,15 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
-#include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <gio/gio.h>
 
-#include "platform/MainQueue.h"
-#include "platform/linux/dbus/BusDaemonCalls.h"
-#include "platform/linux/dbus/GLibThread.h"
-#include "platform/linux/dbus/Variant.h"
+#include "platform/MainThreadPoster.h"
+#include "platform/linux/dbus/BusCalls.h"
+#include "platform/linux/dbus/SessionBus.h"
 
 namespace tavo {
 namespace {
@@ -22,7 +21,7 @@ constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char kSettings[] = "org.freedesktop.portal.Settings";
 
-// By then the first window has long been painted.
+// The first window is painted by then.
 constexpr std::chrono::milliseconds kBeforeStartingThePortal{500};
 
 struct Key {
@@ -39,14 +38,10 @@ constexpr std::array<Key, kKeyCount> kKeys = {{
 constexpr std::array<const char*, 2> kGroups = {"org.freedesktop.appearance",
                                                 "org.gnome.desktop.interface"};
 
-struct UnrefObject {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-
-// What the portal has said of each key, and what that comes to.
+// The value of each key, and the preferences that follow from them.
 class Answers {
 public:
-    // Values of a type that the key does not have count as none.
+    // A value of the wrong type counts as none.
     void take(KeyIndex key, GVariant* value) {
         switch (key) {
             case kColorScheme:
@@ -93,7 +88,7 @@ private:
     std::string theme_;
 };
 
-// Read answers a variant in a variant.
+// The method Read answers a variant in a variant.
 Variant unwrapped(GVariant* value) {
     Variant inner(g_variant_ref(value));
     while (g_variant_is_of_type(inner.get(), G_VARIANT_TYPE_VARIANT) != FALSE) {
@@ -102,136 +97,99 @@ Variant unwrapped(GVariant* value) {
     return inner;
 }
 
-// The conversation with the portal. All of it happens on the thread it is given.
+// Asks the portal, on each connection of the bus. Lives on the bus thread.
 class Portal {
 public:
     // `learn` hears what is known after each answer, and whether all questions asked so far have
     // been answered.
     using Learn = std::function<void(const DesktopPreferences&, bool all)>;
 
-    Portal(GLibThread& thread, Learn learn) : thread_(thread), learn_(std::move(learn)) {}
+    Portal(SessionBus& bus, Learn learn)
+        : thread_(bus.thread()),
+          learn_(std::move(learn)),
+          connections_(bus.follow([this](GDBusConnection* connection) { follow(connection); })) {}
     Portal(const Portal&) = delete;
     Portal& operator=(const Portal&) = delete;
-    ~Portal() = default;
-
-    void connect(const std::string& address) {
-        if (address.empty()) {
-            tell();
-            return;
-        }
-        thread_.beginCall();
-        g_dbus_connection_new_for_address(
-            address.c_str(),
-            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-            nullptr, thread_.cancellable(), &Portal::connected, this);
-    }
-
-    // Nothing is told any more.
-    void leave() {
-        ended_ = true;
-        start_.end();
-        for (const guint subscription : std::exchange(subscriptions_, {})) {
-            g_dbus_connection_signal_unsubscribe(bus_.get(), subscription);
-        }
-    }
-
-    // Once no call is under way.
-    void disconnect() { bus_.reset(); }
+    ~Portal() { leave(); }
 
 private:
-    struct Question {
-        Portal& portal;
-        KeyIndex key;
-        bool older;  // by the method that portals of version 1 have
-    };
+    void follow(GDBusConnection* bus) {
+        leave();
+        bus_ = bus;
+        if (bus_ != nullptr) {
+            listen();
+            askAll();
+        } else {
+            tell();
+        }
+    }
 
-    static void connected(GObject* /*source*/, GAsyncResult* result, gpointer data) {
-        Portal& self = *static_cast<Portal*>(data);
-        self.thread_.endCall();
-        self.bus_.reset(g_dbus_connection_new_for_address_finish(result, nullptr));
-        if (self.ended_) {
-            return;
+    void leave() {
+        calls_.cancel();
+        unanswered_ = 0;
+        start_.end();
+        for (const guint subscription : std::exchange(subscriptions_, {})) {
+            g_dbus_connection_signal_unsubscribe(bus_, subscription);
         }
-        if (!self.bus_) {
-            self.tell();
-            return;
-        }
-        self.listen();
-        self.askAll();
     }
 
     void listen() {
-        // By group, so that nothing wakes the program that is of no interest to it.
+        // One subscription a group, so that changes of other settings cause no wake-ups.
         for (const char* const group : kGroups) {
             subscriptions_.push_back(g_dbus_connection_signal_subscribe(
-                bus_.get(), kPortal, kSettings, "SettingChanged", kPortalPath, group,
+                bus_, kPortal, kSettings, "SettingChanged", kPortalPath, group,
                 G_DBUS_SIGNAL_FLAGS_NONE, &Portal::settingChanged, this, nullptr));
         }
         subscriptions_.push_back(g_dbus_connection_signal_subscribe(
-            bus_.get(), kBusName, kBusName, "NameOwnerChanged", kBusPath, kPortal,
+            bus_, kBusName, kBusName, "NameOwnerChanged", kBusPath, kPortal,
             G_DBUS_SIGNAL_FLAGS_NONE, &Portal::ownerChanged, this, nullptr));
     }
 
     void askAll() {
         for (std::uint8_t key = 0; key < kKeyCount; ++key) {
-            ask(new Question{*this, static_cast<KeyIndex>(key), false});
+            ask(static_cast<KeyIndex>(key), "ReadOne");
         }
     }
 
-    void ask(Question* question) {
+    void ask(KeyIndex key, const char* method) {
         ++unanswered_;
-        thread_.beginCall();
-        const Key& key = kKeys[question->key];
-        g_dbus_connection_call(bus_.get(), kPortal, kPortalPath, kSettings,
-                               question->older ? "Read" : "ReadOne",
-                               g_variant_new("(ss)", key.group.data(), key.name.data()), nullptr,
-                               G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, thread_.cancellable(),
-                               &Portal::answered, question);
+        calls_.call(bus_, {kPortal, kPortalPath, kSettings, method},
+                    g_variant_new("(ss)", kKeys[key].group.data(), kKeys[key].name.data()), nullptr,
+                    [this, key, method](const Variant& reply, GError* error) {
+                        --unanswered_;
+                        answered(key, method, reply.get(), error);
+                    });
     }
 
-    static void answered(GObject* source, GAsyncResult* result, gpointer data) {
-        std::unique_ptr<Question> question(static_cast<Question*>(data));
-        Portal& self = question->portal;
-        self.thread_.endCall();
-        --self.unanswered_;
-        GError* error = nullptr;
-        const Variant reply(
-            g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
-        if (self.ended_) {
-            g_clear_error(&error);
-            return;
+    void answered(KeyIndex key, std::string_view method, GVariant* reply, GError* error) {
+        const auto failed = [error](int code) {
+            return g_error_matches(error, G_DBUS_ERROR, code) != FALSE;
+        };
+        if (reply != nullptr && g_variant_is_of_type(reply, G_VARIANT_TYPE("(v)")) != FALSE) {
+            const Variant value(g_variant_get_child_value(reply, 0));
+            answers_.take(key, unwrapped(value.get()).get());
+        } else if (failed(G_DBUS_ERROR_UNKNOWN_METHOD) && method == "ReadOne") {
+            ask(key, "Read");  // version 1 of the portal
+        } else if (failed(G_DBUS_ERROR_SERVICE_UNKNOWN) || failed(G_DBUS_ERROR_NAME_HAS_NO_OWNER)) {
+            startSoon();
         }
-        if (reply && g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(v)")) != FALSE) {
-            const Variant value(g_variant_get_child_value(reply.get(), 0));
-            self.answers_.take(question->key, unwrapped(value.get()).get());
-        } else if (g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD) != FALSE &&
-                   !question->older) {
-            question->older = true;
-            self.ask(question.release());
-        } else if (g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) != FALSE ||
-                   g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE) {
-            self.startSoon();
-        }
-        g_clear_error(&error);
-        self.tell();
+        tell();
     }
 
+    // What is asked again when the portal has its name. The reply adds nothing to that.
     void startSoon() {
-        if (std::exchange(startTried_, true)) {
-            return;
+        if (!std::exchange(startTried_, true)) {
+            start_ = thread_.after(kBeforeStartingThePortal, [this] {
+                callBus(bus_, "StartServiceByName", g_variant_new("(su)", kPortal, 0U));
+            });
         }
-        start_ = thread_.after(kBeforeStartingThePortal, [this] {
-            // Its coming is what counts, not the answer.
-            callBus(bus_.get(), "StartServiceByName", g_variant_new("(su)", kPortal, 0U));
-        });
     }
 
     static void settingChanged(GDBusConnection* /*bus*/, const gchar* /*sender*/,
                                const gchar* /*path*/, const gchar* /*interface*/,
                                const gchar* /*signal*/, GVariant* parameters, gpointer data) {
         Portal& self = *static_cast<Portal*>(data);
-        if (self.ended_ || g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ssv)")) == FALSE) {
+        if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ssv)")) == FALSE) {
             return;
         }
         const char* group = nullptr;
@@ -251,7 +209,7 @@ private:
                              const gchar* /*path*/, const gchar* /*interface*/,
                              const gchar* /*signal*/, GVariant* parameters, gpointer data) {
         Portal& self = *static_cast<Portal*>(data);
-        if (self.ended_ || g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sss)")) == FALSE) {
+        if (g_variant_is_of_type(parameters, G_VARIANT_TYPE("(sss)")) == FALSE) {
             return;
         }
         const char* owner = nullptr;
@@ -264,87 +222,77 @@ private:
     void tell() { learn_(answers_.preferences(), unanswered_ == 0); }
 
     GLibThread& thread_;
-    Learn learn_;
-    std::unique_ptr<GDBusConnection, UnrefObject> bus_;
+    const Learn learn_;
+    GDBusConnection* bus_ = nullptr;
     std::vector<guint> subscriptions_;
+    BusCalls calls_;
     Answers answers_;
     ScopedSource start_;
     int unanswered_ = 0;
     bool startTried_ = false;
-    bool ended_ = false;
+    Subscription connections_;
 };
 
 class PortalDesktopSettings final : public DesktopSettings {
 public:
-    PortalDesktopSettings(MainQueue& mainQueue, std::string address)
-        : mainQueue_(mainQueue),
-          shared_(std::make_shared<Shared>()),
-          thread_(std::make_unique<GLibThread>()),
-          portal_(*thread_,
-                  [this](const DesktopPreferences& known, bool all) { learn(known, all); }) {
-        thread_->post([this, address = std::move(address)] { portal_.connect(address); });
+    PortalDesktopSettings(SessionBus& bus, MainQueue& mainQueue) : bus_(bus), poster_(mainQueue) {
+        bus_.thread().post([this] {
+            portal_ = std::make_unique<Portal>(
+                bus_, [this](const DesktopPreferences& known, bool all) { learn(known, all); });
+        });
     }
 
     PortalDesktopSettings(const PortalDesktopSettings&) = delete;
     PortalDesktopSettings& operator=(const PortalDesktopSettings&) = delete;
 
     ~PortalDesktopSettings() override {
-        thread_->postAndWait([this] { portal_.leave(); });
-        thread_.reset();
-        portal_.disconnect();
+        bus_.thread().postAndWait([this] { portal_.reset(); });
     }
 
     DesktopPreferences preferences() const override {
-        const std::lock_guard lock(shared_->mutex);
-        return shared_->preferences;
+        const std::lock_guard lock(mutex_);
+        return preferences_;
     }
 
     void awaitFirstAnswer(std::chrono::milliseconds patience) override {
-        std::unique_lock lock(shared_->mutex);
-        shared_->changed.wait_for(lock, patience, [this] { return shared_->answered; });
+        std::unique_lock lock(mutex_);
+        answeredChanged_.wait_for(lock, patience, [this] { return answered_; });
     }
 
 private:
-    // Between the main thread and the portal's; what waits in the main queue finds it gone.
-    struct Shared {
-        std::mutex mutex;
-        std::condition_variable changed;
-        DesktopPreferences preferences;
-        bool answered = false;
-        bool announced = false;  // a block is under way
-    };
-
     void learn(const DesktopPreferences& known, bool all) {
-        const std::lock_guard lock(shared_->mutex);
-        if (all && !std::exchange(shared_->answered, true)) {
-            shared_->changed.notify_all();
+        const std::lock_guard lock(mutex_);
+        if (all && !std::exchange(answered_, true)) {
+            answeredChanged_.notify_all();
         }
-        if (std::exchange(shared_->preferences, known) == known ||
-            std::exchange(shared_->announced, true)) {
-            return;
+        // Answers in quick succession are announced once.
+        if (std::exchange(preferences_, known) != known && !std::exchange(announcing_, true)) {
+            poster_.post([this] { announce(); });
         }
-        mainQueue_.async([this, weak = std::weak_ptr(shared_)] {
-            if (const auto shared = weak.lock()) {
-                {
-                    const std::lock_guard announcing(shared->mutex);
-                    shared->announced = false;
-                }
-                changed.emit();
-            }
-        });
     }
 
-    MainQueue& mainQueue_;
-    std::shared_ptr<Shared> shared_;
-    std::unique_ptr<GLibThread> thread_;
-    Portal portal_;
+    void announce() {
+        {
+            const std::lock_guard lock(mutex_);
+            announcing_ = false;
+        }
+        changed.emit();
+    }
+
+    SessionBus& bus_;
+    MainThreadPoster poster_;
+    mutable std::mutex mutex_;
+    std::condition_variable answeredChanged_;
+    DesktopPreferences preferences_;  // under the mutex
+    bool answered_ = false;           // under the mutex
+    bool announcing_ = false;         // under the mutex
+    std::unique_ptr<Portal> portal_;  // the bus thread's
 };
 
 }  // namespace
 
-std::unique_ptr<DesktopSettings> makePortalDesktopSettings(MainQueue& mainQueue,
-                                                           std::string address) {
-    return std::make_unique<PortalDesktopSettings>(mainQueue, std::move(address));
+std::unique_ptr<DesktopSettings> makePortalDesktopSettings(SessionBus& bus, MainQueue& mainQueue) {
+    return std::make_unique<PortalDesktopSettings>(bus, mainQueue);
 }
 
 }  // namespace tavo

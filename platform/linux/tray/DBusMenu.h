@@ -10,11 +10,11 @@
 
 namespace tavo {
 
-// A list without submenus that never changes. The root's number is 0, the entries' count from 1.
-// Everything happens on the thread that offers it.
+// A constant list without submenus. The root has id 0, the entries have the ids from 1 on. Lives on
+// the thread that offers it.
 class DBusMenu {
 public:
-    // `chosen` hears the index of the entry that the user chose; a divider never is.
+    // `chosen` hears the index of the entry that the user chose, which is no divider.
     DBusMenu(std::vector<StatusItemMenuEntry> entries, std::function<void(std::size_t)> chosen);
 
     void offer(GDBusConnection* bus, const char* path) { object_.offer(bus, path); }
@@ -36,10 +36,10 @@ private:
     // One node of the layout, (ia{sv}av), with its children down to `depth` (-1: all).
     [[nodiscard]] GVariant* node(gint32 id, gint32 depth, GVariant* names) const;
 
-    // What is to be said of an entry, a{sv}: those of `names` alone, or everything if it is empty.
+    // The properties of an entry, a{sv}: those that `names` lists, or all if it is empty.
     [[nodiscard]] GVariant* properties(gint32 id, GVariant* names) const;
 
-    // False when there is no such entry.
+    // An event on an entry, such as "clicked". False when there is no such entry.
     [[nodiscard]] bool take(gint32 id, const std::string& event) const;
 
     const std::vector<StatusItemMenuEntry> entries_;

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include "platform/linux/dbus/BusDaemonCalls.h"
+#include "platform/linux/dbus/BusCalls.h"
 
 namespace tavo {
 namespace {
@@ -15,7 +15,7 @@ constexpr char kWatcherPath[] = "/StatusNotifierWatcher";
 constexpr char kPath[] = "/StatusNotifierItem";
 constexpr char kMenuPath[] = "/StatusNotifierItem/Menu";
 constexpr char kId[] = "tavolauncher";
-// Compositors' tokens are some dozens of letters.
+// The tokens of compositors have some dozens of characters.
 constexpr std::size_t kLongestToken = 4096;
 constexpr std::chrono::seconds kTokenHolds{5};
 
@@ -59,7 +59,7 @@ std::string newName() {
            std::to_string(++made);
 }
 
-// Alpha, red, green, blue, whatever the byte order of the machine.
+// Alpha, red, green, blue: network byte order, as the specification wants it.
 GVariant* pixelBytes(const StatusItemImage& image) {
     std::vector<guint8> bytes;
     bytes.reserve(image.pixels.size() * 4);
@@ -82,7 +82,7 @@ GVariant* pixmaps(const std::vector<StatusItemImage>& images) {
 
 }  // namespace
 
-StatusNotifierItem::StatusNotifierItem(StatusItemContent item,
+StatusNotifierItem::StatusNotifierItem(SessionBus& bus, StatusItemContent item,
                                        std::function<void(const StatusItemClick&)> clicked,
                                        std::function<Clock::time_point()> now)
     : item_(std::move(item)),
@@ -95,12 +95,16 @@ StatusNotifierItem::StatusNotifierItem(StatusItemContent item,
                                      called(method, parameters, invocation);
                                  },
                              .property = [this](const char* name) { return property(name); }}),
-      menu_(item_.menu, [this](std::size_t entry) { click(entry); }) {}
+      menu_(item_.menu, [this](std::size_t entry) { click(entry); }),
+      connections_(bus.follow([this](GDBusConnection* connection) { follow(connection); })) {}
 
 void StatusNotifierItem::follow(GDBusConnection* bus) {
     leave();
+    if (bus == nullptr) {
+        return;
+    }
     bus_ = bus;
-    // Before anybody knows of it: a panel asks at once.
+    // First, because a panel that hears of the name asks at once.
     object_.offer(bus, kPath);
     menu_.offer(bus, kMenuPath);
     callBus(bus, "RequestName", g_variant_new("(su)", name_.c_str(), kDoNotQueue));
@@ -128,7 +132,7 @@ void StatusNotifierItem::repaint(std::vector<StatusItemImage> images) {
     object_.emit("NewIcon", nullptr);
 }
 
-// The bus has answered our asking for the name by now: it serves one after the other.
+// The bus daemon serves requests in order, so the name is ours by now.
 void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*name*/,
                                          const gchar* /*owner*/, gpointer data) {
     const StatusNotifierItem& self = *static_cast<StatusNotifierItem*>(data);
@@ -137,7 +141,7 @@ void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*na
                            G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
 }
 
-// Panels that ask for the menu have ours to draw, and the wheel has nothing to turn.
+// ContextMenu is for items without a Menu property, and Scroll has nothing to change here.
 void StatusNotifierItem::called(const std::string& method, GVariant* parameters,
                                 GDBusMethodInvocation* invocation) {
     if (method == "Activate" || method == "SecondaryActivate") {

@@ -1,5 +1,4 @@
-// Whether a panel of the session shows status items of the StatusNotifierItem kind (the
-// StatusNotifierItem specification, as the KDE names of it are in use everywhere).
+// Whether a panel of the session shows StatusNotifierItems.
 #pragma once
 
 #include <functional>
@@ -8,48 +7,47 @@
 
 #include <gio/gio.h>
 
-#include "platform/linux/dbus/GLibThread.h"
+#include "platform/linux/dbus/BusCalls.h"
+#include "platform/linux/dbus/SessionBus.h"
 
 namespace tavo {
 
-// Everything happens on the thread it is given, which outlives it and ends before it is destroyed.
+// Asks org.kde.StatusNotifierWatcher, on each connection of the bus. Lives on the bus thread.
 class StatusNotifierWatch {
 public:
     struct Events {
-        // The answer when it is known, and whenever it is another one.
+        // Whether a panel has registered as host: when that is known, and whenever it may have
+        // changed. False without a watcher, and without a bus.
         std::function<void(bool host)> host;
-        // The process of the watcher, which with most panels is the panel's own.
+        // The PID of the watcher, which is usually the panel's own. Comes before host().
         std::function<void(pid_t process)> process;
     };
 
-    StatusNotifierWatch(GLibThread& thread, Events events);
+    // `bus` outlives this.
+    StatusNotifierWatch(SessionBus& bus, Events events);
     StatusNotifierWatch(const StatusNotifierWatch&) = delete;
     StatusNotifierWatch& operator=(const StatusNotifierWatch&) = delete;
-    ~StatusNotifierWatch() = default;
-
-    // Follows what the watcher on this bus says, until leave().
-    void follow(GDBusConnection* bus);
-
-    void leave();
+    ~StatusNotifierWatch() { leave(); }
 
 private:
     static void appeared(GDBusConnection* bus, const gchar* name, const gchar* owner,
                          gpointer data);
     static void vanished(GDBusConnection* bus, const gchar* name, gpointer data);
-    static void hostsChanged(GDBusConnection* bus, const gchar* sender, const gchar* path,
-                             const gchar* interface, const gchar* signal, GVariant* parameters,
-                             gpointer data);
-    static void answered(GObject* source, GAsyncResult* result, gpointer data);
-    static void processAnswered(GObject* source, GAsyncResult* result, gpointer data);
+    static void signalled(GDBusConnection* bus, const gchar* sender, const gchar* path,
+                          const gchar* interface, const gchar* signal, GVariant* parameters,
+                          gpointer data);
 
-    void askForProcess(GDBusConnection* bus, const char* owner);
-    void ask(GDBusConnection* bus);
+    void follow(GDBusConnection* bus);
+    void leave();
+    void askForProcess(const char* owner);
+    void askForHost();
 
-    GLibThread& thread_;
     const Events events_;
-    GDBusConnection* bus_ = nullptr;  // while it is followed
+    BusCalls calls_;
+    GDBusConnection* bus_ = nullptr;  // that is watched
     guint watch_ = 0;
     guint signals_ = 0;
+    Subscription connections_;
 };
 
 }  // namespace tavo

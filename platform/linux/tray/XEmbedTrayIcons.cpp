@@ -7,7 +7,7 @@
 
 namespace tavo {
 
-// What items panels can draw the toolkit asks its platform theme; the plain one knows of none.
+// Qt asks its platform theme for a StatusNotifierItem. The plain theme offers none.
 void withXEmbedTrayIcons(const std::function<void()>& make) {
     QPlatformTheme plain;
     QPlatformTheme* const usual = std::exchange(QGuiApplicationPrivate::platform_theme, &plain);

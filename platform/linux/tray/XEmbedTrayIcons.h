@@ -1,12 +1,12 @@
-// The toolkit's status items, as windows within a tray.
+// Qt's status items as windows embedded in an X11 system tray (XEmbed).
 #pragma once
 
 #include <functional>
 
 namespace tavo {
 
-// Inside `make` the toolkit makes each status item to be embedded. It would otherwise choose
-// between trays and panels by what it found on the bus when it first looked, and never look again.
+// Each QSystemTrayIcon constructed inside `make` is an XEmbed one. Otherwise Qt chooses between
+// XEmbed and StatusNotifierItem by what it finds on the bus at its first look, and keeps to that.
 // Main thread.
 void withXEmbedTrayIcons(const std::function<void()>& make);
 

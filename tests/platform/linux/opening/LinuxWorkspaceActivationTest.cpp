@@ -203,8 +203,10 @@ TEST_F(BusOpening, a_service_that_says_nothing_is_told_when_its_time_is_over) {
 
 TEST(OpeningSettings, a_service_has_the_buss_own_time_to_answer) {
     ManualMainQueue queue;
+    SessionBus bus("");
     const OpeningSettings settings{.mainQueue = queue,
                                    .environment = StartEnvironment({}),
+                                   .bus = bus,
                                    .applicationFolders = {},
                                    .userTime = {}};
     EXPECT_EQ(settings.busPatience, std::chrono::seconds(25));

@@ -132,9 +132,7 @@ protected:
                                    kName + " " + report_.path() + " answer");
         ::kill(bus_.process(), SIGSTOP);
         libraries_.emplace("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
-        OpeningSettings settings = this->settings();
-        settings.bus = {.address = "unix:path=" + folder_.path("bus"), .forLibraries = false};
-        workspace_ = makeLinuxWorkspace(std::move(settings));
+        busAddress_ = "unix:path=" + folder_.path("bus");
     }
     ~LateBus() override { goOn(); }
 

@@ -17,6 +17,8 @@
 
 #include <unistd.h>
 
+#include "platform/linux/dbus/SessionBus.h"
+#include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/opening/UrlOpener.h"
 
@@ -73,9 +75,11 @@ private:
 
 int main() {
     WaitingQueue queue;
+    tavo::SessionBus bus(tavo::sessionBusAddress());
     const tavo::StartEnvironment environment = tavo::StartEnvironment::capture();
     tavo::OpeningSettings settings{.mainQueue = queue,
                                    .environment = environment,
+                                   .bus = bus,
                                    .applicationFolders = {},
                                    .userTime = {},
                                    .patience = std::chrono::milliseconds(1),

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "tests/contracts/DesktopSettingsContract.h"
@@ -47,7 +48,8 @@ public:
 
     // Without a portal on the bus, unless it was put there.
     DesktopSettings& make() {
-        settings_ = makePortalDesktopSettings(queue, sessionBusAddress());
+        sessionBus_ = std::make_unique<SessionBus>(sessionBusAddress());
+        settings_ = makePortalDesktopSettings(*sessionBus_, queue);
         return *settings_;
     }
 
@@ -72,6 +74,7 @@ public:
     ManualMainQueue queue;
 
 private:
+    std::unique_ptr<SessionBus> sessionBus_;
     std::unique_ptr<DesktopSettings> settings_;
 };
 
@@ -200,7 +203,7 @@ TEST_F(PortalDesktopSettingsTest, a_portal_that_comes_later_or_anew_is_asked_the
     EXPECT_EQ(settings.preferences().iconTheme, "Adwaita");
 }
 
-TEST_F(PortalDesktopSettingsTest, a_portal_that_is_slow_holds_nobody_up) {
+TEST_F(PortalDesktopSettingsTest, a_portal_that_is_slow_delays_nothing) {
     world_.choose({ColorScheme::Dark, false, ""});
     world_.portal.enter();
     world_.portal.holdAnswers();
@@ -244,7 +247,7 @@ TEST_F(PortalDesktopSettingsTest, losing_the_bus_leaves_what_was_known) {
               (DesktopPreferences{ColorScheme::Dark, false, "Papirus"}));
 }
 
-TEST_F(PortalDesktopSettingsTest, a_bus_that_stands_still_holds_nobody_up) {
+TEST_F(PortalDesktopSettingsTest, a_bus_that_is_stopped_delays_nothing) {
     const pid_t daemon = world_.bus.process();
     ::kill(daemon, SIGSTOP);
     world_.make().awaitFirstAnswer(milliseconds(1));
@@ -253,18 +256,16 @@ TEST_F(PortalDesktopSettingsTest, a_bus_that_stands_still_holds_nobody_up) {
     ::kill(daemon, SIGCONT);
 }
 
-TEST_F(PortalDesktopSettingsTest, a_bus_that_answers_late_and_that_libraries_do_not_find_is_asked) {
+TEST_F(PortalDesktopSettingsTest, a_bus_that_answers_late_is_asked_then) {
     world_.choose({ColorScheme::Dark, false, ""});
     world_.portal.enter();
     ::kill(world_.bus.process(), SIGSTOP);
-    const std::string address = sessionBusAddress();
-    const Variable libraries("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
-    const auto settings = makePortalDesktopSettings(world_.queue, address);
-    settings->awaitFirstAnswer(milliseconds(1));
-    EXPECT_EQ(settings->preferences(), DesktopPreferences());
+    DesktopSettings& settings = world_.make();
+    settings.awaitFirstAnswer(milliseconds(1));
+    EXPECT_EQ(settings.preferences(), DesktopPreferences());
     ::kill(world_.bus.process(), SIGCONT);
-    EXPECT_TRUE(world_.eventually(
-        [&] { return settings->preferences().colorScheme == ColorScheme::Dark; }));
+    EXPECT_TRUE(
+        world_.eventually([&] { return settings.preferences().colorScheme == ColorScheme::Dark; }));
 }
 
 TEST(PortalDesktopSettings, without_a_bus_nothing_is_known_at_once) {
@@ -273,19 +274,21 @@ TEST(PortalDesktopSettings, without_a_bus_nothing_is_known_at_once) {
         SCOPED_TRACE(address);
         const Variable bus("DBUS_SESSION_BUS_ADDRESS", address);
         const Variable runtime("XDG_RUNTIME_DIR", "/nonexistent");
-        const auto settings = makePortalDesktopSettings(queue, sessionBusAddress());
+        SessionBus sessionBus(sessionBusAddress());
+        const auto settings = makePortalDesktopSettings(sessionBus, queue);
         settings->awaitFirstAnswer(kPatience);
         EXPECT_EQ(settings->preferences(), DesktopPreferences());
     }
     EXPECT_TRUE(processes::children().empty()) << "a bus was started";
 }
 
-TEST(PortalDesktopSettings, a_bus_that_never_speaks_holds_nobody_up) {
+TEST(PortalDesktopSettings, a_bus_that_never_answers_delays_nothing) {
     const Folder folder;
     const SilentSocket silent(folder.path("bus"));
     const Variable bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.path("bus"));
     ManualMainQueue queue;
-    const auto settings = makePortalDesktopSettings(queue, sessionBusAddress());
+    SessionBus sessionBus(sessionBusAddress());
+    const auto settings = makePortalDesktopSettings(sessionBus, queue);
     settings->awaitFirstAnswer(milliseconds(1));
     EXPECT_EQ(settings->preferences(), DesktopPreferences());
 }

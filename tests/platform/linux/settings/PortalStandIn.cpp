@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/dbus/BusDaemonCalls.h"
+#include "platform/linux/dbus/BusCalls.h"
 
 namespace tavo {
 namespace {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/tray/StatusNotifierItem.h"
 #include "tests/platform/linux/fixtures/PanelStandIn.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
@@ -27,24 +28,22 @@ StatusItemContent someItem() {
                      {.text = "Quit", .controlKey = "q"}}};
 }
 
-// The item as it runs in the program: on a thread with an event loop and a connection of its own.
-class NotifierItemTest : public testing::Test {
+class StatusNotifierItemTest : public testing::Test {
 protected:
-    NotifierItemTest() : bus_(folder_), ours_(std::make_unique<Client>(address())) {
+    StatusNotifierItemTest() : bus_(folder_), sessionBus_(address()) {
         onThread([this] {
             item_ = std::make_unique<StatusNotifierItem>(
-                someItem(),
+                sessionBus_, someItem(),
                 [this](const StatusItemClick& click) {
                     const std::lock_guard lock(mutex_);
                     clicks_.push_back(click);
                     changed_.notify_all();
                 },
                 [this] { return now_; });
-            item_->follow(ours_->bus());
         });
     }
 
-    ~NotifierItemTest() override { dropItem(); }
+    ~StatusNotifierItemTest() override { dropItem(); }
 
     void pass(std::chrono::milliseconds time) {
         onThread([this, time] { now_ += time; });
@@ -56,7 +55,7 @@ protected:
 
     std::string address() const { return "unix:path=" + folder_.path("bus"); }
 
-    void onThread(const std::function<void()>& job) { thread_.postAndWait(job); }
+    void onThread(const std::function<void()>& job) { sessionBus_.thread().postAndWait(job); }
 
     std::optional<StatusItemClick> awaitClick() {
         std::unique_lock lock(mutex_);
@@ -75,13 +74,12 @@ protected:
 
     processes::Folder folder_;
     processes::PrivateBus bus_;
-    std::unique_ptr<Client> ours_;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<StatusItemClick> clicks_;
-    StatusNotifierItem::Clock::time_point now_;  // the item's thread's
+    StatusNotifierItem::Clock::time_point now_;  // the bus thread's, as the item is
     std::unique_ptr<StatusNotifierItem> item_;
-    GLibThread thread_;  // the last member: it uses the others
+    SessionBus sessionBus_;
 };
 
 // What a panel does with the item that has registered with it.
@@ -112,7 +110,7 @@ struct Shown {
     std::string menu;
 };
 
-TEST_F(NotifierItemTest, registers_with_each_panel_that_comes) {
+TEST_F(StatusNotifierItemTest, registers_with_each_panel_that_comes) {
     std::string name;
     for (int round = 0; round < 3; ++round) {
         PanelStandIn panel(address());
@@ -122,18 +120,18 @@ TEST_F(NotifierItemTest, registers_with_each_panel_that_comes) {
     }
 }
 
-TEST_F(NotifierItemTest, is_gone_for_panels_when_it_ends_and_a_new_one_has_another_name) {
+TEST_F(StatusNotifierItemTest, is_gone_for_panels_when_it_ends_and_a_new_one_has_another_name) {
     PanelStandIn panel(address());
     const std::string name = panel.awaitItem();
     dropItem();
-    // Asked over the connection that gave the name up, and so after that.
-    const Variant owned = ours_->call(kBusName, kBusPath, kBusName, "NameHasOwner",
-                                      g_variant_new("(s)", name.c_str()));
-    ASSERT_TRUE(owned);
-    EXPECT_EQ(Client::text(owned.get()), "(false,)");
+    EXPECT_TRUE(processes::becomesTrue([&] {
+        const Variant owned = panel.client().call(kBusName, kBusPath, kBusName, "NameHasOwner",
+                                                  g_variant_new("(s)", name.c_str()));
+        return owned && Client::text(owned.get()) == "(false,)";
+    }));
     onThread([this] {
-        item_ = std::make_unique<StatusNotifierItem>(someItem(), [](const StatusItemClick&) {});
-        item_->follow(ours_->bus());
+        item_ = std::make_unique<StatusNotifierItem>(sessionBus_, someItem(),
+                                                     [](const StatusItemClick&) {});
     });
     EXPECT_NE(panel.awaitItem(2), name);
 }
@@ -143,7 +141,7 @@ struct Property {
     const char* value;
 };
 
-TEST_F(NotifierItemTest, tells_panels_what_it_is) {
+TEST_F(StatusNotifierItemTest, tells_panels_what_it_is) {
     PanelStandIn panel(address());
     const Shown item(panel);
     const Property kProperties[] = {
@@ -163,7 +161,7 @@ TEST_F(NotifierItemTest, tells_panels_what_it_is) {
     EXPECT_EQ(item.property("Nonsense"), "");
 }
 
-TEST_F(NotifierItemTest, gives_its_images_as_alpha_red_green_blue) {
+TEST_F(StatusNotifierItemTest, gives_its_images_as_alpha_red_green_blue) {
     PanelStandIn panel(address());
     EXPECT_EQ(Shown(panel).property("IconPixmap"),
               "(<[(1, 1, [byte 0x80, 0xff, 0x40, 0x20]), "
@@ -171,7 +169,7 @@ TEST_F(NotifierItemTest, gives_its_images_as_alpha_red_green_blue) {
               "0x00, 0x00, 0x00, 0x00, 0xff, 0xff, 0xff, 0xff])]>,)");
 }
 
-TEST_F(NotifierItemTest, tells_of_other_images) {
+TEST_F(StatusNotifierItemTest, tells_of_other_images) {
     PanelStandIn panel(address());
     const Shown item(panel);
     GMainContext* const context = g_main_context_new();
@@ -194,7 +192,7 @@ TEST_F(NotifierItemTest, tells_of_other_images) {
     g_main_context_unref(context);
 }
 
-TEST_F(NotifierItemTest, a_click_has_the_token_that_came_before_it_and_the_next_has_none) {
+TEST_F(StatusNotifierItemTest, a_click_has_the_token_that_came_before_it_and_the_next_has_none) {
     PanelStandIn panel(address());
     const Shown item(panel);
     EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "old")));
@@ -205,7 +203,8 @@ TEST_F(NotifierItemTest, a_click_has_the_token_that_came_before_it_and_the_next_
     EXPECT_EQ(awaitClick(), (StatusItemClick{.entry = {}, .request = {}}));
 }
 
-TEST_F(NotifierItemTest, a_token_holds_for_the_click_that_follows_within_seconds_and_no_later_one) {
+TEST_F(StatusNotifierItemTest,
+       a_token_holds_for_the_click_that_follows_within_seconds_and_no_later_one) {
     PanelStandIn panel(address());
     const Shown item(panel);
     for (const auto& [pause, token] : {std::pair(std::chrono::milliseconds(4900), "token"),
@@ -220,18 +219,20 @@ TEST_F(NotifierItemTest, a_token_holds_for_the_click_that_follows_within_seconds
     }
 }
 
-TEST_F(NotifierItemTest, a_token_is_forgotten_when_the_item_leaves_its_bus) {
+TEST_F(StatusNotifierItemTest, a_token_is_forgotten_when_the_bus_is_lost) {
     {
         PanelStandIn panel(address());
         EXPECT_TRUE(Shown(panel).call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
     }
-    onThread([this] { item_->follow(ours_->bus()); });
+    bus_.end();
+    std::filesystem::remove(folder_.path("bus"));
+    const processes::PrivateBus next(folder_);
     PanelStandIn panel(address());
     EXPECT_TRUE(Shown(panel).call("Activate", g_variant_new("(ii)", 0, 0)));
     EXPECT_EQ(awaitClick(), StatusItemClick{});
 }
 
-TEST_F(NotifierItemTest, a_token_that_no_compositor_makes_counts_for_nothing) {
+TEST_F(StatusNotifierItemTest, a_token_that_no_compositor_makes_counts_for_nothing) {
     PanelStandIn panel(address());
     const Shown item(panel);
     const std::string huge(100000, 'x');
@@ -240,7 +241,7 @@ TEST_F(NotifierItemTest, a_token_that_no_compositor_makes_counts_for_nothing) {
     EXPECT_EQ(awaitClick(), StatusItemClick{});
 }
 
-TEST_F(NotifierItemTest, the_wheel_and_the_asking_for_a_menu_are_no_clicks) {
+TEST_F(StatusNotifierItemTest, the_wheel_and_the_asking_for_a_menu_are_no_clicks) {
     PanelStandIn panel(address());
     const Shown item(panel);
     EXPECT_TRUE(item.call("Scroll", g_variant_new("(is)", 120, "vertical")));
@@ -248,7 +249,7 @@ TEST_F(NotifierItemTest, the_wheel_and_the_asking_for_a_menu_are_no_clicks) {
     EXPECT_EQ(clicks(), 0U);
 }
 
-TEST_F(NotifierItemTest, the_menu_has_its_entries_in_order_with_divider_and_shortcut) {
+TEST_F(StatusNotifierItemTest, the_menu_has_its_entries_in_order_with_divider_and_shortcut) {
     PanelStandIn panel(address());
     EXPECT_EQ(Shown(panel).ask("GetLayout", "(0, -1, @as [])"),
               "(1, (0, {'children-display': <'submenu'>}, "
@@ -265,7 +266,7 @@ struct Question {
     const char* answer;
 };
 
-TEST_F(NotifierItemTest, the_menu_answers_for_parts_of_itself) {
+TEST_F(StatusNotifierItemTest, the_menu_answers_for_parts_of_itself) {
     PanelStandIn panel(address());
     const Shown item(panel);
     const Question kQuestions[] = {
@@ -294,7 +295,7 @@ TEST_F(NotifierItemTest, the_menu_answers_for_parts_of_itself) {
     }
 }
 
-TEST_F(NotifierItemTest, an_entry_is_chosen_by_a_click_on_it_and_by_nothing_else) {
+TEST_F(StatusNotifierItemTest, an_entry_is_chosen_by_a_click_on_it_and_by_nothing_else) {
     PanelStandIn panel(address());
     const Shown item(panel);
     EXPECT_NE(item.ask("Event", "(0, 'opened', <''>, uint32 0)"), "");
@@ -310,7 +311,7 @@ TEST_F(NotifierItemTest, an_entry_is_chosen_by_a_click_on_it_and_by_nothing_else
     EXPECT_EQ(clicks(), 0U);
 }
 
-TEST_F(NotifierItemTest, the_token_goes_with_a_chosen_entry_as_well) {
+TEST_F(StatusNotifierItemTest, the_token_goes_with_a_chosen_entry_as_well) {
     PanelStandIn panel(address());
     const Shown item(panel);
     EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
@@ -318,7 +319,7 @@ TEST_F(NotifierItemTest, the_token_goes_with_a_chosen_entry_as_well) {
     EXPECT_EQ(awaitClick(), (StatusItemClick{.entry = 0, .request = {"", "token"}}));
 }
 
-TEST_F(NotifierItemTest, calls_that_make_no_sense_are_refused_and_change_nothing) {
+TEST_F(StatusNotifierItemTest, calls_that_make_no_sense_are_refused_and_change_nothing) {
     PanelStandIn panel(address());
     const Shown item(panel);
     const Question kCalls[] = {

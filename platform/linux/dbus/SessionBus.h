@@ -1,0 +1,96 @@
+// The program's one connection to the session bus, and the GLib thread that serves it.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <list>
+#include <string>
+
+#include <gio/gio.h>
+
+#include "platform/linux/dbus/BusCalls.h"
+#include "platform/linux/dbus/GLibPointers.h"
+#include "platform/linux/dbus/GLibThread.h"
+#include "platform/posix/FileDescriptor.h"
+#include "support/Signal.h"
+
+namespace tavo {
+
+// A private connection, made at once and made anew when the bus returns. GLib's shared one would
+// end the program together with the bus. Nothing polls: where the bus has a socket file, inotify
+// tells of its return.
+//
+// Constructor, destructor and thread() are for the main thread, all else is for the bus thread.
+// Parts that follow the bus end before this does.
+class SessionBus {
+public:
+    // `address` as sessionBusAddress() gives it; "" for no bus.
+    explicit SessionBus(std::string address);
+    SessionBus(const SessionBus&) = delete;
+    SessionBus& operator=(const SessionBus&) = delete;
+    // Takes 0.4 seconds at most, even if the bus does not react.
+    ~SessionBus();
+
+    // Lives as long as this. Connections deliver answers and signals in its GMainContext.
+    [[nodiscard]] GLibThread& thread() { return thread_; }
+
+    // `changed` is called with each new connection, and with null when there turns out to be none
+    // and when it is lost: inside this call with what is known already, later until the
+    // subscription ends.
+    [[nodiscard]] Subscription follow(std::function<void(GDBusConnection*)> changed);
+
+    // Null while there is none.
+    [[nodiscard]] GDBusConnection* connection() const { return bus_.get(); }
+
+    enum class State { connected, none, silent };
+
+    // Asks whether the bus reacts, and connects first if need be. `answered` is called once, within
+    // `patience` and perhaps inside this call: with `silent` when the bus has left the question
+    // unanswered for so long. Patience counts from the first unanswered question, so that a bus
+    // which stands still is waited for once. Not called when this ends first.
+    void ask(std::chrono::milliseconds patience, std::function<void(State)> answered);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Question {
+        std::function<void(State)> answered;
+        ScopedSource late;
+    };
+
+    static void connected(GObject* source, GAsyncResult* result, gpointer data);
+    static void closed(GDBusConnection* bus, gboolean vanished, GError* error, gpointer data);
+
+    void attempt();
+    void use(GObjectPointer<GDBusConnection> bus);
+    void ping();
+    void announce();
+    void answerQuestions();
+    void watchSocketFile();
+    void readSocketEvents();
+    void tryAgainSoon();
+    void leave();
+
+    const std::string address_;
+    const GObjectPointer<GCancellable> cancellable_;
+    GObjectPointer<GDBusConnection> bus_;
+    gulong closedHandler_ = 0;
+    bool known_;  // whether there is a bus
+    bool attempting_ = false;
+    bool leaving_ = false;
+    Signal<GDBusConnection*> changed_;
+
+    bool asking_ = false;  // an attempt or a ping, of this time
+    Clock::time_point asked_;
+    std::list<Question> questions_;
+    BusCalls calls_;
+
+    FileDescriptor folder_;  // inotify, of the folder that the socket file is in
+    ScopedSource folderChanges_;
+    ScopedSource retry_;
+    int triesLeft_ = 0;
+
+    GLibThread thread_;  // the last member: it uses the others
+};
+
+}  // namespace tavo

@@ -1,0 +1,67 @@
+// What the openings of one workspace have on the bus thread: timers, children and bus calls.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <sys/types.h>
+
+#include "platform/linux/dbus/BusCalls.h"
+#include "platform/linux/dbus/SessionBus.h"
+
+namespace tavo {
+
+class OpeningThread {
+public:
+    // `bus` outlives this.
+    explicit OpeningThread(SessionBus& bus) : bus_(bus) {}
+    OpeningThread(const OpeningThread&) = delete;
+    OpeningThread& operator=(const OpeningThread&) = delete;
+    // Waits for the jobs posted so far, then ends children's watches and calls. Not on the bus
+    // thread.
+    ~OpeningThread();
+
+    // Any thread.
+    void post(std::function<void()> job) { bus_.thread().post(std::move(job)); }
+
+    // What follows is for the bus thread.
+
+    [[nodiscard]] ScopedSource after(std::chrono::milliseconds delay,
+                                     std::function<void()> callback) {
+        return bus_.thread().after(delay, std::move(callback));
+    }
+
+    // Reaps the child `process` when it ends, and then tells how (a status as waitpid gives it;
+    // none when the system reaped it first, because SIGCHLD is ignored); that may be inside the
+    // call. Should the system refuse a pidfd, the child is reaped at one of the next calls, and
+    // nothing is told. Of a process that is no child of ours the end alone is told. Of several
+    // watches of one process the last one counts.
+    void watchChild(pid_t process, std::function<void(std::optional<int> status)> ended);
+
+    // As SessionBus does; not answered once this has ended.
+    void askBus(std::chrono::milliseconds patience,
+                std::function<void(SessionBus::State)> answered);
+
+    // Null while there is none.
+    [[nodiscard]] GDBusConnection* connection() { return bus_.connection(); }
+
+    // They end with this.
+    [[nodiscard]] BusCalls& calls() { return *calls_; }
+
+private:
+    struct Child;
+
+    void childReadable(pid_t process);
+    void reapUnwatched();
+
+    SessionBus& bus_;
+    std::shared_ptr<BusCalls> calls_ = std::make_shared<BusCalls>();
+    std::map<pid_t, std::shared_ptr<Child>> children_;
+    std::vector<pid_t> unwatched_;
+};
+
+}  // namespace tavo

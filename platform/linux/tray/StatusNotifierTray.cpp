@@ -1,0 +1,59 @@
+#include "platform/linux/tray/StatusNotifierTray.h"
+
+#include <utility>
+
+#include "platform/linux/dbus/SessionBus.h"
+#include "platform/linux/tray/StatusNotifierItem.h"
+#include "platform/linux/tray/StatusNotifierWatch.h"
+
+namespace tavo {
+
+StatusNotifierTray::StatusNotifierTray(SessionBus& bus, MainQueue& mainQueue)
+    : bus_(bus), poster_(mainQueue) {
+    bus_.thread().post([this] {
+        watch_ = std::make_unique<StatusNotifierWatch>(
+            bus_, StatusNotifierWatch::Events{
+                      .host = [this](bool host) { poster_.post([this, host] { setHost(host); }); },
+                      .process =
+                          [this](pid_t process) {
+                              poster_.post([this, process] { process_ = process; });
+                          }});
+    });
+}
+
+StatusNotifierTray::~StatusNotifierTray() {
+    bus_.thread().postAndWait([this] {
+        item_.reset();
+        watch_.reset();
+    });
+}
+
+void StatusNotifierTray::setHost(bool host) {
+    if (std::exchange(host_, host) != host) {
+        changed.emit();
+    }
+}
+
+void StatusNotifierTray::offer(StatusItemContent item) {
+    bus_.thread().post([this, item = std::move(item)]() mutable {
+        item_.reset();
+        item_ = std::make_unique<StatusNotifierItem>(
+            bus_, std::move(item), [this](const StatusItemClick& click) {
+                poster_.post([this, click] { clicked.emit(click); });
+            });
+    });
+}
+
+void StatusNotifierTray::withdraw() {
+    bus_.thread().post([this] { item_.reset(); });
+}
+
+void StatusNotifierTray::repaint(std::vector<StatusItemImage> images) {
+    bus_.thread().post([this, images = std::move(images)]() mutable {
+        if (item_) {
+            item_->repaint(std::move(images));
+        }
+    });
+}
+
+}  // namespace tavo

@@ -1,0 +1,49 @@
+#include <gtest/gtest.h>
+
+#include "platform/linux/dbus/SessionBusAddress.h"
+#include "tests/platform/linux/fixtures/PrivateBus.h"
+#include "tests/platform/linux/fixtures/SilentSocket.h"
+
+namespace tavo {
+namespace {
+
+struct Address {
+    std::string name;
+    std::string address;
+    std::string file;
+};
+
+class SocketFile : public testing::TestWithParam<Address> {};
+
+TEST_P(SocketFile, of_an_address_is_the_first_path_in_it) {
+    SCOPED_TRACE(GetParam().name);
+    EXPECT_EQ(socketFileOf(GetParam().address), GetParam().file);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Addresses, SocketFile,
+    testing::Values(Address{"none", "", ""}, Address{"a path", "unix:path=/run/bus", "/run/bus"},
+                    Address{"a path and an id", "unix:path=/run/bus,guid=0af", "/run/bus"},
+                    Address{"an id before", "unix:guid=0af,path=/run/bus", "/run/bus"},
+                    Address{"escaped", "unix:path=/run/b%20s", "/run/b s"},
+                    Address{"badly escaped", "unix:path=/run/%zz", ""},
+                    Address{"abstract", "unix:abstract=/tmp/bus", ""},
+                    Address{"another transport", "tcp:host=localhost,port=1", ""},
+                    Address{"two addresses", "unix:path=/a;unix:path=/b", "/a"}));
+
+TEST(BusAnswers, is_true_for_a_running_bus_and_where_there_is_no_socket_file) {
+    const processes::Folder folder;
+    const processes::PrivateBus bus(folder);
+    EXPECT_TRUE(busAnswers("unix:path=" + folder.path("bus")));
+    EXPECT_TRUE(busAnswers("unix:abstract=nowhere"));
+    EXPECT_TRUE(busAnswers("unix:path=" + folder.path("gone")));
+}
+
+TEST(BusAnswers, is_false_for_a_socket_that_stays_silent) {
+    const processes::Folder folder;
+    const processes::SilentSocket silent(folder.path("bus"));
+    EXPECT_FALSE(busAnswers("unix:path=" + folder.path("bus")));
+}
+
+}  // namespace
+}  // namespace tavo
