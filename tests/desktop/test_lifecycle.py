@@ -129,6 +129,25 @@ class Missing(DesktopTest):
         return subprocess.Popen([PROGRAM], env={**environment, variable: display},
                                 stderr=subprocess.PIPE, text=True, preexec_fn=_end_with_parent)
 
+    def test_where_a_platform_plugin_is_missing_qt_says_so_itself_before_the_line(self):
+        nothing = self.desktop.folder / "nothing"
+        nothing.mkdir()
+        for what, environment in (
+                ("a platform of no plugin", {"QT_QPA_PLATFORM": "nonsense"}),
+                ("a folder of no plugins", {"QT_QPA_PLATFORM_PLUGIN_PATH": str(nothing),
+                                            "QT_PLUGIN_PATH": str(nothing),
+                                            "QT_QPA_PLATFORM": "nonsense"}),
+                ("a plugin missing, and no display", {"QT_QPA_PLATFORM": "nonsense;xcb",
+                                                      "DISPLAY": ":987"})):
+            with self.subTest(what):
+                done = self.start(**environment)
+                self.assertEqual(done.returncode, 1)
+                self.assertIn('Could not find the Qt platform plugin "nonsense"', done.stderr)
+                self.assertIn("no Qt platform plugin could be initialized", done.stderr)
+                last = done.stderr.splitlines()[-1]
+                self.assertTrue(last.startswith("tavolauncher: no display could be opened "), last)
+                self.assertIn(f"QT_QPA_PLATFORM={environment['QT_QPA_PLATFORM']}", last)
+
     def test_what_the_toolkit_says_while_it_comes_up_is_said_all_the_same(self):
         """Without a runtime folder it says where it puts its own files."""
         nothing = self.desktop.folder / "nothing"
