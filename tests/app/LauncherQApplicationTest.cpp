@@ -10,7 +10,7 @@
 namespace tavo {
 namespace {
 
-// Like the launcher's own, whose closing is not the program's.
+// Refuses to be closed, as the launcher window does.
 class UnwillingWindow final : public QWidget {
 protected:
     void closeEvent(QCloseEvent* event) override { event->ignore(); }
@@ -34,7 +34,7 @@ TEST(LauncherQApplication, goes_on_when_its_last_window_is_closed) {
     QWidget window;
     window.show();
     QTimer::singleShot(0, &window, [&window] { window.close(); });
-    // A toolkit that ended the program then would have done it in the turn of the loop after.
+    // Qt's quit for the last window would come in the next turn of the event loop.
     QTimer::singleShot(100, qApp, [] { QCoreApplication::exit(3); });
     EXPECT_EQ(QCoreApplication::exec(), 3);
 }

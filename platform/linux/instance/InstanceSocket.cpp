@@ -26,11 +26,11 @@ constexpr int kWaiting = 64;
 constexpr std::size_t kLongestToken = 1024;
 constexpr std::chrono::milliseconds kBetweenTries{1};
 
-// What the first says.
+// The answers of the first, a byte each.
 constexpr char kTaken = 1;
 constexpr char kStarting = 2;
 
-// A folder is to be trusted when nobody but this user can put a socket into it.
+// Invalid unless this user owns the folder and no other user can put a socket into it.
 FileDescriptor openOwn(const std::string& folder) {
     if (!folder.starts_with('/')) {
         return {};
@@ -44,7 +44,7 @@ FileDescriptor openOwn(const std::string& folder) {
     return opened;
 }
 
-// By way of the open folder, whose own path may be longer than a socket's address.
+// Through /proc/self/fd, because the folder's own path may be too long for sockaddr_un.
 sockaddr_un addressIn(int folder) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -67,17 +67,17 @@ FileDescriptor makeSocket() {
 std::string messageOf(const StartRequest& request) {
     std::string message;
     for (const std::string* const token : {&request.startupId, &request.activationToken}) {
-        // No desktop gives such a long one.
+        // Longer ones are left out: no desktop makes them.
         message += token->size() <= kLongestToken ? *token : std::string();
         message += '\0';
     }
     return message;
 }
 
-enum class HandOver : std::uint8_t { NobodyThere, GivenUp, Done };
+enum class HandOver : std::uint8_t { NotThere, GivenUp, Done };
 
-// What the first says within `patience`; nothing for one that has gone, absent for one that is
-// silent.
+// The answer of the first: "" when it closed the connection, absent when it did not answer within
+// `patience`.
 std::optional<std::string> hear(int socket, std::chrono::milliseconds patience) {
     pollfd wait = {.fd = socket, .events = POLLIN, .revents = 0};
     if (::poll(&wait, 1, static_cast<int>(patience.count())) == 0) {
@@ -92,11 +92,11 @@ HandOver handOver(int folder, const StartRequest& request, const InstancePatienc
     const sockaddr_un address = addressIn(folder);
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         !ownPeer(socket.get())) {
-        return HandOver::NobodyThere;
+        return HandOver::NotThere;
     }
     const std::string message = messageOf(request);
     if (::send(socket.get(), message.data(), message.size(), MSG_NOSIGNAL) < 0) {
-        return HandOver::NobodyThere;
+        return HandOver::NotThere;
     }
     auto said = hear(socket.get(), patience.answer);
     const bool starting = said == std::string(1, kStarting);
@@ -106,15 +106,15 @@ HandOver handOver(int folder, const StartRequest& request, const InstancePatienc
     if (!said || *said == std::string(1, kTaken)) {
         return HandOver::Done;
     }
-    return starting ? HandOver::GivenUp : HandOver::NobodyThere;
+    return starting ? HandOver::GivenUp : HandOver::NotThere;
 }
 
-// One that has gone meanwhile need not hear it.
+// Fails for a start that has ended meanwhile, which needs no answer.
 void say(int connection, char what) {
     [[maybe_unused]] const ssize_t sent = ::send(connection, &what, 1, MSG_NOSIGNAL);
 }
 
-// With the lock held, so that nobody else does it.
+// Called with the lock held, so that no other start does the same.
 FileDescriptor bindIn(int folder) {
     ::unlinkat(folder, kSocket, 0);
     FileDescriptor socket = makeSocket();
@@ -154,7 +154,7 @@ InstanceClaimed claimIn(FileDescriptor folder, const StartRequest& request,
             return {};
         }
         if (done == HandOver::GivenUp) {
-            // Somebody else who waited for it has been quicker.
+            // Another start that waited for the same one has taken its place.
             end = std::chrono::steady_clock::now() + patience.silence;
         }
         std::this_thread::sleep_for(kBetweenTries);
@@ -168,14 +168,14 @@ InstanceSocket::InstanceSocket(FileDescriptor folder, FileDescriptor lock, FileD
     : folder_(std::move(folder)), lock_(std::move(lock)), listener_(std::move(listener)) {}
 
 InstanceSocket::~InstanceSocket() {
-    // The lock goes last: until then nobody else's socket can be there.
+    // The lock is released last, so the socket file that is removed is this process's.
     ::unlinkat(folder_.get(), kSocket, 0);
     listener_.close();
     lock_.close();
 }
 
 void InstanceSocket::listen() const {
-    // Nothing that could fail is left after the socket has got its address.
+    // Cannot fail once bind() has succeeded.
     ::listen(listener_.get(), kWaiting);
 }
 

@@ -1,10 +1,10 @@
-// The quick road from a second start of the program to the first: a socket that needs no bus.
+// The socket by which a second start of the program reaches the first, without a bus.
 //
-// It is looked for before anything else is loaded, so this file needs the C++ library alone.
+// A start uses it before anything else is loaded, so this file needs the C++ library alone.
 //
-// The first start holds an advisory lock on a file in a folder that only this user may write, and
-// listens on a socket beside it as soon as it can answer. The lock goes with the process, however
-// that ends, so a socket that was left behind misleads nobody.
+// The first start holds an advisory lock (flock) on a file in a folder that only this user may
+// write, and listens on a socket beside it as soon as it can answer. The kernel releases the lock
+// however the process ends, so a socket file without a lock counts for nothing.
 #pragma once
 
 #include <chrono>
@@ -20,7 +20,7 @@ namespace tavo {
 
 class StartEnvironment;
 
-// What it takes to be the first. The socket goes with it.
+// The place of the first start: the lock and the socket, which are removed when this ends.
 class InstanceSocket {
 public:
     InstanceSocket(FileDescriptor folder, FileDescriptor lock, FileDescriptor listener);
@@ -28,14 +28,15 @@ public:
     InstanceSocket& operator=(const InstanceSocket&) = delete;
     ~InstanceSocket();
 
-    // Once: until then other starts wait.
+    // Called once. Until then other starts wait.
     void listen() const;
 
-    // For those who wait for it to become readable.
+    // The listening descriptor: readable when a start has connected.
     [[nodiscard]] int listener() const { return listener_.get(); }
 
-    // A start that wants to hand over, or an invalid descriptor when none is left or it is another
-    // user's. Its message is there as soon as the descriptor is readable.
+    // The connection of a start that wants to hand over. Invalid when there is none, when it is
+    // another user's, and when this process has no descriptor left. Its request can be read as soon
+    // as it is readable.
     [[nodiscard]] FileDescriptor accept() const;
 
 private:
@@ -44,23 +45,23 @@ private:
     FileDescriptor listener_;
 };
 
-// What the start at the other end asks; absent when that makes no sense.
+// The request of the start at the other end; absent when it is malformed.
 [[nodiscard]] std::optional<StartRequest> readStartRequest(int connection);
 
-// Tells the start at the other end to stay: whether this process will show a window is not certain
+// Tells the start at the other end to wait: whether this process will show a window is not certain
 // yet.
 void holdStartRequest(int connection);
 
-// Tells the start at the other end that its work is done. One that finds the connection closed
-// without it tries to become the first itself.
+// Tells the start at the other end that it may end. A start whose connection closes without that
+// tries to become the first itself.
 void confirmStartRequest(int connection);
 
 enum class InstanceClaim : std::uint8_t {
-    First,       // this process; it has the socket, and is to listen soon
-    HandedOver,  // the request has reached the first, or lies where that will find it
-    NoAnswer,    // somebody holds the lock without listening, for longer than starting or ending
-                 // takes
-    Impossible,  // there is no folder to trust and to write to
+    First,       // this process is the first; it has the socket, and calls listen() soon
+    HandedOver,  // the first has the request, or will find it in the socket when it goes on
+    NoAnswer,    // another process holds the lock without listening, for longer than starting or
+                 // ending takes
+    Impossible,  // there is no folder that is this user's alone and can be written to
 };
 
 struct InstanceClaimed {
@@ -68,30 +69,30 @@ struct InstanceClaimed {
     std::unique_ptr<InstanceSocket> socket;
 };
 
-// Where the socket may be.
+// The folders in which the socket may be, in order of preference.
 struct InstancePlaces {
     std::string runtimeFolder;    // XDG_RUNTIME_DIR, or ""; used when it is this user's alone and
                                   // can be written to
-    std::string temporaryFolder;  // else one of this user's in it
+    std::string temporaryFolder;  // else a folder of this user is made in it
 
-    // A TMPDIR that depends on where the program is started is none.
+    // A relative TMPDIR does not count: it depends on where the program is started.
     static InstancePlaces in(const StartEnvironment& environment);
 };
 
-// How long the first is waited for.
+// How long a start waits for the first.
 struct InstancePatience {
-    // For its first word. It says something at once, whatever else it is doing; one that is
-    // stopped finds the request when it goes on.
+    // For its first answer, which comes at once whatever it is doing. A first that is stopped
+    // (SIGSTOP) finds the request when it goes on.
     std::chrono::milliseconds answer = std::chrono::milliseconds(250);
-    // For its second, when the first was that it is starting: such a one ends sooner than this if
-    // its display does not answer.
+    // For its second answer, after holdStartRequest(). If its display does not answer, it ends
+    // sooner than this.
     std::chrono::milliseconds start = std::chrono::seconds(15);
-    // While it does not listen: it is being loaded, perhaps from a slow disk, or about to end.
+    // While it does not listen, because it is being loaded from a slow disk or about to end.
     std::chrono::milliseconds silence = std::chrono::seconds(10);
 };
 
-// Either claims the place of the first or hands the request over to it. No path counts unless it
-// is absolute. Any thread.
+// Either claims the place of the first or hands the request over to it. Relative paths do not
+// count. Any thread.
 [[nodiscard]] InstanceClaimed claimInstance(const InstancePlaces& places,
                                             const StartRequest& request,
                                             const InstancePatience& patience = {});

@@ -60,12 +60,12 @@ void superviseProgram(OpeningThread& thread, const ApplicationStart& start,
         moveToScope(thread, start.identifier, process);
         return;
     }
-    thread.askBus(kScopePatience, [&thread, runs, identifier = start.identifier,
-                                   process](SessionBus::State state) {
-        if (*runs && state == SessionBus::State::connected) {
-            moveToScope(thread, identifier, process);
-        }
-    });
+    thread.askBus(kScopePatience,
+                  [&thread, runs, identifier = start.identifier, process](SessionBus::State state) {
+                      if (*runs && state == SessionBus::State::connected) {
+                          moveToScope(thread, identifier, process);
+                      }
+                  });
 }
 
 // Tells an X11 desktop of the start (Startup Notification), if the entry wants that. Its end is
@@ -95,7 +95,8 @@ void watchProgram(OpeningThread& thread, const ApplicationStart& start, const st
                      [watch](std::optional<int> status) { judge(*watch, status); });
 }
 
-void startBundle(OpeningThread& thread, const ApplicationStart& start, const std::string& executable) {
+void startBundle(OpeningThread& thread, const ApplicationStart& start,
+                 const std::string& executable) {
     ProgramStart program;
     program.executable = executable;
     program.environment = start.environment;
@@ -151,10 +152,11 @@ void startCommand(OpeningThread& thread, const ApplicationStart& start, const st
     watchProgram(thread, start, name, process);
 }
 
-void startEntry(OpeningThread& thread, const ApplicationStart& start, const ExecutableLookup& lookup,
+void startEntry(OpeningThread& thread, const ApplicationStart& start,
                 const ProgramToStart& program) {
     std::vector<std::string> words;
     if (start.file.entry.terminal) {
+        const ExecutableLookup lookup(start.conditions->searchPath);
         auto terminal = terminalCommand(lookup, start.conditions->wayland);
         if (!terminal) {
             start.answer->fail(messages::terminalMissing(program.program));
@@ -213,8 +215,8 @@ void activate(OpeningThread& thread, const std::shared_ptr<const ApplicationStar
 
 void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
     const ApplicationFile& file = start->file;
-    const ExecutableLookup lookup(start->conditions->searchPath);
-    const Result<ProgramToStart> program = programToStart(file, lookup);
+    const Result<ProgramToStart> program =
+        programToStart(file, ExecutableLookup(start->conditions->searchPath));
     if (!program) {
         start->answer->fail(program.error());
         return;
@@ -224,19 +226,18 @@ void startApplication(OpeningThread& thread, const std::shared_ptr<const Applica
         return;
     }
     const bool activatable = !file.busName.empty();
-    thread.askBus(
-        activatable ? kActivationBusPatience : kBusPatience,
-        [&thread, start, lookup, program = program.value(), activatable](SessionBus::State bus) {
-            if (activatable && bus == SessionBus::State::connected) {
-                activate(thread, start, program.executable);
-            } else if (activatable && bus == SessionBus::State::silent) {
-                start->answer->fail(messages::busSilent(start->identifier));
-            } else if (program.words.empty()) {
-                start->answer->fail(messages::entryWithoutCommand(start->file.path));
-            } else {
-                startEntry(thread, *start, lookup, program);
-            }
-        });
+    thread.askBus(activatable ? kActivationBusPatience : kBusPatience,
+                  [&thread, start, program = program.value(), activatable](SessionBus::State bus) {
+                      if (activatable && bus == SessionBus::State::connected) {
+                          activate(thread, start, program.executable);
+                      } else if (activatable && bus == SessionBus::State::silent) {
+                          start->answer->fail(messages::busSilent(start->identifier));
+                      } else if (program.words.empty()) {
+                          start->answer->fail(messages::entryWithoutCommand(start->file.path));
+                      } else {
+                          startEntry(thread, *start, program);
+                      }
+                  });
 }
 
 }  // namespace tavo

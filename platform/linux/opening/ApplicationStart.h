@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "platform/Workspace.h"
-#include "platform/linux/opening/OpeningThread.h"
 #include "platform/linux/opening/ApplicationFile.h"
+#include "platform/linux/opening/OpeningThread.h"
 #include "platform/linux/opening/PendingLaunches.h"
 
 namespace tavo {

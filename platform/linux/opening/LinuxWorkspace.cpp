@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/opening/OpeningThread.h"
 #include "platform/linux/entries/ExecutableLookup.h"
 #include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/opening/ApplicationFile.h"
 #include "platform/linux/opening/ApplicationStart.h"
 #include "platform/linux/opening/FirstWindow.h"
+#include "platform/linux/opening/OpeningThread.h"
 #include "platform/linux/opening/PendingLaunches.h"
 #include "platform/linux/system/FileStamp.h"
 #include "platform/linux/system/HostName.h"

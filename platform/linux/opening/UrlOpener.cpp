@@ -20,8 +20,7 @@ void leaveSession(gpointer /*data*/) {
 // The file of the entry that is associated with the scheme of `address`; empty when there is none.
 std::string associatedEntry(const std::string& address) {
     const std::string scheme = address.substr(0, address.find(':'));
-    const GObjectPointer<GAppInfo> program(
-        g_app_info_get_default_for_uri_scheme(scheme.c_str()));
+    const GObjectPointer<GAppInfo> program(g_app_info_get_default_for_uri_scheme(scheme.c_str()));
     const bool isEntry = program != nullptr && G_IS_DESKTOP_APP_INFO(program.get());
     const char* const path =
         isEntry ? g_desktop_app_info_get_filename(G_DESKTOP_APP_INFO(program.get())) : nullptr;

@@ -59,7 +59,7 @@ std::string newName() {
            std::to_string(++made);
 }
 
-// Alpha, red, green, blue: network byte order, as the specification wants it.
+// Alpha, red, green, blue: network byte order (StatusNotifierItem, "IconPixmap").
 GVariant* pixelBytes(const StatusItemImage& image) {
     std::vector<guint8> bytes;
     bytes.reserve(image.pixels.size() * 4);

@@ -24,7 +24,7 @@ const StartRequest kRequest = {.startupId = "panel-1_TIME42", .activationToken =
 constexpr int kPatienceMs = 20000;
 constexpr auto kAnswer = 1000ms;
 constexpr int kLongerThanAnswer = 1200;
-// For a first that does answer, however busy the machine is.
+// For a first that is sure to answer, on a busy machine too.
 constexpr InstancePatience kPatient = {.answer = 20s, .start = 20s, .silence = 20s};
 
 class InstanceSocketTest : public testing::Test {
@@ -40,28 +40,28 @@ protected:
 
     InstanceClaimed claim(const StartRequest& request = {},
                           const InstancePatience& patience = {}) const {
-        InstanceClaimed claimed = claimUnheard(request, patience);
+        InstanceClaimed claimed = claimWithoutListening(request, patience);
         if (claimed.socket) {
             claimed.socket->listen();
         }
         return claimed;
     }
 
-    // One that does not listen yet.
-    InstanceClaimed claimUnheard(const StartRequest& request = {},
-                                 const InstancePatience& patience = {}) const {
+    // The same, but a first does not listen yet.
+    InstanceClaimed claimWithoutListening(const StartRequest& request = {},
+                                          const InstancePatience& patience = {}) const {
         return claimInstance({.runtimeFolder = run_, .temporaryFolder = temporary_}, request,
                              patience);
     }
 
-    // The next start that hands over, once its request is there.
+    // The connection of the next start, once its request can be read.
     static FileDescriptor acceptOne(const InstanceSocket& socket) {
         FileDescriptor caller = await(socket.listener()) ? socket.accept() : FileDescriptor();
         EXPECT_TRUE(caller.valid() && await(caller.get()));
         return caller;
     }
 
-    // Its request, taken and confirmed.
+    // The request of the next start, which is confirmed.
     static std::optional<StartRequest> serveOne(const InstanceSocket& socket) {
         const FileDescriptor caller = acceptOne(socket);
         auto request = readStartRequest(caller.get());
@@ -124,7 +124,7 @@ TEST_F(InstanceSocketTest, a_start_that_is_told_to_wait_in_vain_becomes_the_firs
 }
 
 TEST_F(InstanceSocketTest, a_start_waits_for_one_that_is_being_loaded) {
-    const InstanceClaimed first = claimUnheard();
+    const InstanceClaimed first = claimWithoutListening();
     std::optional<StartRequest> served;
     std::thread server([&] {
         std::this_thread::sleep_for(20ms);  // the load
@@ -140,7 +140,7 @@ TEST_F(InstanceSocketTest, a_start_that_finds_the_first_ending_becomes_the_first
     InstanceClaimed first = claim();
     std::thread ending([&] {
         if (await(first.socket->listener())) {
-            first.socket.reset();  // with the other start connected, and unanswered
+            first.socket.reset();  // while the other start waits for an answer
         }
     });
     const InstanceClaimed second = claim(kRequest, kPatient);
@@ -148,7 +148,7 @@ TEST_F(InstanceSocketTest, a_start_that_finds_the_first_ending_becomes_the_first
     EXPECT_EQ(second.claim, InstanceClaim::First);
 }
 
-TEST_F(InstanceSocketTest, a_socket_that_a_killed_process_left_behind_misleads_nobody) {
+TEST_F(InstanceSocketTest, a_socket_that_a_killed_process_left_behind_does_not_count) {
     const pid_t child = ::fork();
     if (child == 0) {
         const InstanceClaimed first = claim();
@@ -180,7 +180,7 @@ TEST_F(InstanceSocketTest, of_many_starts_in_the_same_moment_one_is_the_first) {
 }
 
 TEST_F(InstanceSocketTest, one_that_holds_the_place_and_never_listens_is_not_waited_for_for_ever) {
-    const InstanceClaimed first = claimUnheard();
+    const InstanceClaimed first = claimWithoutListening();
     EXPECT_EQ(claim({}, {.silence = 20ms}).claim, InstanceClaim::NoAnswer);
 }
 

@@ -27,14 +27,14 @@ using processes::AwaitedMainQueue;
 
 const StartRequest kRequest = {.startupId = "panel-1_TIME42", .activationToken = "token"};
 
-// A first that is busy for a moment is not taken for one that is stopped.
+// Long enough that a busy first is not taken for a stopped one.
 constexpr InstancePatience kPatient = {.answer = std::chrono::milliseconds(1000)};
 
 InstanceClaimed claim(const InstancePlaces& places, const StartRequest& request = {}) {
     return claimInstance(places, request, kPatient);
 }
 
-// A start that has not handed over, as far as it goes before its window is sure.
+// A start that is not sure to show its window yet.
 struct Beginning {
     Beginning(const InstancePlaces& places, const std::string& address,
               const StartRequest& request = {})
@@ -44,7 +44,7 @@ struct Beginning {
     SingleInstance instance;
 };
 
-// A start that shows its window, with the events that it heard.
+// A start that shows its window, and the events that it heard.
 struct Process : Beginning {
     Process(const InstancePlaces& places, const std::string& address,
             const StartRequest& request = {})
@@ -85,13 +85,13 @@ protected:
     processes::Folder folder_;
 };
 
-TEST_F(SingleInstanceTest, a_start_is_confirmed_before_anybody_has_looked_at_its_request) {
+TEST_F(SingleInstanceTest, a_start_is_confirmed_before_its_request_is_served) {
     Process first(in("one"), "");
     EXPECT_EQ(claim(in("one"), kRequest).claim, InstanceClaim::HandedOver);
     EXPECT_TRUE(first.awaitRequest(kRequest));
 }
 
-// For what must not happen: longer than an answer takes that waits for nothing.
+// For conditions that must not come true: waits longer than a start waits for an answer.
 bool becomesTrueSoon(const std::function<bool()>& condition) {
     constexpr std::chrono::milliseconds kLonger{200};
     const auto end = std::chrono::steady_clock::now() + kPatient.answer + kLonger;
@@ -101,7 +101,7 @@ bool becomesTrueSoon(const std::function<bool()>& condition) {
     return condition();
 }
 
-// A start that waits for its answer.
+// A start on a thread of its own, which waits for its answer.
 struct WaitingStart {
     explicit WaitingStart(const InstancePlaces& places)
         : thread([this, places] {
@@ -166,7 +166,7 @@ TEST_F(SingleInstanceTest, a_process_that_a_start_waits_for_does_not_end) {
     EXPECT_FALSE(first.instance.endUnlessAsked());
 }
 
-// As long as it lives, this process has no descriptor left for anything new.
+// While this lives, the process can open no descriptor.
 class NoDescriptors {
 public:
     NoDescriptors() {
@@ -192,7 +192,7 @@ std::chrono::nanoseconds processorTime() {
 
 TEST_F(SingleInstanceTest, a_start_that_finds_no_descriptor_left_waits_without_work_for_one) {
     Process first(in("one"), "");
-    // Whatever needs descriptors the first time only has had them.
+    // A first round, for what opens descriptors only once.
     EXPECT_EQ(claim(in("one"), {}).claim, InstanceClaim::HandedOver);
     EXPECT_TRUE(first.awaitRequest({}));
     const FileDescriptor start(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
@@ -236,14 +236,14 @@ TEST_F(SingleInstanceTest, of_starts_that_share_only_the_bus_exactly_one_goes_on
     const processes::PrivateBus bus(folder_);
     Process one(in("one"), address());
     Process other(in("other"), address());
-    // Each has heard its answer when one is superseded and the other has been asked.
+    // The answers to both are known when one is superseded and the other is asked for its window.
     EXPECT_TRUE(one.queue.runUntil([&] { return one.superseded || one.asked.has_value(); }));
     EXPECT_TRUE(other.queue.runUntil([&] { return other.superseded || other.asked.has_value(); }));
     EXPECT_NE(one.superseded, other.superseded);
 }
 
 TEST_F(SingleInstanceTest, the_name_is_claimed_when_the_bus_comes_and_again_when_it_returns) {
-    // Reachable by the bus alone.
+    // Without a socket, so reachable() tells of the bus name alone.
     Process first({.runtimeFolder = "", .temporaryFolder = folder_.path("none")}, address());
     EXPECT_FALSE(first.instance.reachable());
     for (int round = 0; round < 2; ++round) {

@@ -26,7 +26,7 @@ using std::chrono::milliseconds;
 constexpr char kAppearance[] = "org.freedesktop.appearance";
 constexpr char kInterface[] = "org.gnome.desktop.interface";
 
-// A session bus, on which a portal may be.
+// A session bus, a portal that enters it when the test wants it, and the settings under test.
 class PortalWorld {
 public:
     void choose(const DesktopPreferences& preferences) {
@@ -46,7 +46,7 @@ public:
         return *settings_;
     }
 
-    // Without a portal on the bus, unless it was put there.
+    // Leaves it to the test whether the portal is on the bus.
     DesktopSettings& make() {
         sessionBus_ = std::make_unique<SessionBus>(sessionBusAddress());
         settings_ = makePortalDesktopSettings(*sessionBus_, queue);
@@ -62,7 +62,7 @@ public:
         });
     }
 
-    // The settings once the portal has answered all that they ask.
+    // The preferences once the portal has answered every question.
     DesktopPreferences answered() {
         settings().awaitFirstAnswer(kPatience);
         return settings().preferences();
@@ -145,7 +145,7 @@ TEST_F(PortalDesktopSettingsTest, nonsense_counts_as_no_answer) {
         PortalWorld world;
         world.portal.set(row.group, row.name, row.value, false);
         EXPECT_EQ(world.answered(), DesktopPreferences());
-        // The signal says the same; what comes after it shows that it was heard.
+        // The same in signals. The last one makes sense, and shows that all have been heard.
         world.portal.set(row.group, row.name, row.value);
         world.portal.say("('org.gnome.desktop.interface', 'cursor-theme', <'Papirus'>)");
         world.portal.say("('org.freedesktop.appearance', 'color-scheme')");
@@ -297,7 +297,7 @@ TEST(PortalDesktopSettings, the_bus_in_the_runtime_folder_is_found_without_a_var
     PortalWorld world;
     world.choose({ColorScheme::Dark, false, ""});
     world.portal.enter();
-    // The private bus's socket is called as the user's own would be.
+    // The socket of the private bus is called "bus", like that in a runtime folder.
     const Variable address("DBUS_SESSION_BUS_ADDRESS", "");
     const Variable runtime("XDG_RUNTIME_DIR", world.folder.path());
     world.make().awaitFirstAnswer(kPatience);

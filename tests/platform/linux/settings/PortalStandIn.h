@@ -1,4 +1,4 @@
-// A settings portal that says what a test tells it to.
+// A settings portal for a test, which decides what it answers.
 #pragma once
 
 #include <map>
@@ -13,8 +13,8 @@
 
 namespace tavo {
 
-// On the session bus of this process, by a connection of its own. Every call returns once the bus
-// knows of it.
+// Connects to the bus that DBUS_SESSION_BUS_ADDRESS names. Each function returns once the bus
+// daemon has what it sends.
 class PortalStandIn {
 public:
     PortalStandIn();
@@ -22,26 +22,26 @@ public:
     PortalStandIn& operator=(const PortalStandIn&) = delete;
     ~PortalStandIn();
 
-    // Takes the portal's name on the bus; gives it up.
+    // Takes the portal's bus name; releases it.
     void enter();
     void leave();
 
-    // The value of a key in GVariant's text form, "uint32 1" for one, and whether programs are
-    // told. "" takes the key away.
+    // Sets a key to a value in GVariant's text form, such as "uint32 1"; "" removes the key.
+    // `told`: sends SettingChanged too.
     void set(const std::string& group, const std::string& name, const std::string& value,
              bool told = true);
 
     // Sends SettingChanged with these parameters in GVariant's text form.
     void say(const std::string& parameters);
 
-    // The methods it has; ReadOne and Read unless told otherwise.
+    // Sets the methods that it has. At first: ReadOne and Read.
     void haveMethods(std::set<std::string> methods);
 
-    // Questions get no answer until they do again; those that came meanwhile are answered then.
+    // Holds the answers to all calls until releaseAnswers().
     void holdAnswers();
     void releaseAnswers();
 
-    // How many questions have come.
+    // The number of calls so far.
     [[nodiscard]] int questions();
 
 private:
@@ -51,7 +51,7 @@ private:
     void answer(GDBusMethodInvocation* invocation);
     void callBus(const char* method, GVariant* parameters);
 
-    // On the thread alone.
+    // The thread's.
     GDBusConnection* bus_ = nullptr;
     std::map<std::pair<std::string, std::string>, std::string> values_;
     std::set<std::string> methods_ = {"ReadOne", "Read"};

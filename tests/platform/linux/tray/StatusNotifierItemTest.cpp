@@ -82,7 +82,7 @@ protected:
     SessionBus sessionBus_;
 };
 
-// What a panel does with the item that has registered with it.
+// The item that has registered with `panel`, as that panel calls it.
 struct Shown {
     explicit Shown(PanelStandIn& panel)
         : name(panel.awaitItem()), client(panel.client()), menu(menuPath()) {}
@@ -93,7 +93,7 @@ struct Shown {
     [[nodiscard]] Variant call(const char* method, GVariant* parameters) const {
         return client.call(name, kPath, kItem, method, parameters);
     }
-    // The answer as text; "" for an error.
+    // Calls the menu. The answer in GVariant's text form; "" for an error.
     [[nodiscard]] std::string ask(const char* method, const char* parameters) const {
         const Variant answer =
             client.call(name, menu.c_str(), kMenu, method, g_variant_new_parsed(parameters));
@@ -180,7 +180,7 @@ TEST_F(StatusNotifierItemTest, tells_of_other_images) {
         [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
            gpointer data) { *static_cast<bool*>(data) = true; },
         &told, nullptr);
-    // The bus has the subscription once it has answered anything asked after it.
+    // The bus daemon serves requests in order: after this answer it has the subscription.
     EXPECT_NE(item.property("Status"), "");
     onThread([this] { item_->repaint({{.side = 1, .pixels = {0x11223344}}}); });
     while (!told) {
@@ -284,7 +284,7 @@ TEST_F(StatusNotifierItemTest, the_menu_answers_for_parts_of_itself) {
     };
     for (const Question& question : kQuestions) {
         SCOPED_TRACE(question.name);
-        // Types are printed with the empty ones, which differ with the context.
+        // Empty arrays are printed with their type or without, depending on their neighbours.
         std::string answer = item.ask(question.method, question.parameters);
         for (const char* const type : {"@a{sv} ", "@av ", "@ai ", "@a(ia{sv}) "}) {
             for (std::size_t at = 0; (at = answer.find(type)) != std::string::npos;) {
