@@ -83,7 +83,9 @@ void activateOverBus(OpeningThread& thread, const BusActivation& activation, Don
         platformData(activation), nullptr,
         [&thread, name = activation.name, done = std::move(done)](const Variant& reply,
                                                                   GError* error) {
-            if (reply) {
+            if (reply && thread.connection() == nullptr) {
+                done(ActivatedService{.runs = true});  // the bus was lost since
+            } else if (reply) {
                 identify(thread, name, done);
             } else {
                 done(failureOf(name, error));
