@@ -76,7 +76,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     mainQueue_ = makeQtMainQueue();
     // The portal is asked while the rest is made.
     settings_ = makePortalDesktopSettings(bus, *mainQueue_);
-    defaults_ = makeSqliteDefaultsStore(defaultStoreFile());
+    defaults_ = makeSqliteDefaultsStore(defaultStoreFile(), mainQueue_.get());
     Favorites::shared().use(*defaults_);
     files_ = makePosixFileManager();
     processes_ = makePosixChildProcess();

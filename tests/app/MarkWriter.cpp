@@ -1,7 +1,7 @@
-// Marks applications one after the other until it is killed, and says the number of each mark once
-// its operation has returned:
+// Makes numbered marks in a model over the store in FILE until it is killed, from the first one
+// that the store lacks. Says the number of each once its operation has returned.
 //
-//   MarkWriter FILE     goes on after the last mark that the store in FILE holds
+//   MarkWriter FILE
 #include <cstdio>
 
 #include "tests/app/StoredModel.h"

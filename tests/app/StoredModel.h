@@ -1,4 +1,4 @@
-// The model over the real defaults store, in an otherwise made-up world.
+// The model over the real defaults store; all its other ports are fakes.
 #pragma once
 
 #include <algorithm>
@@ -46,8 +46,8 @@ private:
     std::unique_ptr<LauncherModel> model_;
 };
 
-// A numbered series of marks, each of its own application: hidden, favourite, assigned; and of
-// categories, each with its keyword.
+// A numbered series of marks: each hides, favours or assigns an application of its own, or adds a
+// category with a keyword.
 inline AppItem markedApp(int number) {
     return {"App " + std::to_string(number), {"/Applications/" + std::to_string(number) + ".app"}};
 }
@@ -58,7 +58,7 @@ inline LauncherCategory markedCategory(int number) {
     return {"category " + std::to_string(number), "Categoria " + std::to_string(number)};
 }
 
-// Adds a category, last of all its keyword, so that who has the keyword has it all.
+// The model writes the keyword last: a store that holds it holds the whole category.
 inline void addMarkedCategory(LauncherModel& model, int number) {
     std::vector<LauncherCategory> categories = model.customCategories();
     categories.push_back(markedCategory(number));

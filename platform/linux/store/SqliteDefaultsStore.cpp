@@ -12,6 +12,8 @@
 namespace tavo {
 namespace {
 
+constexpr std::chrono::seconds kBetweenTries{30};
+
 constexpr const char* kData = "data";
 constexpr const char* kArray = "array";
 constexpr const char* kDictionary = "dictionary";
@@ -32,7 +34,10 @@ std::optional<SqliteRow> rowOf(const DefaultsValue& value) {
 
 class SqliteDefaultsStore final : public DefaultsStore {
 public:
-    explicit SqliteDefaultsStore(const std::string& file) : file_(file) {}
+    SqliteDefaultsStore(const std::string& file, MainQueue* queue) : file_(file), queue_(queue) {}
+    SqliteDefaultsStore(const SqliteDefaultsStore&) = delete;
+    SqliteDefaultsStore& operator=(const SqliteDefaultsStore&) = delete;
+    ~SqliteDefaultsStore() override { writePending(SqliteStoreFile::kPatience); }
 
     std::optional<std::string> data(std::string_view key) const override {
         if (const DefaultsValue* const pending = pendingValue(key)) {
@@ -56,7 +61,7 @@ public:
 
     void set(std::string_view key, const DefaultsValue& value) override {
         pending_.insert_or_assign(std::string(key), value);
-        writePending();
+        writePending(SqliteStoreFile::kPatience);
     }
 
 private:
@@ -80,20 +85,23 @@ private:
         return read(row->value);
     }
 
-    // All of them, though one is refused: what one value is too large for may hold another.
-    void writePending() {
-        const Deadline until = std::chrono::steady_clock::now() + SqliteStoreFile::kWritePatience;
+    // Goes on after a refusal: a disk with no room for one value may have room for another.
+    void writePending(std::chrono::milliseconds patience) {
+        const Deadline until = std::chrono::steady_clock::now() + patience;
         std::optional<std::string> refusal;
+        bool mayYetSucceed = false;
         for (auto next = pending_.begin(); next != pending_.end();) {
             const std::optional<SqliteRow> row = rowOf(next->second);
-            std::optional<std::string> reason =
-                row ? file_.write(next->first, *row, until) : "a value has text that is not UTF-8";
-            if (reason) {
-                refusal = refusal ? refusal : reason;
-                ++next;
-            } else {
+            const SqliteOutcome outcome = row ? file_.write(next->first, *row, until)
+                                              : SqliteOutcome{SqliteOutcome::Kind::Refused,
+                                                              "a value has text that is not UTF-8"};
+            if (outcome.done()) {
                 next = pending_.erase(next);
+                continue;
             }
+            refusal = refusal ? refusal : outcome.reason;
+            mayYetSucceed = mayYetSucceed || (row && !file_.name().empty());
+            ++next;
         }
         if (refusal && !said_) {
             std::fprintf(stderr, "tavolauncher: cannot write %s: %s; kept until a later write\n",
@@ -101,13 +109,32 @@ private:
                          refusal->c_str());
         }
         said_ = refusal.has_value();
+        if (mayYetSucceed) {
+            tryAgainLater();
+        }
     }
 
-    // Reading may open the file anew.
+    // Without waiting for a lock: the window must not stand still for what the user did earlier.
+    void tryAgainLater() {
+        if (queue_ == nullptr || std::exchange(trying_, true)) {
+            return;
+        }
+        queue_->asyncAfter(kBetweenTries, [this, alive = std::weak_ptr(alive_)] {
+            if (!alive.expired()) {
+                trying_ = false;
+                writePending(std::chrono::milliseconds(0));
+            }
+        });
+    }
+
+    // Mutable: reading may open the file anew.
     mutable SqliteStoreFile file_;
-    // What the file does not hold yet, mostly nothing.
+    // The values that the file does not hold yet, mostly none.
     std::map<std::string, DefaultsValue, std::less<>> pending_;
     bool said_ = false;
+    MainQueue* queue_;
+    bool trying_ = false;  // a block waits in queue_
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>();
 };
 
 }  // namespace
@@ -117,8 +144,8 @@ std::string defaultStoreFile() {
     return folder.empty() ? "" : folder + "/tavolauncher/defaults.sqlite";
 }
 
-std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file) {
-    return std::make_unique<SqliteDefaultsStore>(file);
+std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file, MainQueue* queue) {
+    return std::make_unique<SqliteDefaultsStore>(file, queue);
 }
 
 }  // namespace tavo

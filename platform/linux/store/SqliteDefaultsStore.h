@@ -6,18 +6,21 @@
 //
 // Keys are any bytes. Text that is not UTF-8 has no JSON form: an array or a dictionary with such
 // a string is answered to this process's readers as it was set, but never reaches the file, which
-// keeps the value from before. The first refusal of a write is said on standard error, in one
+// keeps the value from before.
+//
+// A write that the system refuses is kept and answers reads. It is tried again by the next write,
+// every 30 seconds, and when the store ends. The first refusal is said on standard error, in one
 // line; so is the next one after writes have succeeded again.
 //
-// A value that cannot be read now, because the file is locked (waited for up to 0.1 s), may not be
-// read, or fails, is answered as absent. Before one that was answered so is replaced, the store is
-// kept as a dated copy beside the file; see SqliteStoreFile.
+// A value that cannot be read now, because the file may not be read, fails, or is locked by another
+// process for two seconds, is answered as absent.
 #pragma once
 
 #include <memory>
 #include <string>
 
 #include "platform/DefaultsStore.h"
+#include "platform/MainQueue.h"
 
 namespace tavo {
 
@@ -27,7 +30,9 @@ namespace tavo {
 std::string defaultStoreFile();
 
 // Nothing is made or opened before the first call. Any number of stores, in any number of
-// processes, may share a file.
-std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file);
+// processes, may share a file. `queue` runs the tries between two writes; null: there are none.
+// It must live longer than the store.
+std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file,
+                                                       MainQueue* queue = nullptr);
 
 }  // namespace tavo

@@ -1,12 +1,12 @@
 // The table key · type · value in one open SQLite database: what the defaults store's file holds.
 //
-// Knows SQLite, and nothing of where files come from or go to. Every operation tries until
-// `until` while another process has the database locked; SQLite's own waiting does not cover the
-// change to WAL, so none of it is used. One thread.
+// The database has a rollback journal and synchronous=EXTRA, so that a write is on disk when it
+// returns and the folder holds no second file between two writes. Defensive mode is on and the
+// schema is not trusted. Every call waits until `until` while another process has the database
+// locked. One thread.
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,10 +21,8 @@ using Deadline = std::chrono::steady_clock::time_point;
 
 struct SqliteRow {
     std::string type;
-    std::string value;
+    std::string value;    // UTF-8 when isText
     bool isText = false;  // TEXT; otherwise BLOB
-
-    bool operator==(const SqliteRow&) const = default;
 };
 
 struct SqliteOutcome {
@@ -36,39 +34,31 @@ struct SqliteOutcome {
         Refused,    // permissions, a full disk, a failing one: says nothing about the content
     };
     Kind kind = Kind::Done;
-    std::string reason;
+    std::string reason;  // for a person, in English
 
     [[nodiscard]] bool done() const { return kind == Kind::Done; }
 };
 
 class SqliteTable {
 public:
-    enum class Access {
-        ReadWrite,
-        ReadOnly,
-        Immutable,  // the database file as it lies there, without its log and without any lock
-    };
+    SqliteTable() = default;
+    SqliteTable(const SqliteTable&) = delete;
+    SqliteTable& operator=(const SqliteTable&) = delete;
 
-    // Opens and looks through the database in `file`, which must exist. Done: the table is
-    // whole and can be read. Blank: create() is next. Otherwise the object is of no use.
-    SqliteOutcome open(const std::string& file, Access access, Deadline until);
+    // Opens the database in `file`, which must exist, rolls back what a killed writer left
+    // unfinished, and checks the whole content. A database in WAL mode gets a rollback journal,
+    // unless another process uses it. Done: the table is sound. Blank: create() is next.
+    // Otherwise the object is of no use. Where the file cannot be written it is open for reading.
+    SqliteOutcome open(const std::string& file, Deadline until);
 
     SqliteOutcome create(Deadline until);
 
-    // Once before the first write() of this object.
-    SqliteOutcome prepareWriting(Deadline until);
-
+    // `row` stays absent when there is none, or when its value is neither TEXT nor BLOB.
     SqliteOutcome read(std::string_view key, std::optional<SqliteRow>& row, Deadline until);
 
-    // On disk when it answers Done.
     SqliteOutcome write(std::string_view key, const SqliteRow& row, Deadline until);
 
-    // All there is in the database now, into `file`, which must be empty. Not yet safe from a
-    // power failure.
-    SqliteOutcome copyInto(const std::string& file, Deadline until);
-
     [[nodiscard]] bool isReadOnly() const;
-    [[nodiscard]] std::int64_t pageSize() const { return pageSize_; }
 
 private:
     struct CloseDatabase {
@@ -79,20 +69,18 @@ private:
     };
     using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
-    SqliteOutcome inspect(Deadline until);
-    SqliteOutcome checkWhole(Deadline until);
-    SqliteOutcome prepareStatements(Deadline until);
-    int prepare(const char* text, Statement& statement, Deadline until);
-    int run(const char* text, Deadline until, std::string* answer = nullptr);
+    SqliteOutcome inspect();
+    SqliteOutcome inspectLocked();
+    int prepare(const char* text, Statement& statement);
+    int run(const char* text, std::string* answer = nullptr);
     [[nodiscard]] SqliteOutcome outcomeOf(int code) const;
 
-    // Before the statements, which must go first.
+    std::string file_;
+    Deadline until_;  // of the call that is under way
+    // Declared before the statements, which SQLite wants finalized first.
     std::unique_ptr<sqlite3, CloseDatabase> database_;
     Statement select_;
     Statement replace_;
-    Statement checkpoint_;
-    std::int64_t pageSize_ = 0;
-    bool readyToWrite_ = false;
 };
 
 }  // namespace tavo

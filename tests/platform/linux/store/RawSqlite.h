@@ -1,4 +1,4 @@
-// A database as SQLite itself sees it: what another program would read, write or lock.
+// A database opened by SQLite alone, as another program would read, write or lock it.
 #pragma once
 
 #include <stdexcept>
@@ -20,7 +20,7 @@ public:
     RawSqlite(const RawSqlite&) = delete;
     RawSqlite& operator=(const RawSqlite&) = delete;
 
-    // The first column of the first row, "" when there is none.
+    // Runs any number of statements. The first column of the first row, "" when there is none.
     std::string run(const std::string& text) {
         std::string answer;
         char* message = nullptr;

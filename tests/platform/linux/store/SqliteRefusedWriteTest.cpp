@@ -1,5 +1,5 @@
-// A write that fails is answered from memory, said once, and written with the next; each with the
-// real failure.
+// A write that fails is kept and answers reads, is said once on standard error, and is tried again.
+// Each test makes the failure really happen.
 #include <algorithm>
 #include <csignal>
 #include <functional>
@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 
+#include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/ChildProgram.h"
 #include "tests/platform/linux/fixtures/StandardError.h"
 #include "tests/platform/linux/store/RawSqlite.h"
@@ -26,7 +27,7 @@ namespace {
 
 class RefusedWrite : public StoreFileFixture {
 protected:
-    // What is said: one line with the file's name, and `reason` in it.
+    // Checks that one line was said, with the file's name and `reason` in it.
     void expectSaidOnce(const StandardError& said, const std::string& reason) const {
         const std::string text = said.text();
         EXPECT_TRUE(text.starts_with("tavolauncher: cannot write " + file_ + ": ")) << text;
@@ -34,7 +35,7 @@ protected:
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
     }
 
-    // Two writes that are refused for `reason`, and one after `heal`.
+    // Makes two writes that are refused for `reason`, then `heal`, then one more write.
     void expectKeptAndWrittenLater(const std::string& reason, const std::function<void()>& heal) {
         const auto store = open();
         {
@@ -60,30 +61,71 @@ protected:
     }
 };
 
-TEST_F(RefusedWrite, is_kept_while_another_process_is_in_the_midst_of_writing) {
+TEST_F(RefusedWrite, is_kept_while_another_process_is_about_to_write) {
     open()->set("key", Data{"old"});
-    ChildProgram other = holding({"BEGIN EXCLUSIVE"});
+    ChildProgram other = holding({"BEGIN IMMEDIATE"});
     ASSERT_EQ(other.readLine(), "held");
-    const auto store = open();
-    EXPECT_EQ(store->data("key"), "old");
+    EXPECT_EQ(open()->data("key"), "old");
     expectKeptAndWrittenLater("another process has locked it", [&] {
         other.closeInput();
         other.wait();
     });
 }
 
-TEST_F(RefusedWrite, is_kept_while_another_process_lets_nobody_even_read) {
+TEST_F(RefusedWrite, is_kept_while_another_process_locks_out_readers_too) {
     open()->set("key", Data{"old"});
-    ChildProgram other = holding({"PRAGMA locking_mode = EXCLUSIVE", "BEGIN EXCLUSIVE",
-                                  "UPDATE defaults SET type = 'data'"});
+    ChildProgram other = holding({"BEGIN EXCLUSIVE"});
     ASSERT_EQ(other.readLine(), "held");
-    const auto store = open();
-    EXPECT_EQ(store->data("key"), std::nullopt);
-    EXPECT_EQ(store->data("key"), std::nullopt);
+    EXPECT_EQ(open()->data("key"), std::nullopt);
     expectKeptAndWrittenLater("another process has locked it", [&] {
         other.closeInput();
         other.wait();
     });
+}
+
+TEST_F(RefusedWrite, is_tried_again_by_a_timer) {
+    open()->set("key", Data{"old"});
+    ChildProgram other = holding({"BEGIN IMMEDIATE"});
+    ASSERT_EQ(other.readLine(), "held");
+    ManualMainQueue queue;
+    const auto store = makeSqliteDefaultsStore(file_, &queue);
+    const StandardError said;
+    store->set("key", Data{"new"});
+    store->set("second", Data{"new too"});
+    EXPECT_EQ(queue.waiting(), 1U);
+    queue.advance(std::chrono::minutes(1));
+    EXPECT_EQ(open()->data("key"), "old");
+    other.closeInput();
+    other.wait();
+    queue.advance(std::chrono::minutes(1));
+    EXPECT_EQ(open()->data("key"), "new");
+    EXPECT_EQ(open()->data("second"), "new too");
+    EXPECT_EQ(queue.waiting(), 0U);
+    expectSaidOnce(said, "another process has locked it");
+}
+
+TEST_F(RefusedWrite, is_tried_again_when_the_store_ends) {
+    open()->set("key", Data{"old"});
+    ManualMainQueue queue;
+    auto store = makeSqliteDefaultsStore(file_, &queue);
+    {
+        ChildProgram other = holding({"BEGIN IMMEDIATE"});
+        ASSERT_EQ(other.readLine(), "held");
+        const StandardError quiet;
+        store->set("key", Data{"new"});
+    }
+    EXPECT_EQ(open()->data("key"), "old");
+    store.reset();
+    EXPECT_EQ(open()->data("key"), "new");
+    queue.advance(std::chrono::hours(1));
+}
+
+TEST_F(RefusedWrite, makes_no_timer_when_no_later_try_can_succeed) {
+    ManualMainQueue queue;
+    const StandardError quiet;
+    makeSqliteDefaultsStore("", &queue)->set("key", Data{"kept"});
+    makeSqliteDefaultsStore(file_, &queue)->set("key", StringArray{"\xff"});
+    EXPECT_EQ(queue.waiting(), 0U);
 }
 
 TEST_F(RefusedWrite, is_kept_while_another_process_makes_or_moves_the_file) {
@@ -127,8 +169,7 @@ TEST_F(RefusedWrite, is_kept_while_the_file_may_not_be_written) {
     open()->set("key", Data{"old"});
     ASSERT_EQ(chmod(file_.c_str(), 0400), 0);
     EXPECT_EQ(open()->data("key"), "old");
-    expectKeptAndWrittenLater("Permission denied",
-                              [&] { ASSERT_EQ(chmod(file_.c_str(), 0600), 0); });
+    expectKeptAndWrittenLater("readonly", [&] { ASSERT_EQ(chmod(file_.c_str(), 0600), 0); });
 }
 
 TEST_F(RefusedWrite, is_kept_while_the_file_may_not_even_be_read) {
@@ -151,7 +192,7 @@ TEST_F(RefusedWrite, is_kept_while_the_folder_may_not_be_written) {
     const auto store = open();
     EXPECT_EQ(store->data("key"), "old");
     EXPECT_EQ(store->data("key"), "old");
-    expectKeptAndWrittenLater("Permission denied",
+    expectKeptAndWrittenLater("readonly",
                               [&] { ASSERT_EQ(chmod(folder_.path().c_str(), 0700), 0); });
 }
 
@@ -168,25 +209,6 @@ TEST_F(RefusedWrite, is_over_as_soon_as_the_folder_may_be_written_again) {
     store->set("key", Data{"new"});
     EXPECT_EQ(said.text(), "");
     EXPECT_EQ(open()->data("key"), "new");
-}
-
-TEST_F(RefusedWrite, leaves_a_log_in_a_folder_that_may_not_be_written_readable) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root may write everywhere";
-    }
-    open()->set("key", Data{"old"});
-    // A log that its writer did not live to move on.
-    RawSqlite keepsLog(file_);
-    keepsLog.run("SELECT count(*) FROM defaults");
-    RawSqlite(file_).run("UPDATE defaults SET value = CAST('newer' AS BLOB)");
-    std::filesystem::create_directory(folder_ / "copy");
-    for (const char* const suffix : {"", "-wal", "-shm"}) {
-        std::filesystem::copy_file(file_ + suffix, folder_ / "copy/defaults.sqlite" + suffix);
-    }
-    file_ = folder_ / "copy/defaults.sqlite";
-    ASSERT_GT(std::filesystem::file_size(file_ + "-wal"), 0U);
-    ASSERT_EQ(chmod((folder_ / "copy").c_str(), 0500), 0);
-    EXPECT_EQ(open()->data("key"), "newer");
 }
 
 TEST_F(RefusedWrite, of_a_damaged_file_in_a_folder_that_may_not_be_written_harms_nothing) {
@@ -258,7 +280,8 @@ TEST_F(RefusedWrite, is_said_again_when_writes_had_succeeded_in_between) {
     }
 }
 
-// Lets no file of this process grow beyond `bytes`, which fails as a full disk does, amid a write.
+// While it lives, no file of this process grows beyond `bytes`: a write fails halfway, as on a full
+// disk.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -290,7 +313,7 @@ TEST_F(RefusedWrite, is_kept_when_the_file_cannot_grow_and_harms_nothing_that_wa
         expectSaidOnce(said, "disk I/O error");
         EXPECT_EQ(open()->data("key"), "old");
         EXPECT_EQ(open()->data("large"), std::nullopt);
-        // What there is room for gets through.
+        // A value that there is room for is written nevertheless.
         store->set("small", Data{"written"});
         EXPECT_EQ(open()->data("small"), "written");
         expectSaidOnce(said, "disk I/O error");
@@ -319,8 +342,7 @@ TEST_F(RefusedWrite, is_kept_when_there_is_no_room_to_make_the_file) {
     EXPECT_TRUE(putAside().empty());
 }
 
-// What one process of its own, on a disk of its own of 256 KiB, found wrong; nothing when all is
-// well. Exit code 77: no such disk can be had.
+// Fills a disk of 256 KiB while a store writes to it. What went wrong, "" when all is well.
 std::string troubleOnAFullDisk(const std::string& disk) {
     const std::string file = disk + "/tavolauncher/defaults.sqlite";
     const auto store = makeSqliteDefaultsStore(file);
@@ -354,7 +376,7 @@ std::string troubleOnAFullDisk(const std::string& disk) {
     return "";
 }
 
-// Makes this process the master of mounts that nobody else sees.
+// Gives this process mounts of its own, which other processes do not see.
 bool leaveForMountsOfItsOwn() {
     if (geteuid() == 0) {
         return unshare(CLONE_NEWNS) == 0;
@@ -388,7 +410,7 @@ TEST_F(RefusedWrite, is_kept_while_the_disk_is_full) {
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 77) {
-        GTEST_SKIP() << "this system lets nobody mount a small disk of his own";
+        GTEST_SKIP() << "no small disk can be mounted here";
     }
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 }

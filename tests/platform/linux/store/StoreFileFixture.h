@@ -1,4 +1,4 @@
-// A store's file in a folder of its own, for tests of what happens to such files.
+// A temporary folder with a store's file in it, for tests of what happens to that file.
 #pragma once
 
 #include <filesystem>
@@ -33,34 +33,25 @@ protected:
         return makeSqliteDefaultsStore(file_);
     }
 
-    // Another process that has run the statements and keeps the locks they took until its input
-    // ends.
+    // Another process that runs the statements, says "held", and keeps the locks that they took
+    // until its input ends.
     [[nodiscard]] ChildProgram holding(const std::vector<std::string>& statements) const {
         std::vector<std::string> command = {TAVO_TEST_PROGRAMS "/tavo_store_writer", "hold", file_};
         command.insert(command.end(), statements.begin(), statements.end());
         return ChildProgram(command);
     }
 
-    // The files that were put aside, without those that SQLite keeps beside a database.
-    [[nodiscard]] std::vector<std::string> putAside() const { return dated(".unreadable-"); }
-
-    // The copies of stores that could not be read.
-    [[nodiscard]] std::vector<std::string> unreadCopies() const { return dated(".unread-"); }
-
-private:
-    [[nodiscard]] std::vector<std::string> dated(const std::string& what) const {
+    [[nodiscard]] std::vector<std::string> putAside() const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
             const std::string name = entry.path().string();
-            const bool companion = name.ends_with("-wal") || name.ends_with("-shm");
-            if (name.find(what) != std::string::npos && !companion) {
+            if (name.find(".unreadable-") != std::string::npos) {
                 names.push_back(name);
             }
         }
         return names;
     }
 
-protected:
     TemporaryFolder folder_;
     std::string file_ = folder_ / "defaults.sqlite";
 };

@@ -1,5 +1,5 @@
 // A numbered series of values for the defaults store, of all forms and many sizes. Each is made
-// from its number alone, so that whoever reads one can tell whether it is whole.
+// from its number alone, so that a reader can tell whether it is whole.
 #pragma once
 
 #include <algorithm>
@@ -10,16 +10,17 @@
 
 namespace tavo {
 
-// Mark n stands under one of so many keys, the same form always under the same key.
+// The marks of a writer stand under so many keys of its own, the same form always under the same
+// key.
 constexpr int kMarkKeys = 6;
 
-inline std::string markKey(int number) {
-    return "mark." + std::to_string(number % kMarkKeys);
+inline std::string markKey(const std::string& writer, int number) {
+    return writer + ".mark." + std::to_string(number % kMarkKeys);
 }
 
 inline DefaultsValue markValue(int number) {
     const std::string text = std::to_string(number);
-    // From a part of a database page to half a dozen of them.
+    // From a part of a database page to half a dozen pages.
     const int size = number * 397 % 1000;
     switch (number % 3) {
         case 0: {
@@ -46,10 +47,11 @@ inline DefaultsValue markValue(int number) {
     }
 }
 
-// The number of the mark stored under the key of `number`; 0 when there is none; absent when what
-// is there is not exactly what was once written.
-inline std::optional<int> storedMark(const DefaultsStore& store, int number) {
-    const std::string key = markKey(number);
+// The number of the mark that is stored under the key of mark `number`; 0 when there is none;
+// absent when the stored value is not exactly a mark.
+inline std::optional<int> storedMark(const DefaultsStore& store, const std::string& writer,
+                                     int number) {
+    const std::string key = markKey(writer, number);
     std::optional<DefaultsValue> value;
     std::string text;
     if (const auto data = store.data(key)) {
@@ -70,15 +72,15 @@ inline std::optional<int> storedMark(const DefaultsStore& store, int number) {
         return std::nullopt;
     }
     const int stored = std::stoi(text);
-    return markKey(stored) == key && markValue(stored) == *value ? std::optional(stored)
-                                                                 : std::nullopt;
+    return markKey(writer, stored) == key && markValue(stored) == *value ? std::optional(stored)
+                                                                         : std::nullopt;
 }
 
-// The last mark that the store holds, 0 for none; absent when any of them is broken.
-inline std::optional<int> lastMark(const DefaultsStore& store) {
+// The writer's last mark in the store, 0 for none; absent when any of its marks is broken.
+inline std::optional<int> lastMark(const DefaultsStore& store, const std::string& writer) {
     int last = 0;
     for (int key = 0; key < kMarkKeys; ++key) {
-        const std::optional<int> stored = storedMark(store, key);
+        const std::optional<int> stored = storedMark(store, writer, key);
         if (!stored) {
             return std::nullopt;
         }

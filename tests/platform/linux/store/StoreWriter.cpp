@@ -1,11 +1,12 @@
 // The other process of the store's tests.
 //
-//   StoreWriter marks FILE                writes marks, on from the last one there, and says the
-//                                         number of each once it is written; until it is killed
+//   StoreWriter marks FILE NAME           writes marks of the writer NAME after the last one in
+//                                         the file, and says the number of each once it is
+//                                         written, until it is killed
 //   StoreWriter keys FILE PREFIX COUNT    writes so many keys PREFIX.0, PREFIX.1 ...
 //   StoreWriter serve FILE                answers "get KEY" and "set KEY TEXT", a line each
-//   StoreWriter hold FILE TEXT...         runs SQL statements, says "held", and keeps what locks
-//                                         they took until its input ends
+//   StoreWriter hold FILE TEXT...         runs SQL statements, says "held", and keeps the locks
+//                                         that they took until its input ends
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -19,15 +20,15 @@
 namespace tavo {
 namespace {
 
-int writeMarks(const std::string& file) {
+int writeMarks(const std::string& file, const std::string& name) {
     const auto store = makeSqliteDefaultsStore(file);
-    const std::optional<int> last = lastMark(*store);
+    const std::optional<int> last = lastMark(*store, name);
     if (!last) {
         std::fprintf(stderr, "the store is broken\n");
         return 1;
     }
     for (int number = *last + 1;; ++number) {
-        store->set(markKey(number), markValue(number));
+        store->set(markKey(name, number), markValue(number));
         std::printf("%d\n", number);
         std::fflush(stdout);
     }
@@ -75,8 +76,8 @@ int hold(const std::string& file, int count, char** statements) {
 
 int main(int count, char** arguments) {
     const std::string verb = count > 2 ? arguments[1] : "";
-    if (verb == "marks") {
-        return tavo::writeMarks(arguments[2]);
+    if (verb == "marks" && count == 4) {
+        return tavo::writeMarks(arguments[2], arguments[3]);
     }
     if (verb == "keys" && count == 5) {
         return tavo::writeKeys(arguments[2], arguments[3], std::atoi(arguments[4]));
