@@ -115,12 +115,12 @@ void measure(benchmark::State& state, const Start& start) {
 }
 
 void bareStart(benchmark::State& state) {
-    ProgramStart start;
+    SpawnRequest start;
     start.executable = theWorld->program();
     start.environment = theWorld->environment();
     measure(state, [&] {
         pid_t process = 0;
-        if (startProgram(start, process) == 0) {
+        if (spawnProgram(start, process) == 0) {
             ::waitpid(process, nullptr, 0);
         }
     });

@@ -1,5 +1,6 @@
 #include "platform/posix/BoundedFile.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -10,7 +11,7 @@
 namespace tavo {
 namespace {
 
-// Up to `count` bytes from the start; the errno value of a read that failed goes to `failure`.
+// Up to `count` bytes from the start. Sets `failure` to the errno value of a read that failed.
 std::string readUpTo(const FileDescriptor& file, std::size_t count, int& failure) {
     std::string bytes;
     while (bytes.size() < count) {
@@ -28,7 +29,7 @@ std::string readUpTo(const FileDescriptor& file, std::size_t count, int& failure
     return bytes;
 }
 
-// O_NONBLOCK keeps the opening of a pipe from waiting for a writer.
+// O_NONBLOCK: opening a pipe would otherwise wait for a writer.
 FileDescriptor openRegularFile(const std::string& path, struct stat& status, int& failure) {
     FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.valid() || ::fstat(file.get(), &status) != 0) {
@@ -54,7 +55,7 @@ std::variant<std::string, FileFailure> readBoundedFile(const std::string& path, 
     if (static_cast<std::size_t>(status.st_size) > limit) {
         return FileFailure{EFBIG};
     }
-    // One byte more than allowed tells a file that grows meanwhile.
+    // Reads one byte more than allowed, to notice a file that grows meanwhile.
     std::string bytes = readUpTo(file, limit + 1, failure);
     if (failure == 0 && bytes.size() > limit) {
         failure = EFBIG;

@@ -1,4 +1,4 @@
-// Reading small files that somebody else wrote.
+// Reading small files that other programs wrote.
 #pragma once
 
 #include <cstddef>
@@ -7,17 +7,17 @@
 
 namespace tavo {
 
-// Why a file was not read: `code` is an errno value. EINVAL: it is no regular file (a pipe, a
-// device or a folder is never waited for), EFBIG: it is larger than allowed.
+// Why a file was not read.
 struct FileFailure {
-    int code = 0;
+    int code = 0;  // an errno value; EINVAL: it is no regular file, EFBIG: it is too large
 };
 
-// The bytes of the regular file at `path` (links followed), at most `limit` of them. Any thread.
+// The bytes of the regular file at `path` (links are followed), which may have at most `limit`
+// bytes. A pipe or a device is refused without waiting for it. Any thread.
 std::variant<std::string, FileFailure> readBoundedFile(const std::string& path, std::size_t limit);
 
-// The first bytes of the regular file at `path`, at most `count`; fewer when the file is shorter,
-// none when it cannot be read.
+// At most the first `count` bytes of the regular file at `path`; "" when it cannot be read. Any
+// thread.
 std::string readFileHead(const std::string& path, std::size_t count);
 
 }  // namespace tavo

@@ -7,7 +7,7 @@
 
 namespace tavo {
 
-// Owns the descriptor it is given; a negative one means none. Movable.
+// Owns the descriptor that it is made of; a negative one means none. Movable.
 class FileDescriptor {
 public:
     FileDescriptor() = default;

@@ -4,11 +4,10 @@
 #include <cerrno>
 #include <csignal>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 
-#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/Pipe.h"
 #include "platform/posix/PosixSpawn.h"
 
 namespace tavo {
@@ -40,7 +39,7 @@ void reap(pid_t process) {
     }
 }
 
-// Reaped already, or by the system where SIGCHLD is ignored.
+// True when the child has ended. Where SIGCHLD is ignored the system has reaped it already.
 bool reapIfEnded(pid_t process) {
     const pid_t result = ::waitpid(process, nullptr, WNOHANG);
     return result == process || (result < 0 && errno == ECHILD);
@@ -65,18 +64,13 @@ public:
     std::optional<std::string> output(const std::string& executable,
                                       const std::vector<std::string>& arguments) override {
         const Clock::time_point deadline = Clock::now() + limits_.time;
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0) {
-            return std::nullopt;
-        }
-        const FileDescriptor reading(ends[0]);
-        FileDescriptor writing(ends[1]);
+        Pipe pipe = makePipe();
         pid_t process = 0;
-        if (!start(executable, arguments, writing.get(), process)) {
+        if (!pipe.reading.valid() || !start(executable, arguments, pipe.writing.get(), process)) {
             return std::nullopt;
         }
-        writing.close();
-        std::optional<std::string> answer = readAll(reading.get(), deadline);
+        pipe.writing.close();
+        std::optional<std::string> answer = readAll(pipe.reading.get(), deadline);
         if (!answer || !endsBefore(process, deadline)) {
             ::kill(-process, SIGKILL);
             reap(process);
@@ -88,15 +82,15 @@ public:
 private:
     static bool start(const std::string& executable, const std::vector<std::string>& arguments,
                       int output, pid_t& process) {
-        ProgramStart program;
+        SpawnRequest program;
         program.executable = executable;
         program.arguments = arguments;
         for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
             program.environment.emplace_back(*variable);
         }
         program.output = output;
-        program.group = ProgramStart::Group::ownGroup;
-        return startProgram(program, process) == 0;
+        program.group = SpawnRequest::Group::ownGroup;
+        return spawnProgram(program, process) == 0;
     }
 
     [[nodiscard]] std::optional<std::string> readAll(int descriptor,

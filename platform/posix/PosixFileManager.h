@@ -1,4 +1,4 @@
-// The file manager over POSIX folders.
+// The FileManager port over opendir(3).
 #pragma once
 
 #include <memory>
@@ -7,7 +7,8 @@
 
 namespace tavo {
 
-// The home folder is HOME, else the password database's; read at each call.
+// The home folder is HOME when that is absolute, else the one in the password database; looked up
+// at each call.
 std::unique_ptr<FileManager> makePosixFileManager();
 
 }  // namespace tavo

@@ -11,8 +11,6 @@
 namespace tavo {
 namespace {
 
-constexpr int kFirstOwnDescriptor = 3;
-
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
     std::vector<char*> result;
     result.reserve(texts.size() + 1);
@@ -23,6 +21,18 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
     return result;
 }
 
+// Closes our own descriptors in the child. glibc 2.34 and FreeBSD have this; macOS has the
+// attribute POSIX_SPAWN_CLOEXEC_DEFAULT instead.
+int addCloseOwnDescriptors(posix_spawn_file_actions_t* actions) {
+    constexpr int kFirstOwnDescriptor = 3;
+    return posix_spawn_file_actions_addclosefrom_np(actions, kFirstOwnDescriptor);
+}
+
+// glibc 2.29, musl, FreeBSD and macOS have this; POSIX has it since 2024, as addchdir.
+int addWorkingDirectory(posix_spawn_file_actions_t* actions, const std::string& folder) {
+    return posix_spawn_file_actions_addchdir_np(actions, folder.c_str());
+}
+
 class Actions {
 public:
     Actions() { posix_spawn_file_actions_init(&actions_); }
@@ -30,19 +40,19 @@ public:
     Actions& operator=(const Actions&) = delete;
     ~Actions() { posix_spawn_file_actions_destroy(&actions_); }
 
-    // The output comes first: its descriptor may itself be one of the three.
-    int prepare(const ProgramStart& start) {
+    // The output comes first: its descriptor may be 0, 1 or 2.
+    int prepare(const SpawnRequest& request) {
         int failure = 0;
         const auto add = [&failure](int result) { failure = failure != 0 ? failure : result; };
-        if (start.output >= 0) {
-            add(posix_spawn_file_actions_adddup2(&actions_, start.output, STDOUT_FILENO));
+        if (request.output >= 0) {
+            add(posix_spawn_file_actions_adddup2(&actions_, request.output, STDOUT_FILENO));
             add(posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY,
                                                  0));
         }
         add(posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
-        add(posix_spawn_file_actions_addclosefrom_np(&actions_, kFirstOwnDescriptor));
-        if (!start.workingDirectory.empty()) {
-            add(posix_spawn_file_actions_addchdir_np(&actions_, start.workingDirectory.c_str()));
+        add(addCloseOwnDescriptors(&actions_));
+        if (!request.workingDirectory.empty()) {
+            add(addWorkingDirectory(&actions_, request.workingDirectory));
         }
         return failure;
     }
@@ -60,7 +70,7 @@ public:
     Attributes& operator=(const Attributes&) = delete;
     ~Attributes() { posix_spawnattr_destroy(&attributes_); }
 
-    int prepare(ProgramStart::Group group) {
+    int prepare(SpawnRequest::Group group) {
         // sigfillset() would leave out two signals of glibc's own, which would then be ignored in
         // the child.
         sigset_t signals;
@@ -70,7 +80,7 @@ public:
         failure = failure != 0 ? failure : posix_spawnattr_setsigmask(&attributes_, &signals);
         int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
         flags |=
-            group == ProgramStart::Group::ownSession ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
+            group == SpawnRequest::Group::ownSession ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
         return failure != 0 ? failure
                             : posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     }
@@ -83,19 +93,19 @@ private:
 
 }  // namespace
 
-int startProgram(const ProgramStart& start, pid_t& process) {
+int spawnProgram(const SpawnRequest& request, pid_t& process) {
     Actions actions;
     Attributes attributes;
-    if (const int failure = actions.prepare(start); failure != 0) {
+    if (const int failure = actions.prepare(request); failure != 0) {
         return failure;
     }
-    if (const int failure = attributes.prepare(start.group); failure != 0) {
+    if (const int failure = attributes.prepare(request.group); failure != 0) {
         return failure;
     }
-    std::vector<std::string> arguments = {start.executable};
-    arguments.insert(arguments.end(), start.arguments.begin(), start.arguments.end());
-    return posix_spawn(&process, start.executable.c_str(), actions.get(), attributes.get(),
-                       pointers(arguments).data(), pointers(start.environment).data());
+    std::vector<std::string> arguments = {request.executable};
+    arguments.insert(arguments.end(), request.arguments.begin(), request.arguments.end());
+    return posix_spawn(&process, request.executable.c_str(), actions.get(), attributes.get(),
+                       pointers(arguments).data(), pointers(request.environment).data());
 }
 
 }  // namespace tavo

@@ -1,8 +1,8 @@
 // Starting a program as a child process.
 //
-// Every child gets the null device as standard input, no descriptor of ours beyond the three
-// standard ones, no blocked signals and the default disposition of each. Whoever starts one reaps
-// it.
+// Every child gets the null device as standard input, none of our descriptors but the three
+// standard ones, no blocked signals and the default disposition of each signal. The caller reaps
+// the child.
 #pragma once
 
 #include <string>
@@ -12,22 +12,24 @@
 
 namespace tavo {
 
-struct ProgramStart {
+struct SpawnRequest {
     enum class Group {
-        ownSession,  // outlives us, out of reach of our terminal's signals
-        ownGroup,    // can be ended with everything it started by one signal to the group
+        ownSession,  // our terminal's signals do not reach the child, which may outlive us
+        ownGroup,    // one signal to the group ends the child and all that it started
     };
 
-    std::string executable;  // its path; also the program's name for itself
-    std::vector<std::string> arguments;
+    std::string executable;                // a path; also the child's argv[0]
+    std::vector<std::string> arguments;    // from argv[1] on
     std::vector<std::string> environment;  // "NAME=value"
     std::string workingDirectory;          // empty: ours
-    int output = -1;  // becomes standard output, standard error is dropped; -1: both are ours
+    // Becomes the child's standard output, and its standard error goes to the null device. -1: the
+    // child shares ours.
+    int output = -1;
     Group group = Group::ownSession;
 };
 
-// Any thread. 0 and the process in `process`, or the errno value that says why nothing runs; it
-// is the answer of exec itself, so 0 means that the program has begun.
-[[nodiscard]] int startProgram(const ProgramStart& start, pid_t& process);
+// 0 and the child's PID in `process`, or the errno value that says why no program runs. exec(2)
+// itself has succeeded when it is 0. Any thread.
+[[nodiscard]] int spawnProgram(const SpawnRequest& request, pid_t& process);
 
 }  // namespace tavo

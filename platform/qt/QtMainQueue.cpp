@@ -17,24 +17,24 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Block = std::function<void()>;
 
-// When it is to run, and, among blocks for the same moment, its turn.
+// When a block is due, and its place among those that are due at the same moment.
 using Moment = std::pair<Clock::time_point, std::uint64_t>;
 
-// Waiting blocks, for any thread. The lock is a standard one so that the hand-over of a block is
-// visible to the thread sanitizer, to which the toolkit's own is not.
+// The blocks that wait. Any thread. std::mutex, because the thread sanitizer does not see how Qt's
+// mutex hands a block from one thread to another.
 class WaitingBlocks {
 public:
-    // Whether the main thread has to be told.
+    // True when no event is on its way to the main thread, which the caller must then send.
     bool add(Clock::time_point when, Block block) {
         const std::lock_guard lock(mutex_);
         blocks_.emplace(Moment(when, nextTurn_++), std::move(block));
-        return !std::exchange(told_, true);
+        return !std::exchange(eventPosted_, true);
     }
 
-    // Everything added before this call counts for this turn of the event loop.
+    // The answer is for takeDue(): blocks added from now on wait for the next turn.
     std::uint64_t beginTurn() {
         const std::lock_guard lock(mutex_);
-        told_ = false;
+        eventPosted_ = false;
         return nextTurn_;
     }
 
@@ -74,7 +74,7 @@ private:
     std::mutex mutex_;
     std::map<Moment, Block> blocks_;
     std::uint64_t nextTurn_ = 0;
-    bool told_ = false;  // an event is under way
+    bool eventPosted_ = false;  // and not delivered yet
     bool ended_ = false;
 };
 
@@ -89,9 +89,8 @@ protected:
     void timerEvent(QTimerEvent* /*event*/) override { runDue(); }
 
 private:
-    // A block may run an event loop of its own, in which the others go on, and may end the queue
-    // and with it this runner: after a block only what is held here may be touched, until it is
-    // known that the queue goes on.
+    // A block may run an event loop of its own, which runs the other blocks, and may destroy the
+    // queue with this runner: after a block no member is used until the queue is known to live.
     void runDue() {
         const std::shared_ptr<WaitingBlocks> waiting = waiting_;
         const Clock::time_point now = Clock::now();

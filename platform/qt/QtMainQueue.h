@@ -1,4 +1,4 @@
-// The main queue over Qt's event loop.
+// The MainQueue port over Qt's event loop.
 #pragma once
 
 #include <memory>
@@ -7,10 +7,10 @@
 
 namespace tavo {
 
-// To be made and ended on the main thread, which runs the application's event loop; a block may
-// end the queue. Blocks run in the order of their moments, which for async() is now. A block
-// added while others run waits for the next turn of the event loop. Delays are never shorter than
-// asked for, and as close as the system's timers allow. Without waiting blocks it never wakes.
+// Make and destroy it on the main thread, which runs QCoreApplication's event loop; a block may
+// destroy it. Blocks run in the order in which they are due; a block of async() is due at once. A
+// block added while others run waits for the next turn of the event loop. A delay is never shorter
+// than asked for, and at most some milliseconds longer. No wake-ups while no block waits.
 std::unique_ptr<MainQueue> makeQtMainQueue();
 
 }  // namespace tavo

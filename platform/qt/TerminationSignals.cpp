@@ -4,41 +4,37 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <utility>
 
-#include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/Pipe.h"
 
 namespace tavo {
 namespace {
 
 constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
 
-// All that a handler can reach.
-volatile std::sig_atomic_t wakeUp = -1;
+// The pipe's writing end: a signal handler may use nothing but such a variable and write(2).
+volatile std::sig_atomic_t writingEnd = -1;
 
 void handle(int /*signal*/) {
     const int before = errno;
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(wakeUp, &one, sizeof one);
+    [[maybe_unused]] const ssize_t written = ::write(writingEnd, "", 1);
     errno = before;
 }
 
 class Listener {
 public:
     explicit Listener(std::function<void()> asked)
-        : asked_(std::move(asked)),
-          event_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-          notifier_(event_.get(), QSocketNotifier::Read) {
+        : asked_(std::move(asked)), notifier_(pipe_.reading.get(), QSocketNotifier::Read) {
         QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] {
-            std::uint64_t count = 0;
-            [[maybe_unused]] const ssize_t size = ::read(event_.get(), &count, sizeof count);
+            std::array<char, kSignals.size()> bytes;
+            [[maybe_unused]] const ssize_t got =
+                ::read(pipe_.reading.get(), bytes.data(), bytes.size());
             asked_();
         });
-        wakeUp = event_.get();
+        writingEnd = pipe_.writing.get();
         struct sigaction action = {};
         action.sa_handler = handle;
         action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
@@ -57,12 +53,12 @@ public:
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
             ::sigaction(kSignals[i], &before_[i], nullptr);
         }
-        wakeUp = -1;
+        writingEnd = -1;
     }
 
 private:
     const std::function<void()> asked_;
-    FileDescriptor event_;
+    const Pipe pipe_ = makePipe();
     QSocketNotifier notifier_;
     std::array<struct sigaction, kSignals.size()> before_ = {};
 };

@@ -1,4 +1,4 @@
-// The signals by which a session asks a program to end.
+// SIGTERM, SIGINT and SIGHUP: the signals by which a session asks a program to end.
 #pragma once
 
 #include <functional>
@@ -6,10 +6,10 @@
 
 namespace tavo {
 
-// From now on SIGTERM, SIGINT and SIGHUP call `asked` on the main thread, in its event loop; the
-// second signal ends the process as if nobody listened. One that was ignored from the start stays
-// ignored, as under nohup. At most one at a time, within the life of the application object;
-// signals have their usual effect again afterwards. Children that are started do not inherit it.
+// Calls `asked` on the main thread, in Qt's event loop, after each of these signals that comes for
+// the first time. Coming again, it ends the process at once. A signal that was ignored at the
+// start, as under nohup, stays ignored. Ends with the answer, which must be the only one at a time
+// and must not outlive the QCoreApplication. Started programs do not inherit any of this.
 std::shared_ptr<void> listenForTermination(std::function<void()> asked);
 
 }  // namespace tavo

@@ -215,12 +215,12 @@ TEST_F(AppletRoad, a_script_that_never_comes_is_told_after_ten_seconds) {
 
 TEST_F(AppletRoad, a_script_that_runs_already_is_fronted_and_the_applet_not_started) {
     const AppItem app = applet(startScript(), showWindow());
-    ProgramStart start;
+    SpawnRequest start;
     start.executable = python();
     start.arguments = {script()};
     start.environment = {"PATH=/usr/bin:/bin"};
     pid_t process = 0;
-    ASSERT_EQ(startProgram(start, process), 0);
+    ASSERT_EQ(spawnProgram(start, process), 0);
     ASSERT_TRUE(comesTrue([&] { return std::filesystem::exists(running_.windowOf(process)); }));
     model().open(app);
     EXPECT_EQ(running_.activated, std::vector<std::int32_t>{process});
@@ -231,12 +231,12 @@ TEST_F(AppletRoad, a_script_that_runs_already_is_fronted_and_the_applet_not_star
 
 TEST_F(AppletRoad, an_editor_that_has_the_script_open_is_not_taken_for_it) {
     const AppItem app = applet("exit 0", "");
-    ProgramStart start;
+    SpawnRequest start;
     start.executable = "/bin/sh";
     start.arguments = {script()};
     start.environment = {"PATH=/usr/bin:/bin"};
     pid_t process = 0;
-    ASSERT_EQ(startProgram(start, process), 0);
+    ASSERT_EQ(spawnProgram(start, process), 0);
     std::ofstream(running_.windowOf(process)) << "";
     model().open(app);
     EXPECT_TRUE(running_.activated.empty());

@@ -97,12 +97,12 @@ void watchProgram(OpeningThread& thread, const ApplicationStart& start, const st
 
 void startBundle(OpeningThread& thread, const ApplicationStart& start,
                  const std::string& executable) {
-    ProgramStart program;
+    SpawnRequest program;
     program.executable = executable;
     program.environment = start.environment;
     program.workingDirectory = start.home;
     pid_t process = 0;
-    if (const int failure = startProgram(program, process); failure != 0) {
+    if (const int failure = spawnProgram(program, process); failure != 0) {
         start.answer->fail(messages::startRefused(executable, failure));
         return;
     }
@@ -133,7 +133,7 @@ std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>&
 void startCommand(OpeningThread& thread, const ApplicationStart& start, const std::string& name,
                   const std::vector<std::string>& words) {
     const std::string& folder = start.file.entry.path;
-    ProgramStart program;
+    SpawnRequest program;
     program.executable = "/bin/sh";
     program.arguments = {"-c", "export GIO_LAUNCHED_DESKTOP_FILE_PID=$$; exec \"$@\"", "sh"};
     const std::vector<std::string> dropped = variablesThatShellsDrop(start.environment);
@@ -145,7 +145,7 @@ void startCommand(OpeningThread& thread, const ApplicationStart& start, const st
     program.environment = start.environment;
     program.workingDirectory = folder.empty() ? start.home : folder;
     pid_t process = 0;
-    if (const int failure = startProgram(program, process); failure != 0) {
+    if (const int failure = spawnProgram(program, process); failure != 0) {
         start.answer->fail(messages::startRefused(name, failure));
         return;
     }
