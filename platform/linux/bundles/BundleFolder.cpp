@@ -8,12 +8,13 @@
 #include <sys/stat.h>
 
 #include "platform/linux/bundles/PropertyList.h"
+#include "platform/posix/RelativePath.h"
 
 namespace tavo {
 namespace {
 
-// The space, and the marks that set a text's direction: U+061C, U+200E, U+200F, U+202A to U+202E,
-// U+2066 to U+2069.
+// An extension never has a space, nor a character that sets the direction of text: U+061C, U+200E,
+// U+200F, U+202A to U+202E, U+2066 to U+2069.
 constexpr std::array<std::string_view, 13> kNeverInExtensions = {
     " ",      "\u061C", "\u200E", "\u200F", "\u202A", "\u202B", "\u202C",
     "\u202D", "\u202E", "\u2066", "\u2067", "\u2068", "\u2069"};
@@ -31,18 +32,6 @@ std::string nameWithoutExtension(const std::string& path) {
         kNeverInExtensions.begin(), kNeverInExtensions.end(),
         [extension](std::string_view mark) { return extension.find(mark) != extension.npos; });
     return none ? name : name.substr(0, dot);
-}
-
-bool staysInside(std::string_view name) {
-    for (std::size_t begin = 0; begin <= name.size();) {
-        const std::size_t end = std::min(name.find('/', begin), name.size());
-        const std::string_view part = name.substr(begin, end - begin);
-        if (part.empty() || part == "." || part == "..") {
-            return false;
-        }
-        begin = end + 1;
-    }
-    return true;
 }
 
 std::optional<std::string> valueOf(const Strings& strings, const char* key) {

@@ -1,4 +1,4 @@
-// Application bundles: folders that hold a program and a description of it. Any thread.
+// Application bundles: folders with a program and, in Contents/Info.plist, a description of it.
 #pragma once
 
 #include <optional>
@@ -8,12 +8,12 @@
 
 namespace tavo {
 
-// Any folder at `path` is a bundle; anything else answers none.
+// The facts of the bundle at `path`, which may be any folder; none when it is no folder.
 //
-// Identifier and signature come from Contents/Info.plist. The program is the one that it names
-// (CFBundleExecutable), else the one that has the bundle's name without extension, the first that
-// exists of Contents/MacOS/N, Contents/N and N. A name that leads elsewhere than further down
-// (absolute, or with an empty, "." or ".." part) is no program.
+// Identifier and signature are CFBundleIdentifier and CFBundleSignature. The program's name N is
+// CFBundleExecutable, else the folder's name without extension. The program is the first that
+// exists of Contents/MacOS/N, Contents/N and N; there is none when N leads out of these folders.
+// Any thread.
 std::optional<BundleFacts> readBundleFolder(const std::string& path);
 
 }  // namespace tavo

@@ -13,7 +13,7 @@ constexpr int kDeepestNesting = 64;
 
 using Strings = std::map<std::string, std::string>;
 
-// Takes the document apart token by token, so that neither depth nor size costs any stack.
+// Reads token by token without recursion: a deeply nested document costs no stack.
 class Reader {
 public:
     explicit Reader(const std::string& bytes)
@@ -43,8 +43,8 @@ private:
                 }
                 return true;
             case QXmlStreamReader::DTD:
-                // A document type that names the public definition is the rule, one that brings
-                // definitions along is an attack.
+                // Property lists name the public DTD. Entities that a document declares itself
+                // could expand without end.
                 return xml_.entityDeclarations().isEmpty() && xml_.notationDeclarations().isEmpty();
             case QXmlStreamReader::EntityReference:
                 return false;
@@ -87,7 +87,7 @@ private:
     [[nodiscard]] bool isKey() const { return element_ == u"key"; }
     [[nodiscard]] bool isString() const { return element_ == u"string"; }
 
-    // plist, dict, and what stands in the dictionary.
+    // Inside plist (1) and dict (2).
     static constexpr int kValueDepth = 3;
 
     QXmlStreamReader xml_;
@@ -95,7 +95,7 @@ private:
     bool sawRoot_ = false;
     QString element_;  // the innermost element at kValueDepth
     QString text_;
-    std::optional<std::string> key_;  // waits for its value
+    std::optional<std::string> key_;  // the last one, until its value has been read
     Strings strings_;
 };
 

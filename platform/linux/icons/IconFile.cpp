@@ -83,13 +83,7 @@ QImage drawn(std::string_view bytes, int side) {
 
 QImage fromIcns(std::string_view bytes, int side) {
     for (const IcnsPicture& picture : icnsPictures(bytes, side)) {
-        QImage image;
-        if (!picture.png.empty()) {
-            image = decoded(picture.png, "png");
-        } else {
-            const auto* const pixels = reinterpret_cast<const uchar*>(picture.pixels.data());
-            image = QImage(pixels, picture.side, picture.side, QImage::Format_ARGB32).copy();
-        }
+        const QImage image = decoded(picture.png, "png");
         if (!image.isNull()) {
             return scaled(image, side);
         }

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "platform/linux/entries/KeyFile.h"
+#include "platform/posix/RelativePath.h"
 
 namespace tavo {
 namespace {
@@ -38,11 +39,6 @@ int sizeFrom(std::string_view text) {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool whole = result.ec == std::errc() && result.ptr == text.data() + text.size();
     return whole && number > 0 && number <= kLargest ? number : 0;
-}
-
-bool staysInside(std::string_view path) {
-    return !path.starts_with('/') && path.find("..") == std::string_view::npos &&
-           path.find('\0') == std::string_view::npos;
 }
 
 struct Section {
@@ -103,7 +99,8 @@ IconThemeIndex parseIconThemeIndex(std::string_view text) {
     }
     for (const std::string_view path : paths) {
         const auto described = sections.find(path);
-        if (described == sections.end() || described->second.size == 0 || !staysInside(path)) {
+        if (described == sections.end() || described->second.size == 0 ||
+            !staysInside(path.substr(0, path.find_last_not_of('/') + 1))) {
             continue;
         }
         if (index.subfolders.size() == kMostSubfolders) {

@@ -18,7 +18,7 @@ protected:
         return readBundleFolder(folder_.path(bundle)).value();
     }
 
-    // The executable's path from the bundle, "(none)" without one.
+    // The executable's path relative to the bundle, "(none)" where there is no executable.
     [[nodiscard]] std::string executable(const std::string& bundle = "Foo.app") const {
         const auto path = facts(bundle).executablePath;
         return path ? path->substr(folder_.path(bundle).size() + 1) : "(none)";

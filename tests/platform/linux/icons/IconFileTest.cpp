@@ -126,19 +126,6 @@ TEST_F(IconFile, of_an_icns_file_the_next_picture_stands_in_for_a_broken_one) {
     EXPECT_EQ(middleOf(*icon), kRed);
 }
 
-TEST_F(IconFile, of_an_icns_file_run_length_coded_pictures_are_shown_too) {
-    std::string colours(4, '\0');
-    for (const char value : {'\xff', '\0', '\0'}) {
-        for (int left = 128 * 128; left > 0; left -= 128) {
-            colours += std::string{'\xfd', value};  // 128 times
-        }
-    }
-    const auto icon = read(
-        icnsFile(icnsChunk("it32", colours) + icnsChunk("t8mk", std::string(128 * 128, '\xff'))));
-    ASSERT_TRUE(icon);
-    EXPECT_EQ(middleOf(*icon), kRed);
-}
-
 TEST_F(IconFile, what_is_no_picture_is_refused) {
     struct Case {
         const char* name;
