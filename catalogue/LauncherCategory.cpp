@@ -18,10 +18,10 @@ std::vector<LauncherCategory> makeDefaultCategories() {
 }
 
 std::optional<std::string> encodeCategories(const std::vector<LauncherCategory>& categories) {
-    std::vector<json::StringDictionary> objects;
+    std::vector<StringDictionary> objects;
     objects.reserve(categories.size());
     for (const LauncherCategory& category : categories) {
-        json::StringDictionary& object = objects.emplace_back();
+        StringDictionary& object = objects.emplace_back();
         object["id"] = category.id;
         object["name"] = category.name;
         if (category.parentID) {
@@ -38,7 +38,7 @@ std::optional<std::vector<LauncherCategory>> decodeCategories(std::string_view j
     }
     std::vector<LauncherCategory> categories;
     categories.reserve(objects->size());
-    for (const json::StringDictionary& object : *objects) {
+    for (const StringDictionary& object : *objects) {
         const auto id = object.find("id");
         const auto name = object.find("name");
         const auto parent = object.find("parentID");

@@ -1,17 +1,14 @@
 // The user's defaults: small typed values under string keys that survive everything.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
+
+#include "support/StringTypes.h"
 
 namespace tavo {
-
-using StringArray = std::vector<std::string>;
-using StringDictionary = std::map<std::string, std::string>;
 
 // Bytes without a meaning of their own to the store.
 struct Data {
@@ -28,7 +25,7 @@ using DefaultsValue = std::variant<Data, StringArray, StringDictionary>;
 // key is next written.
 //
 // Main thread. No call fails: a write that the system refuses is kept as pending, answers reads,
-// and is tried again with the next write.
+// and is tried again later, at the latest with the next write.
 class DefaultsStore {
 public:
     virtual ~DefaultsStore() = default;

@@ -13,10 +13,10 @@
 #include <string_view>
 #include <vector>
 
+#include "support/StringTypes.h"
+
 namespace tavo::json {
 
-using StringArray = std::vector<std::string>;
-using StringDictionary = std::map<std::string, std::string>;
 using StringArrayDictionary = std::map<std::string, StringArray>;
 
 // Text that is not UTF-8 cannot be written: the answer is absent then.
