@@ -1,4 +1,4 @@
-// What tells that a file is still the one it was.
+// Size and modification time of a file, to notice that it has changed.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace tavo {
 
-// A value; the default one is that of a file that does not exist.
+// The default value is that of a file that does not exist.
 struct FileStamp {
     std::int64_t modified = -1;  // nanoseconds since the epoch
     std::int64_t size = -1;      // bytes
@@ -15,7 +15,8 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-// Links are followed. `path` may be relative to the open folder `folder`. Any thread.
+// Links are followed. A relative `path` starts at the open folder `folder`. The default value also
+// when the file cannot be reached. Any thread.
 FileStamp fileStamp(const std::string& path);
 FileStamp fileStamp(int folder, const char* path);
 

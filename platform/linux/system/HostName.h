@@ -1,11 +1,11 @@
-// What this machine is called.
+// The name of this machine.
 #pragma once
 
 #include <string>
 
 namespace tavo {
 
-// As gethostname(2) says; "" when it says nothing. Any thread.
+// What gethostname(2) answers; "" when it fails. Any thread.
 [[nodiscard]] std::string hostName();
 
 }  // namespace tavo

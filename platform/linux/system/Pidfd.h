@@ -1,4 +1,4 @@
-// A descriptor that stands for a process.
+// pidfds: descriptors that stand for a process.
 #pragma once
 
 #include <sys/syscall.h>
@@ -9,9 +9,9 @@
 
 namespace tavo {
 
-// Readable once `process`, a child not reaped yet, has ended; closed on exec. None where the
-// system refuses it (Linux before 5.3, a sandbox, too many descriptors). Called by its number
-// because the declaration in glibc 2.36 cannot be used from C++.
+// Becomes readable when `process`, a child that has not been reaped, ends. Closed on exec. Invalid
+// where the kernel refuses it (Linux before 5.3, a sandbox, too many descriptors). Calls the system
+// call by its number because the declaration in glibc 2.36 cannot be used from C++.
 inline FileDescriptor openPidfd(pid_t process) {
     return FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
 }

@@ -15,14 +15,14 @@
 namespace tavo {
 namespace {
 
-// More than a program can be started with by default.
+// Larger than any environment that exec(2) accepts with the usual stack limit of 8 MiB.
 constexpr std::size_t kLargestEnvironment = std::size_t{4} << 20;  // bytes
 
 std::string procFile(pid_t process, const char* name) {
     return "/proc/" + std::to_string(process) + '/' + name;
 }
 
-// What the file holds, up to `limit`. These files have no size beforehand.
+// What the file holds, up to a block beyond `limit` bytes. stat(2) tells no size of files in /proc.
 std::string contents(const std::string& path, std::size_t limit) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     std::string bytes;
@@ -51,11 +51,11 @@ std::string_view variable(std::string_view list, std::string_view name) {
     return {};
 }
 
-// What follows the program's name in /proc/PID/stat, from the third field, the state, on; empty
-// when there is no such process.
+// /proc/PID/stat from its third field, the state, on; empty when there is no such process.
 std::string fieldsFromState(pid_t process) {
     const std::string stat = process > 0 ? contents(procFile(process, "stat"), 4096) : "";
-    // The second field, the program's name in parentheses, may hold anything.
+    // The second field is the program's name in parentheses, which may have spaces and parentheses
+    // itself: its end is the last one.
     const std::size_t end = stat.rfind(')');
     return end == std::string::npos || end + 2 >= stat.size() ? std::string()
                                                               : stat.substr(end + 2);
@@ -65,7 +65,7 @@ bool hasEnded(const std::string& fields) {
     return fields.empty() || fields.front() == 'Z' || fields.front() == 'X';
 }
 
-// The field of that number, as proc(5) counts them.
+// A field by its number in proc(5), which counts from 1.
 std::optional<std::uint64_t> field(const std::string& fieldsFromState, int number) {
     constexpr int kState = 3;
     std::size_t begin = 0;
@@ -82,9 +82,9 @@ std::optional<std::uint64_t> field(const std::string& fieldsFromState, int numbe
     return parsed.ec == std::errc() ? std::optional(value) : std::nullopt;
 }
 
-// Sorted: what runs another program, waits for it, and has no window of its own. Not what becomes
-// the other program (env, nice), and not interpreters: a program in Python is more likely one with
-// windows than one that merely starts another.
+// Programs that run another one, wait for it, and have no window. Sorted. env and nice are missing
+// because exec(2) makes them the other program; interpreters are missing because a program in
+// Python more likely has windows itself.
 constexpr auto kWrappers = std::to_array<std::string_view>({
     "ash",
     "bash",
@@ -142,7 +142,7 @@ std::optional<std::string> processExecutable(pid_t process) {
     path.resize(static_cast<std::size_t>(length));
     constexpr std::string_view kDeleted = " (deleted)";
     struct stat facts = {};
-    // A file may really be called so.
+    // The kernel adds this to the path of a removed file, but a file may also really be called so.
     if (path.ends_with(kDeleted) && ::stat(link.c_str(), &facts) == 0 && facts.st_nlink == 0) {
         path.resize(path.size() - kDeleted.size());
     }
@@ -165,7 +165,7 @@ pid_t sessionLeader(pid_t process) {
 }
 
 bool isWrappedBy(pid_t process, pid_t wrapper) {
-    // Deeper than anybody nests; processes that end and come anew meanwhile lead nowhere else.
+    // Ends the loop if parents change meanwhile; real wrappers are a few levels deep.
     constexpr int kDeepest = 16;
     pid_t ancestor = process;
     for (int depth = 0; depth < kDeepest && ancestor > 1; ++depth) {

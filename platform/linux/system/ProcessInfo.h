@@ -1,7 +1,7 @@
-// What the system tells of a running process, from /proc (proc(5)). Any thread.
+// Facts about a running process, from /proc (proc(5)). Any thread.
 //
-// Processes end at any time and their numbers come again: what is absent may never have been, and
-// only the start time tells two processes of one number apart.
+// A process may end between two calls, and its PID may be given to another one: only the start time
+// tells the two apart. Every function answers "none" for a PID that is not in use.
 #pragma once
 
 #include <cstdint>
@@ -12,31 +12,30 @@
 
 namespace tavo {
 
-// Ticks since the system started; absent when there is no such process, or it has ended and only
-// waits for its parent.
+// In clock ticks since boot; absent also for a zombie.
 std::optional<std::uint64_t> processStartTime(pid_t process);
 
-// The process that started it, or took it over; 0 when there is no such process.
+// The PID of its parent; 0: none.
 pid_t processParent(pid_t process);
 
-// Whether the process belongs to the user of this one.
+// Whether its user is the one that this process runs as.
 [[nodiscard]] bool isOwnProcess(pid_t process);
 
-// The program it runs, also when its file was replaced or removed meanwhile. Absent for processes
-// of other users and of the system.
+// The path of the program that it runs, or ran before the file was replaced or removed. Absent for
+// processes of other users and of the kernel.
 std::optional<std::string> processExecutable(pid_t process);
 
-// The desktop entry that GIO started it from: GIO_LAUNCHED_DESKTOP_FILE, when
-// GIO_LAUNCHED_DESKTOP_FILE_PID says that this very process was meant, and not one that inherited
-// the variables. Empty when not known.
+// The path of the desktop entry that it was started from: GIO_LAUNCHED_DESKTOP_FILE in its
+// environment, if GIO_LAUNCHED_DESKTOP_FILE_PID is its own PID. With another PID it has only
+// inherited the variables. "": not known.
 std::string processDesktopFile(pid_t process);
 
-// The process that began its session; 0 when there is no such process.
+// The PID of its session leader (setsid(2)); 0: none.
 pid_t sessionLeader(pid_t process);
 
-// Whether `wrapper` was started in order to run the process: it and everything between the two are
-// shells and others that only run a program and wait for it. Not so for what a program with windows
-// of its own starts, nor once the wrapper has ended.
+// Whether `wrapper` is an ancestor of `process` that only runs it and waits for it. So are shells,
+// timeout(1) and the like; they, and nothing else, may stand between the two. False once the
+// wrapper has ended.
 [[nodiscard]] bool isWrappedBy(pid_t process, pid_t wrapper);
 
 }  // namespace tavo

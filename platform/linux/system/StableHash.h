@@ -1,5 +1,5 @@
-// A 64-bit digest of facts that are compared with what they were before. It finds accidental
-// differences; it is no protection against a forger.
+// A 64-bit hash that is the same in every run, to notice that facts have changed since they were
+// stored. Not cryptographic.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// The same facts in the same order give the same value on every run of one machine.
+// The same facts added in the same order give the same value on one machine.
 class StableHash {
 public:
     void add(std::uint64_t number) {
@@ -17,7 +17,7 @@ public:
         value_ ^= value_ >> 32U;
     }
 
-    // The length counts too: "ab", "c" differs from "a", "bc".
+    // Adds the length too: "ab", "c" must differ from "a", "bc".
     void add(std::string_view text) {
         add(text.size());
         while (!text.empty()) {

@@ -1,8 +1,8 @@
-// The environment as it was when the program began.
+// The environment as it was when this program started.
 //
-// Whatever a library or this program does to its own environment later, the applications it
-// starts get the one that the user's session gave, less what was meant for this program alone.
-// A value; any thread.
+// This program and its libraries change their own environment later. The applications that it
+// starts get the environment of the user's session, less what was meant for this program alone.
+// Any thread.
 #pragma once
 
 #include <optional>
@@ -14,19 +14,19 @@ namespace tavo {
 
 class StartEnvironment {
 public:
-    // The process's environment now. The first thing that main does: a toolkit removes some of it.
+    // The process's environment now. main calls it first, because Qt removes variables.
     static StartEnvironment capture();
 
-    // `variables` are "NAME=value"; what has no name or no '=' is left out, of a name that comes
-    // twice the first one holds.
+    // `variables` are "NAME=value". One without a name or '=' is left out; of a name that comes
+    // twice the first one counts.
     explicit StartEnvironment(std::vector<std::string> variables);
 
-    // Absent when it was not set; the one-shot variables are answered too.
+    // Absent when it was not set. Answers the one-shot variables too.
     [[nodiscard]] std::optional<std::string> value(std::string_view name) const;
 
-    // For started applications: all but the one-shot variables, which announce one start of one
-    // program (Startup Notification's DESKTOP_STARTUP_ID, XDG activation's XDG_ACTIVATION_TOKEN,
-    // the session manager's DESKTOP_AUTOSTART_ID) and mislead any other.
+    // For started applications: all variables but the one-shot ones. DESKTOP_STARTUP_ID (Startup
+    // Notification), XDG_ACTIVATION_TOKEN (xdg-activation) and DESKTOP_AUTOSTART_ID (session
+    // management) announce this program's own start and would mislead another program.
     [[nodiscard]] std::vector<std::string> forChildren() const;
 
 private:

@@ -11,7 +11,7 @@ using processes::Folder;
 using processes::Report;
 using std::chrono::milliseconds;
 
-// Never reached by a test that passes.
+// A test that passes never waits so long.
 constexpr ChildProcessLimits kPatient{.time = processes::kPatience};
 
 struct PosixChildProcessRig {
@@ -101,7 +101,7 @@ TEST(PosixChildProcess, many_runs_leave_no_zombie_and_no_descriptor) {
     EXPECT_TRUE(processes::children().empty());
 }
 
-// Sets the disposition of one signal for the length of a test.
+// While it lives, the signal has this disposition.
 class Disposition {
 public:
     Disposition(int signal, sighandler_t handler)
@@ -129,7 +129,7 @@ TEST(PosixChildProcess, children_start_with_default_signals) {
     std::istringstream lines(status);
     for (std::string name, bits; lines >> name >> bits;) {
         SCOPED_TRACE(name);
-        // 32 and 33 are the C library's own.
+        // glibc keeps signals 32 and 33 for itself.
         EXPECT_EQ(std::stoull(bits, nullptr, 16) & 0x7fffffffU, 0U);
     }
     EXPECT_NE(status, "");

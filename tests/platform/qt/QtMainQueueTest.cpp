@@ -13,7 +13,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// Lets the event loop run until the condition holds; it sleeps between events.
+// Runs the event loop until the condition holds, and sleeps while no event comes.
 bool loopUntil(const std::function<bool()>& condition) {
     const auto giveUp = Clock::now() + std::chrono::seconds(60);
     QTimer watchdog;

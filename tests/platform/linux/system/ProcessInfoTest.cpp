@@ -13,7 +13,7 @@ namespace {
 
 using processes::Folder;
 
-// Says its process id and waits for its input to end.
+// A shell command that says its PID and then waits for its input to end.
 std::vector<std::string> shell(const std::vector<std::string>& variables,
                                const std::string& program = "/bin/cat") {
     std::vector<std::string> words = {"/usr/bin/env"};
@@ -22,7 +22,7 @@ std::vector<std::string> shell(const std::vector<std::string>& variables,
     return words;
 }
 
-// The process of a program that has just said its id, once it is `program` itself.
+// The PID that the started program says, once it really runs `program`.
 pid_t settled(ChildProgram& child, const std::string& program) {
     const pid_t process = std::stoi(child.readLine().value_or("0"));
     EXPECT_TRUE(processes::becomesTrue([&] {
@@ -39,7 +39,7 @@ TEST(ProcessInfo, a_start_time_stays_and_goes_with_the_process) {
     EXPECT_EQ(processStartTime(process), start);
     EXPECT_NE(*start, 0U);
     child.closeInput();
-    // Ended, and not reaped yet.
+    // A zombie.
     EXPECT_TRUE(processes::becomesTrue([&] { return !processStartTime(process); }));
     child.wait();
     EXPECT_EQ(processStartTime(process), std::nullopt);
