@@ -9,6 +9,7 @@
 #include "platform/linux/system/ProcessInfo.h"
 #include "platform/linux/wayland/WaylandToplevels.h"
 #include "platform/linux/windows/ProcessRegistry.h"
+#include "platform/linux/windows/WindowMatcher.h"
 
 namespace tavo {
 namespace {
@@ -18,7 +19,7 @@ public:
     WaylandRunningApplications(std::string display, std::shared_ptr<DesktopEntryIndex> listed,
                                std::string ownAppId)
         : display_(std::move(display)),
-          listed_(std::move(listed)),
+          matcher_(std::move(listed)),
           ownAppId_(std::move(ownAppId)) {}
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
@@ -66,9 +67,8 @@ public:
         const pid_t process = application.processIdentifier;
         std::string identifier = application.identifier;
         if (identifier.empty()) {
-            const auto matching = listed_->matching();
             identifier = processes_.isSame(process)
-                             ? ProcessStarts(processes_, *matching).of(process)
+                             ? ProcessStarts(processes_, matcher_.get()).of(process)
                              : std::string();
         } else if (!processes_.isKnown(process)) {
             processes_.rememberStart(process, identifier);
@@ -92,15 +92,15 @@ private:
 
     // In the compositor's order; no identifier has none.
     [[nodiscard]] Windows windowsOf(const std::string& identifier,
-                                    const WaylandToplevels& toplevels) const {
+                                    const WaylandToplevels& toplevels) {
         if (identifier.empty()) {
             return {};
         }
-        const auto matching = listed_->matching();
+        const WindowMatcher& matcher = matcher_.get();
         Windows found;
         for (const WaylandToplevel& window : toplevels.windows()) {
             const std::string& appId = window.transientRoot->appId;
-            if (matching->owner({"", "", appId}, nullptr, identifier) == identifier) {
+            if (matcher.owner({"", "", appId}, nullptr, identifier) == identifier) {
                 found.push_back(&window);
             }
         }
@@ -126,7 +126,7 @@ private:
     }
 
     const std::string display_;
-    const std::shared_ptr<DesktopEntryIndex> listed_;
+    LatestWindowMatcher matcher_;
     const std::string ownAppId_;
 
     std::mutex mutex_;                          // over all below

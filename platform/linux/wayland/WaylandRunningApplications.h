@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// An application runs while the compositor shows a window that WindowMatching gives to its
+// An application runs while the compositor shows a window that WindowMatcher gives to its
 // identifier; the window's application id is all there is to go by. It is answered once, without a
 // process, for no window says whose it is. A compositor that shows no windows
 // (wlr-foreign-toplevel-management-unstable-v1 is what it would need) cannot tell.

@@ -60,7 +60,7 @@ std::string ProcessStarts::of(pid_t process) {
 
 std::string ProcessStarts::ofItself(pid_t process) const {
     std::string told = processes_.startedAs(process);
-    return told.empty() ? matching_.identifierAt(processDesktopFile(process)) : told;
+    return told.empty() ? matcher_.identifierAt(processDesktopFile(process)) : told;
 }
 
 }  // namespace tavo

@@ -12,8 +12,8 @@
 
 #include <sys/types.h>
 
-#include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/system/ProcessInfo.h"
+#include "platform/linux/windows/WindowMatcher.h"
 
 namespace tavo {
 
@@ -64,8 +64,8 @@ private:
 // outlives it.
 class ProcessStarts {
 public:
-    ProcessStarts(const ProcessRegistry& processes, const WindowMatching& matching)
-        : processes_(processes), matching_(matching) {}
+    ProcessStarts(const ProcessRegistry& processes, const WindowMatcher& matcher)
+        : processes_(processes), matcher_(matcher) {}
 
     // As it was told, else the listed entry that GIO started the process from. Of a process about
     // which neither is known, the same of the leader of its session, when that only wraps it
@@ -78,7 +78,7 @@ private:
     [[nodiscard]] std::string ofItself(pid_t process) const;
 
     const ProcessRegistry& processes_;
-    const WindowMatching& matching_;
+    const WindowMatcher& matcher_;
     std::unordered_map<pid_t, std::string> leaders_;  // most processes share a few
 };
 

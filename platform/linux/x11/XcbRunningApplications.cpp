@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "platform/linux/windows/ProcessRegistry.h"
+#include "platform/linux/windows/WindowMatcher.h"
 #include "platform/linux/x11/XcbConnection.h"
 #include "platform/linux/x11/XcbWindows.h"
 
@@ -23,25 +24,22 @@ bool isLater(xcb_timestamp_t time, xcb_timestamp_t than) {
 // Which application each window is of, looked up once a window.
 class WindowOwners {
 public:
-    WindowOwners(const WindowMatching& matching, const ProcessRegistry& processes,
+    WindowOwners(const WindowMatcher& matcher, const ProcessRegistry& processes,
                  const XcbWindowList& list, std::string asked)
-        : matching_(matching),
-          starts_(processes, matching),
-          list_(list),
-          asked_(std::move(asked)) {}
+        : matcher_(matcher), starts_(processes, matcher), list_(list), asked_(std::move(asked)) {}
 
     [[nodiscard]] const std::string& owner(const XcbWindow& window) {
         const XcbWindow& transientRoot = list_.transientRoot(window);
         const auto [known, isNew] = owners_.try_emplace(transientRoot.id);
         if (isNew) {
-            known->second = matching_.owner(
+            known->second = matcher_.owner(
                 transientRoot.names, [&] { return starts_.of(transientRoot.process); }, asked_);
         }
         return known->second;
     }
 
 private:
-    const WindowMatching& matching_;
+    const WindowMatcher& matcher_;
     ProcessStarts starts_;
     const XcbWindowList& list_;
     const std::string asked_;
@@ -53,7 +51,7 @@ public:
     XcbRunningApplications(std::string display, std::shared_ptr<DesktopEntryIndex> listed,
                            UserTime userTime)
         : display_(std::move(display)),
-          listed_(std::move(listed)),
+          matcher_(std::move(listed)),
           userTime_(std::move(userTime)) {}
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
@@ -200,8 +198,7 @@ private:
         if (identifier.empty()) {
             return {};
         }
-        const auto matching = listed_->matching();
-        WindowOwners owners(*matching, processes_, list, identifier);
+        WindowOwners owners(matcher_.get(), processes_, list, identifier);
         Windows found;
         for (const XcbWindow& window : list.windows) {
             if (!window.ofDesktop && owners.owner(window) == identifier) {
@@ -242,7 +239,7 @@ private:
     }
 
     const std::string display_;
-    const std::shared_ptr<DesktopEntryIndex> listed_;
+    LatestWindowMatcher matcher_;
     const UserTime userTime_;
 
     std::mutex mutex_;                               // over all below

@@ -16,7 +16,7 @@ namespace tavo {
 using UserTime = std::function<std::optional<std::uint32_t>()>;
 
 // An application runs while it has managed windows (Extended Window Manager Hints): by identifier,
-// those that WindowMatching gives to it; by process, those of that process on this host. Dialogs
+// those that WindowMatcher gives to it; by process, those of that process on this host. Dialogs
 // belong to the window that they are for; panels, desktops and tool tips to nobody. Of several
 // processes with one identifier the one whose window is on top comes first.
 //

@@ -12,7 +12,7 @@
 
 #include <xcb/xcb.h>
 
-#include "platform/linux/entries/DesktopEntryIndex.h"
+#include "platform/linux/windows/WindowMatcher.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tavo {

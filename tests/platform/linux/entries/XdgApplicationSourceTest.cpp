@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <set>
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include "platform/linux/entries/DesktopEntry.h"
+#include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/entries/XdgApplicationSource.h"
 #include "tests/Thorough.h"
 #include "tests/contracts/ApplicationSourceContract.h"
@@ -79,26 +81,29 @@ TEST_F(XdgApplicationSourceTest, sub_folders_are_part_of_the_id) {
 TEST_F(XdgApplicationSourceTest, a_scan_leaves_what_windows_are_recognised_by) {
     const auto listed = std::make_shared<DesktopEntryIndex>();
     const auto source = makeXdgApplicationSource(environment_, listed);
-    const std::string path = tree_.write(
-        "user/applications/games/chess.desktop",
-        entryText("Chess",
-                  "StartupWMClass=Knight\nExec=" + tree_.makeProgram("bin/other chess") + "\n"));
+    (void)tree_.write("user/applications/games/chess.desktop",
+                      entryText("Chess", "StartupWMClass=Knight\nExec=" +
+                                             tree_.makeProgram("bin/other chess") + "\n"));
     tree_.write("user/applications/quoted.desktop",
                 "[Desktop Entry]\nType=Application\nName=Q\nExec=\"" +
                     tree_.makeProgram("bin/two words") + "\" %U\n");
     tree_.write("user/applications/secret.desktop", entryText("S", "NoDisplay=true\n"));
     (void)source->applications();
-    const auto matching = listed->matching();
-    EXPECT_EQ(matching->identifierAt(path), "");
-    EXPECT_EQ(matching->owner({"", "Two Words", ""}, nullptr), "quoted.desktop");
-    EXPECT_EQ(matching->owner({"", "secret", ""}, nullptr), "");
+    const auto quoted = listed->entries();
+    ASSERT_EQ(quoted->size(), 1U);
+    EXPECT_EQ(quoted->front().identifier, "quoted.desktop");
+    EXPECT_EQ(quoted->front().program, "two words");
 
     const std::string chess = tree_.write("user/applications/games/chess.desktop",
                                           entryText("Chess", "StartupWMClass=Knight\n"));
     (void)source->applications();
-    EXPECT_EQ(listed->matching()->identifierAt(chess), "games-chess.desktop");
-    EXPECT_EQ(listed->matching()->owner({"", "knight", ""}, nullptr), "games-chess.desktop");
-    EXPECT_EQ(listed->matching()->owner({"", "games-Chess", ""}, nullptr), "games-chess.desktop");
+    const auto entries = listed->entries();
+    const auto found = std::find_if(entries->begin(), entries->end(),
+                                    [&](const ListedEntry& entry) { return entry.path == chess; });
+    ASSERT_NE(found, entries->end());
+    EXPECT_EQ(found->identifier, "games-chess.desktop");
+    EXPECT_EQ(found->startupWmClass, "Knight");
+    EXPECT_EQ(found->program, "program");
 }
 
 TEST_F(XdgApplicationSourceTest, hidden_folders_and_files_count_and_other_suffixes_do_not) {

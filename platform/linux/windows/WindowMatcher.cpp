@@ -1,7 +1,8 @@
-#include "platform/linux/entries/DesktopEntryIndex.h"
+#include "platform/linux/windows/WindowMatcher.h"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
 
 #include "platform/linux/entries/DesktopFileId.h"
@@ -9,7 +10,7 @@
 namespace tavo {
 namespace {
 
-// Sorted. Versions at the end are taken off before.
+// Sorted. Names are looked up as they are, then without a version at the end.
 constexpr auto kGenericPrograms = std::to_array<std::string_view>({
     // clang-format off
     "alacritty", "ash", "aterm", "bash", "bubblewrap", "bun", "busybox", "bwrap",
@@ -58,9 +59,10 @@ bool isGenericProgram(std::string_view name) {
     return isGeneric();
 }
 
-WindowMatching::WindowMatching(std::vector<ListedEntry> entries) : entries_(std::move(entries)) {
-    for (std::size_t i = 0; i < entries_.size(); ++i) {
-        const ListedEntry& entry = entries_[i];
+WindowMatcher::WindowMatcher(std::shared_ptr<const DesktopEntryIndex::Entries> entries)
+    : entries_(std::move(entries)) {
+    for (std::size_t i = 0; i < entries_->size(); ++i) {
+        const ListedEntry& entry = (*entries_)[i];
         if (!entry.startupWmClass.empty()) {
             byWmClass_[folded(entry.startupWmClass)].push_back(i);
         }
@@ -73,22 +75,22 @@ WindowMatching::WindowMatching(std::vector<ListedEntry> entries) : entries_(std:
     }
 }
 
-// One window's way through the reasons.
-class WindowMatching::Search {
+// The match of one window.
+class WindowMatcher::Search {
 public:
-    Search(const WindowMatching& matching, const WindowNames& names,
-           const LaunchedFrom& launchedFrom, const std::string& asked)
-        : matching_(matching),
+    Search(const WindowMatcher& matcher, const WindowNames& names, const LaunchedFrom& launchedFrom,
+           const std::string& asked)
+        : matcher_(matcher),
           names_({folded(names.instance), folded(names.className), folded(names.appId)}),
           launchedFrom_(launchedFrom) {
-        if (!asked.empty() && !matching.byExactIdentifier_.contains(asked)) {
+        if (!asked.empty() && !matcher.byExactIdentifier_.contains(asked)) {
             asked_ = asked;
             askedName_ = withoutSuffix(asked);
         }
     }
 
-    // The first reason that leaves one entry decides. One that leaves several says that the window
-    // is one of theirs, whatever weaker reasons say of others; so from then on only those count.
+    // The first reason that leaves one entry decides. Once a reason leaves several entries, the
+    // window belongs to one of them, and weaker reasons choose among these only.
     std::string owner() {
         std::vector<std::size_t> left;
         for (const auto reason : {&Search::byWmClass, &Search::byIdentifier, &Search::byProgram}) {
@@ -110,14 +112,14 @@ public:
     }
 
 private:
-    // Stands for the asked-for application among the indices of entries.
+    // The index of the asked-for application, which is not in entries_.
     static constexpr std::size_t kAsked = static_cast<std::size_t>(-1);
 
     static bool contains(const std::vector<std::size_t>& entries, std::size_t entry) {
         return std::find(entries.begin(), entries.end(), entry) != entries.end();
     }
 
-    // Those of `found` that are left; all while nothing has been left out.
+    // The entries of `found` that are also in `left`; all of them while `left` is empty.
     static std::vector<std::size_t> among(const std::vector<std::size_t>& left,
                                           std::vector<std::size_t> found) {
         if (!left.empty()) {
@@ -126,18 +128,18 @@ private:
         return found;
     }
 
-    // No name finds nothing.
+    // An empty name finds nothing.
     static std::vector<std::size_t> at(const Index& index, const std::string& name) {
         const auto found = name.empty() ? index.end() : index.find(name);
         return found == index.end() ? std::vector<std::size_t>() : found->second;
     }
 
     [[nodiscard]] std::vector<std::size_t> byWmClass(const std::string& name) const {
-        return at(matching_.byWmClass_, name);
+        return at(matcher_.byWmClass_, name);
     }
 
     [[nodiscard]] std::vector<std::size_t> byIdentifier(const std::string& name) const {
-        std::vector<std::size_t> found = at(matching_.byIdentifier_, name);
+        std::vector<std::size_t> found = at(matcher_.byIdentifier_, name);
         if (!askedName_.empty() && name == askedName_) {
             found.push_back(kAsked);
         }
@@ -145,8 +147,8 @@ private:
     }
 
     [[nodiscard]] std::vector<std::size_t> byProgram(const std::string& name) const {
-        std::vector<std::size_t> found = at(matching_.byProgram_, name);
-        if (found.size() != 1 || !matching_.entries_[found.front()].startupWmClass.empty() ||
+        std::vector<std::size_t> found = at(matcher_.byProgram_, name);
+        if (found.size() != 1 || !(*matcher_.entries_)[found.front()].startupWmClass.empty() ||
             isGenericProgram(name)) {
             return {};
         }
@@ -158,44 +160,39 @@ private:
         if (!from.empty() && from == asked_) {
             return kAsked;
         }
-        const auto found = matching_.byExactIdentifier_.find(from);
-        return found == matching_.byExactIdentifier_.end() ? std::nullopt
-                                                           : std::optional(found->second);
+        const auto found = matcher_.byExactIdentifier_.find(from);
+        return found == matcher_.byExactIdentifier_.end() ? std::nullopt
+                                                          : std::optional(found->second);
     }
 
     [[nodiscard]] const std::string& identifier(std::size_t entry) const {
-        return entry == kAsked ? asked_ : matching_.entries_[entry].identifier;
+        return entry == kAsked ? asked_ : (*matcher_.entries_)[entry].identifier;
     }
 
-    const WindowMatching& matching_;
+    const WindowMatcher& matcher_;
     const std::array<std::string, 3> names_;
     const LaunchedFrom& launchedFrom_;
     std::string asked_;
     std::string askedName_;
 };
 
-std::string WindowMatching::owner(const WindowNames& names, const LaunchedFrom& launchedFrom,
-                                  const std::string& asked) const {
+std::string WindowMatcher::owner(const WindowNames& names, const LaunchedFrom& launchedFrom,
+                                 const std::string& asked) const {
     return Search(*this, names, launchedFrom, asked).owner();
 }
 
-std::string WindowMatching::identifierAt(const std::string& path) const {
+std::string WindowMatcher::identifierAt(const std::string& path) const {
     const auto found = byPath_.find(path);
-    return found == byPath_.end() ? std::string() : entries_[found->second].identifier;
+    return found == byPath_.end() ? std::string() : (*entries_)[found->second].identifier;
 }
 
-void DesktopEntryIndex::replace(std::vector<ListedEntry> entries) {
-    const std::lock_guard lock(mutex_);
-    entries_ = std::move(entries);
-    matching_.reset();
-}
-
-std::shared_ptr<const WindowMatching> DesktopEntryIndex::matching() {
-    const std::lock_guard lock(mutex_);
-    if (!matching_) {
-        matching_ = std::make_shared<WindowMatching>(std::exchange(entries_, {}));
+const WindowMatcher& LatestWindowMatcher::get() {
+    auto entries = listed_->entries();
+    if (entries != entries_) {
+        matcher_ = std::make_unique<const WindowMatcher>(entries);
+        entries_ = std::move(entries);
     }
-    return matching_;
+    return *matcher_;
 }
 
 }  // namespace tavo

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/entries/DesktopEntryIndex.h"
+#include "platform/linux/windows/WindowMatcher.h"
 
 namespace tavo {
 namespace {
@@ -103,51 +103,55 @@ const Row kRows[] = {
     {"nothing is nothing", {"", "", ""}, "", "", ""},
 };
 
-TEST(WindowMatching, a_window_belongs_to_the_entry_with_the_strongest_reason) {
-    const WindowMatching matching(kEntries);
+WindowMatcher matcherOf(const DesktopEntryIndex::Entries& entries) {
+    return WindowMatcher(std::make_shared<const DesktopEntryIndex::Entries>(entries));
+}
+
+TEST(WindowMatcher, a_window_belongs_to_the_entry_with_the_strongest_reason) {
+    const WindowMatcher matcher = matcherOf(kEntries);
     for (const Row& row : kRows) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(matching.owner(
+        EXPECT_EQ(matcher.owner(
                       row.names, [&] { return std::string(row.launchedFrom); }, row.asked),
                   row.owner);
     }
 }
 
-TEST(WindowMatching, the_process_is_not_looked_at_where_the_names_decide) {
-    const WindowMatching matching(kEntries);
+TEST(WindowMatcher, the_process_is_not_looked_at_where_the_names_decide) {
+    const WindowMatcher matcher = matcherOf(kEntries);
     bool asked = false;
     const auto note = [&] {
         asked = true;
         return std::string();
     };
-    EXPECT_EQ(matching.owner({"", "Google-chrome", ""}, note), kChrome);
+    EXPECT_EQ(matcher.owner({"", "Google-chrome", ""}, note), kChrome);
     EXPECT_FALSE(asked);
-    EXPECT_EQ(matching.owner({"", "unknown", ""}, note), "");
+    EXPECT_EQ(matcher.owner({"", "unknown", ""}, note), "");
     EXPECT_TRUE(asked);
 }
 
-TEST(WindowMatching, a_listed_file_tells_its_identifier) {
-    const WindowMatching matching(kEntries);
-    EXPECT_EQ(matching.identifierAt("/a/kde/chess.desktop"), "kde-chess.desktop");
-    EXPECT_EQ(matching.identifierAt("/b/kde/chess.desktop"), "");
-    EXPECT_EQ(matching.identifierAt(""), "");
+TEST(WindowMatcher, a_listed_file_tells_its_identifier) {
+    const WindowMatcher matcher = matcherOf(kEntries);
+    EXPECT_EQ(matcher.identifierAt("/a/kde/chess.desktop"), "kde-chess.desktop");
+    EXPECT_EQ(matcher.identifierAt("/b/kde/chess.desktop"), "");
+    EXPECT_EQ(matcher.identifierAt(""), "");
 }
 
-TEST(WindowMatching, nothing_listed_leaves_every_window_nobodys) {
-    EXPECT_EQ(WindowMatching({}).owner({"a", "b", "c"}, nullptr), "");
-    EXPECT_EQ(WindowMatching({}).owner({"", "", ""}, nullptr, ".desktop"), "");
+TEST(WindowMatcher, nothing_listed_leaves_every_window_nobodys) {
+    EXPECT_EQ(matcherOf({}).owner({"a", "b", "c"}, nullptr), "");
+    EXPECT_EQ(matcherOf({}).owner({"", "", ""}, nullptr, ".desktop"), "");
 }
 
-TEST(DesktopEntryIndex, the_latest_list_holds) {
-    DesktopEntryIndex listed;
-    EXPECT_EQ(listed.matching()->identifierAt("/a/one.desktop"), "");
-    listed.replace(kEntries);
-    const auto first = listed.matching();
+TEST(LatestWindowMatcher, the_latest_list_holds_and_is_indexed_once) {
+    const auto listed = std::make_shared<DesktopEntryIndex>();
+    LatestWindowMatcher latest(listed);
+    EXPECT_EQ(latest.get().identifierAt("/a/one.desktop"), "");
+    listed->replace(kEntries);
+    const WindowMatcher* const first = &latest.get();
     EXPECT_EQ(first->identifierAt("/a/one.desktop"), "one.desktop");
-    EXPECT_EQ(listed.matching(), first);
-    listed.replace({});
-    EXPECT_EQ(listed.matching()->identifierAt("/a/one.desktop"), "");
-    EXPECT_EQ(first->identifierAt("/a/one.desktop"), "one.desktop");
+    EXPECT_EQ(&latest.get(), first);
+    listed->replace({});
+    EXPECT_EQ(latest.get().identifierAt("/a/one.desktop"), "");
 }
 
 TEST(GenericPrograms, interpreters_shells_wrappers_and_terminals_are_generic) {
