@@ -56,6 +56,7 @@ bool LauncherModel::bringForward(const AppItem& app, const BundleFacts& facts, b
     if (applet) {
         found = runningPythonSidecar(app);
     } else if (facts.identifier) {
+        platform_.running.noteUserRequest(*facts.identifier);
         const auto running = platform_.running.withIdentifier(*facts.identifier);
         if (!running.empty()) {
             found = running.front();

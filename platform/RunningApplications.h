@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "support/Signal.h"
 
 namespace tavo {
 
@@ -17,26 +20,32 @@ struct RunningApplication {
     bool operator==(const RunningApplication&) const = default;
 };
 
-// A system that cannot tell answers none, and the application is then opened. Any thread; the
-// core asks on the main thread and activates on any.
+// Main thread. A system that cannot tell answers none, and the application is then opened.
 class RunningApplications {
 public:
     virtual ~RunningApplications() = default;
 
-    // In the system's own order. This question is the user's click on the application: from here on
-    // an adapter may hold that the user waits for it, until the user acts elsewhere, and whether an
-    // activation that comes later is still wanted is judged by it. Whoever only wants to know asks
-    // showsWindow().
+    // The user has just asked for this application, by a click. An activation that comes later,
+    // when the application has started, is carried out only if the user has not turned to another
+    // application since. The only call that records anything about the user.
+    virtual void noteUserRequest(const std::string& identifier) = 0;
+
+    // In the system's own order.
     [[nodiscard]] virtual std::vector<RunningApplication> withIdentifier(
         const std::string& identifier) = 0;
 
     [[nodiscard]] virtual std::optional<RunningApplication> withProcess(
         std::int32_t processIdentifier) = 0;
 
-    // Whether a window can be seen that is the application's, by its identifier or its process,
-    // whichever is known. However often it is asked, nothing changes by it, and a display that
-    // stands still is waited for once only: until it answers, no window can be seen.
+    // Whether the application has a window that can be seen, by its identifier or its process,
+    // whichever is known.
     [[nodiscard]] virtual bool showsWindow(const RunningApplication& application) = 0;
+
+    // Calls `changed`, never inside another call of this port, when showsWindow() may have become
+    // true for some application; also when it has not. Each call may be a wake-up of the program:
+    // the subscription is kept only while an application starts. Empty where windows cannot be
+    // seen.
+    [[nodiscard]] virtual Subscription onWindowsChanged(std::function<void()> changed) = 0;
 
     // The path of the program that the application runs.
     [[nodiscard]] virtual std::optional<std::string> executablePath(

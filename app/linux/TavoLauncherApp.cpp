@@ -19,6 +19,7 @@
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/opening/UrlOpener.h"
+#include "platform/linux/session/SessionCompositing.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
@@ -27,7 +28,6 @@
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/linux/wayland/ActivationTokens.h"
 #include "platform/linux/wayland/WaylandSession.h"
-#include "platform/linux/x11/XcbCompositing.h"
 #include "platform/linux/x11/XcbUserTime.h"
 #include "platform/posix/PosixChildProcess.h"
 #include "platform/posix/PosixFileManager.h"
@@ -96,14 +96,11 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
              [&tokens = *tokens_](const std::string& identifier) {
                  return activationToken(tokens, identifier);
              },
-         .showsWindow =
-             [&running = *running_](const RunningApplication& started) {
-                 return running.showsWindow(started);
-             },
+         .running = running_.get(),
          .seesWindows = [environment, wayland] { return canListWindows(environment, wayland); }});
     icons_ = makeXdgIconSource(IconEnvironment::fromProcess(wayland), bundleIconFile);
 
-    compositing_ = makeXcbCompositing();
+    compositing_ = makeSessionCompositing();
     cursorBlinking_ = std::make_unique<CursorBlinkTimeout>();
     window_ = std::make_unique<LauncherWindow>(*compositing_);
     auto* const view = new LauncherView({.platform = {.defaults = *defaults_,

@@ -38,6 +38,8 @@ class WindowedProcesses final : public RunningApplications {
 public:
     explicit WindowedProcesses(std::string windows) : windows_(std::move(windows)) {}
 
+    void noteUserRequest(const std::string& /*identifier*/) override {}
+
     std::vector<RunningApplication> withIdentifier(const std::string&) override { return {}; }
 
     std::optional<RunningApplication> withProcess(std::int32_t process) override {
@@ -49,6 +51,8 @@ public:
     bool showsWindow(const RunningApplication& application) override {
         return std::filesystem::exists(windowOf(application.processIdentifier));
     }
+
+    Subscription onWindowsChanged(std::function<void()> /*changed*/) override { return {}; }
 
     std::optional<std::string> executablePath(const RunningApplication& application) override {
         const std::string path = executableOf(application.processIdentifier);

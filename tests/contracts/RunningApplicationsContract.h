@@ -1,9 +1,10 @@
-// What every RunningApplications promises that can tell.
+// The promises of every RunningApplications that can see windows.
 //
 // A rig has: RunningApplications& running(); std::int32_t start(identifier), which starts one
 // application of that identifier with a window and answers its process; void end(process);
-// std::string program(process), the path of what it runs; bool isInFront(process), whether it is
-// or soon will be; constexpr bool kTellsProcesses, whether applications are told by process as well
+// std::string program(process), the path of the program that it runs; bool isInFront(process),
+// whether it is or soon will be; bool comesTrue(condition), whether that comes true while events
+// are delivered; constexpr bool kTellsProcesses, whether applications are found by process as well
 // as by identifier; void turnToLauncher(), after which the user's last act was in this program.
 #pragma once
 
@@ -32,7 +33,7 @@ protected:
         return found;
     }
 
-    // The process as a look-up by identifier tells it.
+    // The process that a look-up by identifier answers.
     static std::int32_t told(std::int32_t process) { return Rig::kTellsProcesses ? process : 0; }
 
     Rig rig_;
@@ -107,6 +108,26 @@ TYPED_TEST_P(RunningApplicationsContract, an_application_shows_a_window_from_its
     EXPECT_FALSE(this->rig_.running().showsWindow({process, this->kFirst}));
 }
 
+TYPED_TEST_P(RunningApplicationsContract, a_new_window_is_told_while_subscribed) {
+    RunningApplications& running = this->rig_.running();
+    int told = 0;
+    Subscription subscription = running.onWindowsChanged([&] { ++told; });
+    EXPECT_FALSE(running.showsWindow({0, this->kFirst}));
+    EXPECT_TRUE(this->rig_.comesTrue([] { return true; }));
+    const int before = told;
+    this->rig_.start(this->kFirst);
+    EXPECT_TRUE(this->rig_.comesTrue([&] {
+        return told > before && running.showsWindow({0, this->kFirst});
+    }));
+    subscription.end();
+    const int atTheEnd = told;
+    int toldLater = 0;
+    const Subscription later = running.onWindowsChanged([&] { ++toldLater; });
+    this->rig_.start(this->kSecond);
+    EXPECT_TRUE(this->rig_.comesTrue([&] { return toldLater > 0; }));
+    EXPECT_EQ(told, atTheEnd);
+}
+
 TYPED_TEST_P(RunningApplicationsContract, activation_brings_to_the_front) {
     const std::int32_t first = this->rig_.start(this->kFirst);
     const std::int32_t second = this->rig_.start(this->kSecond);
@@ -143,7 +164,7 @@ REGISTER_TYPED_TEST_SUITE_P(RunningApplicationsContract, what_does_not_run_is_no
                             what_was_found_by_its_identifier_tells_its_program,
                             what_has_ended_is_not_found_any_more,
                             an_application_shows_a_window_from_its_first_to_its_end,
-                            activation_brings_to_the_front,
+                            a_new_window_is_told_while_subscribed, activation_brings_to_the_front,
                             activating_what_is_gone_leaves_the_rest_as_it_is);
 
 }  // namespace tavo

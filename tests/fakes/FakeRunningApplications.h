@@ -2,7 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <mutex>
+#include <memory>
+#include <utility>
 
 #include "platform/RunningApplications.h"
 
@@ -14,6 +15,10 @@ public:
         RunningApplication application;
         std::optional<std::string> executablePath;
     };
+
+    void noteUserRequest(const std::string& identifier) override {
+        userRequests.push_back(identifier);
+    }
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
         identifiersAsked.push_back(identifier);
@@ -37,12 +42,19 @@ public:
     }
 
     bool showsWindow(const RunningApplication& application) override {
+        windowsAsked.push_back(application);
         return std::any_of(running.begin(), running.end(), [&](const Known& known) {
             return (!application.identifier.empty() &&
                     known.application.identifier == application.identifier) ||
                    (application.processIdentifier != 0 &&
                     known.application.processIdentifier == application.processIdentifier);
         });
+    }
+
+    Subscription onWindowsChanged(std::function<void()> changed) override {
+        auto subscriber = std::make_shared<std::function<void()>>(std::move(changed));
+        subscribers_.push_back(subscriber);
+        return Subscription(std::move(subscriber));
     }
 
     std::optional<std::string> executablePath(const RunningApplication& application) override {
@@ -55,25 +67,43 @@ public:
     }
 
     void activateAllWindows(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
         activated_.push_back(application);
     }
 
-    // All so far, the oldest first.
-    [[nodiscard]] std::vector<RunningApplication> activated() const {
-        const std::lock_guard lock(mutex_);
-        return activated_;
+    // All activations so far, the oldest first.
+    [[nodiscard]] const std::vector<RunningApplication>& activated() const { return activated_; }
+
+    // Tells all subscribers that windows have changed.
+    void announceWindows() {
+        for (const auto& subscriber : subscribers()) {
+            (*subscriber)();
+        }
     }
+    [[nodiscard]] bool isSubscribedTo() const { return !subscribers().empty(); }
 
     std::vector<Known> running;  // in the system's order
 
-    // What was looked up so far.
+    // The questions and requests so far, the oldest first.
+    std::vector<std::string> userRequests;
     std::vector<std::string> identifiersAsked;
     std::vector<std::int32_t> processesAsked;
+    std::vector<RunningApplication> windowsAsked;
 
 private:
-    mutable std::mutex mutex_;
-    std::vector<RunningApplication> activated_;  // from any thread
+    using Subscriber = std::function<void()>;
+
+    [[nodiscard]] std::vector<std::shared_ptr<Subscriber>> subscribers() const {
+        std::vector<std::shared_ptr<Subscriber>> alive;
+        for (const auto& subscriber : subscribers_) {
+            if (auto held = subscriber.lock()) {
+                alive.push_back(std::move(held));
+            }
+        }
+        return alive;
+    }
+
+    std::vector<RunningApplication> activated_;
+    std::vector<std::weak_ptr<Subscriber>> subscribers_;
 };
 
 }  // namespace tavo

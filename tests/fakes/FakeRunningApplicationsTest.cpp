@@ -15,6 +15,7 @@ struct FakeRig {
 
     std::int32_t start(const std::string& identifier) {
         fake_.running.push_back({{++last_, identifier}, program(last_)});
+        fake_.announceWindows();
         return last_;
     }
     void end(std::int32_t process) {
@@ -24,7 +25,9 @@ struct FakeRig {
     }
     static std::string program(std::int32_t process) { return "/bin/" + std::to_string(process); }
 
-    // The latest activation of what runs decides.
+    static bool comesTrue(const std::function<bool()>& condition) { return condition(); }
+
+    // The latest activation of a running application decides.
     [[nodiscard]] bool isInFront(std::int32_t process) const {
         std::int32_t front = 0;
         for (const RunningApplication& application : fake_.activated()) {
@@ -54,17 +57,30 @@ TEST(FakeRunningApplications, answers_what_it_was_given_in_that_order) {
     EXPECT_EQ(fake.processesAsked, (std::vector<std::int32_t>{12, 99}));
 }
 
+TEST(FakeRunningApplications, user_requests_and_subscribers_are_known) {
+    FakeRunningApplications fake;
+    fake.noteUserRequest("a");
+    fake.noteUserRequest("b");
+    EXPECT_EQ(fake.userRequests, (std::vector<std::string>{"a", "b"}));
+    EXPECT_FALSE(fake.isSubscribedTo());
+    Subscription subscription = fake.onWindowsChanged([] {});
+    EXPECT_TRUE(fake.isSubscribedTo());
+    subscription.end();
+    EXPECT_FALSE(fake.isSubscribedTo());
+}
+
 TEST(FakeRunningApplications, to_ask_for_a_window_is_no_look_up) {
     FakeRunningApplications fake;
     fake.running = {{{11, "a"}, {}}};
     EXPECT_TRUE(fake.showsWindow({0, "a"}));
     EXPECT_TRUE(fake.showsWindow({11, ""}));
     EXPECT_FALSE(fake.showsWindow({12, "b"}));
+    EXPECT_EQ(fake.windowsAsked, (std::vector<RunningApplication>{{0, "a"}, {11, ""}, {12, "b"}}));
     EXPECT_TRUE(fake.identifiersAsked.empty());
     EXPECT_TRUE(fake.processesAsked.empty());
 }
 
-TEST(FakeRunningApplications, activations_are_recorded_also_of_what_is_gone) {
+TEST(FakeRunningApplications, activations_are_recorded_even_of_an_application_that_is_gone) {
     FakeRunningApplications fake;
     fake.activateAllWindows({5, "gone"});
     EXPECT_EQ(fake.activated(), (std::vector<RunningApplication>{{5, "gone"}}));

@@ -104,6 +104,7 @@ TEST(Opening, what_runs_is_activated_not_opened_and_still_becomes_recent) {
     harness.running.running = {{first, {}}, {second, {}}};
     harness.model().open(harness.app("A"));
     EXPECT_TRUE(harness.workspace.openings.empty());
+    EXPECT_EQ(harness.running.userRequests, Names{"org.example.a"});
     EXPECT_EQ(harness.running.activated(), std::vector{first});
     EXPECT_EQ(recentPaths(harness), ModelHarness::pathsOf({"A"}));
 }
@@ -133,6 +134,7 @@ TEST(Opening, the_bundle_is_read_and_looked_up_before_it_is_opened) {
     harness.model().open(app);
     EXPECT_EQ(lookUpsBefore, (std::vector<std::size_t>{0, 1}));
     EXPECT_EQ(harness.running.identifiersAsked, Names{"org.example.a"});
+    EXPECT_EQ(harness.running.userRequests, Names{"org.example.a"});
     EXPECT_TRUE(harness.processes.runs.empty());
 }
 
@@ -142,6 +144,7 @@ TEST(Opening, a_bundle_without_identifier_is_not_looked_up) {
     harness.workspace.bundles[ModelHarness::pathOf("A")] = {};
     harness.model().open(harness.app("A"));
     EXPECT_TRUE(harness.running.identifiersAsked.empty());
+    EXPECT_TRUE(harness.running.userRequests.empty());
     EXPECT_EQ(harness.workspace.openings.size(), 1U);
 }
 

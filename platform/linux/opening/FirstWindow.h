@@ -10,32 +10,23 @@
 
 namespace tavo {
 
-// Asks again and again, because not every desktop tells by itself: ten times a second in the first
-// two seconds of a start, twice a second until the start is over, and never otherwise.
+// Asks for the window when the window system tells of a change, and every five seconds besides:
+// some programs name their window only after it is shown, which is no change to the list of
+// windows. Subscribed to the window system only while something starts.
 class FirstWindow {
 public:
-    // Whether an application shows a window now. Called on the main thread.
-    using Shows = std::function<bool(const RunningApplication&)>;
-
-    // Made and ended on the main thread; `mainQueue` outlives it. With an empty `shows` nothing is
-    // ever asked.
-    FirstWindow(MainQueue* mainQueue, Shows shows);
+    // Made and ended on the main thread. Both outlive it; without `running` no window is ever seen.
+    FirstWindow(MainQueue& mainQueue, RunningApplications* running);
 
     // Any thread. When the application shows a window, `start` is over and `seen` is called, on
-    // the main thread; never once the start was over before, nor after this has ended.
+    // the main thread. Not called when the start is over before, nor after this has ended.
     void await(const RunningApplication& application, const std::shared_ptr<PendingLaunch>& start,
                std::function<void()> seen) const;
 
 private:
-    struct Source {
-        MainQueue* mainQueue;
-        Shows shows;
-    };
-    struct Wait;
+    class Waiting;
 
-    static void check(const std::weak_ptr<const Source>& source, Wait wait);
-
-    const std::shared_ptr<const Source> source_;
+    const std::shared_ptr<Waiting> waiting_;
 };
 
 }  // namespace tavo

@@ -56,7 +56,7 @@ public:
           x11Display_(settings_.wayland ? "" : settings_.environment.value("DISPLAY").value_or("")),
           conditions_(conditions()),
           launches_(settings_.startingTime),
-          firstWindow_(&settings_.mainQueue, settings_.showsWindow),
+          firstWindow_(settings_.mainQueue, settings_.running),
           thread_(settings_.bus) {}
 
     std::optional<BundleFacts> bundle(const std::string& path) override {

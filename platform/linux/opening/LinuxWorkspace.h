@@ -42,10 +42,9 @@ struct OpeningSettings {
     // (xdg-activation); empty when there is none. Called on the main thread; may be empty.
     std::function<std::string(const std::string& identifier)> activationToken = {};
 
-    // Whether a started application shows a window by now; false as long as that is unknown. Of a
-    // service that the bus starts, the identifier alone may be known. Called on the main thread,
-    // and only while something starts; may be empty.
-    std::function<bool(const RunningApplication&)> showsWindow = {};
+    // Tells when a started application shows its first window; used on the main thread, and only
+    // while something starts. Outlives the workspace; null: no first window is ever seen.
+    RunningApplications* running = nullptr;
 
     // Whether the session lists windows at all. Called on a thread of the workspace's own, when a
     // service has been activated; empty: it does not.

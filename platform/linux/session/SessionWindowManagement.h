@@ -1,5 +1,4 @@
-// The launcher's window among those of the session: X11 (Extended Window Manager Hints 1.5),
-// Wayland (xdg-activation).
+// The launcher's window among those of the session's desktop.
 #pragma once
 
 #include <memory>
@@ -10,8 +9,8 @@ namespace tavo {
 
 class RunningApplications;
 
-// For the window system of the application object, which must exist and outlive it. `running`
-// outlives it, too.
+// For the window system that Qt's application object uses; without X11 and Wayland its calls do
+// nothing. The application object and `running` outlive it. Main thread.
 std::unique_ptr<WindowManagement> makeSessionWindowManagement(RunningApplications& running);
 
 }  // namespace tavo

@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// A manager of the Extended Window Manager Hints says so on the root window.
+// A window manager that follows the Extended Window Manager Hints names a window of its own there.
 bool hasWindowManager(const std::string& display) {
     const auto connection = display.empty() ? nullptr : XcbConnection::open(display);
     if (!connection) {
@@ -18,9 +18,8 @@ bool hasWindowManager(const std::string& display) {
     connection->beginExchange();
     constexpr std::array kNames = {"_NET_SUPPORTING_WM_CHECK"};
     const xcb_atom_t check = connection->atoms(kNames).front();
-    const auto answer = connection->reply<xcb_get_property_reply_t>(
-        xcb_get_property(connection->get(), 0, connection->root(), check, XCB_ATOM_WINDOW, 0, 1));
-    return answer && answer->type == XCB_ATOM_WINDOW;
+    return connection->number(connection->property(connection->root(), check, XCB_ATOM_WINDOW))
+        .has_value();
 }
 
 }  // namespace

@@ -70,17 +70,4 @@ bool waitForCompositor(wl_display* display, wl_event_queue* queue,
     return done;
 }
 
-void takeWhatCame(wl_display* display) {
-    wl_display_flush(display);
-    if (wl_display_prepare_read(display) == 0) {
-        pollfd input = {wl_display_get_fd(display), POLLIN, 0};
-        if (::poll(&input, 1, 0) > 0) {
-            wl_display_read_events(display);
-        } else {
-            wl_display_cancel_read(display);
-        }
-    }
-    wl_display_dispatch_pending(display);
-}
-
 }  // namespace tavo

@@ -13,8 +13,4 @@ namespace tavo {
 bool waitForCompositor(wl_display* display, wl_event_queue* queue,
                        std::chrono::milliseconds patience = std::chrono::milliseconds(500));
 
-// Dispatches what the compositor has said on the display's own queue; never waits. For the one
-// thread that reads from that display.
-void takeWhatCame(wl_display* display);
-
 }  // namespace tavo

@@ -1,14 +1,15 @@
 #include "platform/linux/wayland/WaylandRunningApplications.h"
 
 #include <algorithm>
-#include <mutex>
 #include <optional>
 #include <unordered_map>
 #include <utility>
 
 #include "platform/linux/system/ProcessInfo.h"
+#include "platform/linux/wayland/WaylandToplevelWatch.h"
 #include "platform/linux/wayland/WaylandToplevels.h"
 #include "platform/linux/windows/ProcessRegistry.h"
+#include "platform/linux/windows/TransientRoot.h"
 #include "platform/linux/windows/WindowMatcher.h"
 
 namespace tavo {
@@ -22,21 +23,20 @@ public:
           matcher_(std::move(listed)),
           ownAppId_(std::move(ownAppId)) {}
 
-    std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
-        const std::lock_guard lock(mutex_);
+    void noteUserRequest(const std::string& identifier) override {
         const auto toplevels = WaylandToplevels::ask(display_);
-        if (identifier.empty() || !toplevels) {
-            return {};
-        }
-        activeAtClick_[identifier] = activeAppId(*toplevels);
-        if (windowsOf(identifier, *toplevels).empty()) {
+        activeAtRequest_[identifier] = toplevels ? activeAppId(*toplevels) : std::string();
+    }
+
+    std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
+        const auto toplevels = WaylandToplevels::ask(display_);
+        if (!toplevels || windowsOf(identifier, *toplevels).empty()) {
             return {};
         }
         return {{0, identifier}};
     }
 
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
-        const std::lock_guard lock(mutex_);
         if (!isOwnProcess(processIdentifier) || !processStartTime(processIdentifier)) {
             return std::nullopt;
         }
@@ -44,26 +44,21 @@ public:
         return RunningApplication{processIdentifier, ""};
     }
 
-    // Every live process would seem to have one: only the identifier counts. Asked again and again:
-    // a compositor that did not answer is asked again once it does.
+    // By the identifier alone: every live process counts as running, with a window or without.
     bool showsWindow(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
-        if (silent_ && silent_->silent()) {
-            return false;
-        }
-        auto toplevels = WaylandToplevels::ask(display_);
-        const bool shows = toplevels && !windowsOf(application.identifier, *toplevels).empty();
-        silent_ = toplevels && toplevels->silent() ? std::move(toplevels) : nullptr;
-        return shows;
+        const auto toplevels = WaylandToplevels::ask(display_);
+        return toplevels && !windowsOf(application.identifier, *toplevels).empty();
+    }
+
+    Subscription onWindowsChanged(std::function<void()> changed) override {
+        return watchWaylandToplevels(display_, std::move(changed));
     }
 
     std::optional<std::string> executablePath(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
         return processes_.executable(application.processIdentifier);
     }
 
     void activateAllWindows(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
         const pid_t process = application.processIdentifier;
         std::string identifier = application.identifier;
         if (identifier.empty()) {
@@ -99,7 +94,7 @@ private:
         const WindowMatcher& matcher = matcher_.get();
         Windows found;
         for (const WaylandToplevel& window : toplevels.windows()) {
-            const std::string& appId = window.transientRoot->appId;
+            const std::string& appId = transientRoot(window).appId;
             if (matcher.owner({"", "", appId}, nullptr, identifier) == identifier) {
                 found.push_back(&window);
             }
@@ -121,18 +116,16 @@ private:
             active.empty() || active == ownAppId_ ||
             std::any_of(windows.begin(), windows.end(),
                         [](const WaylandToplevel* window) { return window->activated; });
-        const auto atClick = activeAtClick_.find(identifier);
-        return !isOurs && (atClick == activeAtClick_.end() || atClick->second != active);
+        const auto atRequest = activeAtRequest_.find(identifier);
+        return !isOurs && (atRequest == activeAtRequest_.end() || atRequest->second != active);
     }
 
     const std::string display_;
     LatestWindowMatcher matcher_;
     const std::string ownAppId_;
 
-    std::mutex mutex_;                          // over all below
-    std::unique_ptr<WaylandToplevels> silent_;  // the question that was not answered in time
     ProcessRegistry processes_;
-    std::unordered_map<std::string, std::string> activeAtClick_;  // by identifier
+    std::unordered_map<std::string, std::string> activeAtRequest_;  // by identifier
 };
 
 }  // namespace

@@ -4,13 +4,11 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 
 #include <wayland-client.h>
 #include <wlr-foreign-toplevel-management-unstable-v1-client-protocol.h>
 
 #include "platform/linux/wayland/WaylandRoundtrip.h"
-#include "platform/linux/windows/TransientRoots.h"
 
 namespace tavo {
 
@@ -64,15 +62,12 @@ struct WaylandToplevels::Listeners {
 
     static void parent(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/,
                        zwlr_foreign_toplevel_handle_v1* parent) {
-        told(data).parent = parent;
+        // The compositor lists a parent before its dialogs, and a closed window stays in windows_.
+        told(data).parent = parent == nullptr
+                                ? nullptr
+                                : static_cast<const WaylandToplevel*>(
+                                      zwlr_foreign_toplevel_handle_v1_get_user_data(parent));
     }
-
-    static void alive(void* data, wl_callback* callback, std::uint32_t /*serial*/) {
-        self(data).signOfLife_ = nullptr;
-        wl_callback_destroy(callback);
-    }
-
-    static constexpr wl_callback_listener kSignOfLife = {alive};
 
     static constexpr wl_registry_listener kRegistry = {
         global, [](void* /*data*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {}};
@@ -102,25 +97,15 @@ WaylandToplevels::WaylandToplevels(wl_display* display)
     : display_(display), registry_(wl_display_get_registry(display)) {
     wl_registry_add_listener(registry_, &Listeners::kRegistry, this);
     // First what there is, then all windows there are.
-    const bool answers = waitForCompositor(display_, nullptr);
-    const bool listsWindows = answers && seat_ != nullptr && manager_ != nullptr;
-    tells_ = listsWindows && waitForCompositor(display_, nullptr);
+    tells_ = waitForCompositor(display_, nullptr) && seat_ != nullptr && manager_ != nullptr &&
+             waitForCompositor(display_, nullptr);
     if (!tells_) {
         dropWindows();
     }
-    if (!answers || (listsWindows && !tells_)) {
-        signOfLife_ = wl_display_sync(display_);
-        wl_callback_add_listener(signOfLife_, &Listeners::kSignOfLife, this);
-        wl_display_flush(display_);
-    }
-    findTransientRoots();
 }
 
 WaylandToplevels::~WaylandToplevels() {
     dropWindows();
-    if (signOfLife_ != nullptr) {
-        wl_callback_destroy(signOfLife_);
-    }
     if (manager_ != nullptr) {
         zwlr_foreign_toplevel_manager_v1_destroy(manager_);
     }
@@ -131,34 +116,11 @@ WaylandToplevels::~WaylandToplevels() {
     wl_display_disconnect(display_);
 }
 
-bool WaylandToplevels::silent() {
-    if (signOfLife_ != nullptr) {
-        takeWhatCame(display_);
-    }
-    return signOfLife_ != nullptr && wl_display_get_error(display_) == 0;
-}
-
 void WaylandToplevels::dropWindows() {
     for (const WaylandToplevel& window : windows_) {
         zwlr_foreign_toplevel_handle_v1_destroy(window.handle);
     }
     windows_.clear();
-}
-
-void WaylandToplevels::findTransientRoots() {
-    std::unordered_map<const zwlr_foreign_toplevel_handle_v1*, std::size_t> places;
-    for (const WaylandToplevel& window : windows_) {
-        places.emplace(window.handle, places.size());
-    }
-    std::vector<std::size_t> parents;
-    for (const WaylandToplevel& window : windows_) {
-        const auto parent = places.find(window.parent);
-        parents.push_back(parent == places.end() ? parents.size() : parent->second);
-    }
-    const std::vector<std::size_t> transientRoots = transientRootsOf(parents);
-    for (std::size_t i = 0; i < windows_.size(); ++i) {
-        windows_[i].transientRoot = &windows_[transientRoots[i]];
-    }
 }
 
 void WaylandToplevels::front(const std::vector<const WaylandToplevel*>& windows) {

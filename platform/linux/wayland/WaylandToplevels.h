@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-struct wl_callback;
 struct wl_display;
 struct wl_registry;
 struct wl_seat;
@@ -21,10 +20,7 @@ struct WaylandToplevel {
     bool minimised = false;
     bool activated = false;
     zwlr_foreign_toplevel_handle_v1* handle = nullptr;
-    zwlr_foreign_toplevel_handle_v1* parent = nullptr;  // the window that it is a dialog of
-    // The window itself, or what it is a dialog of through any number of dialogs
-    // (transientRootsOf).
-    const WaylandToplevel* transientRoot = nullptr;
+    const WaylandToplevel* parent = nullptr;  // the listed window that it is a dialog of
 };
 
 // The windows as they are when it is made, over a connection of its own that ends with it: whoever
@@ -40,10 +36,6 @@ public:
     // Whether the compositor tells of its windows at all.
     [[nodiscard]] bool tells() const { return tells_; }
 
-    // Whether the compositor, which did not answer in time, still says nothing. Never waits: for
-    // those who would rather ask later.
-    [[nodiscard]] bool silent();
-
     // In the compositor's order. Empty where it does not tell, or not in time.
     [[nodiscard]] const std::deque<WaylandToplevel>& windows() const { return windows_; }
 
@@ -55,13 +47,11 @@ private:
 
     explicit WaylandToplevels(wl_display* display);
     void dropWindows();
-    void findTransientRoots();
 
     wl_display* display_;
     wl_registry* registry_ = nullptr;
     wl_seat* seat_ = nullptr;
     zwlr_foreign_toplevel_manager_v1* manager_ = nullptr;
-    wl_callback* signOfLife_ = nullptr;  // what comes when its silence ends
     bool tells_ = false;
     std::deque<WaylandToplevel> windows_;  // each stays where it is, for events are told to it
 };

@@ -5,6 +5,8 @@ namespace {
 
 class NullRunningApplications final : public RunningApplications {
 public:
+    void noteUserRequest(const std::string& /*identifier*/) override {}
+
     std::vector<RunningApplication> withIdentifier(const std::string& /*identifier*/) override {
         return {};
     }
@@ -14,6 +16,8 @@ public:
     }
 
     bool showsWindow(const RunningApplication& /*application*/) override { return false; }
+
+    Subscription onWindowsChanged(std::function<void()> /*changed*/) override { return {}; }
 
     std::optional<std::string> executablePath(const RunningApplication& /*application*/) override {
         return std::nullopt;

@@ -9,27 +9,18 @@
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
-#include "platform/linux/x11/XcbReplies.h"
+#include "platform/linux/x11/XcbRequests.h"
 
 namespace tavo {
 namespace {
 
-class WaylandCompositing final : public Compositing {
-public:
-    bool active() const override { return true; }
-    bool blurs() const override { return false; }
-    void blurBehind(std::uintptr_t /*window*/, const std::vector<PixelRect>& /*region*/) override {}
-};
-
-// Listens in on the toolkit's own connection; what it hears is still the toolkit's.
+// Reads the events of Qt's connection and leaves them to Qt, too.
 class XcbCompositing final : public Compositing, private QAbstractNativeEventFilter {
 public:
-    explicit XcbCompositing(xcb_connection_t* connection)
-        : connection_(connection),
-          // One screen is all that X servers have had for decades.
-          root_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root) {
+    explicit XcbCompositing(xcb_connection_t* connection) : x11_(connection) {
+        // Of screen 0, the only one that X servers have today.
         constexpr std::array kNames = {"_NET_WM_CM_S0", "_KDE_NET_WM_BLUR_BEHIND_REGION"};
-        const auto atoms = internAtoms(connection_, kNames);
+        const auto atoms = x11_.atoms(kNames);
         selection_ = atoms[0];
         region_ = atoms[1];
         watchSelection();
@@ -48,7 +39,7 @@ public:
     void blurBehind(std::uintptr_t window, const std::vector<PixelRect>& region) override {
         const auto id = static_cast<xcb_window_t>(window);
         if (!blurs() || region.empty()) {
-            xcb_delete_property(connection_, id, region_);
+            xcb_delete_property(x11_.get(), id, region_);
         } else {
             std::vector<std::uint32_t> numbers;
             for (const PixelRect& rect : region) {
@@ -56,46 +47,44 @@ public:
                     numbers.push_back(static_cast<std::uint32_t>(number));
                 }
             }
-            xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id, region_, XCB_ATOM_CARDINAL,
+            xcb_change_property(x11_.get(), XCB_PROP_MODE_REPLACE, id, region_, XCB_ATOM_CARDINAL,
                                 32, static_cast<std::uint32_t>(numbers.size()), numbers.data());
         }
-        xcb_flush(connection_);
+        xcb_flush(x11_.get());
     }
 
 private:
-    // Changes of the root window's properties reach the toolkit's connection already.
+    // Qt has asked for events about the root window's properties; those about the selection are
+    // asked for here.
     void watchSelection() {
         const xcb_query_extension_reply_t* const fixes =
-            xcb_get_extension_data(connection_, &xcb_xfixes_id);
+            xcb_get_extension_data(x11_.get(), &xcb_xfixes_id);
         if (fixes == nullptr || fixes->present == 0) {
             return;
         }
-        // The server serves no client of the extension that has not said which version it knows.
-        const XcbReply<xcb_xfixes_query_version_reply_t> version(xcb_xfixes_query_version_reply(
-            connection_,
-            xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION,
-                                     XCB_XFIXES_MINOR_VERSION),
-            nullptr));
+        // XFixes requires that a client says its version first.
+        const auto version = x11_.reply<xcb_xfixes_query_version_reply_t>(xcb_xfixes_query_version(
+            x11_.get(), XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION));
         if (!version) {
             return;
         }
         selectionEvent_ = fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
         xcb_xfixes_select_selection_input(
-            connection_, root_, selection_,
+            x11_.get(), x11_.root(), selection_,
             XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                 XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                 XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     }
 
     bool findActive() {
-        const XcbReply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-            connection_, xcb_get_selection_owner(connection_, selection_), nullptr));
+        const auto reply = x11_.reply<xcb_get_selection_owner_reply_t>(
+            xcb_get_selection_owner(x11_.get(), selection_));
         return reply && reply->owner != XCB_WINDOW_NONE;
     }
 
     bool findBlurs() {
-        const XcbReply<xcb_list_properties_reply_t> reply(xcb_list_properties_reply(
-            connection_, xcb_list_properties(connection_, root_), nullptr));
+        const auto reply =
+            x11_.reply<xcb_list_properties_reply_t>(xcb_list_properties(x11_.get(), x11_.root()));
         if (!reply) {
             return false;
         }
@@ -119,7 +108,7 @@ private:
             } else if (kind == XCB_PROPERTY_NOTIFY) {
                 const auto* const change =
                     reinterpret_cast<const xcb_property_notify_event_t*>(event);
-                if (change->window == root_ && change->atom == region_) {
+                if (change->window == x11_.root() && change->atom == region_) {
                     become(active_, change->state == XCB_PROPERTY_NEW_VALUE);
                 }
             }
@@ -135,8 +124,7 @@ private:
         }
     }
 
-    xcb_connection_t* connection_;
-    xcb_window_t root_;
+    const XcbRequests x11_;
     xcb_atom_t selection_ = XCB_ATOM_NONE;
     xcb_atom_t region_ = XCB_ATOM_NONE;
     int selectionEvent_ = -1;
@@ -146,11 +134,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Compositing> makeXcbCompositing() {
-    if (const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
-        return std::make_unique<XcbCompositing>(x11->connection());
-    }
-    return std::make_unique<WaylandCompositing>();
+std::unique_ptr<Compositing> makeXcbCompositing(xcb_connection_t* connection) {
+    return std::make_unique<XcbCompositing>(connection);
 }
 
 }  // namespace tavo

@@ -1,18 +1,19 @@
-// Compositing as X11 and Wayland desktops have it.
+// Compositing as X11 desktops have it.
 #pragma once
 
 #include <memory>
+
+#include <xcb/xcb.h>
 
 #include "platform/Compositing.h"
 
 namespace tavo {
 
-// On X11 a compositor runs while the selection _NET_WM_CM_S<screen> has an owner (Extended Window
-// Manager Hints). It blurs when it lists _KDE_NET_WM_BLUR_BEHIND_REGION on the root window, as
-// KWin does; the same property on a window is the region. The server tells of every change.
+// A compositor runs while the selection _NET_WM_CM_S0 has an owner (Extended Window Manager Hints).
+// It blurs when it lists _KDE_NET_WM_BLUR_BEHIND_REGION on the root window, as KWin does; the same
+// property on a window is the region. The server tells of every change.
 //
-// On Wayland there always is a compositor, and nobody is asked to blur. Needs the toolkit's
-// connection: made after the application object.
-std::unique_ptr<Compositing> makeXcbCompositing();
+// `connection` is Qt's. Within the life of the application object; main thread.
+std::unique_ptr<Compositing> makeXcbCompositing(xcb_connection_t* connection);
 
 }  // namespace tavo

@@ -2,10 +2,10 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <future>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include <poll.h>
 
@@ -13,43 +13,21 @@
 
 namespace tavo {
 
-namespace {
-
-xcb_window_t rootOf(xcb_connection_t* connection, int number) {
-    xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; number > 0 && screen.rem > 1; --number) {
-        xcb_screen_next(&screen);
-    }
-    return screen.data->root;
-}
-
-}  // namespace
-
-std::pair<XcbConnection::Connection, int> XcbConnection::connect(const std::string& display) {
-    int screen = 0;
-    Connection connection(xcb_connect(display.c_str(), &screen), &xcb_disconnect);
-    return {std::move(connection), screen};
-}
-
-// The library waits for a server's greeting without end, so it does that where nobody waits for it.
-// A greeting that nobody waits for any more ends the connection.
-XcbConnection::Opening::Opening(const std::string& display) {
-    std::promise<std::pair<Connection, int>> greeting;
-    greeted_ = greeting.get_future();
-    try {
-        std::thread([greeting = std::move(greeting), display]() mutable {
-            greeting.set_value(connect(display));
-        }).detach();
-    } catch (const std::system_error&) {  // too many threads
-        greeted_ = {};
-    }
-}
-
-std::unique_ptr<XcbConnection> XcbConnection::Opening::await(std::chrono::milliseconds patience) {
-    if (over() || greeted_.wait_for(patience) != std::future_status::ready) {
+// xcb_connect() waits for the server's greeting without a limit, so a thread of its own calls it. A
+// greeting that comes too late ends the connection with that thread.
+std::unique_ptr<XcbConnection> XcbConnection::open(const std::string& display) {
+    using Greeting = std::pair<Connection, int>;
+    std::promise<Greeting> promise;
+    std::future<Greeting> greeting = promise.get_future();
+    std::thread([promise = std::move(promise), display]() mutable {
+        int screen = 0;
+        Connection connection(xcb_connect(display.c_str(), &screen), &xcb_disconnect);
+        promise.set_value({std::move(connection), screen});
+    }).detach();
+    if (greeting.wait_for(kPatience) != std::future_status::ready) {
         return nullptr;
     }
-    auto [connection, screen] = greeted_.get();
+    auto [connection, screen] = greeting.get();
     if (xcb_connection_has_error(connection.get()) != 0) {
         return nullptr;
     }
@@ -57,31 +35,17 @@ std::unique_ptr<XcbConnection> XcbConnection::Opening::await(std::chrono::millis
 }
 
 XcbConnection::XcbConnection(Connection connection, int screen)
-    : connection_(std::move(connection)), screen_(screen), root_(rootOf(get(), screen)) {}
-
-std::vector<xcb_atom_t> XcbConnection::atoms(std::span<const char* const> names) {
-    std::vector<xcb_intern_atom_cookie_t> cookies;
-    for (const char* const name : names) {
-        cookies.push_back(
-            xcb_intern_atom(get(), 0, static_cast<std::uint16_t>(std::strlen(name)), name));
-    }
-    std::vector<xcb_atom_t> atoms;
-    for (const xcb_intern_atom_cookie_t cookie : cookies) {
-        const auto answer = reply<xcb_intern_atom_reply_t>(cookie);
-        atoms.push_back(answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE});
-    }
-    return atoms;
-}
+    : XcbRequests(connection.get(), screen), connection_(std::move(connection)) {}
 
 std::optional<xcb_timestamp_t> XcbConnection::now() {
     if (window_ == XCB_WINDOW_NONE) {
         window_ = xcb_generate_id(get());
         const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_create_window(get(), 0, window_, root_, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+        xcb_create_window(get(), 0, window_, root(), -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                           XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
     }
     time_.reset();
-    // Nothing added to a property is a change all the same, and the event says when it was.
+    // Appending nothing to a property is a change, and its event holds the time.
     xcb_change_property(get(), XCB_PROP_MODE_APPEND, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
                         0, nullptr);
     xcb_flush(get());
@@ -91,17 +55,13 @@ std::optional<xcb_timestamp_t> XcbConnection::now() {
     return time_;
 }
 
-void* XcbConnection::wait(unsigned int sequence) {
+void* XcbConnection::wait(unsigned int sequence) const {
     void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
     xcb_flush(get());
     while (!hasCome(sequence, &reply, &error)) {
         if (!awaitInput()) {
             xcb_discard_reply(get(), sequence);
-            if (!signOfLife_) {
-                signOfLife_ = xcb_get_input_focus(get()).sequence;
-                xcb_flush(get());
-            }
             return nullptr;
         }
     }
@@ -109,27 +69,17 @@ void* XcbConnection::wait(unsigned int sequence) {
     return reply;
 }
 
-bool XcbConnection::silent() {
-    void* reply = nullptr;
-    xcb_generic_error_t* error = nullptr;
-    if (signOfLife_ && hasCome(*signOfLife_, &reply, &error)) {
-        signOfLife_.reset();
-        std::free(reply);
-        std::free(error);
-    }
-    return signOfLife_.has_value();
-}
-
-bool XcbConnection::hasCome(unsigned int sequence, void** reply, xcb_generic_error_t** error) {
+bool XcbConnection::hasCome(unsigned int sequence, void** reply,
+                            xcb_generic_error_t** error) const {
     if (xcb_poll_for_reply(get(), sequence, reply, error) != 0) {
         return true;
     }
-    // Reading events reads everything that has come.
+    // xcb_poll_for_reply() does not read from the socket; xcb_poll_for_event() does.
     drain();
     return xcb_poll_for_reply(get(), sequence, reply, error) != 0;
 }
 
-void XcbConnection::drain() {
+void XcbConnection::drain() const {
     while (xcb_generic_event_t* const event = xcb_poll_for_event(get())) {
         if ((event->response_type & ~0x80) == XCB_PROPERTY_NOTIFY) {
             time_ = reinterpret_cast<const xcb_property_notify_event_t*>(event)->time;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/linux/system/ProcessInfo.h"
-#include "platform/linux/x11/XcbReplies.h"
+#include "platform/linux/x11/XcbRequests.h"
 
 namespace tavo {
 namespace {
@@ -22,7 +22,7 @@ XcbPanels::XcbPanels(xcb_connection_t* connection, std::function<void()> changed
     constexpr std::array<const char*, kAtoms> kNames = {
         "_NET_SYSTEM_TRAY_S0",      "MANAGER",    "_NET_CLIENT_LIST", "_NET_WM_WINDOW_TYPE",
         "_NET_WM_WINDOW_TYPE_DOCK", "_NET_WM_PID"};
-    atoms_ = internAtoms(connection_, kNames);
+    atoms_ = XcbRequests(connection_).atoms(kNames);
     hearOfManagers();
     qApp->installNativeEventFilter(this);
 }
@@ -38,8 +38,9 @@ bool XcbPanels::trayThere() const {
 }
 
 std::optional<PanelPlace> XcbPanels::panelOf(pid_t process) {
+    const XcbRequests x11(connection_);
     std::vector<xcb_window_t> docks =
-        propertyNumbers(connection_, root_, atoms_[kClientList], XCB_ATOM_WINDOW);
+        x11.numbers(x11.property(root_, atoms_[kClientList], XCB_ATOM_WINDOW));
     std::erase_if(docks, [this](xcb_window_t window) { return !isDock(window); });
     const pid_t parent = processParent(process);
     const auto own = std::find_if(docks.begin(), docks.end(), [&](xcb_window_t window) {
@@ -56,12 +57,14 @@ std::optional<PanelPlace> XcbPanels::panelOf(pid_t process) {
 }
 
 bool XcbPanels::isDock(xcb_window_t window) const {
-    const auto types = propertyNumbers(connection_, window, atoms_[kWindowType], XCB_ATOM_ATOM);
+    const XcbRequests x11(connection_);
+    const auto types = x11.numbers(x11.property(window, atoms_[kWindowType], XCB_ATOM_ATOM));
     return std::find(types.begin(), types.end(), atoms_[kDock]) != types.end();
 }
 
 bool XcbPanels::shownBy(xcb_window_t window, pid_t process) const {
-    const auto said = propertyNumbers(connection_, window, atoms_[kProcess], XCB_ATOM_CARDINAL);
+    const XcbRequests x11(connection_);
+    const auto said = x11.numbers(x11.property(window, atoms_[kProcess], XCB_ATOM_CARDINAL));
     return process > 0 && !said.empty() && said.front() == static_cast<std::uint32_t>(process);
 }
 

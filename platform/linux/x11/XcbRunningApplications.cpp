@@ -1,16 +1,16 @@
 #include "platform/linux/x11/XcbRunningApplications.h"
 
 #include <algorithm>
-#include <chrono>
-#include <mutex>
 #include <unordered_map>
 #include <utility>
 
 #include <unistd.h>
 
 #include "platform/linux/windows/ProcessRegistry.h"
+#include "platform/linux/windows/TransientRoot.h"
 #include "platform/linux/windows/WindowMatcher.h"
 #include "platform/linux/x11/XcbConnection.h"
+#include "platform/linux/x11/XcbWindowListWatch.h"
 #include "platform/linux/x11/XcbWindows.h"
 
 namespace tavo {
@@ -21,19 +21,18 @@ bool isLater(xcb_timestamp_t time, xcb_timestamp_t than) {
     return static_cast<std::int32_t>(time - than) > 0;
 }
 
-// Which application each window is of, looked up once a window.
+// The owners of the windows of one list, each looked up once.
 class WindowOwners {
 public:
-    WindowOwners(const WindowMatcher& matcher, const ProcessRegistry& processes,
-                 const XcbWindowList& list, std::string asked)
-        : matcher_(matcher), starts_(processes, matcher), list_(list), asked_(std::move(asked)) {}
+    WindowOwners(const WindowMatcher& matcher, const ProcessRegistry& processes, std::string asked)
+        : matcher_(matcher), starts_(processes, matcher), asked_(std::move(asked)) {}
 
     [[nodiscard]] const std::string& owner(const XcbWindow& window) {
-        const XcbWindow& transientRoot = list_.transientRoot(window);
-        const auto [known, isNew] = owners_.try_emplace(transientRoot.id);
+        const XcbWindow& root = transientRoot(window);
+        const auto [known, isNew] = owners_.try_emplace(root.id);
         if (isNew) {
             known->second = matcher_.owner(
-                transientRoot.names, [&] { return starts_.of(transientRoot.process); }, asked_);
+                root.names, [&] { return starts_.of(root.process); }, asked_);
         }
         return known->second;
     }
@@ -41,7 +40,6 @@ public:
 private:
     const WindowMatcher& matcher_;
     ProcessStarts starts_;
-    const XcbWindowList& list_;
     const std::string asked_;
     std::unordered_map<xcb_window_t, std::string> owners_;
 };
@@ -54,13 +52,17 @@ public:
           matcher_(std::move(listed)),
           userTime_(std::move(userTime)) {}
 
+    void noteUserRequest(const std::string& identifier) override {
+        requests_[identifier] = {connected() ? windows_->active() : xcb_window_t{XCB_WINDOW_NONE},
+                                 lastInput()};
+    }
+
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
-        const std::lock_guard lock(mutex_);
         std::vector<RunningApplication> found;
         if (identifier.empty() || !connected()) {
             return found;
         }
-        XcbWindowList list = windows_->list();
+        const XcbWindowList list = windows_->list();
         const Windows windows = windowsOf(identifier, list);
         for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
             const RunningApplication application{(*window)->process, identifier};
@@ -69,15 +71,10 @@ public:
                 found.push_back(application);
             }
         }
-        wishes_[identifier] = {list.active, lastInput()};
-        if (!found.empty()) {
-            found_ = {identifier, std::move(list), Clock::now()};
-        }
         return found;
     }
 
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
-        const std::lock_guard lock(mutex_);
         if (!connected() || windowsOf(processIdentifier, windows_->list()).empty()) {
             return std::nullopt;
         }
@@ -86,9 +83,7 @@ public:
     }
 
     bool showsWindow(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
-        // Asked again and again: a server that did not answer is asked again once it does.
-        if (!connected(Patience::Once)) {
+        if (!connected()) {
             return false;
         }
         const XcbWindowList list = windows_->list();
@@ -96,13 +91,15 @@ public:
                !windowsOf(application.processIdentifier, list).empty();
     }
 
+    Subscription onWindowsChanged(std::function<void()> changed) override {
+        return watchXcbWindowList(display_, std::move(changed));
+    }
+
     std::optional<std::string> executablePath(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
         return processes_.executable(application.processIdentifier);
     }
 
     void activateAllWindows(const RunningApplication& application) override {
-        const std::lock_guard lock(mutex_);
         const pid_t process = application.processIdentifier;
         if (!connected()) {
             return;
@@ -114,7 +111,7 @@ public:
         if (!byProcess && !processes_.isKnown(process)) {
             processes_.rememberStart(process, application.identifier);
         }
-        const XcbWindowList list = listFor(application.identifier);
+        const XcbWindowList list = windows_->list();
         const auto windows =
             byProcess ? windowsOf(process, list) : windowsOf(application.identifier, list);
         if (windows.empty() || userHasLeft(list, windows, application.identifier)) {
@@ -128,63 +125,27 @@ public:
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
     using Windows = std::vector<const XcbWindow*>;
 
-    // What was in front, and when the user last acted here, at a click on an application.
-    struct Wish {
-        xcb_window_t active = XCB_WINDOW_NONE;
-        std::optional<xcb_timestamp_t> input;
+    // The state of the desktop at the user's click on an application.
+    struct Request {
+        xcb_window_t active = XCB_WINDOW_NONE;  // the active window
+        std::optional<xcb_timestamp_t> input;   // the user's last input to the launcher
     };
 
-    // The list in which an application was found.
-    struct Found {
-        std::string identifier;
-        XcbWindowList list;
-        Clock::time_point at;
-    };
-
-    // To be found and to be brought forward are the two halves of one click, for which one list
-    // does.
-    XcbWindowList listFor(const std::string& identifier) {
-        constexpr std::chrono::milliseconds kOneClick{20};
-        if (const auto found = std::exchange(found_, std::nullopt);
-            found && !identifier.empty() && found->identifier == identifier &&
-            Clock::now() - found->at < kOneClick) {
-            return found->list;
-        }
-        return windows_->list();
-    }
-
-    // Whether a server that lets everybody wait is waited for at each question, or only until it
-    // was waited for in vain.
-    enum class Patience : std::uint8_t { Always, Once };
-
-    bool connected(Patience patience = Patience::Always) {
+    bool connected() {
         if (connection_ && connection_->broken()) {
-            found_.reset();
             windows_.reset();
             connection_.reset();
         }
         if (!connection_) {
-            const bool waits = patience == Patience::Always || !opening_;
-            if (!opening_) {
-                opening_.emplace(display_);
-            }
-            connection_ =
-                opening_->await(waits ? XcbConnection::kPatience : std::chrono::milliseconds(0));
-            if (opening_->over()) {
-                opening_.reset();
-            }
+            connection_ = XcbConnection::open(display_);
         }
-        if (!connection_ || (patience == Patience::Once && connection_->silent())) {
-            return false;
-        }
-        if (!windows_) {
+        if (connection_ && !windows_) {
             windows_ = std::make_unique<XcbWindows>(*connection_);
-        }
-        if (!windows_->works()) {
-            windows_.reset();
+            if (!windows_->works()) {
+                windows_.reset();
+            }
         }
         return windows_ != nullptr;
     }
@@ -198,7 +159,7 @@ private:
         if (identifier.empty()) {
             return {};
         }
-        WindowOwners owners(matcher_.get(), processes_, list, identifier);
+        WindowOwners owners(matcher_.get(), processes_, identifier);
         Windows found;
         for (const XcbWindow& window : list.windows) {
             if (!window.ofDesktop && owners.owner(window) == identifier) {
@@ -212,7 +173,7 @@ private:
         Windows found;
         for (const XcbWindow& window : list.windows) {
             if (process > 0 && !window.ofDesktop &&
-                (window.process == process || list.transientRoot(window).process == process)) {
+                (window.process == process || transientRoot(window).process == process)) {
                 found.push_back(&window);
             }
         }
@@ -226,11 +187,11 @@ private:
             std::find(windows.begin(), windows.end(), active) != windows.end()) {
             return false;
         }
-        const auto wish = wishes_.find(identifier);
-        if (wish != wishes_.end() && wish->second.active == active->id) {
+        const auto request = requests_.find(identifier);
+        if (request != requests_.end() && request->second.active == active->id) {
             return false;
         }
-        const auto ours = wish != wishes_.end() ? wish->second.input : lastInput();
+        const auto ours = request != requests_.end() ? request->second.input : lastInput();
         if (!ours) {
             return false;
         }
@@ -242,13 +203,10 @@ private:
     LatestWindowMatcher matcher_;
     const UserTime userTime_;
 
-    std::mutex mutex_;                               // over all below
-    std::optional<XcbConnection::Opening> opening_;  // until the server has greeted us
     std::unique_ptr<XcbConnection> connection_;
     std::unique_ptr<XcbWindows> windows_;
     ProcessRegistry processes_;
-    std::unordered_map<std::string, Wish> wishes_;  // by identifier
-    std::optional<Found> found_;
+    std::unordered_map<std::string, Request> requests_;  // by identifier
 };
 
 }  // namespace

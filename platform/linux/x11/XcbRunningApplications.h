@@ -12,7 +12,7 @@
 
 namespace tavo {
 
-// The X server's time of the user's last input to this program. Any thread.
+// The X server's time of the user's last input to this program.
 using UserTime = std::function<std::optional<std::uint32_t>()>;
 
 // An application runs while it has managed windows (Extended Window Manager Hints): by identifier,

@@ -3,12 +3,12 @@
 #include <QAbstractNativeEventFilter>
 #include <QByteArray>
 #include <QGuiApplication>
-#include <atomic>
-#include <cstdlib>
 #include <memory>
 #include <string_view>
 
 #include <xcb/xcb.h>
+
+#include "platform/linux/x11/XcbRequests.h"
 
 namespace tavo {
 namespace {
@@ -39,11 +39,7 @@ public:
         }
     }
 
-    [[nodiscard]] std::optional<std::uint32_t> time() const {
-        const std::uint64_t time = time_;
-        return (time & kKnown) == 0 ? std::nullopt
-                                    : std::optional(static_cast<std::uint32_t>(time));
-    }
+    [[nodiscard]] std::optional<std::uint32_t> time() const { return time_; }
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* /*result*/) override {
         if (type != "xcb_generic_event_t") {
@@ -53,40 +49,36 @@ public:
         const int kind = event->response_type & 0x7f;
         // Pressed and released keys and buttons have their time in the same place.
         if (kind >= XCB_KEY_PRESS && kind <= XCB_BUTTON_RELEASE) {
-            keep(static_cast<const xcb_key_press_event_t*>(message)->time);
+            time_ = static_cast<const xcb_key_press_event_t*>(message)->time;
         } else if (kind == XCB_GE_GENERIC) {
             const auto* const input = static_cast<const InputEvent*>(message);
             if (input->extension == inputExtension() && isInput(input->type)) {
-                keep(input->time);
+                time_ = input->time;
             }
         }
         return false;
     }
 
 private:
-    static constexpr std::uint64_t kKnown = std::uint64_t{1} << 32;
-
     static bool isInput(std::uint16_t type) {
         return (type >= kKeyPress && type <= kButtonRelease) ||
                (type >= kTouchBegin && type <= kTouchEnd);
     }
 
-    void keep(xcb_timestamp_t time) { time_ = kKnown | time; }
-
     std::uint8_t inputExtension() {
         if (!inputExtension_) {
             constexpr std::string_view kName = "XInputExtension";
-            auto* const reply = xcb_query_extension_reply(
-                connection_, xcb_query_extension(connection_, kName.size(), kName.data()), nullptr);
-            inputExtension_ = reply != nullptr && reply->present != 0 ? reply->major_opcode : 0;
-            std::free(reply);
+            const auto reply = XcbRequests(connection_)
+                                   .reply<xcb_query_extension_reply_t>(xcb_query_extension(
+                                       connection_, kName.size(), kName.data()));
+            inputExtension_ = reply && reply->present != 0 ? reply->major_opcode : 0;
         }
         return *inputExtension_;
     }
 
     xcb_connection_t* connection_ = nullptr;
     std::optional<std::uint8_t> inputExtension_;
-    std::atomic<std::uint64_t> time_ = 0;
+    std::optional<std::uint32_t> time_;
 };
 
 }  // namespace

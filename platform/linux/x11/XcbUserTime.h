@@ -7,10 +7,9 @@
 
 namespace tavo {
 
-// Watches the toolkit's input events from now on. The answer is the time, in the server's
-// milliseconds, of the latest key, button or touch; none before the first, and on Wayland. To be
-// called on any thread; made and let go on the main thread, within the life of the application
-// object.
+// Watches Qt's input events from now on. The answer tells the time, in milliseconds of the server's
+// clock, of the user's latest key, button or touch in this program; none before the first, and on
+// Wayland. Main thread, within the life of the application object.
 std::function<std::optional<std::uint32_t>()> watchXcbUserTime();
 
 }  // namespace tavo

@@ -13,7 +13,6 @@
 #include <xcb/res.h>
 
 #include "platform/linux/system/HostName.h"
-#include "platform/linux/windows/TransientRoots.h"
 
 namespace tavo {
 namespace {
@@ -55,10 +54,6 @@ constexpr pid_t kElsewhere = -1;
 // Of requests that a pager sends for the user.
 constexpr std::uint32_t kFromUser = 2;
 
-// Where window managers listen on the root window.
-constexpr std::uint32_t kToManager =
-    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-
 // Until the window manager has done something, or for 0.1 s.
 template<typename Condition>
 void await(const Condition& condition) {
@@ -66,6 +61,19 @@ void await(const Condition& condition) {
     constexpr int kPause = 2;  // milliseconds
     for (int round = 0; round < kRounds && !condition(); ++round) {
         ::poll(nullptr, 0, kPause);
+    }
+}
+
+void findParents(std::vector<XcbWindow>& windows) {
+    std::unordered_map<xcb_window_t, const XcbWindow*> listed;
+    for (const XcbWindow& window : windows) {
+        listed.emplace(window.id, &window);
+    }
+    for (XcbWindow& window : windows) {
+        const auto parent = window.transientFor == XCB_WINDOW_NONE
+                                ? listed.end()
+                                : listed.find(window.transientFor);
+        window.parent = parent == listed.end() ? nullptr : parent->second;
     }
 }
 
@@ -112,88 +120,42 @@ XcbWindows::XcbWindows(XcbConnection& connection) : connection_(connection), hos
     }
 }
 
-xcb_get_property_cookie_t XcbWindows::ask(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
-                                          std::uint32_t bytes) const {
-    return xcb_get_property(connection_.get(), 0, window, property, type, 0, bytes / 4);
-}
-
-std::vector<std::uint32_t> XcbWindows::numbers(xcb_get_property_cookie_t cookie) {
-    return numbers(connection_.reply<xcb_get_property_reply_t>(cookie).get());
-}
-
-std::vector<std::uint32_t> XcbWindows::numbers(const xcb_get_property_reply_t* reply) {
-    if (reply == nullptr || reply->format != 32) {
-        return {};
-    }
-    const auto* const first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply));
-    return {first, first + reply->value_len};
-}
-
-std::optional<std::uint32_t> XcbWindows::number(xcb_get_property_cookie_t cookie) {
-    const std::vector<std::uint32_t> all = numbers(cookie);
-    return all.empty() ? std::nullopt : std::optional(all.front());
-}
-
-// Empty also when it is longer than was asked for.
-std::string XcbWindows::text(xcb_get_property_cookie_t cookie) {
-    const auto reply = connection_.reply<xcb_get_property_reply_t>(cookie);
-    if (!reply || reply->format != 8 || reply->bytes_after > 0) {
-        return {};
-    }
-    const auto* const first = static_cast<const char*>(xcb_get_property_value(reply.get()));
-    return {first, first + xcb_get_property_value_length(reply.get())};
-}
-
 XcbWindows::Cookies XcbWindows::askAbout(xcb_window_t window) const {
-    return {ask(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, kLongestText),
-            ask(window, atom(kGtkApplicationId), XCB_GET_PROPERTY_TYPE_ANY, kLongestText),
-            ask(window, atom(kKdeDesktopFile), XCB_GET_PROPERTY_TYPE_ANY, kLongestText),
-            ask(window, atom(kWmPid), XCB_ATOM_CARDINAL, 4),
-            ask(window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_GET_PROPERTY_TYPE_ANY, kLongestText),
-            ask(window, atom(kWindowType), XCB_ATOM_ATOM, kLongestList * 4),
-            ask(window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 4)};
+    return {connection_.property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, kLongestText),
+            connection_.property(window, atom(kGtkApplicationId), XCB_GET_PROPERTY_TYPE_ANY,
+                                 kLongestText),
+            connection_.property(window, atom(kKdeDesktopFile), XCB_GET_PROPERTY_TYPE_ANY,
+                                 kLongestText),
+            connection_.property(window, atom(kWmPid), XCB_ATOM_CARDINAL, 4),
+            connection_.property(window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_GET_PROPERTY_TYPE_ANY,
+                                 kLongestText),
+            connection_.property(window, atom(kWindowType), XCB_ATOM_ATOM, kLongestList * 4),
+            connection_.property(window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 4)};
 }
 
 void XcbWindows::read(const Cookies& cookies, XcbWindow& window) {
-    const std::string names = text(cookies.names);
+    const std::string names = connection_.text(cookies.names);
     const std::size_t end = names.find('\0');
     window.names.instance = names.substr(0, end);
     if (end != std::string::npos) {
         window.names.className = names.substr(end + 1, names.find('\0', end + 1) - end - 1);
     }
-    window.names.appId = text(cookies.gtkApplication);
-    const std::string desktopFile = text(cookies.kdeDesktopFile);
+    window.names.appId = connection_.text(cookies.gtkApplication);
+    const std::string desktopFile = connection_.text(cookies.kdeDesktopFile);
     if (window.names.appId.empty()) {
         window.names.appId = desktopFile;
     }
-    const auto process = static_cast<pid_t>(number(cookies.process).value_or(0));
-    const std::string machine = text(cookies.machine);
+    const auto process = static_cast<pid_t>(connection_.number(cookies.process).value_or(0));
+    const std::string machine = connection_.text(cookies.machine);
     // Without a host its word is worth nothing unless the server confirms it.
     const bool here = machine.empty() ? process == 0 || knowsClients_
                                       : ::strcasecmp(machine.c_str(), host_.c_str()) == 0;
     window.process = here ? process : kElsewhere;
-    for (const std::uint32_t type : numbers(cookies.type)) {
+    for (const std::uint32_t type : connection_.numbers(cookies.type)) {
         const auto known = std::find(atoms_.begin() + kTypeDesktop, atoms_.end(), type);
         window.ofDesktop = window.ofDesktop || known != atoms_.end();
     }
-    window.transientFor = number(cookies.transientFor).value_or(XCB_WINDOW_NONE);
-}
-
-void XcbWindows::findTransientRoots(std::vector<XcbWindow>& windows) {
-    std::unordered_map<xcb_window_t, std::size_t> places;
-    for (std::size_t i = 0; i < windows.size(); ++i) {
-        places.emplace(windows[i].id, i);
-    }
-    std::vector<std::size_t> parents;
-    for (const XcbWindow& window : windows) {
-        const auto parent = places.find(window.transientFor);
-        const bool isDialog = window.transientFor != XCB_WINDOW_NONE && parent != places.end();
-        parents.push_back(isDialog ? parent->second : parents.size());
-    }
-    const std::vector<std::size_t> transientRoots = transientRootsOf(parents);
-    for (std::size_t i = 0; i < windows.size(); ++i) {
-        windows[i].transientRoot = transientRoots[i];
-    }
+    window.transientFor = connection_.number(cookies.transientFor).value_or(XCB_WINDOW_NONE);
 }
 
 void XcbWindows::findProcesses(std::vector<XcbWindow>& windows) {
@@ -233,20 +195,22 @@ void XcbWindows::findProcesses(std::vector<XcbWindow>& windows) {
 XcbWindowList XcbWindows::list() {
     connection_.beginExchange();
     const xcb_window_t root = connection_.root();
-    const auto stacking = ask(root, atom(kClientListStacking), XCB_ATOM_WINDOW, kMostWindows * 4);
-    const auto mapped = ask(root, atom(kClientList), XCB_ATOM_WINDOW, kMostWindows * 4);
-    const auto active = ask(root, atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
-    std::vector<std::uint32_t> ids = numbers(stacking);
+    const auto stacking =
+        connection_.property(root, atom(kClientListStacking), XCB_ATOM_WINDOW, kMostWindows * 4);
+    const auto mapped =
+        connection_.property(root, atom(kClientList), XCB_ATOM_WINDOW, kMostWindows * 4);
+    const auto active = connection_.property(root, atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
+    std::vector<std::uint32_t> ids = connection_.numbers(stacking);
     // xfwm4 4.18 keeps a first window off the list by stacking until there is a second.
     const std::unordered_set<std::uint32_t> stacked(ids.begin(), ids.end());
-    for (const std::uint32_t id : numbers(mapped)) {
+    for (const std::uint32_t id : connection_.numbers(mapped)) {
         if (!stacked.contains(id)) {
             ids.push_back(id);
         }
     }
 
     XcbWindowList list;
-    list.active = number(active).value_or(XCB_WINDOW_NONE);
+    list.active = connection_.number(active).value_or(XCB_WINDOW_NONE);
     std::vector<Cookies> cookies;
     for (const std::uint32_t id : ids) {
         cookies.push_back(askAbout(id));
@@ -256,65 +220,66 @@ XcbWindowList XcbWindows::list() {
         read(cookies[i], list.windows[i]);
     }
     findProcesses(list.windows);
-    findTransientRoots(list.windows);
+    findParents(list.windows);
     return list;
+}
+
+xcb_window_t XcbWindows::active() {
+    connection_.beginExchange();
+    return connection_
+        .number(connection_.property(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4))
+        .value_or(XCB_WINDOW_NONE);
 }
 
 std::optional<xcb_timestamp_t> XcbWindows::userTime(xcb_window_t window) {
     connection_.beginExchange();
-    const auto here = ask(window, atom(kUserTime), XCB_ATOM_CARDINAL, 4);
-    const auto elsewhere = ask(window, atom(kUserTimeWindow), XCB_ATOM_WINDOW, 4);
-    const auto time = number(here);
-    const auto holder = number(elsewhere);
-    return holder ? number(ask(*holder, atom(kUserTime), XCB_ATOM_CARDINAL, 4)) : time;
+    const auto here = connection_.property(window, atom(kUserTime), XCB_ATOM_CARDINAL, 4);
+    const auto elsewhere = connection_.property(window, atom(kUserTimeWindow), XCB_ATOM_WINDOW, 4);
+    const auto time = connection_.number(here);
+    const auto holder = connection_.number(elsewhere);
+    return holder ? connection_.number(
+                        connection_.property(*holder, atom(kUserTime), XCB_ATOM_CARDINAL, 4))
+                  : time;
 }
 
 std::vector<XcbWindows::Place> XcbWindows::places(const std::vector<xcb_window_t>& windows) {
     std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
     for (const xcb_window_t window : windows) {
-        cookies.emplace_back(ask(window, atom(kWmDesktop), XCB_ATOM_CARDINAL, 4),
-                             ask(window, atom(kWmState), XCB_ATOM_ATOM, kLongestList * 4));
+        cookies.emplace_back(
+            connection_.property(window, atom(kWmDesktop), XCB_ATOM_CARDINAL, 4),
+            connection_.property(window, atom(kWmState), XCB_ATOM_ATOM, kLongestList * 4));
     }
     std::vector<Place> places;
     for (const auto& [desktop, state] : cookies) {
         Place& place = places.emplace_back();
         const auto reply = connection_.reply<xcb_get_property_reply_t>(desktop);
         place.gone = reply == nullptr;
-        const std::vector<std::uint32_t> desktops = numbers(reply.get());
+        const std::vector<std::uint32_t> desktops = numbersOf(reply.get());
         place.desktop = desktops.empty() ? kAllDesktops : desktops.front();
-        const std::vector<std::uint32_t> states = numbers(state);
+        const std::vector<std::uint32_t> states = connection_.numbers(state);
         place.hidden = std::find(states.begin(), states.end(), atom(kStateHidden)) != states.end();
     }
     return places;
 }
 
-void XcbWindows::tellManager(xcb_window_t window, Atom message, std::array<std::uint32_t, 2> data) {
-    xcb_client_message_event_t event = {};
-    event.response_type = XCB_CLIENT_MESSAGE;
-    event.format = 32;
-    event.window = window;
-    event.type = atom(message);
-    std::copy(data.begin(), data.end(), event.data.data32);
-    xcb_send_event(connection_.get(), 0, connection_.root(), kToManager,
-                   reinterpret_cast<const char*>(&event));
-}
-
 void XcbWindows::goToDesktop(std::uint32_t desktop, xcb_timestamp_t time) {
-    tellManager(connection_.root(), kCurrentDesktop, {desktop, time});
+    connection_.tellManager(connection_.root(), atom(kCurrentDesktop), {desktop, time});
     await([&] {
-        return number(ask(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4)) ==
-               desktop;
+        return connection_.number(connection_.property(connection_.root(), atom(kCurrentDesktop),
+                                                       XCB_ATOM_CARDINAL, 4)) == desktop;
     });
 }
 
 void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t top,
                          xcb_timestamp_t time) {
     const auto active = [this] {
-        return number(ask(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4));
+        return connection_.number(
+            connection_.property(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4));
     };
     const bool wasActive = active() == top;
     for (const xcb_window_t window : windows) {
-        tellManager(window, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+        connection_.tellManager(window, atom(kActiveWindow),
+                                {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
     }
     xcb_flush(connection_.get());
     if (wasActive) {
@@ -332,13 +297,15 @@ void XcbWindows::placeAbove(xcb_window_t window, xcb_window_t sibling) {
     event.window = window;
     event.sibling = sibling;
     event.value_mask = XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE;
-    xcb_send_event(connection_.get(), 0, connection_.root(), kToManager,
+    xcb_send_event(connection_.get(), 0, connection_.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&event));
 }
 
 void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     connection_.beginExchange();
-    const auto current = ask(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4);
+    const auto current =
+        connection_.property(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4);
     const std::vector<Place> at = places(windows);
     const auto now = connection_.now();
     const auto top =
@@ -350,7 +317,7 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     // The window manager may give the focus to another window at each request but the last, at a
     // time of its own; a request with a time before that would be in vain.
     xcb_timestamp_t time = *now;
-    std::uint32_t desktop = number(current).value_or(kAllDesktops);
+    std::uint32_t desktop = connection_.number(current).value_or(kAllDesktops);
     const auto isThere = [&](const Place& place) {
         return !place.gone && (desktop == kAllDesktops || place.desktop == desktop ||
                                place.desktop == kAllDesktops);
@@ -376,7 +343,8 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
         restore(hidden, here.back(), std::exchange(time, XCB_CURRENT_TIME));
     }
     const xcb_window_t front = here.back();
-    tellManager(front, kActiveWindow, {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+    connection_.tellManager(front, atom(kActiveWindow),
+                            {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
     // The others are each placed above another one: for some managers, to raise a window above all
     // is to give it the focus. Managers that put it above all nevertheless have them in order
     // too, since the one in front comes last.
@@ -387,7 +355,7 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
         }
     }
     if (here.size() > 1) {
-        tellManager(front, kActiveWindow, {kFromUser, time});
+        connection_.tellManager(front, atom(kActiveWindow), {kFromUser, time});
     }
     xcb_flush(connection_.get());
 }

@@ -19,23 +19,24 @@ namespace tavo {
 
 struct XcbWindow {
     xcb_window_t id = XCB_WINDOW_NONE;
-    WindowNames names;                            // bounded; longer ones are not told
+    WindowNames names;                            // empty where longer than 1024 bytes
     pid_t process = 0;                            // 0: not known, or not of this host
-    xcb_window_t transientFor = XCB_WINDOW_NONE;  // the window that this one is a dialog of
+    xcb_window_t transientFor = XCB_WINDOW_NONE;  // WM_TRANSIENT_FOR
+    const XcbWindow* parent = nullptr;            // the same, where that window is listed
     bool ofDesktop = false;  // a panel, the desktop itself, a tool tip: no application's window
-    std::size_t transientRoot = 0;  // where on the list the window is that this one is a dialog of
 };
 
 struct XcbWindowList {
+    XcbWindowList() = default;
+    XcbWindowList(XcbWindowList&&) = default;
+    XcbWindowList(const XcbWindowList&) = delete;  // `parent` points into the list
+    XcbWindowList& operator=(const XcbWindowList&) = delete;
+    ~XcbWindowList() = default;
+
     std::vector<XcbWindow> windows;  // the bottom one first
     xcb_window_t active = XCB_WINDOW_NONE;
 
-    // `window` itself, or what it is a dialog of, through any number of dialogs (transientRootsOf),
-    // as far as that is on the list.
-    [[nodiscard]] const XcbWindow& transientRoot(const XcbWindow& window) const {
-        return windows[window.transientRoot];
-    }
-    // Null for a window that is not on it.
+    // Null for a window that is not listed.
     [[nodiscard]] const XcbWindow* find(xcb_window_t window) const;
 };
 
@@ -56,6 +57,9 @@ public:
     // another one (_NET_WM_PID), as from inside a container, or another host, has none. Where the
     // server does not know, the window's own word is taken.
     [[nodiscard]] XcbWindowList list();
+
+    // XCB_WINDOW_NONE when there is none.
+    [[nodiscard]] xcb_window_t active();
 
     // The server's time of the user's last input in `window`, where that says so.
     [[nodiscard]] std::optional<xcb_timestamp_t> userTime(xcb_window_t window);
@@ -96,17 +100,9 @@ private:
     struct Place;
 
     [[nodiscard]] xcb_atom_t atom(Atom name) const { return atoms_[name]; }
-    xcb_get_property_cookie_t ask(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
-                                  std::uint32_t bytes) const;
-    std::vector<std::uint32_t> numbers(xcb_get_property_cookie_t cookie);
-    static std::vector<std::uint32_t> numbers(const xcb_get_property_reply_t* reply);
-    std::string text(xcb_get_property_cookie_t cookie);
-    std::optional<std::uint32_t> number(xcb_get_property_cookie_t cookie);
-
     Cookies askAbout(xcb_window_t window) const;
     void read(const Cookies& cookies, XcbWindow& window);
     void findProcesses(std::vector<XcbWindow>& windows);
-    static void findTransientRoots(std::vector<XcbWindow>& windows);
     // Returns when it is the current one, or after 0.1 s: xfwm4 4.18 gives a window no focus that
     // is to be restored on a desktop not yet reached.
     void goToDesktop(std::uint32_t desktop, xcb_timestamp_t time);
@@ -116,7 +112,6 @@ private:
     // (xfwm4 4.18); when `top` is that, this returns when it is no longer, or after 0.1 s.
     void restore(const std::vector<xcb_window_t>& windows, xcb_window_t top, xcb_timestamp_t time);
     void placeAbove(xcb_window_t window, xcb_window_t sibling);
-    void tellManager(xcb_window_t window, Atom message, std::array<std::uint32_t, 2> data);
 
     XcbConnection& connection_;
     std::vector<xcb_atom_t> atoms_;

@@ -3,6 +3,7 @@
 
 #include <gio/gio.h>
 
+#include "tests/fakes/FakeRunningApplications.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
@@ -55,10 +56,7 @@ protected:
     // Has the workspace look for windows on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();
-        settings.showsWindow = [this](const RunningApplication& application) {
-            asked_.insert(application.processIdentifier);
-            return window_;
-        };
+        settings.running = &windows_;
         settings.seesWindows = [this] { return seesWindows_.load(); };
         workspace_ = makeLinuxWorkspace(std::move(settings));
     }
@@ -82,9 +80,8 @@ protected:
         drain();
     }
 
-    bool window_ = false;
+    FakeRunningApplications windows_;
     std::atomic<bool> seesWindows_ = true;
-    std::set<pid_t> asked_;
     pid_t process_ = 0;
     GLogLevelFlags before_ = G_LOG_LEVEL_CRITICAL;
     std::optional<PrivateBus> bus_;
@@ -131,16 +128,21 @@ TEST_F(BusOpening, a_click_while_the_services_window_is_to_come_does_not_activat
     for (int i = 0; i < 3; ++i) {
         EXPECT_FALSE(clickActivates());
     }
-    queue_.advance(milliseconds(100));
-    EXPECT_EQ(asked_, (std::set<pid_t>{0, process_}));  // by its identifier, and by its process
+    queue_.run();
+    std::set<pid_t> asked;  // by its identifier, and by its process
+    for (const RunningApplication& application : windows_.windowsAsked) {
+        asked.insert(application.processIdentifier);
+    }
+    EXPECT_EQ(asked, (std::set<pid_t>{0, process_}));
     EXPECT_FALSE(clickActivates());
 }
 
 TEST_F(BusOpening, once_its_window_has_shown_a_service_is_activated_again) {
     activateAndWatchWindows();
     EXPECT_FALSE(clickActivates());
-    window_ = true;
-    queue_.advance(milliseconds(100));
+    windows_.running.push_back({{process_, ""}, {}});
+    windows_.announceWindows();
+    queue_.run();
     drain();
     EXPECT_TRUE(clickActivates());
 }

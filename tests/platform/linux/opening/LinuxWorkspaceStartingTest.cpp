@@ -1,4 +1,5 @@
 // The seconds between a click and the application's first window.
+#include "tests/fakes/FakeRunningApplications.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 
@@ -58,19 +59,22 @@ protected:
     // Has the workspace look for windows on `queue_`, whose time the test moves.
     void watchWindows() {
         OpeningSettings settings = this->settings();
-        settings.showsWindow = [this](const RunningApplication& application) {
-            asked_ = application;
-            return window_;
-        };
+        settings.running = &windows_;
         workspace_ = makeLinuxWorkspace(std::move(settings));
+    }
+
+    // The window of the started program.
+    void showWindow() {
+        windows_.running.push_back({{0, "app.desktop"}, {}});
+        windows_.announceWindows();
+        queue_.run();
     }
 
     void begin(const std::string& path, const Openings& opening, bool activates = true) {
         workspace().openApplication(path, {.activates = activates}, opening.completion());
     }
 
-    bool window_ = false;
-    std::optional<RunningApplication> asked_;
+    FakeRunningApplications windows_;
 
 private:
     FileDescriptor hold_;
@@ -191,11 +195,10 @@ TEST_F(Starting, the_first_window_answers_and_ends_the_start) {
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
     queue_.run();
     drain();
-    EXPECT_EQ(asked_, (RunningApplication{process, "app.desktop"}));
+    EXPECT_EQ(windows_.windowsAsked.back(), (RunningApplication{process, "app.desktop"}));
     EXPECT_EQ(opening.now().calls, 0);
 
-    window_ = true;
-    queue_.advance(milliseconds(100));
+    showWindow();
     const Answer answer = opening.wait();
     EXPECT_EQ(answer.text(), "(no error)");
     EXPECT_EQ(answer.running, (RunningApplication{process, "app.desktop"}));
@@ -207,7 +210,7 @@ TEST_F(Starting, the_first_window_answers_and_ends_the_start) {
 
 TEST_F(Starting, an_end_after_the_first_window_is_silent) {
     watchWindows();
-    window_ = true;
+    showWindow();
     Openings opening(queue_);
     begin(program(), opening);
     const pid_t process = started();
@@ -227,8 +230,7 @@ TEST_F(Starting, a_window_that_shows_after_the_answer_ends_the_start_alone) {
     begin(path, opening);
     started();
     EXPECT_EQ(opening.wait().text(), "(no error)");
-    window_ = true;
-    queue_.advance(milliseconds(200));
+    showWindow();
     drain();
     EXPECT_EQ(opening.now().calls, 1);
     Openings again(queue_);
@@ -254,10 +256,10 @@ TEST_F(Starting, a_window_found_after_the_workspace_has_ended_does_nothing) {
     started();
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
     workspace_.reset();
-    window_ = true;
+    showWindow();
     queue_.advance(milliseconds(60000));
     EXPECT_EQ(opening.now().calls, 0);
-    EXPECT_EQ(asked_, std::nullopt);
+    EXPECT_TRUE(windows_.windowsAsked.empty());
 }
 
 TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_activated) {

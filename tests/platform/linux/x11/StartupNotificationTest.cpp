@@ -5,6 +5,7 @@
 #include <xcb/xcb.h>
 
 #include "platform/linux/x11/StartupNotification.h"
+#include "tests/fakes/FakeRunningApplications.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/XServer.h"
@@ -161,9 +162,9 @@ TEST_F(StartupNotification, an_entry_that_does_not_want_it_is_not_announced) {
 }
 
 TEST_F(StartupNotification, the_first_window_ends_the_announcement) {
-    std::atomic<bool> window = false;
+    FakeRunningApplications windows;
     OpeningSettings settings = this->settings();
-    settings.showsWindow = [&](const RunningApplication&) { return window.load(); };
+    settings.running = &windows;
     workspace_ = makeLinuxWorkspace(std::move(settings));
     Openings opening(queue_);
     workspace().openApplication(lastingEntry(), {}, opening.completion());
@@ -172,8 +173,9 @@ TEST_F(StartupNotification, the_first_window_ends_the_announcement) {
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
     queue_.run();
     EXPECT_EQ(opening.now().calls, 0);
-    window = true;
-    queue_.advance(milliseconds(100));
+    windows.running.push_back({{0, "app.desktop"}, {}});
+    windows.announceWindows();
+    queue_.run();
     EXPECT_EQ(listener_->message(), "remove: ID=\"" + id + "\"");
     const Answer answer = opening.wait();
     ASSERT_TRUE(answer.running);
