@@ -123,6 +123,7 @@ void findAndFront(benchmark::State& state, bool matched) {
     const Clients clients(static_cast<int>(state.range(0)), matched);
     std::size_t found = 0;
     for ([[maybe_unused]] const auto _ : state) {
+        running->noteUserRequest("app7.desktop");
         const auto applications = running->withIdentifier("app7.desktop");
         found = applications.size();
         if (found > 0) {

@@ -26,17 +26,23 @@ public:
     void noteUserRequest(const std::string& identifier) override {
         const auto toplevels = WaylandToplevels::ask(display_);
         activeAtRequest_[identifier] = toplevels ? activeAppId(*toplevels) : std::string();
+        click_ = {identifier, nullptr};
     }
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
-        const auto toplevels = WaylandToplevels::ask(display_);
+        const Click click = std::exchange(click_, {});
+        auto toplevels = WaylandToplevels::ask(display_);
         if (!toplevels || windowsOf(identifier, *toplevels).empty()) {
             return {};
+        }
+        if (click.identifier == identifier) {
+            click_ = {identifier, std::move(toplevels)};
         }
         return {{0, identifier}};
     }
 
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
+        click_ = {};
         if (!isOwnProcess(processIdentifier) || !processStartTime(processIdentifier)) {
             return std::nullopt;
         }
@@ -46,6 +52,7 @@ public:
 
     // By the identifier alone: every live process counts as running, with a window or without.
     bool showsWindow(const RunningApplication& application) override {
+        click_ = {};
         const auto toplevels = WaylandToplevels::ask(display_);
         return toplevels && !windowsOf(application.identifier, *toplevels).empty();
     }
@@ -59,6 +66,7 @@ public:
     }
 
     void activateAllWindows(const RunningApplication& application) override {
+        Click click = std::exchange(click_, {});
         const pid_t process = application.processIdentifier;
         std::string identifier = application.identifier;
         if (identifier.empty()) {
@@ -68,7 +76,12 @@ public:
         } else if (!processes_.isKnown(process)) {
             processes_.rememberStart(process, identifier);
         }
-        const auto toplevels = identifier.empty() ? nullptr : WaylandToplevels::ask(display_);
+        if (identifier.empty()) {
+            return;
+        }
+        const auto toplevels = click.toplevels && click.identifier == identifier
+                                   ? std::move(click.toplevels)
+                                   : WaylandToplevels::ask(display_);
         if (!toplevels) {
             return;
         }
@@ -84,6 +97,13 @@ public:
 
 private:
     using Windows = std::vector<const WaylandToplevel*>;
+
+    // A click on an application that runs is a request, a question and an activation, one right
+    // after the other. The windows that answered the question serve the activation.
+    struct Click {
+        std::string identifier;
+        std::unique_ptr<WaylandToplevels> toplevels;  // once the question has found the application
+    };
 
     // In the compositor's order; no identifier has none.
     [[nodiscard]] Windows windowsOf(const std::string& identifier,
@@ -125,6 +145,7 @@ private:
     const std::string ownAppId_;
 
     ProcessRegistry processes_;
+    Click click_;                                                   // until the next call
     std::unordered_map<std::string, std::string> activeAtRequest_;  // by identifier
 };
 

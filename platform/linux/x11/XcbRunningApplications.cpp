@@ -55,14 +55,16 @@ public:
     void noteUserRequest(const std::string& identifier) override {
         requests_[identifier] = {connected() ? windows_->active() : xcb_window_t{XCB_WINDOW_NONE},
                                  lastInput()};
+        click_.emplace(Click{identifier, std::nullopt});
     }
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
+        const auto click = std::exchange(click_, std::nullopt);
         std::vector<RunningApplication> found;
         if (identifier.empty() || !connected()) {
             return found;
         }
-        const XcbWindowList list = windows_->list();
+        XcbWindowList list = windows_->list();
         const Windows windows = windowsOf(identifier, list);
         for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
             const RunningApplication application{(*window)->process, identifier};
@@ -71,10 +73,14 @@ public:
                 found.push_back(application);
             }
         }
+        if (click && click->identifier == identifier && !found.empty()) {
+            click_.emplace(Click{identifier, std::move(list)});
+        }
         return found;
     }
 
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
+        click_.reset();
         if (!connected() || windowsOf(processIdentifier, windows_->list()).empty()) {
             return std::nullopt;
         }
@@ -83,6 +89,7 @@ public:
     }
 
     bool showsWindow(const RunningApplication& application) override {
+        click_.reset();
         if (!connected()) {
             return false;
         }
@@ -111,7 +118,7 @@ public:
         if (!byProcess && !processes_.isKnown(process)) {
             processes_.rememberStart(process, application.identifier);
         }
-        const XcbWindowList list = windows_->list();
+        const XcbWindowList list = listFor(application.identifier);
         const auto windows =
             byProcess ? windowsOf(process, list) : windowsOf(application.identifier, list);
         if (windows.empty() || userHasLeft(list, windows, application.identifier)) {
@@ -132,6 +139,19 @@ private:
         xcb_window_t active = XCB_WINDOW_NONE;  // the active window
         std::optional<xcb_timestamp_t> input;   // the user's last input to the launcher
     };
+
+    // A click on an application that runs is a request, a question and an activation, one right
+    // after the other. The list that answered the question serves the activation.
+    struct Click {
+        std::string identifier;
+        std::optional<XcbWindowList> list;  // once the question has found the application
+    };
+
+    XcbWindowList listFor(const std::string& identifier) {
+        auto click = std::exchange(click_, std::nullopt);
+        return click && click->list && click->identifier == identifier ? std::move(*click->list)
+                                                                       : windows_->list();
+    }
 
     bool connected() {
         if (connection_ && connection_->broken()) {
@@ -207,6 +227,7 @@ private:
     std::unique_ptr<XcbWindows> windows_;
     ProcessRegistry processes_;
     std::unordered_map<std::string, Request> requests_;  // by identifier
+    std::optional<Click> click_;  // until the next call that is not its next step
 };
 
 }  // namespace
