@@ -1,4 +1,4 @@
-// How the desktop blends windows into what lies behind them.
+// Whether the desktop blends translucent windows with the windows behind them.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-// In pixels of the screen, from the window's top left corner.
+// In device pixels, from the window's top left corner.
 struct PixelRect {
     int x = 0;
     int y = 0;
@@ -23,18 +23,18 @@ class Compositing {
 public:
     virtual ~Compositing() = default;
 
-    // Whether windows are blended at all. Where they are not, a window with round corners has them
-    // cut out instead of painted. Cheap enough to be asked at every resize.
+    // Whether windows are blended at all. Where they are not, a window with round corners cuts them
+    // out of its shape. Cheap enough for every resize.
     [[nodiscard]] virtual bool active() const = 0;
 
-    // Whether what lies behind a translucent window can be blurred.
+    // Whether the desktop can blur the windows behind a translucent one.
     [[nodiscard]] virtual bool blurs() const = 0;
 
-    // The region of the window, by its identifier on the system, behind which blurring is wanted;
-    // empty: nowhere. The system forgets it with the window. Where nothing blurs, nothing happens.
+    // Asks for blurring behind this region of the window; empty: nowhere. `window` is the window
+    // system's id. The request ends with the window, and has no effect unless blurs().
     virtual void blurBehind(std::uintptr_t window, const std::vector<PixelRect>& region) = 0;
 
-    // active() or blurs() answers otherwise from now on.
+    // The answer of active() or blurs() has changed.
     Signal<> changed;
 };
 

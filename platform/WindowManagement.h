@@ -1,4 +1,4 @@
-// What a program asks of the desktop for its own window, beyond showing it.
+// Requests to the desktop about the program's own window, beyond showing it.
 #pragma once
 
 #include <cstdint>
@@ -7,19 +7,18 @@
 
 namespace tavo {
 
-// Main thread. `window` is the number that the window system knows a window of ours by; it may
-// be hidden. Calls that mean nothing to a desktop do nothing.
+// Main thread. `window` is the window system's id of a window of ours, which may be hidden. A
+// request that the desktop does not know has no effect.
 class WindowManagement {
 public:
     virtual ~WindowManagement() = default;
 
-    // Just before each showing: keeps the window out of taskbar and pager, and lets what asks for
-    // it, if anything does, count as the user's wish.
+    // Called just before each showing: keeps the window out of taskbar and pager.
     virtual void prepareToShow(std::uintptr_t window, const StartRequest& request) = 0;
 
-    // Just after it: on the current desktop, among the windows of the usual level and before all
-    // of these, with the keyboard. The request is answered then, and no desktop shows any more that
-    // something is starting.
+    // Called just after each showing: moves the window to the current desktop, above all windows of
+    // the normal layer, and gives it the keyboard focus. Ends the desktop's start feedback for
+    // `request`.
     virtual void bringToFront(std::uintptr_t window, const StartRequest& request) = 0;
 };
 

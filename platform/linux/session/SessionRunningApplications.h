@@ -1,4 +1,4 @@
-// Running applications, as well as the user's session lets them be seen.
+// Running applications as the window system of the user's session tells of them.
 #pragma once
 
 #include <memory>
@@ -10,9 +10,9 @@
 
 namespace tavo {
 
-// In a Wayland session (isWaylandSession) what the compositor shows, else what the X server's
-// window manager does (DISPLAY); without either nothing is known. Connects at the first question,
-// so that a start costs nothing. Any thread.
+// `wayland`: in a Wayland session (isWaylandSession) the compositor is asked, else the X server at
+// DISPLAY; without either nothing runs. Connects at the first question, so that a start costs
+// nothing.
 std::unique_ptr<RunningApplications> makeSessionRunningApplications(
     const StartEnvironment& environment, bool wayland, std::shared_ptr<DesktopEntryIndex> listed,
     UserTime userTime);

@@ -1,13 +1,13 @@
-// Whether the windows of other applications can be seen in this session at all.
+// Whether this session lists the windows of other programs.
 #pragma once
 
 #include "platform/linux/system/StartEnvironment.h"
 
 namespace tavo {
 
-// In a Wayland session (isWaylandSession) where the compositor lists them, else where a window
-// manager of the X server (DISPLAY) does. Asks anew at each call, and waits at most as long as a
-// display's answers may take (about a second). Any thread.
+// `wayland`: in a Wayland session (isWaylandSession) the compositor must list them, else the X
+// server at DISPLAY must have a window manager that does. Asks anew at each call, for a second at
+// most. Any thread.
 [[nodiscard]] bool canListWindows(const StartEnvironment& environment, bool wayland);
 
 }  // namespace tavo

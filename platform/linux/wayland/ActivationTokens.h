@@ -8,29 +8,29 @@
 
 namespace tavo {
 
-// A token says that the user asked for it, in the window and by the input that it names. It goes to
-// the application that is to come forward: as XDG_ACTIVATION_TOKEN in the environment of what is
-// started, or as "activation-token" in the platform data of a D-Bus activation.
+// A token names a window of ours and the user's input there, as proof that the user asked. It goes
+// to the application that is to come forward: as XDG_ACTIVATION_TOKEN in its environment, or as
+// "activation-token" in the platform data of a D-Bus activation.
 class ActivationTokens {
 public:
     virtual ~ActivationTokens() = default;
 
-    // Main thread, at the user's click: the window with the focus and its latest input are what the
-    // token names. `appId` is what is to be started, its desktop-file id without ".desktop"; may be
+    // Main thread, at the user's click: the token names the window with the focus and its latest
+    // input. `appId` is the desktop-file id of the application to start, without ".desktop"; may be
     // empty. None where the compositor gives none within 0.25 s, and on X11.
     [[nodiscard]] virtual std::optional<std::string> token(const std::string& appId) = 0;
 };
 
-// Over the toolkit's connection, because a token that names a window can be asked for only by
-// whoever shows that window. Made after the application object; keeps nothing between two tokens.
+// Over Qt's connection, because only the client that shows a window can ask for a token that names
+// it. Made after the application object; keeps nothing between two tokens.
 std::unique_ptr<ActivationTokens> makeWaylandActivationTokens();
 
-// Main thread. Asks the compositor to bring our window of that number (QWindow::winId()) forward by
-// the token that somebody else was given for it. Waits 0.25 s at most; nothing happens where the
+// Main thread. Asks the compositor to bring our window with this QWindow::winId() forward by a
+// token that another program was given for it. Waits 0.25 s at most. Nothing happens where the
 // compositor takes no tokens, while the window has no surface, and on X11.
 //
-// Not left to the toolkit, which takes such a token from the environment and from nowhere else: to
-// put it there would race with any other thread that reads a variable.
+// Qt would take such a token from the environment variable XDG_ACTIVATION_TOKEN alone; setting that
+// would race with other threads that read the environment.
 void activateByToken(std::uintptr_t window, const std::string& token);
 
 }  // namespace tavo

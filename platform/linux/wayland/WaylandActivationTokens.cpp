@@ -17,11 +17,10 @@
 namespace tavo {
 namespace {
 
-// For all of one token.
+// The longest wait for one token, over all its round trips.
 constexpr std::chrono::milliseconds kPatience{250};
 
-// One token, asked for or handed in. Events come on a queue of their own, and never into the
-// toolkit's.
+// Gets one token, or uses one. Its events have a queue of their own beside Qt's.
 class TokenExchange {
 public:
     explicit TokenExchange(wl_display* display)
@@ -38,7 +37,8 @@ public:
         if (token_ != nullptr) {
             xdg_activation_token_v1_destroy(token_);
         }
-        // The connection lives on, and the compositor would serve both for as long.
+        // Released, since Qt's connection stays and the compositor would go on sending their
+        // events.
         if (keyboard_ != nullptr &&
             wl_keyboard_get_version(keyboard_) >= WL_KEYBOARD_RELEASE_SINCE_VERSION) {
             wl_keyboard_release(keyboard_);
@@ -61,8 +61,8 @@ public:
         if (!wait() || activation_ == nullptr) {
             return std::nullopt;
         }
-        // The keyboard that the seat has given us is told at once which window has the focus, and
-        // since which event: the proof of input that a token needs.
+        // A new wl_keyboard receives an enter event for the window with the focus. Its serial is
+        // the proof of input that a token needs.
         if (seat_ != nullptr && surface != nullptr) {
             wait();
         }
@@ -90,7 +90,7 @@ public:
     }
 
 private:
-    // For the compositor, in what is left of the time.
+    // For a round trip, in the time that is left.
     bool wait() const {
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
@@ -168,7 +168,7 @@ private:
     std::string text_;
 };
 
-// The toolkit's connection; null on anything but Wayland.
+// Qt's connection; null on any platform but Wayland.
 wl_display* connection() {
     QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
     return static_cast<wl_display*>(

@@ -1,14 +1,13 @@
-// Whether the user's session is a Wayland one.
+// Whether the user's session is a Wayland session.
 #pragma once
 
 #include "platform/linux/system/StartEnvironment.h"
 
 namespace tavo {
 
-// Whether there is a compositor at WAYLAND_DISPLAY. One that is named but is not there does not
-// count, for such a name may be left over from another session, and must not hide a working X
-// server. Asked once a run: all who care get the one answer. Takes a connection to a local socket,
-// and nothing where no compositor is named. Any thread.
+// Whether a compositor accepts connections at WAYLAND_DISPLAY. A variable that is left over from
+// another session does not count, because it must not hide a working X server. Asked once a run,
+// and the answer passed on. Any thread.
 [[nodiscard]] bool isWaylandSession(const StartEnvironment& environment);
 
 }  // namespace tavo

@@ -12,7 +12,7 @@
 
 namespace tavo {
 
-// What the compositor says, and whom it is said to.
+// Callbacks for the compositor's events.
 struct WaylandToplevels::Listeners {
     static WaylandToplevels& self(void* data) { return *static_cast<WaylandToplevels*>(data); }
 
@@ -55,7 +55,8 @@ struct WaylandToplevels::Listeners {
         told(data).activated = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED);
     }
 
-    // The handle stays ours; requests on it are in vain from now on.
+    // The handle stays valid until we destroy it; the compositor ignores requests on it. Without a
+    // name the window matches no application.
     static void closed(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/) {
         told(data).appId.clear();
     }
@@ -96,7 +97,7 @@ std::unique_ptr<WaylandToplevels> WaylandToplevels::ask(const std::string& displ
 WaylandToplevels::WaylandToplevels(wl_display* display)
     : display_(display), registry_(wl_display_get_registry(display)) {
     wl_registry_add_listener(registry_, &Listeners::kRegistry, this);
-    // First what there is, then all windows there are.
+    // The first round trip brings the globals, the second one all windows.
     tells_ = waitForCompositor(display_, nullptr) && seat_ != nullptr && manager_ != nullptr &&
              waitForCompositor(display_, nullptr);
     if (!tells_) {

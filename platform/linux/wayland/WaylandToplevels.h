@@ -1,4 +1,4 @@
-// The windows that a Wayland compositor shows to others, and bringing some forward
+// The windows that a Wayland compositor lists, and bringing some to the front
 // (wlr-foreign-toplevel-management-unstable-v1).
 #pragma once
 
@@ -23,23 +23,23 @@ struct WaylandToplevel {
     const WaylandToplevel* parent = nullptr;  // the listed window that it is a dialog of
 };
 
-// The windows as they are when it is made, over a connection of its own that ends with it: whoever
-// stays connected is woken up by every change of every window. One thread.
+// The windows as they are when it is made, over a connection of its own. It is not kept for long: a
+// connection is woken up by every change of every window. One thread.
 class WaylandToplevels {
 public:
-    // Null when there is no such compositor.
+    // Null when no compositor listens at `display`.
     static std::unique_ptr<WaylandToplevels> ask(const std::string& display);
     WaylandToplevels(const WaylandToplevels&) = delete;
     WaylandToplevels& operator=(const WaylandToplevels&) = delete;
     ~WaylandToplevels();
 
-    // Whether the compositor tells of its windows at all.
+    // Whether the compositor lists its windows, and did in time (0.5 s a round trip).
     [[nodiscard]] bool tells() const { return tells_; }
 
-    // In the compositor's order. Empty where it does not tell, or not in time.
+    // In the compositor's order; empty unless tells().
     [[nodiscard]] const std::deque<WaylandToplevel>& windows() const { return windows_; }
 
-    // Activates each, the last one last, and restores what is minimised. Returns when that is done.
+    // Activates each, the last one last, and restores minimised ones. Returns when that is done.
     void front(const std::vector<const WaylandToplevel*>& windows);
 
 private:
@@ -53,7 +53,7 @@ private:
     wl_seat* seat_ = nullptr;
     zwlr_foreign_toplevel_manager_v1* manager_ = nullptr;
     bool tells_ = false;
-    std::deque<WaylandToplevel> windows_;  // each stays where it is, for events are told to it
+    std::deque<WaylandToplevel> windows_;  // a deque: listeners hold pointers to its elements
 };
 
 }  // namespace tavo

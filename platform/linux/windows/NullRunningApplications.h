@@ -1,4 +1,4 @@
-// Running applications on a system that does not show them.
+// Running applications in a session that does not list the windows of other programs.
 #pragma once
 
 #include <memory>
@@ -7,9 +7,8 @@
 
 namespace tavo {
 
-// Cannot tell: answers that nothing runs, so that every application is opened anew, as a program
-// started by hand would be, and brings nothing to the front. For sessions in which no other
-// program's windows can be seen.
+// Answers that nothing runs, so that every application is opened anew, and brings nothing to the
+// front.
 std::unique_ptr<RunningApplications> makeNullRunningApplications();
 
 }  // namespace tavo

@@ -1,6 +1,5 @@
-// The processes that were told to somebody by their number, and what is known of them.
-//
-// A number may mean another process by the time it comes back; the start time tells.
+// PIDs that we have handed out, with their start times, so that a recycled PID is never taken for
+// the old process.
 #pragma once
 
 #include <cstdint>
@@ -17,34 +16,34 @@
 
 namespace tavo {
 
-// One thread at a time. Processes that have ended are forgotten when their number comes again, and
-// when there are many (256).
+// One thread at a time. A process that has ended is forgotten when its PID is used again, and all
+// of them when 256 are remembered.
 class ProcessRegistry {
 public:
-    // What tells processes of one number apart; absent when there is none.
+    // The start time of the process that has the PID; absent when there is none.
     using StartTime = std::function<std::optional<std::uint64_t>(pid_t)>;
 
     explicit ProcessRegistry(StartTime startTime = processStartTime)
         : startTime_(std::move(startTime)) {}
 
-    // Remembers which process has the number now. What was known of an earlier one goes.
+    // Remembers the process that has the PID now, instead of any earlier one.
     void remember(pid_t process) { now(process); }
 
-    // Remembers that it was started as this application, unless it is known as something already.
+    // Remembers also the application that the process was started as, unless one is known already.
     void rememberStart(pid_t process, const std::string& identifier);
 
-    // False when the number has come to mean another process than the remembered one.
+    // False when the PID was remembered and now belongs to another process.
     [[nodiscard]] bool isSame(pid_t process) const;
 
-    // Whether it is remembered, and the number still means that process.
+    // Whether the PID is remembered and still belongs to that process.
     [[nodiscard]] bool isKnown(pid_t process) const {
         return known_.contains(process) && isSame(process);
     }
 
-    // The program it runs; absent when the number has come to mean another process.
+    // The path of the program that the process runs; absent unless isSame().
     [[nodiscard]] std::optional<std::string> executable(pid_t process) const;
 
-    // The application as which it was started; empty when nobody told.
+    // The identifier that rememberStart() gave; empty when there is none, and unless isSame().
     [[nodiscard]] std::string startedAs(pid_t process) const;
 
 private:
@@ -60,18 +59,18 @@ private:
     std::unordered_map<pid_t, Known> known_;
 };
 
-// As which applications processes were started, for one look at many of them. What it is made with
-// outlives it.
+// The applications that processes were started as, for many processes at a time. The arguments of
+// its constructor outlive it.
 class ProcessStarts {
 public:
     ProcessStarts(const ProcessRegistry& processes, const WindowMatcher& matcher)
         : processes_(processes), matcher_(matcher) {}
 
-    // As it was told, else the listed entry that GIO started the process from. Of a process about
-    // which neither is known, the same of the leader of its session, when that only wraps it
-    // (Exec=sh -c "prog; true"): whatever is started from an entry gets a session of its own, so
-    // does the shell in a terminal, and what is started by hand there is not the entry's. Empty
-    // when not known.
+    // The identifier that rememberStart() gave, else that of the listed entry that GIO started the
+    // process from (GIO_LAUNCHED_DESKTOP_FILE). Where both are missing, the same of the leader of
+    // the process's session, if the leader only wraps the process (Exec=sh -c "prog; true"). A
+    // program that is started from an entry has a session of its own, and so has the shell in a
+    // terminal: programs started by hand there are not the entry's. Empty when not known.
     [[nodiscard]] std::string of(pid_t process);
 
 private:
@@ -79,7 +78,7 @@ private:
 
     const ProcessRegistry& processes_;
     const WindowMatcher& matcher_;
-    std::unordered_map<pid_t, std::string> leaders_;  // most processes share a few
+    std::unordered_map<pid_t, std::string> leaders_;  // few, shared by most processes
 };
 
 }  // namespace tavo

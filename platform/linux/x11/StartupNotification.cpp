@@ -14,10 +14,10 @@
 namespace tavo {
 namespace {
 
-// Longer than any name of use; what is sent must fit into the connection without waiting.
+// Bytes. Longer than any real name; a message of this size fits into the socket without waiting.
 constexpr std::size_t kLongestValue = 4096;
 
-// `key` with its value, in the protocol's way of quoting.
+// `key` with its value, quoted as the protocol wants it.
 std::string field(std::string_view key, const std::string& value) {
     std::string text = ' ' + std::string(key) + "=\"";
     for (const char c : repairedUtf8(std::string_view(value).substr(0, kLongestValue))) {
@@ -31,7 +31,7 @@ std::string field(std::string_view key, const std::string& value) {
     return text + '"';
 }
 
-// One message, from a window that stands for its sender and goes with the connection.
+// Sends messages from a window of its own, which goes with the connection.
 class Sender {
 public:
     explicit Sender(const std::string& display) : connection_(XcbConnection::open(display)) {
@@ -54,8 +54,8 @@ public:
     }
     [[nodiscard]] int screen() const { return connection_->screen(); }
 
-    // In pieces of 20 bytes, the last one filled up with zeros, of which there is at least one.
-    // Whether the server has taken them.
+    // In client messages of 20 bytes each; the last one ends with at least one zero. Answers
+    // whether the server has taken them.
     bool send(const std::string& message) {
         for (std::size_t at = 0; at <= message.size(); at += kPiece) {
             xcb_client_message_event_t event = {};
@@ -68,7 +68,7 @@ public:
             xcb_send_event(connection_->get(), 0, connection_->root(),
                            XCB_EVENT_MASK_PROPERTY_CHANGE, reinterpret_cast<const char*>(&event));
         }
-        // The answer to anything says that the server has taken what came before.
+        // Requests are answered in order: this reply proves that the messages have arrived.
         return connection_->reply<xcb_get_input_focus_reply_t>(
                    xcb_get_input_focus(connection_->get())) != nullptr;
     }

@@ -1,6 +1,6 @@
 // Telling an X11 desktop that an application starts (Startup Notification Protocol 0.1).
 //
-// Panels and window managers then show that something is on its way, and know which of the user's
+// Panels and window managers then show that an application starts, and know which of the user's
 // clicks its first window answers.
 #pragma once
 
@@ -20,7 +20,7 @@ struct StartAnnouncement {
 // Text that is not UTF-8 is repaired, long text cut.
 bool announceStart(const std::string& display, const StartAnnouncement& start);
 
-// That it shows a window by now, or will not.
+// Announces that the start is over: the application shows a window, or has failed.
 bool announceStartOver(const std::string& display, const std::string& id);
 
 }  // namespace tavo

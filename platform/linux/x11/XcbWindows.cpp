@@ -41,20 +41,20 @@ constexpr std::array kAtomNames = {
     "_NET_WM_WINDOW_TYPE_DND",
 };
 
-// Longer than any name that an entry could state; a longer one is nobody's.
+// Longer than any name that an entry could state; a longer one matches no entry.
 constexpr std::uint32_t kLongestText = 1024;  // bytes
 constexpr std::uint32_t kLongestList = 64;    // atoms
 constexpr std::uint32_t kMostWindows = 8192;
 
 constexpr std::uint32_t kAllDesktops = 0xffffffff;
 
-// In place of the process of a window that is another host's.
+// Instead of the PID of a window on another host.
 constexpr pid_t kElsewhere = -1;
 
-// Of requests that a pager sends for the user.
+// Source indication of requests that a pager sends for the user.
 constexpr std::uint32_t kFromUser = 2;
 
-// Until the window manager has done something, or for 0.1 s.
+// Waits until the window manager has made `condition` true, 0.1 s at most.
 template<typename Condition>
 void await(const Condition& condition) {
     constexpr int kRounds = 50;
@@ -79,7 +79,7 @@ void findParents(std::vector<XcbWindow>& windows) {
 
 }  // namespace
 
-// Questions about one window on their way.
+// Requests for the properties of one window.
 struct XcbWindows::Cookies {
     xcb_get_property_cookie_t names;
     xcb_get_property_cookie_t gtkApplication;
@@ -147,7 +147,7 @@ void XcbWindows::read(const Cookies& cookies, XcbWindow& window) {
     }
     const auto process = static_cast<pid_t>(connection_.number(cookies.process).value_or(0));
     const std::string machine = connection_.text(cookies.machine);
-    // Without a host its word is worth nothing unless the server confirms it.
+    // A PID without a host name may be another host's: it counts only if the server confirms it.
     const bool here = machine.empty() ? process == 0 || knowsClients_
                                       : ::strcasecmp(machine.c_str(), host_.c_str()) == 0;
     window.process = here ? process : kElsewhere;
@@ -159,7 +159,7 @@ void XcbWindows::read(const Cookies& cookies, XcbWindow& window) {
 }
 
 void XcbWindows::findProcesses(std::vector<XcbWindow>& windows) {
-    // The part of a window's number that all windows of its client have.
+    // The bits of a window id that all windows of one client share.
     const std::uint32_t mask = ~xcb_get_setup(connection_.get())->resource_id_mask;
     std::unordered_map<std::uint32_t, pid_t> clients;
     if (knowsClients_) {
@@ -201,7 +201,8 @@ XcbWindowList XcbWindows::list() {
         connection_.property(root, atom(kClientList), XCB_ATOM_WINDOW, kMostWindows * 4);
     const auto active = connection_.property(root, atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
     std::vector<std::uint32_t> ids = connection_.numbers(stacking);
-    // xfwm4 4.18 keeps a first window off the list by stacking until there is a second.
+    // xfwm4 4.18 leaves an only window out of the list by stacking, so it is taken from the other
+    // one.
     const std::unordered_set<std::uint32_t> stacked(ids.begin(), ids.end());
     for (const std::uint32_t id : connection_.numbers(mapped)) {
         if (!stacked.contains(id)) {
@@ -287,8 +288,8 @@ void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t 
     }
 }
 
-// Not by a request of our own for the window: the server refuses one that names another window
-// once window managers have put frames around both (ICCCM, "Configuring the Window").
+// As an event to the window manager. The server refuses a ConfigureWindow request with a sibling
+// once window managers have put frames around both windows (ICCCM, "Configuring the Window").
 void XcbWindows::placeAbove(xcb_window_t window, xcb_window_t sibling) {
     xcb_configure_request_event_t event = {};
     event.response_type = XCB_CONFIGURE_REQUEST;
@@ -310,12 +311,13 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     const auto now = connection_.now();
     const auto top =
         std::find_if(at.rbegin(), at.rend(), [](const Place& place) { return !place.gone; });
-    // Without a time nobody is at the other end.
+    // No time: the server did not answer, so give up.
     if (!now || top == at.rend()) {
         return;
     }
-    // The window manager may give the focus to another window at each request but the last, at a
-    // time of its own; a request with a time before that would be in vain.
+    // The first request has the time, the later ones have none: the window manager may focus
+    // another window at each request but the last, at a later time, and refuse a request with this
+    // one.
     xcb_timestamp_t time = *now;
     std::uint32_t desktop = connection_.number(current).value_or(kAllDesktops);
     const auto isThere = [&](const Place& place) {
@@ -345,9 +347,9 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     const xcb_window_t front = here.back();
     connection_.tellManager(front, atom(kActiveWindow),
                             {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
-    // The others are each placed above another one: for some managers, to raise a window above all
-    // is to give it the focus. Managers that put it above all nevertheless have them in order
-    // too, since the one in front comes last.
+    // Each other window is placed above the one before it, because some managers give the focus to
+    // a window that is raised above all. Managers that raise it above all nevertheless keep the
+    // order, since the window in front comes last.
     xcb_window_t below = front;
     for (const xcb_window_t window : here) {
         if (window != front) {

@@ -1,4 +1,4 @@
-// The windows that an X11 window manager manages, and asking it to bring some forward (Extended
+// The managed windows of an X11 desktop, and bringing some to the front (Extended
 // Window Manager Hints 1.5; Inter-Client Communication Conventions Manual 2.0).
 #pragma once
 
@@ -40,28 +40,28 @@ struct XcbWindowList {
     [[nodiscard]] const XcbWindow* find(xcb_window_t window) const;
 };
 
-// One thread at a time. Windows that vanish meanwhile, and properties of any form and size, are no
-// error.
+// One thread at a time. Windows that vanish meanwhile are passed over, and properties of the wrong
+// type or size count as missing.
 class XcbWindows {
 public:
     // `connection` must outlive it.
     explicit XcbWindows(XcbConnection& connection);
 
-    // Whether the server has answered what all else depends on. Otherwise nothing is to be asked.
+    // Whether the server has answered the atoms. If not, no other function may be called.
     [[nodiscard]] bool works() const {
         return std::find(atoms_.begin(), atoms_.end(), xcb_atom_t{XCB_ATOM_NONE}) == atoms_.end();
     }
 
-    // Managed windows; all is asked for in two exchanges however many they are. A window's process
-    // is the one that the server knows as its client (X-Resource extension); a window that names
-    // another one (_NET_WM_PID), as from inside a container, or another host, has none. Where the
-    // server does not know, the window's own word is taken.
+    // Takes three round trips, however many windows there are. A window's process is the one that
+    // the server knows as its client (X-Resource extension). A window that names another process in
+    // _NET_WM_PID, as from inside a container, or another host, has none. Where the server does not
+    // know the client, _NET_WM_PID is taken.
     [[nodiscard]] XcbWindowList list();
 
     // XCB_WINDOW_NONE when there is none.
     [[nodiscard]] xcb_window_t active();
 
-    // The server's time of the user's last input in `window`, where that says so.
+    // The server's time of the user's last input in `window` (_NET_WM_USER_TIME), where it is set.
     [[nodiscard]] std::optional<xcb_timestamp_t> userTime(xcb_window_t window);
 
     // Brings `windows` (the bottom one first) above all others, their order kept, and makes the
@@ -103,13 +103,13 @@ private:
     Cookies askAbout(xcb_window_t window) const;
     void read(const Cookies& cookies, XcbWindow& window);
     void findProcesses(std::vector<XcbWindow>& windows);
-    // Returns when it is the current one, or after 0.1 s: xfwm4 4.18 gives a window no focus that
-    // is to be restored on a desktop not yet reached.
+    // Returns when the desktop is the current one, or after 0.1 s: xfwm4 4.18 does not focus a
+    // window that is restored on a desktop that is not yet the current one.
     void goToDesktop(std::uint32_t desktop, xcb_timestamp_t time);
 
     std::vector<Place> places(const std::vector<xcb_window_t>& windows);
-    // Restores the windows. A manager takes a request for a window that it believes active for done
-    // (xfwm4 4.18); when `top` is that, this returns when it is no longer, or after 0.1 s.
+    // Restores minimised windows. xfwm4 4.18 ignores a request to activate the window that it takes
+    // for active, so where `top` is active this returns when it no longer is, or after 0.1 s.
     void restore(const std::vector<xcb_window_t>& windows, xcb_window_t top, xcb_timestamp_t time);
     void placeAbove(xcb_window_t window, xcb_window_t sibling);
 

@@ -28,7 +28,7 @@ struct WaylandRig {
     std::int32_t start(const std::string& identifier) {
         auto window = desktop_.open(identifier.substr(0, identifier.rfind('.')));
         const pid_t process = window.process;
-        // Told as whoever starts it does.
+        // As the launcher does for each application that it has started.
         running_->activateAllWindows({process, identifier});
         windows_[process] = std::move(window);
         return process;

@@ -66,7 +66,7 @@ const Row kRows[] = {
      "script.desktop",
      "",
      "kde-chess.desktop"},
-    {"a window started from what is not listed is nobody's", {"", "", ""}, "gone.desktop", "", ""},
+    {"a window started from an unlisted entry has no owner", {"", "", ""}, "gone.desktop", "", ""},
     {"of two with one class the one it was started from",
      {"Shared", "", ""},
      "two.desktop",
@@ -95,7 +95,7 @@ const Row kRows[] = {
      "",
      "gone.desktop",
      kChrome},
-    {"and one with the same reason leaves it nobody's",
+    {"and one with the same reason leaves it without an owner",
      {"kde-chess", "", ""},
      "",
      "KDE-chess.desktop",
@@ -137,7 +137,7 @@ TEST(WindowMatcher, a_listed_file_tells_its_identifier) {
     EXPECT_EQ(matcher.identifierAt(""), "");
 }
 
-TEST(WindowMatcher, nothing_listed_leaves_every_window_nobodys) {
+TEST(WindowMatcher, without_listed_entries_no_window_has_an_owner) {
     EXPECT_EQ(matcherOf({}).owner({"a", "b", "c"}, nullptr), "");
     EXPECT_EQ(matcherOf({}).owner({"", "", ""}, nullptr, ".desktop"), "");
 }

@@ -1,4 +1,3 @@
-#include <atomic>
 #include <csignal>
 #include <memory>
 
@@ -58,7 +57,7 @@ public:
         return "(nothing)";
     }
 
-    // Keeps the server from answering anybody else.
+    // Keeps the server from answering any other client.
     void grab() {
         xcb_grab_server(connection_.get());
         atom("GRABBED");  // an answer means that all before it has been done
@@ -208,7 +207,8 @@ TEST_F(StartupNotification, a_server_that_has_stopped_keeps_no_program_from_star
     ::kill(server_.process(), SIGCONT);
 }
 
-TEST_F(StartupNotification, a_server_grabbed_by_somebody_keeps_no_program_from_starting) {
+TEST_F(StartupNotification,
+       a_server_that_another_client_has_grabbed_keeps_no_program_from_starting) {
     listener_->grab();
     EXPECT_FALSE(announceStartOver(server_.display(), "id"));
     EXPECT_EQ(open(scriptEntry("echo ran >" + report_.path(), "StartupNotify=true\n")).text(),

@@ -38,14 +38,14 @@ TEST(XSettings, a_count_without_settings_ends) {
     EXPECT_EQ(xSetting(std::string(8, '\0') + std::string(4, '\xff'), "a"), std::nullopt);
 }
 
-TEST(XSettings, without_a_display_nobody_is_asked) {
+TEST(XSettings, without_a_display_no_server_is_asked) {
     EXPECT_EQ(readXSettings(""), std::nullopt);
     EXPECT_EQ(readXSettings(":nonsense"), std::nullopt);
 }
 
 TEST(XSettings, are_read_from_the_settings_manager_of_the_screen) {
     XServer server;
-    EXPECT_EQ(readXSettings(server.display()), std::nullopt) << "nobody publishes any yet";
+    EXPECT_EQ(readXSettings(server.display()), std::nullopt) << "no settings are published yet";
     const std::string property =
         XSettingsBytes(false).addString("Net/IconThemeName", "Papirus").property();
     const auto manager = server.publishSettings(property);

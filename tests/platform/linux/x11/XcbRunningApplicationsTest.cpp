@@ -57,7 +57,7 @@ TEST_F(XcbRunningApplicationsTest, windows_are_told_by_what_they_call_themselves
     EXPECT_FALSE(isEditor(""));
 }
 
-TEST_F(XcbRunningApplicationsTest, unmanaged_windows_are_nobodys) {
+TEST_F(XcbRunningApplicationsTest, unmanaged_windows_belong_to_no_application) {
     desktop_.claim({});
     (void)program_->open("class=Editor unmanaged");
     (void)program_->open("class=Editor");
@@ -65,7 +65,7 @@ TEST_F(XcbRunningApplicationsTest, unmanaged_windows_are_nobodys) {
     EXPECT_EQ(running_->withProcess(program_->process()), std::nullopt);
 }
 
-TEST_F(XcbRunningApplicationsTest, panels_desktops_and_tool_tips_are_nobodys) {
+TEST_F(XcbRunningApplicationsTest, panels_desktops_and_tool_tips_belong_to_no_application) {
     for (const char* const type : {"DOCK", "DESKTOP", "TOOLTIP", "NOTIFICATION", "POPUP_MENU"}) {
         SCOPED_TRACE(type);
         EXPECT_FALSE(isEditor(std::string("class=Editor type=") + type));
@@ -273,7 +273,7 @@ TEST(XcbRunningApplications, a_server_that_dies_ends_nothing_and_cannot_tell) {
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
 }
 
-// Keeps the server from everybody else.
+// Grabs the server, which then answers no other client.
 class Grab {
 public:
     explicit Grab(const XDesktop& desktop) : grabber_(XcbConnection::open(desktop.display())) {
@@ -296,7 +296,7 @@ private:
     const std::unique_ptr<XcbConnection> grabber_;
 };
 
-TEST(XcbRunningApplications, a_grabbed_server_holds_nobody_up_for_long) {
+TEST(XcbRunningApplications, a_grabbed_server_holds_up_no_question_for_long) {
     XDesktop desktop(Manager::none);
     const auto running =
         makeXcbRunningApplications(desktop.display(), std::make_shared<DesktopEntryIndex>(), {});
@@ -306,8 +306,7 @@ TEST(XcbRunningApplications, a_grabbed_server_holds_nobody_up_for_long) {
 
     {
         const Grab grab(desktop);
-        // While it is grabbed an answer other than none would have to be made up; that there is one
-        // at all is what is tested.
+        // Returns, without an answer of the server.
         EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     }
     EXPECT_EQ(running->withIdentifier("a.desktop").size(), 1U);

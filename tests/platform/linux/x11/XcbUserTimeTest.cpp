@@ -1,4 +1,4 @@
-// A program of the toolkit, told apart by what the user does in it.
+// The time of the user's input to a Qt program.
 #include <sstream>
 
 #include <gtest/gtest.h>
