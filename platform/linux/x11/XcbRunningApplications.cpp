@@ -53,8 +53,11 @@ public:
           userTime_(std::move(userTime)) {}
 
     void noteUserRequest(const std::string& identifier) override {
-        requests_[identifier] = {connected() ? windows_->active() : xcb_window_t{XCB_WINDOW_NONE},
-                                 lastInput()};
+        requests_[identifier] = {XCB_WINDOW_NONE, lastInput()};
+        if (connected()) {
+            readActive();
+            asked_ = Asked{identifier, windows_->askActive()};
+        }
         click_.emplace(Click{identifier, std::nullopt});
     }
 
@@ -65,6 +68,7 @@ public:
             return found;
         }
         XcbWindowList list = windows_->list();
+        readActive();
         const Windows windows = windowsOf(identifier, list);
         for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
             const RunningApplication application{(*window)->process, identifier};
@@ -140,6 +144,19 @@ private:
         std::optional<xcb_timestamp_t> input;   // the user's last input to the launcher
     };
 
+    // The active window at a click was asked for, and the reply not yet read: the click does not
+    // wait for a round trip of its own.
+    struct Asked {
+        std::string identifier;
+        xcb_get_property_cookie_t active;
+    };
+
+    void readActive() {
+        if (const auto asked = std::exchange(asked_, std::nullopt)) {
+            requests_[asked->identifier].active = windows_->active(asked->active);
+        }
+    }
+
     // A click on an application that runs is a request, a question and an activation, one right
     // after the other. The list that answered the question serves the activation.
     struct Click {
@@ -155,6 +172,7 @@ private:
 
     bool connected() {
         if (connection_ && connection_->broken()) {
+            asked_.reset();
             windows_.reset();
             connection_.reset();
         }
@@ -207,6 +225,7 @@ private:
             std::find(windows.begin(), windows.end(), active) != windows.end()) {
             return false;
         }
+        readActive();
         const auto request = requests_.find(identifier);
         if (request != requests_.end() && request->second.active == active->id) {
             return false;
@@ -227,6 +246,7 @@ private:
     std::unique_ptr<XcbWindows> windows_;
     ProcessRegistry processes_;
     std::unordered_map<std::string, Request> requests_;  // by identifier
+    std::optional<Asked> asked_;
     std::optional<Click> click_;  // until the next call that is not its next step
 };
 

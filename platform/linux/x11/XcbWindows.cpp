@@ -225,11 +225,16 @@ XcbWindowList XcbWindows::list() {
     return list;
 }
 
-xcb_window_t XcbWindows::active() {
+xcb_get_property_cookie_t XcbWindows::askActive() const {
+    const auto cookie =
+        connection_.property(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
+    xcb_flush(connection_.get());
+    return cookie;
+}
+
+xcb_window_t XcbWindows::active(xcb_get_property_cookie_t asked) {
     connection_.beginExchange();
-    return connection_
-        .number(connection_.property(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4))
-        .value_or(XCB_WINDOW_NONE);
+    return connection_.number(asked).value_or(XCB_WINDOW_NONE);
 }
 
 std::optional<xcb_timestamp_t> XcbWindows::userTime(xcb_window_t window) {

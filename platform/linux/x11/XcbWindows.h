@@ -58,8 +58,10 @@ public:
     // know the client, _NET_WM_PID is taken.
     [[nodiscard]] XcbWindowList list();
 
+    // Asks for the active window without waiting; active() waits for the reply.
+    [[nodiscard]] xcb_get_property_cookie_t askActive() const;
     // XCB_WINDOW_NONE when there is none.
-    [[nodiscard]] xcb_window_t active();
+    [[nodiscard]] xcb_window_t active(xcb_get_property_cookie_t asked);
 
     // The server's time of the user's last input in `window` (_NET_WM_USER_TIME), where it is set.
     [[nodiscard]] std::optional<xcb_timestamp_t> userTime(xcb_window_t window);
