@@ -61,9 +61,6 @@ void TavoLauncherMenuController::applicationDidFinishLaunching() {
 void TavoLauncherMenuController::followHost() {
     const StatusItemHost host = hosts_.host();
     if (host == itemHost_) {
-        if (statusItem_) {
-            statusItem_->look();
-        }
         return;
     }
     itemHost_ = host;

@@ -1,9 +1,9 @@
 #include "app/status/NotifierStatusItem.h"
 
-#include <QGuiApplication>
-#include <QRectF>
+#include <cstdint>
 #include <utility>
 
+#include "app/status/StatusSymbol.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -27,10 +27,10 @@ std::vector<StatusItemMenuEntry> menuEntries() {
     return entries;
 }
 
-std::vector<StatusItemImage> images(Ground ground) {
+std::vector<StatusItemImage> images() {
     std::vector<StatusItemImage> images;
     for (const int side : kSymbolSides) {
-        const QImage symbol = statusSymbol(ground, side).convertToFormat(QImage::Format_ARGB32);
+        const QImage symbol = statusSymbol(side).convertToFormat(QImage::Format_ARGB32);
         StatusItemImage image = {.side = side, .pixels = {}};
         for (int y = 0; y < side; ++y) {
             const auto* const row = reinterpret_cast<const QRgb*>(symbol.constScanLine(y));
@@ -41,21 +41,12 @@ std::vector<StatusItemImage> images(Ground ground) {
     return images;
 }
 
-QRect logical(const PanelPlace& place) {
-    const qreal scale = qGuiApp->devicePixelRatio();
-    return QRectF(place.x / scale, place.y / scale, place.width / scale, place.height / scale)
-        .toRect();
-}
-
 }  // namespace
 
 NotifierStatusItem::NotifierStatusItem(StatusItemHosts& hosts, Actions actions)
     : hosts_(hosts), actions_(std::move(actions)) {
     clicks_ = hosts_.clicked.subscribe([this](const StatusItemClick& click) { clicked(click); });
-    hosts_.offer({.title = utf8(texts::kProgramName),
-                  .images = images(Ground::Unknown),
-                  .menu = menuEntries()});
-    look();
+    hosts_.offer({.title = utf8(texts::kProgramName), .images = images(), .menu = menuEntries()});
 }
 
 NotifierStatusItem::~NotifierStatusItem() {
@@ -68,15 +59,6 @@ void NotifierStatusItem::clicked(const StatusItemClick& click) const {
     } else if (!click.entry || click.entry == kOpen) {
         actions_.show(click.request);
     }
-}
-
-Ground NotifierStatusItem::ground() {
-    const auto panel = hosts_.panel();
-    return panel ? groundOfPanel(logical(*panel)) : Ground::Unknown;
-}
-
-void NotifierStatusItem::paint(Ground ground) {
-    hosts_.repaint(images(ground));
 }
 
 }  // namespace tavo

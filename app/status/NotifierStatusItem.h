@@ -1,4 +1,4 @@
-// The status item as panels draw it themselves.
+// The status item as a StatusNotifierItem, which the panel draws.
 #pragma once
 
 #include <functional>
@@ -8,8 +8,8 @@
 
 namespace tavo {
 
-// The panel opens the menu itself, and tells of clicks when it sees fit: some on the press. It is
-// told the symbol, the tool tip and the menu's entries.
+// Gives the panel the symbol, the tool tip and the menu's entries. The panel opens the menu itself.
+// When it tells of a click is up to the panel: some do so as soon as the button is pressed.
 class NotifierStatusItem final : public StatusItem {
 public:
     struct Actions {
@@ -22,8 +22,6 @@ public:
     ~NotifierStatusItem() override;
 
 private:
-    Ground ground() override;
-    void paint(Ground ground) override;
     void clicked(const StatusItemClick& click) const;
 
     StatusItemHosts& hosts_;

@@ -11,6 +11,7 @@
 #include <QWindow>
 #include <utility>
 
+#include "app/status/StatusSymbol.h"
 #include "app/status/TrayMenuPosition.h"
 #include "platform/linux/tray/XEmbedTrayIcons.h"
 #include "ui/look/Texts.h"
@@ -19,16 +20,16 @@ namespace tavo {
 namespace {
 
 constexpr int kFocusPauseMs = 20;
-constexpr int kMostTriesToOpen = 50;
+constexpr int kMostDelays = 50;
 
-// For some tenths of a second the toolkit thinks that a window which has just gone has the keyboard
-// still. When it notices, it closes all menus.
+// For some tenths of a second after a window was hidden, Qt still takes it for the focus window.
+// When Qt notices that the focus is gone, it closes all menus.
 bool menusWouldClose() {
     const QWindow* const focused = QGuiApplication::focusWindow();
     return focused != nullptr && !focused->isVisible();
 }
 
-// The toolkit's window in the tray has no other name than its class's.
+// Qt's window in the tray can be told by the name of its private class alone.
 bool isEmbedded(const QObject* object) {
     return object->isWidgetType() && object->inherits("QSystemTrayIconSys");
 }
@@ -39,20 +40,26 @@ XEmbedStatusItem::XEmbedStatusItem(QMenu& menu, std::function<void(bool)> clicke
     : menu_(menu), clicked_(std::move(clicked)) {
     withXEmbedTrayIcons([this] { icon_ = std::make_unique<QSystemTrayIcon>(); });
     icon_->setToolTip(texts::kProgramName.toString());
-    paint(Ground::Unknown);
+    QIcon icon;
+    for (const int side : kSymbolSides) {
+        icon.addPixmap(QPixmap::fromImage(statusSymbol(side)));
+    }
+    icon_->setIcon(icon);
+    // The window that Qt makes in the tray, and makes again when the tray returns, cannot be
+    // reached in any other way.
+    qApp->installEventFilter(this);
     icon_->show();
-    look();
 }
 
 XEmbedStatusItem::~XEmbedStatusItem() = default;
 
 void XEmbedStatusItem::openMenu() {
-    if (menusWouldClose() && triesToOpen_ < kMostTriesToOpen) {
-        ++triesToOpen_;
+    if (menusWouldClose() && delays_ < kMostDelays) {
+        ++delays_;
         QTimer::singleShot(kFocusPauseMs, this, [this] { openMenu(); });
         return;
     }
-    triesToOpen_ = 0;
+    delays_ = 0;
     const QRect item = icon_->geometry();
     const QScreen* screen = QGuiApplication::screenAt(item.center());
     if (screen == nullptr) {
@@ -62,7 +69,6 @@ void XEmbedStatusItem::openMenu() {
         trayMenuPosition(item, menu_.sizeHint(), screen->geometry(), screen->availableGeometry()));
 }
 
-// The toolkit makes its window in the tray anew when the tray returns.
 bool XEmbedStatusItem::eventFilter(QObject* object, QEvent* event) {
     switch (event->type()) {
         case QEvent::MouseButtonPress:
@@ -76,15 +82,12 @@ bool XEmbedStatusItem::eventFilter(QObject* object, QEvent* event) {
             }
             return false;
         case QEvent::Show:
-        case QEvent::Move:
-        case QEvent::Resize:
             if (isEmbedded(object)) {
                 static_cast<QWidget*>(object)->setAccessibleName(texts::kProgramName.toString());
-                look();
             }
             return false;
         default:
-            return StatusItem::eventFilter(object, event);
+            return false;
     }
 }
 
@@ -94,18 +97,6 @@ void XEmbedStatusItem::release(const QWidget& embedded, const QMouseEvent& event
         embedded.rect().contains(event.position().toPoint())) {
         clicked_(right);
     }
-}
-
-Ground XEmbedStatusItem::ground() {
-    return groundOfItem(icon_->geometry());
-}
-
-void XEmbedStatusItem::paint(Ground ground) {
-    QIcon icon;
-    for (const int side : kSymbolSides) {
-        icon.addPixmap(QPixmap::fromImage(statusSymbol(ground, side)));
-    }
-    icon_->setIcon(icon);
 }
 
 }  // namespace tavo

@@ -1,6 +1,7 @@
-// The status item as a window of ours in a tray.
+// The status item as a window of this program in an X11 tray (XEmbed).
 #pragma once
 
+#include <QObject>
 #include <functional>
 #include <memory>
 
@@ -13,26 +14,25 @@ class QWidget;
 
 namespace tavo {
 
-// The tray leaves the pointer to us: a press alone does nothing, and we act when a button is let go
-// over the item. When the tray goes away and returns, the item is there again.
-class XEmbedStatusItem final : public StatusItem {
+// The program itself handles the pointer over the item: it acts when a button is released there,
+// not when it is pressed. When the tray goes away and returns, the item is there again.
+class XEmbedStatusItem final : public QObject, public StatusItem {
 public:
-    // `menu` outlives this; `clicked` is called with true for the right button.
+    // `menu` outlives this. `clicked` is called with true for the right button, with false for the
+    // left one.
     XEmbedStatusItem(QMenu& menu, std::function<void(bool right)> clicked);
     ~XEmbedStatusItem() override;
 
     void openMenu() override;
 
 private:
-    Ground ground() override;
-    void paint(Ground ground) override;
     bool eventFilter(QObject* object, QEvent* event) override;
     void release(const QWidget& embedded, const QMouseEvent& event);
 
     QMenu& menu_;
     const std::function<void(bool right)> clicked_;
     std::unique_ptr<QSystemTrayIcon> icon_;
-    int triesToOpen_ = 0;  // in vain, of the menu
+    int delays_ = 0;  // so far, of the menu that is about to open
 };
 
 }  // namespace tavo

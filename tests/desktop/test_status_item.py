@@ -472,7 +472,6 @@ class PanelTest(InstanceTest):
 
 
 class XfcePanel(PanelTest):
-    dark = False
     item = (25, 16)  # right of the panel's handle
     command = ["xfce4-panel", "--disable-wm-check"]
     session = {"XDG_CURRENT_DESKTOP": "XFCE"}
@@ -510,23 +509,6 @@ class XfcePanel(PanelTest):
         self.desktop.key("Up", "Return")
         self.assertEqual(launcher.process.wait(timeout=20), 0)
 
-    def test_another_panel_of_another_look_leaves_the_symbol_to_be_seen(self):
-        """The first in the list of windows, and as dark as this one is light or the reverse."""
-        settings = self.desktop.folder / "other"
-        other = "#ffffff" if self.dark else "#000000"
-        settings.write_text(f"rounded = 0\nbackground_color = {other} 100\n"
-                            "panel_items = C\npanel_size = 100% 32\npanel_background_id = 1\n"
-                            "panel_position = bottom center horizontal\n")
-        self.desktop.start(["tint2", "-c", settings], log="other.log")
-        wait_until(lambda: "DOCK" in self.window_types(), "the other panel")
-        self.launch_on_panel()
-        self.picture("other")
-
-    def window_types(self):
-        windows = re.findall("0x[0-9a-f]+", self.desktop.run("xprop", "-root", "_NET_CLIENT_LIST"))
-        return "".join(self.desktop.run("xprop", "-id", window, "_NET_WM_WINDOW_TYPE")
-                       for window in windows)
-
     def test_a_panel_that_comes_late_crashes_and_returns_has_the_item_each_time(self):
         launcher = self.launch()
         for _ in range(2):
@@ -549,7 +531,6 @@ class XfcePanelEmbedding(XfcePanel):
 
 
 class LxqtPanel(XfcePanel):
-    dark = True
     item = (15, 16)
     command = ["lxqt-panel"]
     session = {"XDG_CURRENT_DESKTOP": "LXQt"}

@@ -27,14 +27,6 @@ void BusObject::withdraw() {
     bus_ = nullptr;
 }
 
-void BusObject::emit(const char* signal, GVariant* parameters) {
-    const Variant kept(parameters == nullptr ? nullptr : g_variant_ref_sink(parameters));
-    if (bus_ != nullptr) {
-        g_dbus_connection_emit_signal(bus_, nullptr, path_, description_->interfaces[0]->name,
-                                      signal, kept.get(), nullptr);
-    }
-}
-
 void BusObject::called(GDBusConnection* /*bus*/, const gchar* /*sender*/, const gchar* /*path*/,
                        const gchar* /*interface*/, const gchar* method, GVariant* parameters,
                        GDBusMethodInvocation* invocation, gpointer data) {

@@ -33,10 +33,6 @@ public:
 
     void withdraw();
 
-    // Broadcasts a signal of the interface while the object is offered. Takes floating parameters;
-    // null for none.
-    void emit(const char* signal, GVariant* parameters);
-
 private:
     static void called(GDBusConnection* bus, const gchar* sender, const gchar* path,
                        const gchar* interface, const gchar* method, GVariant* parameters,

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/linux/tray/StatusNotifierTray.h"
-#include "platform/linux/x11/XcbPanels.h"
+#include "platform/linux/x11/XcbSystemTray.h"
 
 namespace tavo {
 namespace {
@@ -18,7 +18,7 @@ class SessionStatusItemHosts final : public StatusItemHosts {
 public:
     SessionStatusItemHosts(SessionBus& bus, MainQueue& mainQueue) : notifiers_(bus, mainQueue) {
         if (const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
-            panels_ = std::make_unique<XcbPanels>(x11->connection(), [this] { changeSoon(); });
+            tray_ = std::make_unique<XcbSystemTray>(x11->connection(), [this] { changeSoon(); });
         }
         patience_.setSingleShot(true);
         QObject::connect(&patience_, &QTimer::timeout, &patience_, [this] {
@@ -40,21 +40,12 @@ public:
             return StatusItemHost::Notifier;
         }
         const bool known = notifier.has_value() || waited_;
-        return known && panels_ && panels_->trayThere() ? StatusItemHost::Embedding
-                                                        : StatusItemHost::None;
-    }
-
-    std::optional<PanelPlace> panel() override {
-        return panels_ ? panels_->panelOf(notifiers_.process()) : std::nullopt;
+        return known && tray_ && tray_->exists() ? StatusItemHost::Embedding : StatusItemHost::None;
     }
 
     void offer(StatusItemContent item) override { notifiers_.offer(std::move(item)); }
 
     void withdraw() override { notifiers_.withdraw(); }
-
-    void repaint(std::vector<StatusItemImage> images) override {
-        notifiers_.repaint(std::move(images));
-    }
 
 private:
     void changeSoon() {
@@ -64,7 +55,7 @@ private:
 
     QTimer patience_;
     bool waited_ = false;
-    std::unique_ptr<XcbPanels> panels_;  // null elsewhere than on X11
+    std::unique_ptr<XcbSystemTray> tray_;  // null elsewhere than on X11
     StatusNotifierTray notifiers_;
     Subscription notifierChanges_;
     Subscription clicks_;

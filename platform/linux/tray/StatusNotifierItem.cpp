@@ -127,11 +127,6 @@ void StatusNotifierItem::leave() {
     bus_ = nullptr;
 }
 
-void StatusNotifierItem::repaint(std::vector<StatusItemImage> images) {
-    item_.images = std::move(images);
-    object_.emit("NewIcon", nullptr);
-}
-
 // The bus daemon serves requests in order, so the name is ours by now.
 void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*name*/,
                                          const gchar* /*owner*/, gpointer data) {

@@ -32,9 +32,6 @@ public:
     // Panels remove the item.
     ~StatusNotifierItem() { leave(); }
 
-    // Tells panels to fetch the images again.
-    void repaint(std::vector<StatusItemImage> images);
-
 private:
     static void watcherAppeared(GDBusConnection* bus, const gchar* name, const gchar* owner,
                                 gpointer data);

@@ -12,12 +12,7 @@ StatusNotifierTray::StatusNotifierTray(SessionBus& bus, MainQueue& mainQueue)
     : bus_(bus), poster_(mainQueue) {
     bus_.thread().post([this] {
         watch_ = std::make_unique<StatusNotifierWatch>(
-            bus_, StatusNotifierWatch::Events{
-                      .host = [this](bool host) { poster_.post([this, host] { setHost(host); }); },
-                      .process =
-                          [this](pid_t process) {
-                              poster_.post([this, process] { process_ = process; });
-                          }});
+            bus_, [this](bool host) { poster_.post([this, host] { setHost(host); }); });
     });
 }
 
@@ -46,14 +41,6 @@ void StatusNotifierTray::offer(StatusItemContent item) {
 
 void StatusNotifierTray::withdraw() {
     bus_.thread().post([this] { item_.reset(); });
-}
-
-void StatusNotifierTray::repaint(std::vector<StatusItemImage> images) {
-    bus_.thread().post([this, images = std::move(images)]() mutable {
-        if (item_) {
-            item_->repaint(std::move(images));
-        }
-    });
 }
 
 }  // namespace tavo

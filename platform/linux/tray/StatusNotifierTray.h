@@ -4,9 +4,6 @@
 
 #include <memory>
 #include <optional>
-#include <vector>
-
-#include <sys/types.h>
 
 #include "platform/MainThreadPoster.h"
 #include "platform/StatusItemContent.h"
@@ -30,9 +27,6 @@ public:
     // Whether a panel takes such items; absent until the bus has answered.
     [[nodiscard]] std::optional<bool> host() const { return host_; }
 
-    // The PID of the watcher that such items register with; 0 where it is not known.
-    [[nodiscard]] pid_t process() const { return process_; }
-
     // host() answers otherwise.
     Signal<> changed;
 
@@ -43,15 +37,11 @@ public:
     void offer(StatusItemContent item);
     void withdraw();
 
-    // Other images for the item that is offered.
-    void repaint(std::vector<StatusItemImage> images);
-
 private:
     void setHost(bool host);
 
     SessionBus& bus_;
     std::optional<bool> host_;
-    pid_t process_ = 0;
     MainThreadPoster poster_;
 
     // The bus thread's.

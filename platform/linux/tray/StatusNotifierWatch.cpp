@@ -11,14 +11,14 @@ constexpr char kHostRegistered[] = "IsStatusNotifierHostRegistered";
 
 }  // namespace
 
-StatusNotifierWatch::StatusNotifierWatch(SessionBus& bus, Events events)
-    : events_(std::move(events)),
+StatusNotifierWatch::StatusNotifierWatch(SessionBus& bus, std::function<void(bool host)> host)
+    : host_(std::move(host)),
       connections_(bus.follow([this](GDBusConnection* connection) { follow(connection); })) {}
 
 void StatusNotifierWatch::follow(GDBusConnection* bus) {
     leave();
     if (bus == nullptr) {
-        events_.host(false);
+        host_(false);
         return;
     }
     bus_ = bus;
@@ -40,14 +40,12 @@ void StatusNotifierWatch::leave() {
 }
 
 void StatusNotifierWatch::appeared(GDBusConnection* /*bus*/, const gchar* /*name*/,
-                                   const gchar* owner, gpointer data) {
-    StatusNotifierWatch& self = *static_cast<StatusNotifierWatch*>(data);
-    self.askForProcess(owner);
-    self.askForHost();
+                                   const gchar* /*owner*/, gpointer data) {
+    static_cast<StatusNotifierWatch*>(data)->askForHost();
 }
 
 void StatusNotifierWatch::vanished(GDBusConnection* /*bus*/, const gchar* /*name*/, gpointer data) {
-    static_cast<StatusNotifierWatch*>(data)->events_.host(false);
+    static_cast<StatusNotifierWatch*>(data)->host_(false);
 }
 
 // The watcher's signals about items change nothing.
@@ -57,17 +55,6 @@ void StatusNotifierWatch::signalled(GDBusConnection* /*bus*/, const gchar* /*sen
     if (g_str_has_prefix(signal, "StatusNotifierHost") != FALSE) {
         static_cast<StatusNotifierWatch*>(data)->askForHost();
     }
-}
-
-void StatusNotifierWatch::askForProcess(const char* owner) {
-    calls_.call(bus_, {kBusName, kBusPath, kBusName, "GetConnectionUnixProcessID"},
-                g_variant_new("(s)", owner), "(u)", [this](const Variant& reply, GError*) {
-                    if (reply) {
-                        guint32 process = 0;
-                        g_variant_get(reply.get(), "(u)", &process);
-                        events_.process(static_cast<pid_t>(process));
-                    }
-                });
 }
 
 void StatusNotifierWatch::askForHost() {
@@ -80,8 +67,8 @@ void StatusNotifierWatch::askForHost() {
                     GVariant* inner = nullptr;
                     g_variant_get(reply.get(), "(v)", &inner);
                     const Variant value(inner);
-                    events_.host(g_variant_is_of_type(inner, G_VARIANT_TYPE_BOOLEAN) != FALSE &&
-                                 g_variant_get_boolean(inner) != FALSE);
+                    host_(g_variant_is_of_type(inner, G_VARIANT_TYPE_BOOLEAN) != FALSE &&
+                          g_variant_get_boolean(inner) != FALSE);
                 });
 }
 

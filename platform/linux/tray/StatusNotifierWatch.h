@@ -3,8 +3,6 @@
 
 #include <functional>
 
-#include <sys/types.h>
-
 #include <gio/gio.h>
 
 #include "platform/linux/dbus/BusCalls.h"
@@ -15,16 +13,9 @@ namespace tavo {
 // Asks org.kde.StatusNotifierWatcher, on each connection of the bus. Lives on the bus thread.
 class StatusNotifierWatch {
 public:
-    struct Events {
-        // Whether a panel has registered as host: when that is known, and whenever it may have
-        // changed. False without a watcher, and without a bus.
-        std::function<void(bool host)> host;
-        // The PID of the watcher, which is usually the panel's own. Comes before host().
-        std::function<void(pid_t process)> process;
-    };
-
-    // `bus` outlives this.
-    StatusNotifierWatch(SessionBus& bus, Events events);
+    // `bus` outlives this. `host` is told whether a panel has registered as host: when that is
+    // known, and whenever it may have changed. False without a watcher, and without a bus.
+    StatusNotifierWatch(SessionBus& bus, std::function<void(bool host)> host);
     StatusNotifierWatch(const StatusNotifierWatch&) = delete;
     StatusNotifierWatch& operator=(const StatusNotifierWatch&) = delete;
     ~StatusNotifierWatch() { leave(); }
@@ -39,10 +30,9 @@ private:
 
     void follow(GDBusConnection* bus);
     void leave();
-    void askForProcess(const char* owner);
     void askForHost();
 
-    const Events events_;
+    const std::function<void(bool host)> host_;
     BusCalls calls_;
     GDBusConnection* bus_ = nullptr;  // that is watched
     guint watch_ = 0;

@@ -169,29 +169,6 @@ TEST_F(StatusNotifierItemTest, gives_its_images_as_alpha_red_green_blue) {
               "0x00, 0x00, 0x00, 0x00, 0xff, 0xff, 0xff, 0xff])]>,)");
 }
 
-TEST_F(StatusNotifierItemTest, tells_of_other_images) {
-    PanelStandIn panel(address());
-    const Shown item(panel);
-    GMainContext* const context = g_main_context_new();
-    g_main_context_push_thread_default(context);
-    bool told = false;
-    const guint heard = g_dbus_connection_signal_subscribe(
-        item.client.bus(), nullptr, kItem, "NewIcon", kPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-        [](GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*,
-           gpointer data) { *static_cast<bool*>(data) = true; },
-        &told, nullptr);
-    // The bus daemon serves requests in order: after this answer it has the subscription.
-    EXPECT_NE(item.property("Status"), "");
-    onThread([this] { item_->repaint({{.side = 1, .pixels = {0x11223344}}}); });
-    while (!told) {
-        g_main_context_iteration(context, TRUE);
-    }
-    EXPECT_EQ(item.property("IconPixmap"), "(<[(1, 1, [byte 0x11, 0x22, 0x33, 0x44])]>,)");
-    g_dbus_connection_signal_unsubscribe(item.client.bus(), heard);
-    g_main_context_pop_thread_default(context);
-    g_main_context_unref(context);
-}
-
 TEST_F(StatusNotifierItemTest, a_click_has_the_token_that_came_before_it_and_the_next_has_none) {
     PanelStandIn panel(address());
     const Shown item(panel);

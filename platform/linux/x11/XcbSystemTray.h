@@ -1,0 +1,39 @@
+// The system tray of an X11 server, which takes windows of other programs in (System Tray Protocol
+// 0.4).
+#pragma once
+
+#include <QAbstractNativeEventFilter>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include <xcb/xcb.h>
+
+namespace tavo {
+
+// Uses Qt's own connection, within the life of the QApplication. Main thread.
+class XcbSystemTray final : QAbstractNativeEventFilter {
+public:
+    // Calls `appeared`, never inside a call, each time that a tray has come.
+    XcbSystemTray(xcb_connection_t* connection, std::function<void()> appeared);
+    XcbSystemTray(const XcbSystemTray&) = delete;
+    XcbSystemTray& operator=(const XcbSystemTray&) = delete;
+    ~XcbSystemTray() override;
+
+    // Whether there is a tray now: asks the server.
+    [[nodiscard]] bool exists() const;
+
+private:
+    enum Atom : std::uint8_t { kTray, kManager, kAtoms };
+
+    bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
+
+    void listenToRootWindow() const;
+
+    xcb_connection_t* const connection_;
+    const xcb_window_t root_;
+    const std::function<void()> appeared_;
+    std::vector<xcb_atom_t> atoms_;
+};
+
+}  // namespace tavo
