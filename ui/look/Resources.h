@@ -11,8 +11,8 @@ namespace tavo {
 // where the program is: an installation may be moved as a whole.
 QString resourcePath(const QString& name);
 
-// The picture in the resource `name`, a PNG file. Null when there is none, when it cannot be read
-// or is damaged; nobody is told but the caller. Main thread.
+// The picture in the resource `name`, a PNG file; null when the file is missing or cannot be read.
+// Any thread.
 QImage pngResource(const QString& name);
 
 }  // namespace tavo
