@@ -101,7 +101,7 @@ ApprovalFolders& approvalFolders() {
 }
 
 QString madeWith() {
-    return QStringLiteral("toolkit %1\nfont %2\n")
+    return QStringLiteral("Qt %1\nfont %2\n")
         .arg(QString::fromUtf8(qVersion()), pinnedFont().value_or(QStringLiteral("none")));
 }
 

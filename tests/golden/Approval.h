@@ -22,7 +22,7 @@ struct ApprovalFolders {
 // Those of this program.
 ApprovalFolders& approvalFolders();
 
-// "toolkit" and "font" with the versions that every pixel depends on and that are not ours.
+// "Qt" and "font" with the versions that every pixel depends on and that are not ours.
 QString madeWith();
 
 // Below the approved folder: what the pictures there were made with.

@@ -55,7 +55,7 @@ protected:
                             .evidence = temporary.filePath(QStringLiteral("evidence"))};
 };
 
-TEST_F(ApprovalTest, a_text_that_nobody_approved_fails_and_is_written_down) {
+TEST_F(ApprovalTest, a_text_that_is_not_approved_fails_and_is_written_down) {
     EXPECT_FALSE(shown(QStringLiteral("uno\n")));
     EXPECT_EQ(contents(folders.evidence + QStringLiteral("/texts/scene.actual.txt")), "uno\n");
 }
@@ -69,7 +69,7 @@ TEST_F(ApprovalTest, another_text_than_the_approved_one_fails_until_it_is_approv
     EXPECT_FALSE(QFile::exists(folders.evidence + QStringLiteral("/texts/scene.actual.txt")));
 }
 
-TEST_F(ApprovalTest, a_picture_that_nobody_approved_fails_and_is_written_down) {
+TEST_F(ApprovalTest, a_picture_that_is_not_approved_fails_and_is_written_down) {
     EXPECT_FALSE(shown(plain(100)));
     EXPECT_EQ(QImage(actualPicture()).pixelColor(0, 0), QColor(100, 100, 100));
 }
@@ -123,22 +123,21 @@ TEST_F(ApprovalTest, approving_leaves_a_picture_alone_that_is_right_to_the_eye) 
     EXPECT_NE(contents(picture(folders.approved, {})), before);
 }
 
-TEST_F(ApprovalTest, pictures_made_with_the_same_toolkit_and_font_are_compared) {
+TEST_F(ApprovalTest, pictures_made_with_the_same_qt_and_font_are_compared) {
     EXPECT_EQ(whyPicturesDiffer(folders), std::nullopt);
     approve(plain(100));
     EXPECT_EQ(whyPicturesDiffer(folders), std::nullopt);
 }
 
-TEST_F(ApprovalTest,
-       pictures_made_with_another_toolkit_are_not_compared_and_the_reason_names_both) {
+TEST_F(ApprovalTest, pictures_made_with_another_qt_are_not_compared_and_the_reason_names_both) {
     approve(plain(100));
     QFile note(folders.approved + kMadeWith);
     ASSERT_TRUE(note.open(QIODevice::WriteOnly));
-    note.write("toolkit 1.2.3\nfont Other 4\n");
+    note.write("Qt 1.2.3\nfont Other 4\n");
     note.close();
     const auto reason = whyPicturesDiffer(folders);
     ASSERT_TRUE(reason);
-    EXPECT_TRUE(reason->contains(QStringLiteral("toolkit 1.2.3, font Other 4")));
+    EXPECT_TRUE(reason->contains(QStringLiteral("Qt 1.2.3, font Other 4")));
     EXPECT_TRUE(reason->contains(QString::fromUtf8(qVersion())));
 }
 

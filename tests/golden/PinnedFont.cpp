@@ -2,17 +2,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRawFont>
 #include <QtEndian>
 #include <stdexcept>
 
 namespace tavo {
 namespace {
-
-constexpr char kInstalled[] = "/usr/share/fonts/opentype/inter";
-// The weights that the window is written in. No others: each is read anew by every test.
-constexpr const char* kFiles[] = {"Inter-Regular.otf", "Inter-Medium.otf", "Inter-SemiBold.otf",
-                                  "Inter-Bold.otf"};
 
 constexpr char kConfiguration[] = R"(<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "fonts.dtd">
@@ -36,13 +32,21 @@ constexpr char kConfiguration[] = R"(<?xml version="1.0"?>
 
 }  // namespace
 
+QStringList interFiles() {
+    QStringList files;
+    for (const char* const weight : {"Regular", "Medium", "SemiBold", "Bold"}) {
+        files << QStringLiteral("/usr/share/fonts/opentype/inter/Inter-%1.otf")
+                     .arg(QString::fromUtf8(weight));
+    }
+    return files;
+}
+
 void pinFont(const QString& folder) {
     QDir().mkpath(folder + QStringLiteral("/fonts"));
     QDir().mkpath(folder + QStringLiteral("/font-cache"));
-    for (const char* const name : kFiles) {
-        const QString file = QStringLiteral("%1/%2").arg(kInstalled, QString::fromUtf8(name));
+    for (const QString& file : interFiles()) {
         if (QFile::exists(file)) {
-            QFile::link(file, QStringLiteral("%1/fonts/%2").arg(folder, QString::fromUtf8(name)));
+            QFile::link(file, folder + QStringLiteral("/fonts/") + QFileInfo(file).fileName());
         }
     }
     const QString path = folder + QStringLiteral("/fonts.conf");
@@ -60,8 +64,8 @@ void pinFont(const QString& folder) {
 
 std::optional<QString> pinnedFont() {
     QString version;
-    for (const char* const name : kFiles) {
-        const QRawFont font(QStringLiteral("%1/%2").arg(kInstalled, QString::fromUtf8(name)), 12);
+    for (const QString& file : interFiles()) {
+        const QRawFont font(file, 12);
         const QByteArray head = font.fontTable("head");
         if (head.size() < 12) {
             return std::nullopt;
