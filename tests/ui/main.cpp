@@ -1,9 +1,13 @@
-// Views need an application object; without a screen, and always drawn the same way.
+// Runs tests of the window and its parts, which need a QApplication: without a screen, and with the
+// same style and font on every machine.
 #include <QApplication>
+#include <QFontDatabase>
+#include <cstdio>
 #include <cstdlib>
 
 #include <gtest/gtest.h>
 
+#include "tests/golden/PinnedFont.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/controls/LauncherStyle.h"
 #include "ui/look/Motion.h"
@@ -14,8 +18,16 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     QApplication::setStyle(new tavo::LauncherStyle);
     QApplication application(argc, argv);
+    for (const QString& file : tavo::interFiles()) {
+        if (QFontDatabase::addApplicationFont(file) < 0) {
+            std::fprintf(stderr, "not installed: %s\n", qPrintable(file));
+            return 1;
+        }
+    }
+    // The machine's other fonts draw the characters that Inter lacks.
+    QApplication::setFont(QFont(QStringLiteral("Inter"), 10));
     tavo::installAccessibleItems();
-    // What a test looks at is there at once.
+    // Every animation is at its end at once, so that no test waits for one.
     tavo::setReducedMotion(true);
     return RUN_ALL_TESTS();
 }
