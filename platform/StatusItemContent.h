@@ -1,4 +1,4 @@
-// A status item as a panel is given it that draws it itself, and its menu.
+// What a panel shows of a status item that the panel draws itself.
 #pragma once
 
 #include <cstdint>
@@ -10,28 +10,31 @@
 
 namespace tavo {
 
-// Square; rows of pixels 0xAARRGGBB from the top, the colours not multiplied by the opacity.
+// A square picture: rows of pixels 0xAARRGGBB from the top, the colours not premultiplied.
 struct StatusItemImage {
     int side = 0;
     std::vector<std::uint32_t> pixels;  // side * side of them
 };
 
 struct StatusItemMenuEntry {
-    std::string text;        // empty for a divider
-    std::string controlKey;  // chooses it while the menu is open, together with Ctrl; may be empty
+    std::string text;  // empty for a separator
+    std::string
+        controlKey;  // the letter of its shortcut with Ctrl while the menu is open; may be empty
 };
 
 // Texts are UTF-8.
 struct StatusItemContent {
-    std::string title;  // the tool tip too
+    std::string title;  // the accessible name and the tool tip
     std::vector<StatusItemImage> images;
     std::vector<StatusItemMenuEntry> menu;
 };
 
-// What the user did with the item.
+// A click on the item or on an entry of its menu.
 struct StatusItemClick {
-    std::optional<std::size_t> entry;  // of the menu; the item itself otherwise
-    StartRequest request;              // what lets the window that answers come to the front
+    std::optional<std::size_t>
+        entry;  // index of the menu entry; absent for a click on the item itself
+    StartRequest
+        request;  // carries the activation token with which the window may come to the front
 
     bool operator==(const StatusItemClick&) const = default;
 };

@@ -1,4 +1,4 @@
-// Who on the desktop shows status items.
+// Which kind of panel shows the status item.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@ namespace tavo {
 
 enum class StatusItemHost : std::uint8_t {
     None,
-    Notifier,   // draws the item and its menu itself, and tells what the user did
-    Embedding,  // gives the item a place for a window of its own
+    Notifier,   // the panel draws the item and its menu and reports clicks (StatusNotifierItem)
+    Embedding,  // the program draws the item into a window inside a tray (XEmbed)
 };
 
 // Main thread.
@@ -19,18 +19,18 @@ class StatusItemHosts {
 public:
     virtual ~StatusItemHosts() = default;
 
-    // The best there is now; none as long as it is not known whether there is a better one.
+    // The best kind that exists now. None until it is known whether there is a Notifier.
     [[nodiscard]] virtual StatusItemHost host() const = 0;
 
-    // host() may answer otherwise. Never inside a call.
+    // host() has changed. Never emitted inside a call.
     Signal<> changed;
 
-    // Offers the item to panels of the Notifier kind, those that come later included, until
+    // Offers the item to all panels of the kind Notifier, also to those that appear later, until
     // withdraw(). One item at a time.
     virtual void offer(StatusItemContent item) = 0;
     virtual void withdraw() = 0;
 
-    // The user clicked on the item that is offered. Never inside a call.
+    // The user clicked on the offered item. Never emitted inside a call.
     Signal<const StatusItemClick&> clicked;
 };
 

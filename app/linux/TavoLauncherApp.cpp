@@ -36,7 +36,7 @@
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/controls/CursorBlinkTimeout.h"
 #include "ui/look/DesktopLook.h"
-#include "ui/look/ToolkitTexts.h"
+#include "ui/look/QtTexts.h"
 #include "ui/window/ApplicationIcon.h"
 #include "ui/window/FirstFrame.h"
 #include "ui/window/LauncherView.h"
@@ -71,7 +71,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
                                  SingleInstance& instance)
     : instance_(instance), applications_(std::move(applications)) {
     installAccessibleItems();
-    QCoreApplication::installTranslator(new ToolkitTexts(qApp));
+    QCoreApplication::installTranslator(new QtTexts(qApp));
 
     mainQueue_ = makeQtMainQueue();
     // The portal is asked while the rest is made.

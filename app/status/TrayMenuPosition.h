@@ -1,4 +1,4 @@
-// Where a menu opens that belongs to something in a panel.
+// Computes where the menu of a tray item opens.
 #pragma once
 
 #include <QPoint>
@@ -7,10 +7,10 @@
 
 namespace tavo {
 
-// The upper left corner of a menu of size `menu` that opens at the edge of `item` which faces the
-// middle of the screen: beside the panel, whichever side of the screen that is on. `available` is
-// what panels leave of `screen`. A panel that leaves itself out of that gets the menu below the
-// item, or above it where there is no room. The menu is within the screen.
+// The top left corner of a menu of size `menu` for an item in a panel: at the edge of `item` that
+// faces the middle of the screen, on whichever side of the screen the panel is. `screen` is the
+// whole screen, `available` what panels leave of it. For a panel that reserves no space the menu is
+// below the item, or above it where there is no room. The menu stays on the screen.
 QPoint trayMenuPosition(const QRect& item, const QSize& menu, const QRect& screen,
                         const QRect& available);
 

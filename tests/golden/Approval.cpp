@@ -28,11 +28,11 @@ bool write(const QString& path, const QByteArray& contents) {
 }
 
 bool write(const QString& path, const QImage& picture) {
-    // As well packed as it can be.
+    // With the strongest compression.
     return QDir().mkpath(QFileInfo(path).path()) && picture.save(path, "PNG", 0);
 }
 
-// Where a test leaves what it saw. Whatever an earlier run left under this name goes.
+// The path, without its ending, for what a failed test shows. Deletes the files of earlier runs.
 QString evidence(const ApprovalFolders& folders, const QString& relative) {
     QString path = folders.evidence + relative;
     for (const char* const kind : {".actual.txt", ".actual.png", ".diff.png"}) {
@@ -45,7 +45,7 @@ QString said(bool written, const QString& path) {
     return written ? path : path + QStringLiteral(" (which could not be written)");
 }
 
-// The first line that differs, and what was approved in its place.
+// The first line that differs, with the approved one.
 QByteArray firstDifference(const QByteArray& approved, const QByteArray& actual) {
     const QList<QByteArray> before = approved.split('\n');
     const QList<QByteArray> now = actual.split('\n');
@@ -59,9 +59,9 @@ QByteArray firstDifference(const QByteArray& approved, const QByteArray& actual)
 
 struct Difference {
     int pixels = 0;
-    int greatest = 0;  // of all channels
+    int greatest = 0;  // the largest difference of any channel
     QRect where;
-    QImage shown;  // the approved picture faded, what differs in red
+    QImage shown;  // the approved picture, faded, with the differences in red
 };
 
 Difference difference(const QImage& approved, const QImage& actual) {

@@ -1,4 +1,4 @@
-// What was approved once, and whether it is still so.
+// Compares texts and pictures with those that were approved.
 #pragma once
 
 #include <QImage>
@@ -12,37 +12,37 @@ namespace tavo {
 enum class Look;
 
 struct ApprovalFolders {
-    QString approved;  // "texts" and "baselines"
-    QString evidence;  // where a failure leaves what was shown
-    // Set by the command that approves: everything shown is written here and nothing is compared;
-    // as it was approved where it still is so, else as it is.
+    QString approved;  // contains "texts" and "baselines"
+    QString evidence;  // receives what was shown when a test fails
+    // Set by the command that approves. Then nothing is compared and everything that is shown is
+    // written here; where it equals what was approved, the approved file is copied.
     QString recorded = {};
 };
 
-// Those of this program.
+// The folders that this program uses.
 ApprovalFolders& approvalFolders();
 
-// "Qt" and "font" with the versions that every pixel depends on and that are not ours.
+// Two lines that name the versions of Qt and of the font, on which every pixel depends.
 QString madeWith();
 
-// Below the approved folder: what the pictures there were made with.
+// The file with the madeWith() of the approved pictures. Below the folder `approved`.
 inline constexpr QLatin1String kMadeWith("/baselines/made-with.txt");
 
-// Below the approved folder, with a slash at the end: the toolkit's version, the look, the scale.
+// The folder of pictures for the version of Qt, the look and the scale. Below `approved`, with a
+// slash at the end.
 QString appearanceFolder(Look look);
 
-// Why this machine draws other pictures than those that were approved; none when it does not, or
-// when there is nothing to compare with.
+// Why pictures cannot be compared here: this Qt or font is not the one they were made with. Absent
+// where they can be compared.
 std::optional<QString> whyPicturesDiffer(const ApprovalFolders& folders);
 
-// Whether `text` is the one that was approved under this name. One that is not is written to
-// NAME.actual.txt.
+// Whether `text` equals the one approved under this name. If not, it is written to NAME.actual.txt.
 testing::AssertionResult isApproved(const ApprovalFolders& folders, const QString& name,
                                     const QString& text);
 
-// The same of a picture, pixel by pixel; a channel may be off by two levels of its 256, which
-// nobody sees: processors round differently. One that is not as approved is written to
-// NAME.actual.png, beside NAME.diff.png that shows in red where.
+// The same for a picture. Each channel of a pixel may differ by two of its 256 levels, because
+// processors round differently. If it differs more, it is written to NAME.actual.png, beside
+// NAME.diff.png with the differences in red.
 testing::AssertionResult isApproved(const ApprovalFolders& folders, const QString& name, Look look,
                                     const QImage& picture);
 

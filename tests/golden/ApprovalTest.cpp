@@ -11,7 +11,7 @@
 namespace tavo {
 namespace {
 
-// Approved files of its own.
+// Uses temporary folders of approved files.
 class ApprovalTest : public testing::Test {
 protected:
     static QImage plain(int gray, QSize size = {4, 3}) {
@@ -27,7 +27,7 @@ protected:
         return isApproved(folders, QStringLiteral("scene"), text);
     }
 
-    // Approves it as the command does: by recording it.
+    // Approves `what` as the command does: by recording it.
     template<typename Shown>
     void approve(const Shown& what) {
         folders.recorded = folders.approved;

@@ -52,7 +52,7 @@ IconImage drawn(const Colors& colors, const QString& letter, double scale) {
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    // From top to bottom: equal pixels along each row keep the pictures small.
+    // Vertical, because PNG packs rows of equal pixels well.
     QLinearGradient gradient(0, 0, 0, side);
     gradient.setColorAt(0, colors.top);
     gradient.setColorAt(1, colors.bottom);

@@ -1,4 +1,4 @@
-// Icons of made-up applications, always the same.
+// Icons of made-up applications.
 #pragma once
 
 #include <QColor>
@@ -10,8 +10,8 @@
 
 namespace tavo {
 
-// A rounded square with a gradient and the first letter of the name, each in one of ten colours.
-// All are drawn when it is made, so that answering needs no toolkit.
+// Rounded squares with a gradient and the first letter of the name, in one of ten colours. All are
+// drawn in the constructor, so that icon() uses no Qt and may be called on any thread.
 class DrawnIcons final : public IconSource {
 public:
     struct Application {
@@ -19,13 +19,14 @@ public:
         std::string name;
     };
 
-    // Drawn for tiles at `scale`; asked for anything else it answers with a grey square.
+    // Draws the icons for tiles at `scale`. For other sizes and scales icon() returns a grey
+    // square.
     DrawnIcons(const std::vector<Application>& applications, double scale);
 
     IconImage icon(const std::string& path, int size, double scale) override;
     void refresh() override {}
 
-    // The colour of the icon of `path` at a point in logical pixels.
+    // The colour at that point of the icon of `path`. In logical pixels.
     [[nodiscard]] QColor colorAt(const std::string& path, int x, int y) const;
 
 private:

@@ -23,12 +23,12 @@ namespace tavo {
 namespace {
 
 QString quoted(QString text) {
-    // Places where long words may be broken, which nobody sees.
+    // Zero-width spaces, which are invisible.
     text.remove(QChar(0x200b));
     return u'"' + text.replace(u'\n', QStringLiteral("\\n")) + u'"';
 }
 
-// Lines at growing indentation.
+// Collects lines with indentation.
 class Outline {
 public:
     void line(const QString& text) { text_ += QString(2 * depth_, u' ') + text.trimmed() + u'\n'; }
@@ -37,7 +37,7 @@ public:
         lines();
         --depth_;
     }
-    // A line for `widget` that ends with what it is in.
+    // Adds a line for `widget`: the text, then whether it is disabled or has the keyboard focus.
     void state(const QString& text, const QWidget& widget) {
         line(text + (widget.isEnabled() ? QString() : QStringLiteral(", disabled")) +
              (widget.hasFocus() ? QStringLiteral(", has the keyboard") : QString()));
@@ -121,7 +121,7 @@ public:
         }
     }
 
-    // What a widget is made of, as it is read.
+    // Adds the visible children of a widget in reading order.
     void parts(const QWidget& whole) {
         std::vector<QWidget*> children;
         for (QObject* const child : whole.children()) {
@@ -131,11 +131,11 @@ public:
             }
         }
         std::stable_sort(children.begin(), children.end(), [](const QWidget* a, const QWidget* b) {
-            // Side by side counts as equally high.
+            // Two widgets that overlap vertically count as side by side.
             return a->geometry().bottom() < b->y() ||
                    (b->geometry().bottom() >= a->y() && a->x() < b->x());
         });
-        // What lies over the others comes last.
+        // Widgets that cover others come last.
         std::stable_partition(children.begin(), children.end(), [](const QWidget* child) {
             return dynamic_cast<const Sheet*>(child) == nullptr;
         });
@@ -154,7 +154,7 @@ private:
                       .arg(quoted(widget.accessibleName()))
                       .arg(list->itemCount()),
                   widget);
-            // Out of reach, behind a sheet, its items are what they were.
+            // The items of a disabled list are left out, because they are behind a sheet.
             if (widget.isEnabled()) {
                 below([&] { items(*list); });
             }

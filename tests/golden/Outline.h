@@ -1,4 +1,4 @@
-// What a window shows, in words.
+// Describes in words what a window shows.
 #pragma once
 
 #include <QString>
@@ -7,9 +7,9 @@ namespace tavo {
 
 class Stage;
 
-// One line for each thing that is shown, from top to bottom: lists with their items and what is
-// selected, fields with their texts, buttons, menus with their symbols and ticks; and whether it
-// can be used and has the keyboard. Ends with a line break.
+// A line for each visible thing, from top to bottom: lists with their items and the selection, text
+// fields, buttons, menus with symbols and ticks; and whether it is enabled and has the keyboard
+// focus. Ends with a line break.
 QString outline(Stage& stage);
 
 }  // namespace tavo

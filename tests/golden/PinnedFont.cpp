@@ -58,7 +58,7 @@ void pinFont(const QString& folder) {
     qputenv("FONTCONFIG_FILE", path.toUtf8());
     qunsetenv("FONTCONFIG_PATH");
     qunsetenv("FONTCONFIG_SYSROOT");
-    // Of the outlines, too, there is more than one way to draw them.
+    // Selects other ways to draw outlines.
     qunsetenv("FREETYPE_PROPERTIES");
 }
 
@@ -70,7 +70,8 @@ std::optional<QString> pinnedFont() {
         if (head.size() < 12) {
             return std::nullopt;
         }
-        // The revision as a number with sixteen binary places, and the file's checksum.
+        // From the font's table "head": its version, a fixed-point number with sixteen binary
+        // places, and the checksum of the file.
         const auto revision = qFromBigEndian<qint32>(head.constData() + 4);
         const auto checksum = qFromBigEndian<quint32>(head.constData() + 8);
         version += version.isEmpty() ? QStringLiteral("Inter %1").arg(revision / 65536.0, 0, 'f', 3)

@@ -23,7 +23,7 @@
 namespace tavo {
 namespace {
 
-constexpr int kAround = 40;  // of the window around what a picture is about
+constexpr int kAround = 40;  // how much of the window is shown around the subject
 
 const QString kLongName = QStringLiteral("Registratore vocale con trascrizione automatica");
 
@@ -66,7 +66,7 @@ void nestedCategory(Stage& stage) {
     stage.select(QStringLiteral("Progetti"));
 }
 
-// Depth, length and number beyond what fits.
+// More categories, deeper and with longer names than there is room for.
 void manyCategories(Stage& stage) {
     std::vector<LauncherCategory> categories = {{"a", "Amministrazione e contabilità"},
                                                 {"b", "Fatture", "a"},
@@ -80,7 +80,7 @@ void manyCategories(Stage& stage) {
     stage.world.store(categories);
     stage.select(QStringLiteral("Estero"));
     SidebarList& list = stage.categories();
-    // At the edge, where the scroll bar shows itself and stays.
+    // Near the right edge, where the pointer keeps the scroll bar visible.
     stage.pointAt(*list.viewport(), QPoint(list.viewport()->width() - 8, 200));
     stage.crop({0, 0, metrics::kSidebarWidth, metrics::kFirstHeight});
 }
@@ -98,8 +98,8 @@ void scrolledToTheEnd(Stage& stage) {
     stage.pointAt(*grid.viewport(), QPoint(grid.viewport()->width() - 8, 20));
 }
 
-// Pointer on the one, keyboard on the other.
-void markTiles(Stage& stage, int pointed, int steps) {
+// Points at one tile, and moves the keyboard focus to another one.
+void pointAndFocus(Stage& stage, int pointed, int steps) {
     TileGrid& grid = stage.grid();
     stage.pointAt(*grid.viewport(), AppTile::iconRect(grid.itemRect(pointed)).center());
     stage.press(Qt::Key_Down);
@@ -111,20 +111,20 @@ void markTiles(Stage& stage, int pointed, int steps) {
         all.adjusted(-20, -20, 20, 20).translated(stage.placeOf(*grid.viewport()).topLeft()));
 }
 
-// Plain, favourite, pointed at, with the keyboard, with a long name.
+// Plain, favourite, under the pointer, with the focus, with a long name.
 void tileStates(Stage& stage) {
     stage.install({"Agenda", "Calcolatrice", "Disegno", "Foto", kLongName.toStdString(), "Video"});
-    markTiles(stage, stage.tileOf(QStringLiteral("Disegno")), 3);
+    pointAndFocus(stage, stage.tileOf(QStringLiteral("Disegno")), 3);
 }
 
-// Several at once: a favourite with the pointer, a long name with the keyboard.
+// A favourite under the pointer; a long name with the focus.
 void tileStatesCombined(Stage& stage) {
     stage.install({"Calcolatrice", "Codice", kLongName.toStdString()});
     stage.world.storeFavorites({"Calcolatrice", kLongName.toStdString()});
-    markTiles(stage, stage.tileOf(QStringLiteral("Calcolatrice")), 2);
+    pointAndFocus(stage, stage.tileOf(QStringLiteral("Calcolatrice")), 2);
 }
 
-// The picture shows the window's part that the popups cover, and a little around it.
+// Crops the picture to the popups and a little of the window around them.
 void cropToPopups(Stage& stage) {
     QRect covered;
     for (const QWidget* const popup : stage.popups()) {
@@ -145,14 +145,14 @@ void suggestionMenuWithoutCategories(Stage& stage) {
     cropToPopups(stage);
 }
 
-// What it says of an application without marks, and its first entry with the keyboard.
+// The menu of an application that is in no category, with the focus on the first entry.
 void tileMenu(Stage& stage) {
     stage.openTileMenu(QStringLiteral("Archivio"));
     stage.press(Qt::Key_Down);
     cropToPopups(stage);
 }
 
-// Hidden, favourite and assigned, with the categories opened.
+// The menu of an application that is hidden, favourite and assigned, with the submenu open.
 void tileMenuWithCategories(Stage& stage) {
     stage.world.storeHidden({"Calcolatrice"});
     stage.select(QStringLiteral("Nascoste"));
@@ -191,7 +191,7 @@ void editorWithPickerOpen(Stage& stage) {
     cropToSheet<CategoryEditor>(stage);
 }
 
-// A category was added, and the next one is being typed.
+// After a category was added, while the next name is typed.
 void editorAdding(Stage& stage) {
     editor(stage);
     stage.type(QStringLiteral("Fotografie"));
@@ -200,7 +200,7 @@ void editorAdding(Stage& stage) {
     cropToSheet<CategoryEditor>(stage);
 }
 
-// The keyboard in a name that is being written, all of it selected.
+// With the focus in a name, all of which is selected.
 void editorRenaming(Stage& stage) {
     editor(stage);
     auto* const name = dynamic_cast<QLineEdit*>(

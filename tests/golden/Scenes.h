@@ -1,4 +1,4 @@
-// The states of the window that have been looked at and approved.
+// The states of the window whose texts and pictures are approved.
 #pragma once
 
 #include <iosfwd>
@@ -9,12 +9,12 @@ namespace tavo {
 class Stage;
 
 struct Scene {
-    const char* name;         // also of its files
-    void (*arrange)(Stage&);  // from a new stage on
-    bool everyScale = false;  // else its pictures are of scale 1 only
+    const char* name;         // also the name of its files
+    void (*arrange)(Stage&);  // brings a new stage into that state
+    bool everyScale = false;  // pictures at every scale; else at scale 1 only
 };
 
-// What the test framework says of one.
+// The name of the scene in messages of GoogleTest.
 void PrintTo(const Scene& scene, std::ostream* out);
 
 const std::vector<Scene>& scenes();

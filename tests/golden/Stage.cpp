@@ -86,7 +86,7 @@ int indexWhere(const AccessibleItems& items, Predicate matches) {
     throw std::logic_error("no such item");
 }
 
-// A menu belongs to what it was opened from.
+// How many menus a menu was opened from.
 int depthOf(const QWidget* widget) {
     int depth = 0;
     for (; widget != nullptr; widget = widget->parentWidget()) {
@@ -95,7 +95,7 @@ int depthOf(const QWidget* widget) {
     return depth;
 }
 
-// As the window paints itself, on nothing.
+// What the window paints, on a transparent background.
 QImage painted(QWidget& window) {
     const qreal scale = window.devicePixelRatioF();
     QImage image(window.size() * scale, QImage::Format_ARGB32_Premultiplied);
@@ -108,7 +108,7 @@ QImage painted(QWidget& window) {
 }  // namespace
 
 Stage::Stage(Look look) : look_(look), size_(metrics::kFirstWidth, metrics::kFirstHeight) {
-    // A pointer that an earlier window had over it would be over this one.
+    // Away from the place where the new window appears, which would be under the pointer otherwise.
     QCursor::setPos(0, 0);
     install(kCatalogue);
     world.storeFavorites({"Calcolatrice", "Codice", "Terminale"});
@@ -179,7 +179,7 @@ SidebarList& Stage::categories() {
     return onlyPart<SidebarList>(window());
 }
 
-// Keys come to the window, and to a popup while there is one, as from a desktop.
+// The window that gets key events: the newest popup, else the window itself, as on a desktop.
 QWindow* Stage::keyboard() {
     QWidget* const popup = QApplication::activePopupWidget();
     return (popup != nullptr ? *popup : window()).windowHandle();
@@ -222,8 +222,8 @@ void Stage::select(const QString& category) {
     click(*list.viewport(), list.itemRect(rowOf(category)).center());
 }
 
-// Over the toolbar's empty part: the toolkit tells a widget that the pointer has come when it comes
-// from another one.
+// Moves over an empty part of the toolbar first, because Qt sends an enter event only for a pointer
+// that comes from another widget.
 void Stage::pointAt(QWidget& widget, QPoint point) {
     QWidget& target = *widget.window();
     for (const QPoint place : {QPoint(target.width() / 2, 10), widget.mapTo(&target, point)}) {
@@ -271,11 +271,11 @@ QRect Stage::placeOf(const QWidget& widget) {
     return {window().mapFromGlobal(widget.mapToGlobal(QPoint())), widget.size()};
 }
 
-// The grid paints an icon as soon as it has been made ready, and tells nobody: so its place says
-// whether it is there.
+// The grid gives no sign when it has painted an icon. So the picture is checked for the icon's
+// colours.
 bool Stage::iconsAreThere() {
-    constexpr int kAcross = 20;  // beside the letter, between the round corners
-    constexpr int kNear = 2;     // as far as colours may be off
+    constexpr int kAcross = 20;  // a point beside the letter and away from the corners
+    constexpr int kNear = 2;     // the tolerance for colours
     TileGrid& tiles = grid();
     const QImage image = painted(*tiles.viewport());
     for (int index = 0; index < tiles.itemCount(); ++index) {
@@ -297,9 +297,10 @@ bool Stage::iconsAreThere() {
     return true;
 }
 
-// A scroll bar that the pointer does not keep goes some time after the last scrolling.
+// True when all scroll bars have faded, except those under the pointer.
 bool Stage::scrollBarsRest() {
-    constexpr int kKept = 40;  // as far from its edge as the pointer may keep it, and more
+    constexpr int kKept =
+        40;  // a little more than the distance at which the pointer keeps a bar visible
     const std::vector<ThinScrollBar*> bars = partsOf<ThinScrollBar>(window());
     return std::all_of(bars.begin(), bars.end(), [this](const ThinScrollBar* bar) {
         const QRect place(bar->mapToGlobal(QPoint()), bar->size());

@@ -1,4 +1,4 @@
-// The real window over a made-up world, to be brought into a state and looked at.
+// The real window over a made-up model, for scenes.
 #pragma once
 
 #include <QImage>
@@ -27,17 +27,18 @@ class SidebarList;
 
 enum class Look { Light, Dark };
 
-// Every widget of that class in `root` that is shown, in the order in which they were made. For
-// classes of our own, which the toolkit's search does not tell apart.
+// The visible widgets of class `Widget` in `root`, in the order in which they were made. Unlike
+// QObject::findChildren, it also finds classes without the macro Q_OBJECT.
 template<typename Widget>
 std::vector<Widget*> partsOf(const QWidget& root);
 
-// Nothing here depends on the machine, the user or the time: main.cpp pins the rest. The world is
-// arranged first; the window is made when it is first asked for. Main thread; one at a time.
+// A scene first arranges the model, then uses the window, which is made on its first use. Nothing
+// depends on the machine, the user or the time, as main.cpp pins all settings. Main thread; one at
+// a time.
 class Stage {
 public:
-    // With the twenty-nine applications of the catalogue, three of them favourites, and five
-    // categories, two of them nested.
+    // With twenty-nine applications, three of them favourites, and five categories, two of them
+    // nested.
     explicit Stage(Look look);
     ~Stage();
     Stage(const Stage&) = delete;
@@ -45,10 +46,10 @@ public:
 
     ModelHarness world{"it_IT"};
 
-    // Replaces the applications. Before the window is made.
+    // Replaces the applications. To be called before the window is made.
     void install(std::vector<std::string> names);
 
-    // Has another size than the usual 980 × 640. Before the window is made.
+    // Uses another size than 980 × 640. To be called before the window is made.
     void setWindowSize(QSize size) { size_ = size; }
 
     LauncherWindow& window();
@@ -56,37 +57,37 @@ public:
     TileGrid& grid();
     SidebarList& categories();
 
-    // As a user does it.
+    // Sends the events of a user's input.
     void type(const QString& text);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void click(QWidget& widget, QPoint point, Qt::MouseButton button = Qt::LeftButton);
     void pressButton(const QString& name);
     void select(const QString& category);
     void pointAt(QWidget& widget, QPoint point);
-    // Right-clicks the application's tile.
+    // Right-clicks the tile of the application.
     void openTileMenu(const QString& application);
-    // The application that was opened last could not be.
+    // Makes the last opening of an application fail with `message`.
     void failOpening(const std::string& message);
 
-    // The position of an application in the grid, and of a row in the sidebar.
+    // The index of an application in the grid, and of a category in the sidebar.
     int tileOf(const QString& application);
     int rowOf(const QString& category);
 
-    // Menus and opened lists of choices, those that were opened first in front of the vector.
+    // The open menus and combo box lists, in the order in which they were opened.
     std::vector<QWidget*> popups();
-    // Where a widget lies in the window.
+    // The rectangle of a widget in the window's coordinates.
     QRect placeOf(const QWidget& widget);
 
-    // From now on, picture() is only this part of the window.
+    // Limits picture() to this part of the window.
     void crop(const QRect& part) { crop_ = part; }
 
-    // Lets everything happen that is about to: afterwards the icons in view are there.
+    // Runs the event loop until the icons of all tiles in view are painted.
     void settle();
 
-    // The same, and nothing is left that would go by itself.
+    // The same, and waits until scroll bars have faded.
     void rest();
 
-    // What a person sees: the window and its popups on a plain desktop.
+    // A picture of the window and its popups on a plain desktop.
     QImage picture();
 
 private:
@@ -105,12 +106,12 @@ private:
     Look look_;
     QSize size_;
     QRect crop_;
-    QPoint pointer_;  // on the screen, where it was last
+    QPoint pointer_;  // the last position on the screen
     Blended compositing_;
     std::unique_ptr<DrawnIcons> icons_;
     std::vector<DrawnIcons::Application> applications_;
     std::unique_ptr<LauncherWindow> window_;
-    LauncherView* view_ = nullptr;  // the window's
+    LauncherView* view_ = nullptr;  // owned by the window
 };
 
 template<typename Widget>

@@ -1,7 +1,7 @@
-// Pictures and texts of the window, drawn the same way by everybody: nothing of the machine, the
-// user or the session is asked.
+// Compares texts and pictures of the window with the approved ones. Draws them alike on all
+// machines: settings of the machine, the user and the session are ignored.
 //
-//   tavo_golden_tests [--scale=N] [--record=FOLDER] [argument for gtest...]
+// tavo_golden_tests [--scale=N] [--record=FOLDER] [argument for gtest...]
 #include <QApplication>
 #include <QFile>
 #include <QFont>
@@ -21,7 +21,7 @@
 #include "ui/controls/LauncherStyle.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Motion.h"
-#include "ui/look/ToolkitTexts.h"
+#include "ui/look/QtTexts.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
 
@@ -31,7 +31,7 @@ constexpr char kScreen[] =
     R"({"screens": [{"name": "pinned", "x": 0, "y": 0, "width": 4000, "height": 3000,
         "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})";
 
-// Everything that tells the toolkit, or what it is built on, to do something differently.
+// Unsets all variables that change how Qt and its libraries behave.
 void forgetEnvironment() {
     std::vector<std::string> names;
     for (char** variable = environ; *variable != nullptr; ++variable) {
@@ -108,7 +108,7 @@ int main(int argc, char** argv) {
     int none = 1;
     QApplication application(none, argv);
     pinApplication();
-    QCoreApplication::installTranslator(new tavo::ToolkitTexts(&application));
+    QCoreApplication::installTranslator(new tavo::QtTexts(&application));
     tavo::installAccessibleItems();
     tavo::approvalFolders().recorded = QString::fromStdString(record);
     return RUN_ALL_TESTS();

@@ -1,4 +1,4 @@
-// What is wrong with how a window is laid out, for any window.
+// Finds mistakes in the layout of any window.
 #pragma once
 
 #include <QStringList>
@@ -7,14 +7,14 @@ class QWidget;
 
 namespace tavo {
 
-// Walks every widget shown below `root` and answers one line for each that
+// Looks at all visible widgets below `root` and returns a line for each one that
 // - overlaps a sibling,
-// - reaches beyond its parent (but for what is scrolled),
-// - is a label whose text does not fit and is not elided,
-// - is a button that is smaller than what it shows, or
-// - is a field that is lower than its text.
-// Empty when all is well. A sheet and what is behind it are looked at separately: overlapping is
-// what a sheet is for.
+// - extends beyond its parent (except in scroll areas),
+// - is a label whose text is cut without an ellipsis,
+// - is a button smaller than what it shows, or
+// - is a line edit lower than its text.
+// Empty if there are no mistakes. A sheet and the widgets behind it are looked at separately,
+// because a sheet is meant to cover them.
 QStringList layoutProblems(QWidget& root);
 
 }  // namespace tavo

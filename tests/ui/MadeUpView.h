@@ -1,4 +1,4 @@
-// The whole content of the window over a made-up world.
+// The content of the window over a made-up model.
 #pragma once
 
 #include <memory>
@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// In Italian, and not shown. What it is made over outlives it.
+// In Italian, and not yet shown. `world` outlives it.
 inline std::unique_ptr<LauncherView> makeMadeUpView(ModelHarness& world, FakeIconSource& icons) {
     return std::make_unique<LauncherView>(LauncherView::World{.platform = world.platform(),
                                                               .text = TextRules("it_IT"),

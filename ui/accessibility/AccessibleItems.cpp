@@ -15,7 +15,7 @@ constexpr char kRoleProperty[] = "tavoAccessibleRole";
 
 class Item;
 
-// The role that a widget was given, else `standard`.
+// The role given by setAccessibleRole(), else `standard`.
 QAccessible::Role roleOf(const QWidget& widget, QAccessible::Role standard) {
     const QVariant role = widget.property(kRoleProperty);
     return role.isValid() ? static_cast<QAccessible::Role>(role.toInt()) : standard;
@@ -28,7 +28,7 @@ void announce(QAccessible::Event kind, QAccessibleInterface& interface) {
     }
 }
 
-// What items and their buttons have in common: no object of their own, and a rectangle in a list.
+// Base class of items and their buttons, which are no QObjects and have a rectangle in the list.
 class Part : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
     explicit Part(AccessibleList& list) : list_(list) {}
@@ -56,7 +56,7 @@ private:
     AccessibleList& list_;
 };
 
-// The button that an item shows. Lives no longer than the item.
+// The button in an item. The item ends it when it ends itself.
 class ItemButton final : public Part {
 public:
     ItemButton(AccessibleList& list, Item& item) : Part(list), item_(item) {}
@@ -92,13 +92,13 @@ private:
     Item& item_;
 };
 
-// One item of a list. Follows its key from position to position.
+// One item of a list. Stays with its key when the position of that key changes.
 class Item final : public Part {
 public:
     Item(AccessibleList& list, int index);
     ~Item() override;
 
-    // Also for as long as it takes to tell that it ends: the toolkit is silent about others.
+    // Also true while the end of the item is announced: Qt announces nothing about invalid objects.
     bool isValid() const override { return ends || inList(); }
     QAccessibleInterface* parent() const override;
     QAccessibleInterface* child(int index) const override;
@@ -115,13 +115,13 @@ public:
     [[nodiscard]] std::optional<AccessibleItems::Button> shownButton() const {
         return inList() ? items()->itemButton(index) : std::nullopt;
     }
-    // Says what is different from what was said last.
-    void tellMarks();
+    // Announces what has changed since the last time.
+    void tellDetails();
     void buttonEnds() { button_ = nullptr; }
 
     int index;
     const std::string key;
-    bool ends = false;  // no longer in the list
+    bool ends = false;  // set when the item is no longer in the list
 
 private:
     [[nodiscard]] bool inList() const;
@@ -129,7 +129,7 @@ private:
     ItemButton& knownButton() const;
     void dropButton();
 
-    mutable ItemButton* button_ = nullptr;  // once somebody asked; the toolkit's cache owns it
+    mutable ItemButton* button_ = nullptr;  // null until a client asks for it; owned by Qt's cache
     bool toldButton_;
     QString toldName_;
     QString toldDescription_;
@@ -137,8 +137,8 @@ private:
 
 }  // namespace
 
-// The list itself. The interfaces of its items belong to the toolkit's cache, like its own; the
-// list ends them before it ends, and when their items are gone.
+// The list itself. Qt's cache owns the interfaces of the items, as it owns that of the list. The
+// list deletes them when their items are gone, and before it is deleted itself.
 class AccessibleList final : public QAccessibleWidget {
 public:
     AccessibleList(QWidget& widget, AccessibleItems& items)
@@ -158,7 +158,7 @@ public:
         forgetItems();
     }
 
-    // The widget ends before its interface does.
+    // To be called when the widget is destroyed, which happens before Qt deletes this interface.
     void widgetEnds() {
         forgetItems();
         items_ = nullptr;
@@ -215,7 +215,8 @@ public:
         }
     }
 
-    // The widget has other items, or another order. Known ones go where their keys are now, or end.
+    // Called after items were added, removed or moved: moves each known item to the position where
+    // its key is now, and ends the items whose keys are gone.
     void itemsChanged() {
         std::unordered_multimap<std::string, Item*> gone;
         for (auto item = known_.rbegin(); item != known_.rend(); ++item) {
@@ -240,16 +241,16 @@ public:
         tellChildren(gone, unknown);
     }
 
-    void tellMarks() {
+    void tellDetails() {
         for (int index = 0; index < static_cast<int>(known_.size()); ++index) {
-            tellMarks(index);
+            tellDetails(index);
         }
     }
-    void tellMarks(int index) {
+    void tellDetails(int index) {
         const auto position = static_cast<std::size_t>(index);
-        // What nobody asked about needs no news.
+        // Clients are told about items that they asked for, not about others.
         if (position < known_.size() && known_[position] != nullptr) {
-            known_[position]->tellMarks();
+            known_[position]->tellDetails();
         }
     }
 
@@ -261,8 +262,9 @@ public:
     [[nodiscard]] QWidget& listWidget() const { return *widget(); }
 
 private:
-    // The first of them only: no screen reader reads out thousands, and telling takes its time.
-    // Told one by one, because what the toolkit makes of a list that was reordered is malformed.
+    // The most new items to announce: no screen reader reads out thousands, and each takes time.
+    // They are announced one by one, because the event that Qt makes of a reordered list is
+    // malformed.
     static constexpr std::size_t kMostNews = 32;
 
     void tellChildren(const std::unordered_multimap<std::string, Item*>& gone,
@@ -292,8 +294,8 @@ private:
         }
     }
 
-    AccessibleItems* items_;    // until the widget ends
-    std::vector<Item*> known_;  // by position; those that somebody asked for
+    AccessibleItems* items_;    // null once the widget is destroyed
+    std::vector<Item*> known_;  // by position; null for those that no client asked for
 };
 
 namespace {
@@ -330,8 +332,8 @@ QAccessible::State Part::state() const {
     return state;
 }
 
-// Whichever of the two ends first, the other no longer knows it: the toolkit's cache ends
-// interfaces in any order when the program ends.
+// Item and button clear the pointers to each other, because Qt's cache deletes them in any order at
+// the end of the program.
 ItemButton::~ItemButton() {
     item_.buttonEnds();
 }
@@ -440,7 +442,7 @@ void Item::doAction(const QString& name) {
     }
 }
 
-void Item::tellMarks() {
+void Item::tellDetails() {
     const auto tell = [this](QString& told, const QString& now, QAccessible::Event kind) {
         if (told != now) {
             told = now;
@@ -506,22 +508,23 @@ void setAccessibleRole(QWidget& widget, QAccessible::Role role) {
 
 void announceItems(QWidget& widget) {
     AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_;
-    // Who never asked for an item need not hear that there are others.
+    // Without this list in Qt's cache no client has asked for an item, so that there is nothing to
+    // announce.
     if (list != nullptr) {
         list->itemsChanged();
-        list->tellMarks();
+        list->tellDetails();
     }
 }
 
-void announceMarks(QWidget& widget) {
+void announceItemDetails(QWidget& widget) {
     if (AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_) {
-        list->tellMarks();
+        list->tellDetails();
     }
 }
 
-void announceMarks(QWidget& widget, int index) {
+void announceItemDetails(QWidget& widget, int index) {
     if (AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_) {
-        list->tellMarks(index);
+        list->tellDetails(index);
     }
 }
 

@@ -1,4 +1,4 @@
-// Lists that paint their own items, for screen readers.
+// Tells screen readers about the items of lists that paint their items themselves.
 #pragma once
 
 #include <QAccessible>
@@ -13,10 +13,11 @@ namespace tavo {
 
 class AccessibleList;
 
-// What a widget that paints a list of items says about them. Each item becomes a list item of the
-// accessibility tree, in view or not, with a press action, one that gives it the keyboard, and
-// perhaps one for its menu. An item keeps its place in a screen reader for as long as its key is
-// in the list, wherever it moves. While the widget is disabled the items say so and do nothing.
+// Base class of a widget that paints a list of items. Each item, visible or not, is a list item in
+// the accessibility tree with the actions press, set focus and, where it has one, show menu. A
+// screen reader keeps its object for an item as long as an item with the same key is in the list,
+// also when its position changes. While the widget is disabled its items are disabled, and their
+// actions do nothing. Main thread.
 class AccessibleItems {
 public:
     AccessibleItems() = default;
@@ -24,15 +25,16 @@ public:
     AccessibleItems(const AccessibleItems&) = delete;
     AccessibleItems& operator=(const AccessibleItems&) = delete;
 
-    // A small control that an item shows, a button of the tree below the item.
+    // A button in an item, such as the star of a tile: a child of the item in the accessibility
+    // tree.
     struct Button {
         QString name;
         QRect rect;  // in the widget's coordinates
     };
 
     [[nodiscard]] virtual int itemCount() const = 0;
-    // What the item is, whatever its position and its name. Of items with equal keys the first
-    // known one stays the first.
+    // Identifies the item when its position or its name changes. Of items with equal keys, the
+    // first one keeps the first object.
     [[nodiscard]] virtual const std::string& itemKey(int index) const = 0;
     [[nodiscard]] virtual QString itemName(int index) const = 0;
     [[nodiscard]] virtual QString itemDescription(int) const { return {}; }
@@ -40,42 +42,42 @@ public:
     [[nodiscard]] virtual bool itemIsSelected(int index) const = 0;
     [[nodiscard]] virtual bool itemHasFocus(int index) const = 0;
     virtual void pressItem(int index) = 0;
-    // Gives the item the keyboard and brings it into view.
+    // Moves the keyboard focus to the item and scrolls to it.
     virtual void focusItem(int index) = 0;
 
     [[nodiscard]] virtual bool itemsHaveMenus() const { return false; }
     virtual void showItemMenu(int) {}
 
-    // The button that the item shows now, if any.
+    // The button that the item shows at this moment, if any.
     [[nodiscard]] virtual std::optional<Button> itemButton(int) const { return std::nullopt; }
     virtual void pressItemButton(int) {}
 
-    // What the whole stands at, where that is said in words.
+    // The accessible value of the whole list, such as the chosen text of a combo box.
     [[nodiscard]] virtual QString itemsValue() const { return {}; }
 
 private:
     friend class AccessibleList;
     friend void announceItems(QWidget& widget);
-    friend void announceMarks(QWidget& widget);
-    friend void announceMarks(QWidget& widget, int index);
+    friend void announceItemDetails(QWidget& widget);
+    friend void announceItemDetails(QWidget& widget, int index);
 
-    AccessibleList* accessible_ = nullptr;  // once somebody asked
+    AccessibleList* accessible_ = nullptr;  // null until a screen reader asks for the list
 };
 
-// Makes every widget that is an AccessibleItems a list of the accessibility tree, and gives the
-// others the roles they were set. Once, before the first window.
+// Makes each widget that is an AccessibleItems a list in the accessibility tree, and applies
+// setAccessibleRole() to all other widgets. Called once, before the first window is made.
 void installAccessibleItems();
 
-// What `widget` is to a screen reader, where its class does not say. The first thing that its
-// constructor does: whoever asks earlier is told, and remembers, what its class says.
+// Gives `widget` a role other than that of its class. To be called first in its constructor: Qt
+// tells an accessibility client the role as soon as it asks, and clients cache it.
 void setAccessibleRole(QWidget& widget, QAccessible::Role role);
 
-// To be called by the widget, which is an AccessibleItems, right after what they name. All cost
-// next to nothing while no assistive technology listens.
-void announceItems(QWidget& widget);                 // other items, or another order
-void announceMarks(QWidget& widget);                 // the same items; names, buttons may differ
-void announceMarks(QWidget& widget, int index);      // one item's name, button
-void announceFocus(QWidget& widget, int index);      // the keyboard came to the item
-void announceSelection(QWidget& widget, int index);  // the item was selected, or no longer is
+// The widget, which must be an AccessibleItems, calls these after each change. They cost next to
+// nothing while no accessibility client is connected.
+void announceItems(QWidget& widget);                   // items were added, removed or moved
+void announceItemDetails(QWidget& widget);             // names, descriptions or buttons changed
+void announceItemDetails(QWidget& widget, int index);  // those of one item changed
+void announceFocus(QWidget& widget, int index);        // the item has the keyboard focus
+void announceSelection(QWidget& widget, int index);    // the item was selected or deselected
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// A window as screen readers see it: with the menus that are open over it.
+// Puts open menus into the accessibility tree of their window.
 #pragma once
 
 #include <QAccessible>
@@ -7,10 +7,10 @@ class QWidget;
 
 namespace tavo {
 
-// Menus are windows of their own, which the toolkit leaves out of the accessibility tree: whoever
-// walks it would never come to them. So a menu that is a child of `window`, or of none, is the
-// window's child in the tree, after its other children, while it is open. (Asked for its parent,
-// the toolkit's menu goes on naming the application.) The toolkit owns the result.
+// Menus are windows of their own, and Qt does not put them into the accessibility tree, so that a
+// screen reader which walks the tree would not find them. Here, an open menu whose parent is
+// `window`, or which has no parent, is the last child of the window in the tree. (Qt's interface of
+// the menu still names the application as its parent.) Qt owns the result.
 QAccessibleInterface* makeAccessibleWindow(QWidget& window, QAccessible::Role role);
 
 }  // namespace tavo

@@ -16,7 +16,7 @@ namespace {
 
 constexpr qreal kFocusLine = 2;
 
-// A shape of a control that cannot be used now.
+// For the shapes of disabled controls.
 constexpr qreal kDisabledOpacity = 0.5;
 
 QRectF onDevicePixels(const QPainter& painter, const QRectF& rect) {
@@ -27,7 +27,7 @@ QRectF onDevicePixels(const QPainter& painter, const QRectF& rect) {
     return toDevice.inverted().mapRect(whole);
 }
 
-// The width of a thin line: whole device pixels, one logical pixel at most.
+// The width of a thin line: one logical pixel, rounded down to whole device pixels.
 qreal hairline(const QPainter& painter) {
     const qreal scale = painter.deviceTransform().m11();
     return std::max(1.0, std::floor(scale)) / scale;
@@ -37,7 +37,7 @@ QRectF inset(const QRectF& rect, qreal by) {
     return rect.adjusted(by, by, -by, -by);
 }
 
-// A line of `width` along the inner side of the edge of `rect`.
+// A line of `width` just inside the edge of `rect`.
 void strokeInside(QPainter& painter, const QRectF& rect, qreal radius, const QColor& color,
                   qreal width) {
     painter.setPen(QPen(color, width));
@@ -46,9 +46,9 @@ void strokeInside(QPainter& painter, const QRectF& rect, qreal radius, const QCo
     painter.drawRoundedRect(inset(onDevicePixels(painter, rect), width / 2), corner, corner);
 }
 
-void fillBox(QPainter& painter, const QRectF& rect, qreal radius, const QColor& ground) {
+void fillBox(QPainter& painter, const QRectF& rect, qreal radius, const QColor& background) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(ground);
+    painter.setBrush(background);
     painter.drawRoundedRect(onDevicePixels(painter, rect), radius, radius);
 }
 
@@ -56,12 +56,12 @@ bool has(const QStyleOption& option, QStyle::StateFlag flag) {
     return option.state.testFlag(flag);
 }
 
-// The keyboard is here, and whoever uses it got here by it.
+// True if the control has the keyboard focus and the user moved it with the keyboard.
 bool showsFocus(const QStyleOption& option) {
     return has(option, QStyle::State_HasFocus) && has(option, QStyle::State_KeyboardFocusChange);
 }
 
-// What lies over a control under the pointer or while it is pressed.
+// Tints a control that is under the pointer or pressed.
 void paintTouch(QPainter& painter, const QStyleOption& option, const Appearance& look) {
     if (!has(option, QStyle::State_Enabled)) {
         return;
@@ -73,20 +73,20 @@ void paintTouch(QPainter& painter, const QStyleOption& option, const Appearance&
     }
 }
 
-void paintEntryGround(QPainter& painter, const QRect& rect, const Appearance& look) {
-    fillBox(painter, rect, kEntryRadius, look.accentGround);
+void paintEntryBackground(QPainter& painter, const QRect& rect, const Appearance& look) {
+    fillBox(painter, rect, kEntryRadius, look.accentBackground);
 }
 
 void drawLine(QPainter& painter, const QString& text, const QRect& box, Qt::Alignment alignment,
               const QFontMetrics& metrics, int flags = 0) {
-    // Measuring knows one flag for doubled ampersands, drawing another.
+    // For doubled ampersands, Qt uses one flag to draw a text and another one to measure it.
     const int measured = (flags & Qt::TextHideMnemonic) != 0 ? Qt::TextShowMnemonic : 0;
     painter.drawText(box,
                      static_cast<int>(alignment | Qt::AlignVCenter) | Qt::TextSingleLine | flags,
                      metrics.elidedText(text, Qt::ElideRight, box.width(), measured));
 }
 
-// Two lines that meet, as in the arrows of menus.
+// Two lines that meet at the middle point, as in the arrows of menus.
 void paintChevron(QPainter& painter, const std::array<QPointF, 3>& points, const QColor& color) {
     painter.setPen(QPen(color, 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
@@ -102,11 +102,11 @@ QColor entryColor(const QStyleOptionMenuItem& option, bool current, const Appear
 
 }  // namespace
 
-void paintBox(QPainter& painter, const QRectF& rect, qreal radius, const QColor& ground,
+void paintBox(QPainter& painter, const QRectF& rect, qreal radius, const QColor& background,
               const QColor& border) {
     const qreal line = hairline(painter);
     painter.setPen(QPen(border, line));
-    painter.setBrush(ground);
+    painter.setBrush(background);
     painter.drawRoundedRect(inset(onDevicePixels(painter, rect), line / 2), radius - line / 2,
                             radius - line / 2);
 }
@@ -119,13 +119,13 @@ void paintButton(QPainter& painter, const QStyleOptionButton& option, const Appe
         painter.setOpacity(kDisabledOpacity);
     }
     if (accented) {
-        fillBox(painter, option.rect, kRadius, look.accentGround);
+        fillBox(painter, option.rect, kRadius, look.accentBackground);
     } else {
         paintBox(painter, option.rect, kRadius, look.button, look.buttonBorder);
     }
     paintTouch(painter, option, look);
     if (showsFocus(option) && accented) {
-        // The accent on itself would not be seen.
+        // The ring in the colour of the accent would be invisible on a button of that colour.
         strokeInside(painter, inset(option.rect, 2), kRadius - 2, look.textOnAccent, kFocusLine);
     } else if (showsFocus(option)) {
         strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
@@ -154,7 +154,7 @@ void paintField(QPainter& painter, const QStyleOptionFrame& option, const Appear
     painter.restore();
 }
 
-void paintPicker(QPainter& painter, const QStyleOptionComboBox& option, const Appearance& look) {
+void paintComboBox(QPainter& painter, const QStyleOptionComboBox& option, const Appearance& look) {
     const bool enabled = has(option, QStyle::State_Enabled);
     painter.save();
     painter.setOpacity(enabled ? 1 : kDisabledOpacity);
@@ -173,16 +173,17 @@ void paintPicker(QPainter& painter, const QStyleOptionComboBox& option, const Ap
     painter.restore();
 }
 
-void paintPicked(QPainter& painter, const QStyleOptionComboBox& option, const QRect& box,
-                 const Appearance& look) {
+void paintComboBoxText(QPainter& painter, const QStyleOptionComboBox& option, const QRect& box,
+                       const Appearance& look) {
     painter.setPen(has(option, QStyle::State_Enabled) ? look.text : look.disabledText);
     drawLine(painter, option.currentText, box, Qt::AlignLeft, option.fontMetrics);
 }
 
-void paintChoice(QPainter& painter, const QStyleOptionViewItem& option, const Appearance& look) {
+void paintComboBoxEntry(QPainter& painter, const QStyleOptionViewItem& option,
+                        const Appearance& look) {
     const bool current = has(option, QStyle::State_Selected);
     if (current) {
-        paintEntryGround(painter, option.rect, look);
+        paintEntryBackground(painter, option.rect, look);
     }
     painter.setFont(option.font);
     painter.setPen(!has(option, QStyle::State_Enabled) ? look.disabledText
@@ -210,7 +211,7 @@ void paintMenuEntry(QPainter& painter, const QStyleOptionMenuItem& option, const
     }
     const bool current = has(option, QStyle::State_Selected) && has(option, QStyle::State_Enabled);
     if (current) {
-        paintEntryGround(painter, rect, look);
+        paintEntryBackground(painter, rect, look);
     }
     const QColor color = entryColor(option, current, look);
     const QRect symbol(rect.left() + kEntryInset, rect.center().y() - kEntrySymbol / 2 + 1,

@@ -7,12 +7,12 @@
 namespace tavo {
 namespace {
 
-constexpr int kUntilRest = 10'000;  // milliseconds
+constexpr int kTimeout = 10'000;  // milliseconds
 
 }  // namespace
 
-CursorBlinkTimeout::CursorBlinkTimeout() : blinking_(QApplication::cursorFlashTime()) {
-    resting_.start(kUntilRest, Qt::CoarseTimer, this);
+CursorBlinkTimeout::CursorBlinkTimeout() : flashTime_(QApplication::cursorFlashTime()) {
+    idle_.start(kTimeout, Qt::CoarseTimer, this);
     qApp->installEventFilter(this);
 }
 
@@ -26,10 +26,10 @@ bool CursorBlinkTimeout::eventFilter(QObject*, QEvent* event) {
         case QEvent::InputMethod:
         case QEvent::MouseButtonPress:
         case QEvent::FocusIn:
-            if (!resting_.isActive()) {
-                QApplication::setCursorFlashTime(blinking_);
+            if (!idle_.isActive()) {
+                QApplication::setCursorFlashTime(flashTime_);
             }
-            resting_.start(kUntilRest, Qt::CoarseTimer, this);
+            idle_.start(kTimeout, Qt::CoarseTimer, this);
             break;
         default:
             break;
@@ -38,7 +38,7 @@ bool CursorBlinkTimeout::eventFilter(QObject*, QEvent* event) {
 }
 
 void CursorBlinkTimeout::timerEvent(QTimerEvent*) {
-    resting_.stop();
+    idle_.stop();
     QApplication::setCursorFlashTime(0);
 }
 

@@ -1,4 +1,4 @@
-// A caret that comes to rest.
+// Stops the blinking of text cursors when the user is idle.
 #pragma once
 
 #include <QBasicTimer>
@@ -6,9 +6,9 @@
 
 namespace tavo {
 
-// Stops the blinking of every caret ten seconds after the last input, and lets it go on with the
-// next: a launcher that lies open all day must not wake the machine twice a second. Made after the
-// application object, one for all windows; main thread.
+// Text cursors stop blinking ten seconds after the last input and start again with the next input.
+// Each blink wakes the processor, twice a second, and a launcher may be open all day. One object
+// serves all windows. Made after the QApplication; main thread.
 class CursorBlinkTimeout final : public QObject {
 public:
     CursorBlinkTimeout();
@@ -19,8 +19,8 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    int blinking_;  // milliseconds, as the desktop wants it
-    QBasicTimer resting_;
+    int flashTime_;  // the cursor flash time of the desktop, in milliseconds
+    QBasicTimer idle_;
 };
 
 }  // namespace tavo

@@ -22,12 +22,12 @@ namespace {
 
 using namespace controls;
 
-// What the toolkit calls the windows that it makes itself.
+// The names of Qt's private window classes.
 bool isToolTip(const QWidget* widget) {
     return widget != nullptr && widget->inherits("QTipLabel");
 }
 
-bool isPickerPopup(const QWidget* widget) {
+bool isComboBoxPopup(const QWidget* widget) {
     return widget != nullptr && widget->inherits("QComboBoxPrivateContainer");
 }
 
@@ -36,15 +36,15 @@ bool isPickerList(const QWidget* widget) {
 }
 
 bool isPopup(const QWidget* widget) {
-    return isToolTip(widget) || isPickerPopup(widget) || qobject_cast<const QMenu*>(widget);
+    return isToolTip(widget) || isComboBoxPopup(widget) || qobject_cast<const QMenu*>(widget);
 }
 
 bool isBlended(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_TranslucentBackground);
 }
 
-// Colours are not free to work out, and the next ones asked for are nearly always those asked for
-// last.
+// The last result is kept: an Appearance takes time to compute, and is mostly asked for again with
+// the same palette.
 Appearance appearanceOf(const QPalette& palette) {
     static QPalette last = palette;
     static Appearance appearance(palette);
@@ -57,7 +57,7 @@ Appearance appearanceOf(const QPalette& palette) {
     return appearance;
 }
 
-// A painter for smooth shapes, given back as it was.
+// A painter with antialiasing. The destructor restores the painter's state.
 class Smooth {
 public:
     explicit Smooth(QPainter& painter) : painter_(painter) {
@@ -74,7 +74,7 @@ private:
     QPainter& painter_;
 };
 
-// Whole pixels, row by row: a polygon would round its corners' points away.
+// Built from rows of whole pixels, because QRegion rounds the corners of a polygon badly.
 QRegion roundedRegion(const QRect& rect, int radius) {
     QRegion region(rect.adjusted(0, radius, 0, -radius));
     for (int row = 0; row < radius; ++row) {
@@ -88,9 +88,9 @@ QRegion roundedRegion(const QRect& rect, int radius) {
     return region;
 }
 
-// The toolkit writes in fields with the colours of their palettes, whatever ground we paint. So a
-// field's palette gets the window's: the text colour unless the field's owner has chosen one, and
-// for selected text a ground that it is legible on.
+// Qt takes the colours of a line edit's text from its palette and knows nothing of the background
+// that this style paints. So the line edit gets the window's text colour, unless its owner has set
+// one, and for selected text a background on which that text is legible.
 void colorText(QLineEdit& line) {
     constexpr char kOurText[] = "tavoTextColor";
     const QWidget* const parent = line.parentWidget();
@@ -105,14 +105,15 @@ void colorText(QLineEdit& line) {
         line.setProperty(kOurText, look.text);
     }
     own.setColor(QPalette::Disabled, QPalette::Text, look.disabledText);
-    own.setColor(QPalette::Highlight, look.accentGround);
+    own.setColor(QPalette::Highlight, look.accentBackground);
     own.setColor(QPalette::HighlightedText, look.textOnAccent);
     if (own != before) {
         line.setPalette(own);
     }
 }
 
-// The menus that the toolkit makes for text fields come with symbols of the desktop's own hand.
+// The context menus of Qt's line edits have icons of the desktop's theme, which look unlike the
+// program's symbols.
 void dressMenu(QMenu& menu) {
     menu.setAttribute(Qt::WA_WindowPropagation);
     menu.setFont(interfaceFont(metrics::kBody));
@@ -164,7 +165,7 @@ void LauncherStyle::polish(QWidget* widget) {
     } else if (isToolTip(widget)) {
         widget->setFont(interfaceFont(metrics::kCallout));
         widget->setPalette(QApplication::palette());
-    } else if (isPickerPopup(widget)) {
+    } else if (isComboBoxPopup(widget)) {
         widget->installEventFilter(this);
     } else if (isPickerList(widget)) {
         static_cast<QAbstractItemView*>(widget)->viewport()->setAutoFillBackground(false);
@@ -186,7 +187,7 @@ bool LauncherStyle::eventFilter(QObject* object, QEvent* event) {
         }
     } else if (event->type() == QEvent::Show) {
         auto* const popup = qobject_cast<QWidget*>(object);
-        if (isPickerPopup(popup) && !isBlended(popup)) {
+        if (isComboBoxPopup(popup) && !isBlended(popup)) {
             popup->setMask(roundedRegion(popup->rect(), kMenuRadius));
         }
     }
@@ -202,7 +203,7 @@ void LauncherStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* 
         paintPopup(*Smooth(*painter), option->rect, element == PE_PanelMenu ? kMenuRadius : kRadius,
                    !isBlended(widget), appearanceOf(option->palette));
     } else if (element != PE_FrameMenu && element != PE_FrameFocusRect) {
-        // Those are part of the panel and of the control.
+        // PE_PanelMenu paints the frame of menus, and the controls paint their own focus rings.
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
 }
@@ -211,7 +212,7 @@ void LauncherStyle::drawControl(ControlElement element, const QStyleOption* opti
                                 QPainter* painter, const QWidget* widget) const {
     const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(option);
     const auto* const entry = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
-    const auto* const picker = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+    const auto* const comboBox = qstyleoption_cast<const QStyleOptionComboBox*>(option);
     const auto* const choice = qstyleoption_cast<const QStyleOptionViewItem*>(option);
     const Appearance look = appearanceOf(option->palette);
     if (element == CE_PushButtonBevel && button != nullptr) {
@@ -223,12 +224,13 @@ void LauncherStyle::drawControl(ControlElement element, const QStyleOption* opti
     } else if (element == CE_MenuScroller) {
         paintMenuScroller(*Smooth(*painter), option->rect, option->state.testFlag(State_DownArrow),
                           look);
-    } else if (element == CE_ComboBoxLabel && picker != nullptr) {
-        paintPicked(*Smooth(*painter), *picker,
-                    subControlRect(CC_ComboBox, picker, SC_ComboBoxEditField, widget), look);
+    } else if (element == CE_ComboBoxLabel && comboBox != nullptr) {
+        paintComboBoxText(*Smooth(*painter), *comboBox,
+                          subControlRect(CC_ComboBox, comboBox, SC_ComboBoxEditField, widget),
+                          look);
     } else if (element == CE_ItemViewItem && choice != nullptr && isPickerList(widget)) {
-        paintChoice(*Smooth(*painter), *choice, look);
-    } else if (element == CE_ShapedFrame && isPickerPopup(widget)) {
+        paintComboBoxEntry(*Smooth(*painter), *choice, look);
+    } else if (element == CE_ShapedFrame && isComboBoxPopup(widget)) {
         paintPopup(*Smooth(*painter), option->rect, kMenuRadius, !isBlended(widget), look);
     } else if (element != CE_MenuEmptyArea && element != CE_MenuHMargin &&
                element != CE_MenuVMargin) {
@@ -238,10 +240,10 @@ void LauncherStyle::drawControl(ControlElement element, const QStyleOption* opti
 
 void LauncherStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                                        QPainter* painter, const QWidget* widget) const {
-    const auto* const picker = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+    const auto* const comboBox = qstyleoption_cast<const QStyleOptionComboBox*>(option);
     const auto* const slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
-    if (control == CC_ComboBox && picker != nullptr) {
-        paintPicker(*Smooth(*painter), *picker, appearanceOf(option->palette));
+    if (control == CC_ComboBox && comboBox != nullptr) {
+        paintComboBox(*Smooth(*painter), *comboBox, appearanceOf(option->palette));
     } else if (control == CC_ScrollBar && slider != nullptr) {
         if (slider->maximum > slider->minimum) {
             const bool pressed = slider->activeSubControls.testFlag(SC_ScrollBarSlider) &&
@@ -260,7 +262,7 @@ QRect LauncherStyle::subElementRect(SubElement element, const QStyleOption* opti
     switch (element) {
         case SE_LineEditContents: {
             const auto* const frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
-            // The field brings two pixels of its own on either side.
+            // QLineEdit adds two pixels on either side.
             constexpr int kInset = kTextInset - 2;
             return frame != nullptr && frame->lineWidth > 0
                        ? option->rect.adjusted(kInset, 0, -kInset, 0)
@@ -280,9 +282,9 @@ namespace {
 QRect pickerPart(QStyle::SubControl part, const QRect& rect) {
     switch (part) {
         case QStyle::SC_ComboBoxEditField:
-            return rect.adjusted(kTextInset, 0, -kPickerArrow, 0);
+            return rect.adjusted(kTextInset, 0, -kComboBoxArrow, 0);
         case QStyle::SC_ComboBoxArrow:
-            return {rect.right() + 1 - kPickerArrow, rect.top(), kPickerArrow, rect.height()};
+            return {rect.right() + 1 - kComboBoxArrow, rect.top(), kComboBoxArrow, rect.height()};
         case QStyle::SC_ComboBoxListBoxPopup:
             return rect.adjusted(0, -kEntryMargin, 0, kEntryMargin);
         default:
@@ -290,7 +292,7 @@ QRect pickerPart(QStyle::SubControl part, const QRect& rect) {
     }
 }
 
-// A thumb in a groove as long as the bar; there are no arrows.
+// The parts of a scroll bar: a thumb in a groove of the full length, without arrow buttons.
 QRect scrollBarPart(QStyle::SubControl part, const QStyleOptionSlider& option) {
     const bool vertical = option.orientation == Qt::Vertical;
     const int length = vertical ? option.rect.height() : option.rect.width();
@@ -346,15 +348,17 @@ QSize LauncherStyle::sizeFromContents(ContentsType type, const QStyleOption* opt
                        ? QSize(size.width() + 2 * kTextInset, controlHeight(*option))
                        : QProxyStyle::sizeFromContents(type, option, size, widget);
         case CT_ComboBox:
-            // The toolkit measures the ink of a text, which may be narrower than the text.
-            return {size.width() + kTextInset + kPickerArrow + kTextMargin, controlHeight(*option)};
+            // Qt passes the bounding rectangle of the glyphs, which may be narrower than the
+            // advance of the text.
+            return {size.width() + kTextInset + kComboBoxArrow + kTextMargin,
+                    controlHeight(*option)};
         case CT_PushButton:
             return {size.width() + 2 * kButtonInset, controlHeight(*option)};
         case CT_MenuItem:
             if (entry != nullptr && entry->menuItemType == QStyleOptionMenuItem::Separator) {
                 return {size.width(), kDivider};
             } else if (entry != nullptr) {
-                // In a menu with submenus, the space of their arrows is at every entry's end.
+                // In a menu with submenus, each entry has space for an arrow at its end.
                 return {std::min(kWidestEntry,
                                  entryTextStart(*entry) + size.width() + kEntryInset + kEntryArrow),
                         std::max(entry->fontMetrics.height(), kEntrySymbol) + 2 * kEntryMargin};
@@ -376,7 +380,7 @@ int LauncherStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
                                const QWidget* widget) const {
     switch (metric) {
         case PM_DefaultFrameWidth:
-            if (isPickerPopup(widget)) {
+            if (isComboBoxPopup(widget)) {
                 return kMenuPadding;
             }
             break;

@@ -1,4 +1,4 @@
-// The standard controls in the launcher's own look.
+// The QStyle of the program.
 #pragma once
 
 #include <QProxyStyle>
@@ -7,17 +7,15 @@ class QLineEdit;
 
 namespace tavo {
 
-// Push buttons, framed line edits, combo boxes, menus, tool tips and scroll bars, light and dark;
-// everything else, line edits without a frame among it, looks as the toolkit's own style has it.
-// Sizes follow from the font of each control. The controls never move by themselves: menus are
-// there at once, and gone at once.
+// Draws push buttons, framed line edits, combo boxes, menus, tool tips and scroll bars, light and
+// dark. Qt's own style draws everything else, line edits without a frame too. Sizes follow from the
+// font of each control. Nothing is animated: menus open and close at once.
 //
-// The corners of menus, tool tips and the lists of combo boxes are round: painted where the window
-// that they belong to is blended with what lies behind it, cut out where it is not.
+// The corners of menus, tool tips and combo box lists are round: painted with transparency where
+// the window system blends their window, else cut out by a window mask.
 //
-// Install it before the application object is made, which then does not look for another one. It
-// gives the application's palette the window's text colours, and makes menus speak the window's
-// font. Main thread.
+// Set before the QApplication is made, so that Qt does not load another style first. It gives the
+// application's palette the window's text colours, and menus the window's font. Main thread.
 class LauncherStyle final : public QProxyStyle {
 public:
     LauncherStyle();

@@ -16,10 +16,10 @@ namespace tavo {
 namespace {
 
 constexpr int kBesideControl = 4;
-constexpr int kTooMany = 500;  // entries for any screen
+constexpr int kTooMany = 500;  // a menu with more entries is higher than any screen
 constexpr qint64 kTypingPauseMs = 1000;
 
-// A symbol in the colour of the text that it stands beside, as of when it is painted.
+// Draws a symbol in the colour of the text beside it, as the palette is when it is painted.
 class SymbolEngine final : public QIconEngine {
 public:
     SymbolEngine(QString symbol, const QWidget& menu) : symbol_(std::move(symbol)), menu_(&menu) {}
@@ -49,7 +49,7 @@ private:
     QPointer<const QWidget> menu_;
 };
 
-// What an entry says, without the doubling of ampersands.
+// The text of an entry, with doubled ampersands made single.
 QString shownText(const QAction& entry) {
     return QString(entry.text()).replace(QStringLiteral("&&"), QStringLiteral("&"));
 }
@@ -88,7 +88,7 @@ QAction* PopupMenu::addTick(const QString& text, bool ticked, std::function<void
     QAction* const entry = addEntry(text, ticked ? u"checkmark" : QStringView(), std::move(chosen));
     entry->setCheckable(true);
     entry->setChecked(ticked);
-    // Whether it holds is for the owner to say, in the next menu.
+    // Undoes Qt's toggling: only the model changes the state, and the next menu shows it.
     connect(entry, &QAction::toggled, entry, [entry, ticked] {
         const QSignalBlocker quietly(entry);
         entry->setChecked(ticked);
@@ -110,12 +110,12 @@ void PopupMenu::openAt(QPoint globalPosition) {
 
 void PopupMenu::openAt(const QWidget& control) {
     QPoint corner = control.mapToGlobal(QPoint(0, control.height() + kBesideControl));
-    // A menu that has no room anywhere need not be measured, which takes its time.
+    // Measuring so many entries takes time, and the menu has no room above or below anyway.
     if (actions().size() < kTooMany) {
         ensurePolished();
         const QRect screen = control.screen()->availableGeometry();
         const int height = sizeHint().height();
-        // Rather flush with the control's other edge than out of its window.
+        // A menu that would leave the window at the right is aligned with the control's right edge.
         const QWidget& window = *control.window();
         if (corner.x() + sizeHint().width() > window.mapToGlobal(QPoint(window.width(), 0)).x()) {
             corner.setX(control.mapToGlobal(QPoint(control.width(), 0)).x() - sizeHint().width());
@@ -132,10 +132,10 @@ void PopupMenu::setVisible(bool visible) {
     QMenu::setVisible(visible && !isEmpty());
 }
 
-// Pressed by pointer or key, the menus are closed by now; pressed through the accessibility tree,
-// they are still open.
+// Chosen with the pointer or a key, the menus are closed already. Chosen by an accessibility
+// client, they are still open.
 void PopupMenu::choose(const std::function<void()>& chosen) {
-    const auto act = chosen;  // it may outlive the menu
+    const auto act = chosen;  // a copy, because closing the menu may delete it
     for (QWidget* menu = this; dynamic_cast<PopupMenu*>(menu) != nullptr;
          menu = menu->parentWidget()) {
         if (menu->isVisible()) {
@@ -168,7 +168,7 @@ void PopupMenu::goTo(const QString& typed) {
     const QList<QAction*> entries = actions();
     const auto current = std::find(entries.begin(), entries.end(), activeAction());
     const qsizetype from = current == entries.end() ? 0 : current - entries.begin();
-    // The same letter again is the next one that begins with it.
+    // Typing the same letter again moves to the next entry that begins with it.
     const bool next = typed.size() == 1 && current != entries.end();
     for (qsizetype step = next ? 1 : 0; step < entries.size() + (next ? 1 : 0); ++step) {
         QAction* const entry = entries.at((from + step) % entries.size());

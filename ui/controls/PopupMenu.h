@@ -1,4 +1,4 @@
-// The menus that the program opens.
+// The program's menus.
 #pragma once
 
 #include <QElapsedTimer>
@@ -7,32 +7,32 @@
 
 namespace tavo {
 
-// A menu that is made to be opened once: it deletes itself when it closes, and gives the keyboard
-// back to whoever had it. Entries keep their order and their dividers, also at the end. Symbols
-// are tinted like the text beside them, whatever the palette becomes.
+// A menu that is opened once: when it closes, it deletes itself and gives the keyboard focus back
+// to the widget that had it. Separators are kept where they were added, also at the end. Symbols
+// have the colour of the text beside them, also after the palette has changed.
 //
-// However an entry is chosen, by pointer, keyboard or accessibility tree, the menu and all menus it
-// belongs to close first, then what was chosen happens. Letters typed while it is open go to the
-// next entry with a word that begins with them. Main thread.
+// When an entry is chosen (with the pointer, the keyboard or by an accessibility client), the menu
+// and its parent menus close first, then the entry's function is called. A letter typed while the
+// menu is open moves to the next entry with a word that begins with it. Main thread.
 class PopupMenu final : public QMenu {
 public:
-    // `name` is what a screen reader calls it. It belongs to the window of `owner`, which deletes
-    // it if nobody opens it, and is the window's child in the accessibility tree while it is open.
+    // `name` is the accessible name. The window of `owner` is its parent, which deletes the menu if
+    // it is never opened. While it is open it is a child of that window in the accessibility tree.
     PopupMenu(const QString& name, QWidget* owner);
 
-    // An entry with a symbol before its text; an empty one leaves the place blank. In `text` an
-    // ampersand is written twice.
+    // Adds an entry with a symbol before its text. With an empty symbol the space for it stays
+    // free. Ampersands in `text` are doubled, as menuText() does.
     QAction* addEntry(const QString& text, QStringView symbol, std::function<void()> chosen);
 
-    // An entry that says whether something is so. Choosing it changes nothing by itself.
+    // Adds an entry with a tick box. Choosing it calls `chosen` and leaves the tick as it is.
     QAction* addTick(const QString& text, bool ticked, std::function<void()> chosen);
 
-    // An entry that opens another menu. Without entries that menu opens nothing.
+    // Adds an entry that opens a submenu. An empty submenu does not open.
     PopupMenu* addSubmenu(const QString& text);
 
     void openAt(QPoint globalPosition);
 
-    // Below the control, or above it where there is no room below.
+    // Opens below the control, or above it where there is not enough space below.
     void openAt(const QWidget& control);
 
     void setVisible(bool visible) override;

@@ -31,12 +31,12 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 
     auto* const layout = new QHBoxLayout(this);
-    // The line brings two pixels of its own on either side.
+    // QLineEdit adds two pixels on either side.
     layout->setContentsMargins(kFieldPadding + kSymbol + kSymbolSpacing - 2, 0, kFieldPadding - 2,
                                0);
     layout->addWidget(line_);
 
-    // Not textEdited: what an assistive technology puts in is typed as well.
+    // The signal textEdited is not sent for text that an accessibility client puts in.
     connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) {
         if (!showing_) {
             onEdited(text);
@@ -53,7 +53,7 @@ void SearchField::applyAppearance() {
     linePalette.setColor(QPalette::Base, Qt::transparent);
     linePalette.setColor(QPalette::Text, appearance.text);
     linePalette.setColor(QPalette::PlaceholderText, appearance.promptText);
-    linePalette.setColor(QPalette::Highlight, appearance.accentGround);
+    linePalette.setColor(QPalette::Highlight, appearance.accentBackground);
     linePalette.setColor(QPalette::HighlightedText, appearance.textOnAccent);
     line_->setPalette(linePalette);
 }
@@ -91,7 +91,8 @@ QWidget* SearchField::line() const {
     return line_;
 }
 
-// A Return that is held down, or was when a sheet went away, opens nothing more.
+// Ignores repeated Return events, which come while the key is held down: for example one that has
+// just closed a sheet must not open an application.
 bool SearchField::eventFilter(QObject*, QEvent* event) {
     if (event->type() != QEvent::KeyPress) {
         return false;

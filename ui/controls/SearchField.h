@@ -8,20 +8,20 @@ class QLineEdit;
 
 namespace tavo {
 
-// A magnifying glass and a line to type in. Shows the query it is given and reports what is typed;
-// keeps nothing else. Main thread.
+// A magnifying glass and a line edit. Shows the text it is given, and reports what the user types.
+// Main thread.
 class SearchField final : public QWidget {
 public:
     explicit SearchField(QWidget* parent);
 
-    // Does not report back.
+    // Does not call `onEdited`.
     void setText(const QString& text);
     [[nodiscard]] QString text() const;
 
-    // Takes the keyboard, with everything selected when `selectAll`.
+    // Takes the keyboard focus. Selects all of the text if `selectAll`.
     void take(bool selectAll);
 
-    // Hands a key press on to the line, as if typed there.
+    // Handles a key press as if it had been typed in the line edit.
     void type(QKeyEvent& event);
 
     [[nodiscard]] QWidget* line() const;
@@ -41,7 +41,7 @@ private:
     void applyAppearance();
 
     QLineEdit* line_;
-    bool showing_ = false;  // the model's text, which nobody typed
+    bool showing_ = false;  // set while setText() runs, whose text was not typed
 };
 
 }  // namespace tavo

@@ -18,9 +18,9 @@ using namespace metrics;
 
 constexpr int kShadowRadius = 40;
 constexpr int kShadowOffset = 14;
-constexpr double kShadowOpacity = 0.3;  // at the card's edge
+constexpr double kShadowOpacity = 0.3;  // next to the card's edge
 
-// The rounded ground of the sheet's content.
+// The background of the content, with round corners.
 class Card final : public QWidget {
 public:
     using QWidget::QWidget;
@@ -36,12 +36,12 @@ protected:
                                 kSheetRadius);
     }
 
-    // Presses on the card belong to it, not to what moves the window.
+    // Without this the window would take presses on the card for the start of a move.
     void mousePressEvent(QMouseEvent* event) override { event->accept(); }
 };
 
-// The card's shadow, a little below it: rounds of black, each larger than the last and as faint as
-// it takes for all of them to fade out evenly. Nothing is painted that the card covers.
+// The card's shadow: rounded rectangles of faint black on top of one another, each one larger,
+// whose opacities make the shadow fade evenly. The area of the card itself is left out.
 void paintShadow(QPainter& painter, const QRect& card) {
     const auto darkness = [](int reach) {
         const double distance = static_cast<double>(reach) / kShadowRadius;
@@ -94,7 +94,7 @@ void Sheet::present() {
     raise();
     firstFocus().setFocus(Qt::PopupFocusReason);
     coverParent(true);
-    // Return comes here before whatever a focused button would make of it.
+    // For the Return key, which a focused button would handle first otherwise.
     qApp->installEventFilter(this);
     announce(*this, QAccessible::DialogStart);
 }
@@ -106,7 +106,7 @@ void Sheet::withdraw() {
     qApp->removeEventFilter(this);
     announce(*this, QAccessible::DialogEnd);
     coverParent(false);
-    // Before it hides, or the toolkit would look for the next one in here.
+    // Before hiding: else Qt would move the focus to the next widget, in the sheet itself.
     if (returnFocusTo_ != nullptr) {
         returnFocusTo_->setFocus(Qt::PopupFocusReason);
         returnFocusTo_ = nullptr;
@@ -139,7 +139,7 @@ bool Sheet::eventFilter(QObject* object, QEvent* event) {
            takeReturn(qobject_cast<QWidget*>(object), static_cast<const QKeyEvent&>(*event));
 }
 
-// A popup of a control in the sheet is a window of its own, and its keys are.
+// False for keys in popups, such as the list of a combo box, which are windows of their own.
 bool Sheet::takeReturn(const QWidget* receiver, const QKeyEvent& key) {
     if ((key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter) || receiver == nullptr ||
         receiver->window() != window() || (receiver != this && !isAncestorOf(receiver))) {
@@ -151,7 +151,7 @@ bool Sheet::takeReturn(const QWidget* receiver, const QKeyEvent& key) {
     return true;
 }
 
-// The card is there at once; only the shade behind it fades in.
+// The card is shown at once; only the shade behind it fades in.
 void Sheet::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -166,7 +166,7 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
         dismiss();
     } else {
-        // Nothing behind the sheet hears of a key, but the window may still be closed.
+        // Accepts all other keys, so that the window behind handles none but those that close it.
         event->setAccepted(event->keyCombination() != (Qt::CTRL | Qt::Key_Q) &&
                            event->keyCombination() != (Qt::CTRL | Qt::Key_W));
     }
@@ -176,7 +176,7 @@ void Sheet::mousePressEvent(QMouseEvent* event) {
     event->accept();
 }
 
-// Tab goes round within the sheet: the order in which its content was made.
+// Moves along the tab order and skips widgets outside the sheet.
 bool Sheet::focusNextPrevChild(bool next) {
     QWidget* const start = window()->focusWidget();
     QWidget* candidate = start != nullptr && isAncestorOf(start) ? start : card_;

@@ -1,4 +1,4 @@
-// What must be dealt with first, as a sheet inside the window.
+// A modal sheet inside the window.
 #pragma once
 
 #include <QPointer>
@@ -8,37 +8,37 @@
 
 namespace tavo {
 
-// Covers its parent, dims it and shows a card in the middle. While it is there, everything else in
-// the parent is disabled: neither pointer nor keyboard nor screen reader reaches behind it, and Tab
-// stays within. Main thread.
+// Covers its parent, dims it and shows a card in the middle. While it is shown, all other children
+// of the parent are disabled: they get no pointer and no key events, screen readers see them as
+// disabled, and Tab stays inside the sheet. Main thread.
 class Sheet : public QWidget {
 public:
-    // `title` is what screen readers call it. Not shown until present().
+    // `title` is the accessible name. The sheet is hidden until present().
     Sheet(const QString& title, QWidget* parent);
 
-    // Shows it and gives the keyboard to what it wants first.
+    // Shows the sheet and moves the keyboard focus to firstFocus().
     void present();
 
-    // Hides it and gives the keyboard back to whom it was taken from.
+    // Hides the sheet and gives the keyboard focus back to the widget that had it.
     void withdraw();
 
-    // Called when the user wants to be done with it, with Esc for one.
+    // Called when the user wants to close the sheet, for example with Esc.
     std::function<void()> dismiss;
 
 protected:
-    // The ground that the content lies on; it gets a layout from whoever fills it.
+    // The background of the content. The derived class gives it a layout.
     [[nodiscard]] QWidget& card() const { return *card_; }
 
-    // How large the card wants to be, at most `available`.
+    // The size that the card should have, no larger than `available`.
     [[nodiscard]] virtual QSize cardSize(QSize available) const = 0;
 
-    // Who gets the keyboard first.
+    // The widget that gets the keyboard focus when the sheet is shown.
     [[nodiscard]] virtual QWidget& firstFocus() const = 0;
 
-    // Return, wherever the keyboard is in the sheet.
+    // Called for the Return key, whichever widget of the sheet has the keyboard focus.
     virtual void submit() = 0;
 
-    // Sizes and centres the card; to be called when its content changed its size.
+    // Sizes and centres the card. To be called when the content's size has changed.
     void place();
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -52,7 +52,7 @@ private:
     bool takeReturn(const QWidget* receiver, const QKeyEvent& key);
 
     QWidget* card_;
-    QVariantAnimation arrival_;  // of the shade behind the card, from 0 to 1
+    QVariantAnimation arrival_;  // fades the shade in; from 0 to 1
     QPointer<QWidget> returnFocusTo_;
 };
 

@@ -88,7 +88,7 @@ void SymbolButton::paintEvent(QPaintEvent*) {
 }
 
 void SymbolButton::keyPressEvent(QKeyEvent* event) {
-    // Return presses too: people expect it of whatever has the ring.
+    // Qt's buttons react to Space; users expect Return to press the focused button as well.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         if (!event->isAutoRepeat()) {
             click();

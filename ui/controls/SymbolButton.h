@@ -1,27 +1,28 @@
-// A quiet button: a symbol, a text, or both.
+// A button without a frame: a symbol, a text, or both.
 #pragma once
 
 #include <QAbstractButton>
 
 namespace tavo {
 
-// Without a bezel; a faint ground under the pointer, a ring under the keyboard. It is kMargin
-// larger than what it shows on every side, to be easier to hit. Its accessible name is its text,
-// else its tool tip. A text that does not fit ends with an ellipsis; the tool tip then says it all.
+// Has a faint background under the pointer and a ring while it has the keyboard focus. To be easier
+// to hit, it is kMargin larger on every side than what it shows. Its accessible name is its text,
+// else its tool tip. A text that does not fit ends with an ellipsis, and the tool tip has all of
+// it.
 class SymbolButton final : public QAbstractButton {
 public:
     enum class Tone { Normal, Secondary, Destructive };
 
     static constexpr int kMargin = 6;
 
-    // `fontSize` and `symbolSize` in logical pixels. An empty symbol is no symbol.
+    // Without a symbol if `symbol` is empty.
     SymbolButton(QStringView symbol, const QString& text, const QString& toolTip, QWidget* parent);
 
     void setFontSize(int size);
     void setSymbolSize(int size);
     void setTone(Tone tone);
 
-    // The text as far as there is room for it.
+    // The text as it is shown: shortened where it does not fit.
     [[nodiscard]] QString shownText() const;
 
     QSize sizeHint() const override;

@@ -19,7 +19,7 @@ QString TextLabel::shownText() const {
     return wordWrap() ? text() : fitted(text(), fontMetrics(), contentsRect().width());
 }
 
-// A line may be cut; lines below one another may not.
+// A single line may be narrower than its text, which is shortened then; wrapped lines may not.
 QSize TextLabel::minimumSizeHint() const {
     const QSize whole = QLabel::minimumSizeHint();
     return wordWrap() ? whole : QSize(0, whole.height());
@@ -45,7 +45,8 @@ void TextLabel::changeEvent(QEvent* event) {
 
 void TextLabel::applyColor() {
     const QColor color = Appearance(palette()).*color_;
-    // Behind a sheet the window is disabled, but looks as before.
+    // Disabled text has the same colour: behind a sheet the window is disabled, but looks as
+    // before.
     QPalette own = palette();
     own.setColor(QPalette::WindowText, color);
     if (own != palette()) {

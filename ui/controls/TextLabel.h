@@ -1,4 +1,4 @@
-// A text in one of the window's own colours.
+// A label in one of the colours of Appearance.
 #pragma once
 
 #include <QLabel>
@@ -7,15 +7,15 @@
 
 namespace tavo {
 
-// Plain text, whatever it holds. A line that does not fit ends with an ellipsis; with word wrap,
-// whoever places it gives it the height that its lines need. Main thread.
+// Shows plain text, also when it looks like HTML. A single line that does not fit ends with an
+// ellipsis. With word wrap, the layout has to give it the height of all its lines. Main thread.
 class TextLabel final : public QLabel {
 public:
     using Color = QColor Appearance::*;
 
     TextLabel(const QFont& font, Color color, QWidget* parent);
 
-    // The text as far as there is room for it.
+    // The text as it is shown: shortened where it does not fit.
     [[nodiscard]] QString shownText() const;
 
     QSize minimumSizeHint() const override;

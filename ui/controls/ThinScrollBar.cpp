@@ -17,9 +17,9 @@ namespace {
 constexpr int kWidth = 10;
 constexpr int kThumbWidth = 5;
 constexpr int kShortestThumb = 36;
-constexpr int kEnds = 4;      // free above and below the thumb
-constexpr int kNear = 24;     // from the area's edge
-constexpr int kRestMs = 900;  // seen after the last movement
+constexpr int kEnds = 4;           // space above and below the thumb
+constexpr int kNear = 24;          // from the right edge of the area
+constexpr int kFadeDelayMs = 900;  // how long the bar stays after the last movement
 
 }  // namespace
 
@@ -31,7 +31,7 @@ ThinScrollBar::ThinScrollBar(QAbstractScrollArea& area, int gap)
     area.viewport()->installEventFilter(this);
     setAccessibleName(texts::kScrollBar.toString());
     setFocusPolicy(Qt::NoFocus);
-    // The toolkit's own menu for scroll bars speaks another language.
+    // QScrollBar's context menu is not translated into Italian.
     setContextMenuPolicy(Qt::PreventContextMenu);
     setAttribute(Qt::WA_OpaquePaintEvent, false);
     QScrollBar* const mirrored = area.verticalScrollBar();
@@ -43,7 +43,7 @@ ThinScrollBar::ThinScrollBar(QAbstractScrollArea& area, int gap)
     connect(mirrored, &QScrollBar::rangeChanged, this, [this](int least, int most) {
         setRange(least, most);
         if (most <= least) {
-            resting_.stop();
+            fadeDelay_.stop();
             fading_.stop();
             aim_ = 0;
             setOpacity(0);
@@ -71,15 +71,15 @@ bool ThinScrollBar::scrollByPixels(QWheelEvent& event) {
 void ThinScrollBar::reveal() {
     if (maximum() > minimum()) {
         fade(1);
-        restSoon();
+        fadeSoon();
     }
 }
 
-void ThinScrollBar::restSoon() {
+void ThinScrollBar::fadeSoon() {
     if (wanted()) {
-        resting_.stop();
+        fadeDelay_.stop();
     } else if (aim_ > 0) {
-        resting_.start(kRestMs, this);
+        fadeDelay_.start(kFadeDelayMs, this);
     }
 }
 
@@ -102,7 +102,7 @@ void ThinScrollBar::fade(double opacity) {
 
 void ThinScrollBar::setOpacity(double opacity) {
     opacity_ = opacity;
-    // At once there to the pointer, however faint, and until it is gone.
+    // The pointer can use the bar while it fades in or out.
     setVisible(opacity_ > 0 || aim_ > 0);
     update();
 }
@@ -117,7 +117,7 @@ bool ThinScrollBar::eventFilter(QObject* object, QEvent* event) {
             if (near_) {
                 reveal();
             } else {
-                restSoon();
+                fadeSoon();
             }
         }
     }
@@ -132,13 +132,13 @@ bool ThinScrollBar::event(QEvent* event) {
             break;
         case QEvent::Leave:
             over_ = false;
-            restSoon();
+            fadeSoon();
             break;
         case QEvent::Hide:
         case QEvent::EnabledChange:
-            // Whatever the pointer does from now on, nobody will tell.
+            // A bar that gets hidden receives no leave and no release events.
             near_ = over_ = held_ = false;
-            restSoon();
+            fadeSoon();
             break;
         default:
             break;
@@ -147,8 +147,8 @@ bool ThinScrollBar::event(QEvent* event) {
 }
 
 void ThinScrollBar::timerEvent(QTimerEvent* event) {
-    if (event->timerId() == resting_.timerId()) {
-        resting_.stop();
+    if (event->timerId() == fadeDelay_.timerId()) {
+        fadeDelay_.stop();
         fade(0);
     } else {
         QScrollBar::timerEvent(event);
@@ -189,9 +189,9 @@ void ThinScrollBar::mousePressEvent(QMouseEvent* event) {
     const QRect thumb = this->thumb();
     const bool onThumb = y >= thumb.top() && y <= thumb.bottom();
     held_ = true;
-    // Beside it, the thumb comes to the pointer.
+    // A press beside the thumb moves the middle of the thumb to the pointer.
     grip_ = onThumb ? y - thumb.top() : thumb.height() / 2;
-    restSoon();
+    fadeSoon();
     dragTo(y);
 }
 
@@ -204,7 +204,7 @@ void ThinScrollBar::mouseMoveEvent(QMouseEvent* event) {
 void ThinScrollBar::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
         held_ = false;
-        restSoon();
+        fadeSoon();
         update();
     }
 }

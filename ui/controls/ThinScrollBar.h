@@ -1,4 +1,4 @@
-// A slim scroll bar that lies over what it scrolls.
+// A narrow scroll bar that covers the content's edge instead of taking space from it.
 #pragma once
 
 #include <QBasicTimer>
@@ -11,20 +11,21 @@ class QAbstractScrollArea;
 
 namespace tavo {
 
-// Lies at the right edge of `area` and mirrors its vertical scroll bar, which stays switched off:
-// so the content keeps the full width. Seen while the area scrolls or the pointer is near, and
-// only when there is something to scroll; it fades when neither is so, and is then not there to
-// the pointer either. Once hidden it wakes nobody.
+// Lies at the right edge of `area` and follows its vertical scroll bar, which stays hidden, so that
+// the content has the full width. Appears while the area scrolls and while the pointer is near, if
+// there is anything to scroll. Otherwise it fades and is hidden, so that the pointer reaches the
+// content below. A hidden bar runs no timer.
 class ThinScrollBar final : public QScrollBar {
 public:
-    // Keeps `gap` pixels free beside it: at the window's edge, the strip that resizes it.
+    // Keeps `gap` logical pixels free at its right: at the window's edge that strip resizes the
+    // window.
     explicit ThinScrollBar(QAbstractScrollArea& area, int gap = metrics::kResizeEdge);
 
-    // To be called when the area was resized.
+    // To be called when `area` was resized.
     void place();
 
-    // Scrolls the area as far as fingers moved on a touchpad; false when the event does not say
-    // so in pixels and is for the area itself.
+    // Scrolls `area` by the distance that fingers moved on a touchpad. False, with nothing
+    // scrolled, for wheel events without a distance in pixels, which `area` handles itself.
     bool scrollByPixels(QWheelEvent& event);
 
 protected:
@@ -41,7 +42,7 @@ protected:
 private:
     [[nodiscard]] bool wanted() const { return near_ || over_ || held_; }
     void reveal();
-    void restSoon();
+    void fadeSoon();
     void fade(double opacity);
     void setOpacity(double opacity);
     [[nodiscard]] QRect thumb() const;
@@ -49,14 +50,14 @@ private:
 
     QAbstractScrollArea& area_;
     const int gap_;
-    QBasicTimer resting_;  // until it fades
+    QBasicTimer fadeDelay_;  // runs until the bar fades
     QVariantAnimation fading_;
     double opacity_ = 0;
-    double aim_ = 0;     // of the opacity
-    bool near_ = false;  // the pointer, in the area
-    bool over_ = false;  // the pointer, on the bar
+    double aim_ = 0;     // the opacity after fading
+    bool near_ = false;  // whether the pointer is in `area` and near the bar
+    bool over_ = false;  // whether the pointer is on the bar
     bool held_ = false;
-    int grip_ = 0;  // where the thumb is held, from its top
+    int grip_ = 0;  // where in the thumb the pointer holds it, from the thumb's top
 };
 
 }  // namespace tavo

@@ -1,12 +1,12 @@
-// A value that lives elsewhere, to be read and changed in place.
+// Reads and changes a value that is stored elsewhere.
 #pragma once
 
 #include <functional>
 
 namespace tavo {
 
-// What a field shows and where what is typed into it goes. Whoever makes it says what happens when
-// the value is gone.
+// `get` returns the value for a field to show, `set` stores what the user typed. What they do when
+// the value no longer exists is up to the code that makes the binding.
 template<typename Value>
 struct Binding {
     std::function<Value()> get;

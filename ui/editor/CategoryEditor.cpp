@@ -22,7 +22,7 @@ namespace {
 
 using namespace metrics;
 
-// The ground and outline of the list.
+// Paints the background and the outline of the list.
 class ListFrame final : public QWidget {
 public:
     ListFrame(QWidget& list, QWidget* parent) : QWidget(parent) {
@@ -203,7 +203,7 @@ void CategoryEditor::add() {
         return;
     }
     categories_.emplace_back(name);
-    // Back to the field, also from the button, which is disabled once the field is empty.
+    // The focus may be on the Add button, which is disabled once the field is empty.
     newNameField_->setFocus(Qt::OtherFocusReason);
     newNameField_->clear();
     showCategories();
@@ -213,7 +213,8 @@ void CategoryEditor::add() {
 void CategoryEditor::remove(const LauncherCategory& category) {
     const int index = rows_->indexOf(window()->focusWidget());
     if (index >= 0) {
-        // Where nothing scrolls for it; a row that hides with the keyboard would pass it on.
+        // Before the row is deleted, which would pass the focus on to the row after it and scroll
+        // there.
         newNameField_->setFocus(Qt::OtherFocusReason);
     }
     std::erase_if(categories_, [&](const auto& other) { return other.id == category.id; });
@@ -221,7 +222,7 @@ void CategoryEditor::remove(const LauncherCategory& category) {
     if (index < 0) {
         return;
     }
-    // The keyboard was on the row that is gone, or on one that moved.
+    // The row that had the focus is gone or has moved.
     if (!categories_.empty()) {
         rows_->rowAt(std::min(index, rows_->rowCount() - 1), true)
             .controls()
@@ -254,7 +255,7 @@ void CategoryEditor::submit() {
     }
 }
 
-// Row by row, then what is below them. Rows that are not made yet are made on the way.
+// The rows in order, then the widgets below them. Rows that do not exist yet are made on the way.
 bool CategoryEditor::focusNextPrevChild(bool next) {
     QWidget* const focus = window()->focusWidget();
     const int count = static_cast<int>(CategoryEditorRow::kControls);

@@ -21,16 +21,16 @@ namespace tavo {
 
 class CategoryEditorList;
 
-// Renames, nests, adds and deletes categories and edits their keywords on a copy of its own, and
-// hands the whole copy back when the user saves; dismissed any other way it changes nothing. What
-// is typed is taken as it is: whoever is handed the copy repairs it. Main thread.
+// Renames, nests, adds and deletes categories and edits their keywords in a copy, which it passes
+// to `onSave` when the user saves. Closed in any other way, it changes nothing. It does not
+// validate what is typed; the receiver of the copy does. Main thread.
 class CategoryEditor final : public Sheet {
 public:
     using SaveAction = std::function<void(const std::vector<LauncherCategory>& categories,
                                           const StringDictionary& rules)>;
 
-    // `initial` in the order to show, ids unique; `rules` by category id. `onSave` is called at
-    // most once, before dismiss.
+    // `initial` in the order to show, with unique ids. `rules` are the keywords by category id.
+    // `onSave` is called at most once, before `dismiss`.
     CategoryEditor(std::vector<LauncherCategory> initial, StringDictionary rules, TextRules text,
                    SaveAction onSave, QWidget* parent);
 
@@ -41,18 +41,19 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
-    // The bindings look their category up by id on every use, so they stay right while rows come
-    // and go; once it is gone they read as empty and change nothing (a keyword text is kept).
+    // Bindings for a row. They look the category up by its id each time, so that they stay valid
+    // when categories are added or deleted. When the category is gone they read as empty and store
+    // nothing; keywords alone are still stored.
     [[nodiscard]] Binding<std::string> binding(const LauncherCategory& category);
     [[nodiscard]] Binding<std::optional<std::string>> parentBinding(
         const LauncherCategory& category);
     [[nodiscard]] Binding<std::string> ruleBinding(const LauncherCategory& category);
 
-    // The categories that `category` may be placed under: those above it.
+    // The categories that may be the parent of `category`: those before it in the list.
     [[nodiscard]] std::span<const LauncherCategory> parentCandidates(
         const LauncherCategory& category) const;
 
-    // The category of that id in the copy; null when it is gone.
+    // The category of that id in the copy; null when it was deleted.
     [[nodiscard]] LauncherCategory* find(const std::string& id);
 
     void add();
@@ -64,7 +65,7 @@ private:
     QWidget* makeClosingRow();
 
     std::vector<LauncherCategory> categories_;
-    std::unordered_map<std::string, std::size_t> positions_;  // of the categories, by id
+    std::unordered_map<std::string, std::size_t> positions_;  // in `categories_`, by category id
     std::string newName_;
     StringDictionary rules_;
     TextRules text_;
@@ -73,7 +74,7 @@ private:
     CategoryEditorList* rows_ = nullptr;
     QLineEdit* newNameField_ = nullptr;
     QPushButton* addButton_ = nullptr;
-    std::vector<QWidget*> afterRows_;  // what Tab reaches after the rows, in order
+    std::vector<QWidget*> afterRows_;  // the widgets after the rows in tab order
 };
 
 }  // namespace tavo

@@ -14,7 +14,7 @@
 
 namespace tavo {
 
-// What is scrolled: the rows, with a line between two.
+// The widget that is scrolled: the rows, with a separator between two.
 class CategoryEditorList::Content final : public QWidget {
 public:
     explicit Content(CategoryEditorList& rows) : rows_(rows) {}
@@ -43,7 +43,7 @@ private:
 
 namespace {
 
-// A screen reader finds every row, also those that were not made yet.
+// The accessibility tree contains all rows; those that do not exist are made when asked for.
 template<typename Content>
 class RowsInterface final : public QAccessibleWidget {
 public:
@@ -102,7 +102,7 @@ void CategoryEditorList::removeRows(Predicate isOver) {
     });
     for (CategoryEditorRow* const row : over) {
         row->hide();
-        // One of its own buttons may be what led here.
+        // Deleted later, because a signal of its own delete button may have led here.
         row->deleteLater();
     }
 }
@@ -159,7 +159,7 @@ int CategoryEditorList::indexOf(const QWidget* widget) const {
     return -1;
 }
 
-// All rows are as tall as any one; a pixel more is the line between two.
+// The distance between two rows: the height that all rows have, and one pixel for the separator.
 int CategoryEditorList::pitch() {
     if (pitch_ == 0 && !ids_.empty()) {
         CategoryEditorRow*& row = rows_[ids_.front()];
@@ -194,8 +194,8 @@ void CategoryEditorList::makeRowsInView() {
     }
 }
 
-// A screen reader holds on to the rows it was shown; otherwise only those near the view stay, and
-// the one that is typed in.
+// With an accessibility client all rows are kept, because clients keep references to them. Else
+// only the rows near the view are kept, and the one with the keyboard focus.
 void CategoryEditorList::removeRowsOutOfView() {
     if (QAccessible::isActive()) {
         return;

@@ -1,4 +1,4 @@
-// The editor's list of categories.
+// The list of categories in the editor.
 #pragma once
 
 #include <QScrollArea>
@@ -11,8 +11,9 @@ namespace tavo {
 class CategoryEditorRow;
 class ThinScrollBar;
 
-// One row a category, all equally tall, made when they come into view, take the keyboard or are
-// asked for by a screen reader: a list of thousands opens as quickly as a short one. Main thread.
+// A row for each category, all of the same height. A row is made when it is scrolled into view,
+// gets the keyboard focus or is asked for by an accessibility client, so that a list of thousands
+// opens as quickly as a short one. Main thread.
 class CategoryEditorList final : public QScrollArea {
 public:
     using RowMaker = std::function<CategoryEditorRow*(const std::string& id, QWidget* parent)>;
@@ -20,20 +21,20 @@ public:
     CategoryEditorList(RowMaker makeRow, QWidget* parent);
     ~CategoryEditorList() override;
 
-    // The categories to show, by id. Rows of categories that stay are kept.
+    // The ids of the categories to show, in order. Rows of categories that stay are kept.
     void setIds(std::vector<std::string> ids);
 
-    // Makes the rows that exist read everything again.
+    // Makes all existing rows read their values again.
     void refresh();
 
     void scrollToEnd();
 
     [[nodiscard]] int rowCount() const { return static_cast<int>(ids_.size()); }
 
-    // The row at `index`, made if it was not; scrolled to when `reveal`.
+    // The row at `index`, which is made if needed and, if `reveal`, scrolled to.
     CategoryEditorRow& rowAt(int index, bool reveal = false);
 
-    // The row that `widget` is in; -1 when it is in none.
+    // The index of the row that contains `widget`; -1 if none does.
     [[nodiscard]] int indexOf(const QWidget* widget) const;
 
 protected:

@@ -24,12 +24,12 @@ QLineEdit* makeField(QStringView prompt, int fontSize, QWidget* parent) {
     auto* const field = new QLineEdit(parent);
     field->setPlaceholderText(prompt.toString());
     field->setFont(interfaceFont(fontSize));
-    // What is stored may be longer than anybody types; a shorter field would cut it.
+    // Without the default limit of 32,767 characters, which would cut a longer stored text.
     field->setMaxLength(std::numeric_limits<int>::max());
     return field;
 }
 
-// Shows the bound text, and stores whatever is typed or set by an assistive technology.
+// Shows the text of the binding; stores what is typed or what an accessibility client puts in.
 void bindField(QLineEdit& field, const Binding<std::string>& text,
                const std::function<void()>& changed) {
     QObject::connect(&field, &QLineEdit::textChanged, &field, [text, changed](const QString& now) {
@@ -96,7 +96,7 @@ std::array<QWidget*, 4> CategoryEditorRow::controls() const {
     return {name_, position_, rule_, remove_};
 }
 
-// A screen reader hears of which category a field is.
+// The accessible name of each field includes the name of the category.
 void CategoryEditorRow::nameControls() {
     constexpr qsizetype kLongest = 100;
     const QString category = displayText(values_.name.get(), kLongest);

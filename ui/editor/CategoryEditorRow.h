@@ -1,4 +1,4 @@
-// One category in the editor.
+// The row of one category in the editor.
 #pragma once
 
 #include <QWidget>
@@ -18,29 +18,29 @@ namespace tavo {
 class ParentCategoryPicker;
 class SymbolButton;
 
-// Name, position, keywords and the button that deletes. Shows what its bindings read and keeps
-// nothing. Main thread.
+// Fields for name, parent and keywords, and the delete button. Shows what its bindings read and
+// stores nothing itself. Main thread.
 class CategoryEditorRow final : public QWidget {
 public:
     struct Values {
         Binding<std::string> name;
         Binding<std::optional<std::string>> parent;
         Binding<std::string> rule;
-        // What it may be placed under, as of now.
+        // Returns the categories that may be the parent at this moment.
         std::function<std::span<const LauncherCategory>()> parentCandidates;
         std::function<void()> remove;
     };
 
     CategoryEditorRow(Values values, QWidget* parent);
 
-    // Reads everything again.
+    // Reads all values again.
     void refresh();
 
-    // Its fields and buttons in the order of Tab.
+    // The fields and the button, in tab order.
     static constexpr std::size_t kControls = 4;
     [[nodiscard]] std::array<QWidget*, kControls> controls() const;
 
-    // Called when the user changed the name: other rows may show it.
+    // Called when the user has changed the name, which other rows may show as a parent.
     std::function<void()> onRenamed = [] {};
 
 protected:

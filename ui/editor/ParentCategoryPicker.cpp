@@ -20,26 +20,28 @@ QString subcategoryText(const LauncherCategory& parent) {
 
 }  // namespace
 
-// Keeps no copy of the candidates: with thousands of categories, each row's would be thousands too.
+// The entries, read from the candidates on demand: with thousands of categories, a copy in each
+// row's combo box would take millions of strings.
 class ParentCategoryPicker::Entries final : public QAbstractListModel {
 public:
     Entries(const Candidates& candidates, QObject* parent)
         : QAbstractListModel(parent), candidates_(candidates) {}
 
-    // Between a change of the candidates and this, entries that are gone read as empty.
+    // To be called after the candidates have changed. Until then entries that are gone read as
+    // empty.
     void refresh() {
         beginResetModel();
         count_ = static_cast<int>(candidates_().size());
         endResetModel();
     }
 
-    // The parent that the entry at `index` stands for; null for the top level.
+    // The id of the parent that the entry at `index` stands for; null for the top level.
     [[nodiscard]] const std::string* parentAt(int index) const {
         const LauncherCategory* const category = candidateAt(index);
         return category == nullptr ? nullptr : &category->id;
     }
 
-    // The entry that stands for `parent`; -1 when there is none.
+    // The entry that stands for `parent`; -1 if there is none.
     [[nodiscard]] int indexOf(const std::optional<std::string>& parent) const {
         if (!parent) {
             return 0;
@@ -84,12 +86,12 @@ ParentCategoryPicker::ParentCategoryPicker(Binding<std::optional<std::string>> p
       candidates_(std::move(candidates)),
       entries_(new Entries(candidates_, this)) {
     setAccessibleRole(*this, QAccessible::ComboBox);
-    // Else every entry would be measured before the first frame.
+    // The default policy measures all entries before the first frame.
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(1);
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     setFocusPolicy(Qt::TabFocus);
-    // Before it has entries: another font has each of them measured.
+    // Set before the combo box has entries, because a change of the font measures all of them.
     setFont(interfaceFont(metrics::kCaption));
     setModel(entries_);
     connect(this, &QComboBox::activated, this, [this](int index) {
@@ -119,7 +121,7 @@ void ParentCategoryPicker::pressItem(int index) {
     hidePopup();
 }
 
-// As wide as its text, so that long names are cut only by the row.
+// As wide as the text, so that a long name is shortened only when the row is too narrow.
 QSize ParentCategoryPicker::sizeHint() const {
     constexpr int kFrameAndArrow = 40;
     return {std::max(metrics::kSmallestPicker,
@@ -127,7 +129,7 @@ QSize ParentCategoryPicker::sizeHint() const {
             QComboBox::sizeHint().height()};
 }
 
-// The wheel scrolls the list that the picker is in; nobody means to move a category with it.
+// The wheel scrolls the list of rows instead of changing the entry, which users do by accident.
 void ParentCategoryPicker::wheelEvent(QWheelEvent* event) {
     event->ignore();
 }

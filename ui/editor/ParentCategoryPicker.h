@@ -1,4 +1,4 @@
-// The picker of a category's place in the tree.
+// The combo box for a category's parent.
 #pragma once
 
 #include <QComboBox>
@@ -13,8 +13,8 @@
 
 namespace tavo {
 
-// Offers the top level and every candidate, as of the last refresh. A parent that is no candidate
-// shows as nothing, and stays until another is picked. Main thread.
+// Offers the top level and all candidates, as they were at the last refresh(). A parent that is not
+// among the candidates shows as empty and is kept until the user picks another one. Main thread.
 class ParentCategoryPicker final : public QComboBox, public AccessibleItems {
 public:
     using Candidates = std::function<std::span<const LauncherCategory>()>;
@@ -22,12 +22,12 @@ public:
     ParentCategoryPicker(Binding<std::optional<std::string>> parentID, Candidates candidates,
                          QWidget* parent);
 
-    // Reads candidates and choice again.
+    // Reads the candidates and the current parent again.
     void refresh();
 
     QSize sizeHint() const override;
 
-    // To a screen reader it is a combo box with its choices, each of which can be pressed.
+    // For screen readers: a combo box whose entries can be pressed.
     int itemCount() const override { return count(); }
     const std::string& itemKey(int index) const override;
     QString itemName(int index) const override { return itemText(index); }

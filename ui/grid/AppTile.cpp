@@ -21,7 +21,7 @@ namespace {
 
 using namespace metrics;
 
-// The font of the names, for as long as the desktop keeps its interface font.
+// The font of the names and its measurements, made again when the desktop's font changes.
 struct NameFont {
     NameFont() : base(QGuiApplication::font()), font(interfaceFont(kTileName)), metrics(font) {}
 
@@ -61,13 +61,13 @@ QRect AppTile::iconRect(const QRect& tile) {
 }
 
 QRect AppTile::mainRect(const QRect& tile) {
-    // Reaches into the spaces beside a narrow tile, as its name may.
+    // Extends into the spaces beside a narrow tile, as a long name may.
     return {tile.center().x() - kLargestName / 2, tile.top(), kLargestName,
             kIconSide + kTileSpacing + nameHeight()};
 }
 
 QRect AppTile::starRect(const QRect& tile) {
-    // Wider than the star: a target of twelve pixels is hard to hit.
+    // Wider than the star, which would be hard to hit at twelve pixels.
     constexpr int kTarget = 24;
     return {tile.center().x() - kTarget / 2, tile.bottom() + 1 - kStarHeight - kTileSpacing / 2,
             kTarget, kStarHeight + kTileSpacing};

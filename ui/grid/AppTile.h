@@ -20,14 +20,14 @@ namespace tavo {
 struct Appearance;
 class PopupMenu;
 
-// A view of plain values, made by the grid for the rows in view and thrown away when the model
-// changes; everything it does goes out through its closures. All it keeps of its own is whether
-// the pointer is over it, and what it measured. Main thread.
+// A tile as a plain value. The grid makes it for the rows in view and discards it when the model
+// changes; all actions go through its closures. Of its own it keeps only whether the pointer is
+// over it, and measurements. Main thread.
 struct AppTile {
     AppItem app;
     bool favorite = false;
     bool hidden = false;
-    std::vector<LauncherCategory> categories;  // offered in the menu, in this order
+    std::vector<LauncherCategory> categories;  // offered in the menu in this order
     std::set<std::string> assignedCategoryIDs;
     std::function<void()> launch;
     std::function<void()> toggleFavorite;
@@ -36,37 +36,39 @@ struct AppTile {
 
     bool hovering = false;
 
-    // Also the tool tip of the main area.
+    // The accessible name, and the tool tip of the main area.
     [[nodiscard]] QString accessibleName() const;
-    // What a press of the star would do.
+    // The tool tip of the star says what pressing it will do.
     [[nodiscard]] QString starToolTip() const { return starName(favorite); }
     static QString starName(bool favorite);
 
-    // The star is shown on favourites, and on the others under the pointer.
+    // The star is shown on favourites and, under the pointer, on all other tiles.
     [[nodiscard]] bool showsStar() const { return hovering || favorite; }
 
-    // How far the shadow, a long name and the keyboard's frame may reach beyond the tile.
+    // How far the icon's shadow, a long name and the focus ring may extend beyond the tile.
     static constexpr int kReach = 13;
 
-    // All tiles are equally tall, with or without their star.
+    // The height of all tiles, with and without a star.
     static int height();
 
-    // Areas within `tile`. The main area takes the click that opens.
+    // Areas inside `tile`. A click on the main area opens the application.
     static QRect iconRect(const QRect& tile);
     static QRect mainRect(const QRect& tile);
     static QRect starRect(const QRect& tile);
 
     struct Look {
         const Appearance& appearance;
-        const QImage* icon = nullptr;  // with its shadow; null leaves the place empty
-        bool current = false;          // the keyboard's tile
+        const QImage* icon = nullptr;  // with its shadow; null until it is loaded
+        bool current = false;          // whether the keyboard focus is on this tile
     };
     void paint(QPainter& painter, const QRect& tile, const Look& look) const;
 
-    // Fills `menu` with the marks: hidden, favourite, categories. Its entries keep what they need.
+    // Fills `menu` with the entries for favourite, hidden and the categories. The entries keep
+    // copies of all that they need.
     void fillMenu(PopupMenu& menu) const;
 
-    // The name as it was last painted: measuring it costs more than painting.
+    // The name as it was last painted, shortened. Kept, because measuring it takes longer than
+    // painting it.
     mutable QString shownName = {};
 
 private:

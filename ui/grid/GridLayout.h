@@ -1,4 +1,4 @@
-// Where the tiles of the grid stand.
+// Computes where the tiles of the grid are.
 #pragma once
 
 #include <QPoint>
@@ -6,12 +6,12 @@
 
 namespace tavo {
 
-// As many columns of 100 to 130 as fit with 20 between them, centred, inside a padding of 28; rows
-// 24 apart. Pure geometry in logical pixels from the top left corner of the whole content.
+// As many columns of 100 to 130 as fit with 20 between them, centred inside a padding of 28, with
+// 24 between rows. In logical pixels, relative to the top left corner of the scrolled content.
 struct GridLayout {
-    int width = 0;  // of the view
+    int width = 0;  // the width of the viewport
     int tileHeight = 0;
-    int count = 0;  // tiles
+    int count = 0;  // the number of tiles
 
     [[nodiscard]] int columns() const;
     [[nodiscard]] int rows() const;
@@ -21,11 +21,11 @@ struct GridLayout {
 
     [[nodiscard]] QRect tile(int index) const;
 
-    // The tile at a point of the content, or -1.
+    // The tile at `point` of the content, or -1.
     [[nodiscard]] int tileAt(QPoint point) const;
 
-    // The first tile of the first row, and the one past the last of the last row, that touch
-    // `top` to `bottom`, with one row more on either side.
+    // The tiles from `first` up to but not including `end`: those of all rows between the heights
+    // `top` and `bottom`, and of one row before and after.
     struct Range {
         int first = 0;
         int end = 0;

@@ -17,14 +17,14 @@ namespace {
 
 constexpr unsigned kMostWorkers = 2;
 
-// Enough for a large window and a screen of scrolling either way; more would be memory that
-// nobody looks at, since an icon comes back from the disk in no time.
+// Enough for a large window and a screen of scrolling in either direction. More would only take
+// memory, as an icon is read from the disk again within milliseconds.
 constexpr std::size_t kMostIcons = 96;
 
 constexpr double kShadowOpacity = 0.15;
 
-// One pass of a box blur down the columns of a square, all columns at once, so that the compiler
-// takes several in a step.
+// One pass of a box blur along the columns of a square picture. Handles all columns of a row
+// together, which the compiler vectorizes.
 void blurDown(const std::vector<float>& from, std::vector<float>& to, int side, int radius) {
     const float weight = 1.0F / static_cast<float>(2 * radius + 1);
     const auto row = [side](int y) {
@@ -89,7 +89,8 @@ QImage withShadow(const QImage& icon, double scale) {
             alpha[at(x + margin, y + margin + offset)] = static_cast<float>(qAlpha(line[x]));
         }
     }
-    // Three box blurs are a Gaussian to the eye. A shadow's radius is twice its deviation.
+    // Three box blurs look like a Gaussian blur. Its standard deviation is half the shadow's
+    // radius.
     const double deviation = metrics::kIconShadowRadius * scale / 2;
     const int radius = std::max(1, static_cast<int>(std::lround(deviation * 0.94)));
     std::vector<float> other(area);
@@ -201,7 +202,8 @@ void IconLoader::startWorkers() {
                 QImage image = withShadow(toImage(icon), request.scale);
                 lock.lock();
                 shared->answers.push_back({std::move(request), std::move(image)});
-                // One wake-up serves all the answers that gather until the main thread comes.
+                // The first answer in the list wakes the main thread, which then takes all answers
+                // at once.
                 if (shared->answers.size() == 1) {
                     mainQueue_.async([this, weak = std::weak_ptr(shared)] {
                         if (weak.lock()) {
@@ -221,7 +223,7 @@ void IconLoader::takeAnswers() {
         answers.swap(shared_->answers);
     }
     for (Answer& answer : answers) {
-        // One that was asked for before the window came to a screen of another scale.
+        // An icon for an earlier scale is of use only while there is no icon at all.
         if (answer.request.scale != scale_ && icons_.contains(answer.request.path)) {
             continue;
         }

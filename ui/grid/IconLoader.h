@@ -1,4 +1,4 @@
-// Icons for the tiles in view, made ready off the main thread.
+// Loads the icons of the tiles in view on other threads.
 #pragma once
 
 #include <QImage>
@@ -19,35 +19,35 @@ namespace tavo {
 class IconSource;
 class MainQueue;
 
-// Asks the IconSource on threads of its own, adds the shadow, and keeps what the tiles in view
-// and those around them need. Main thread, apart from its workers. An icon that is not there yet
-// is simply not found; `loaded` says when it is.
+// Asks an IconSource for icons on worker threads, adds the shadow, and keeps the icons of the tiles
+// in view and of those around them. Main thread, apart from its workers.
 class IconLoader {
 public:
-    // Both outlive the loader.
+    // `source` and `mainQueue` outlive the loader.
     IconLoader(IconSource& source, MainQueue& mainQueue);
     ~IconLoader();
     IconLoader(const IconLoader&) = delete;
     IconLoader& operator=(const IconLoader&) = delete;
 
-    // What is in view now, the most urgent first, at `scale`. Replaces what was asked for before
-    // and has not been begun.
+    // Loads the icons of `paths` for a device pixel ratio of `scale`, in this order. Replaces
+    // earlier requests, except those that a worker has begun.
     void want(const std::vector<std::string>& paths, double scale);
 
-    // The icon with its shadow: marginPixels(scale) larger than the icon on every side, its device
-    // pixel ratio set to its scale. Until it has arrived at the scale last wanted, as it was at
-    // another; null when it is not there at all yet.
+    // The icon with its shadow, marginPixels(scale) larger than the icon on every side; its device
+    // pixel ratio is its scale. After a change of scale the icon of the old scale, until the new
+    // one is loaded. Null if there is none yet.
     [[nodiscard]] const QImage* find(const std::string& path) const;
 
-    // What the shadow needs around the icon: in logical pixels, and in those of a picture.
+    // The space for the shadow on each side of an icon: in logical pixels, and in device pixels at
+    // `scale`.
     static int margin();
     static int marginPixels(double scale);
 
-    // The icons may have changed: each is asked for anew when it is next wanted, and shown as it
-    // was until then.
+    // To be called when icons may have changed. Each icon is loaded again the next time that it is
+    // wanted, and the old one is used until then.
     void refresh();
 
-    // The path whose icon has arrived.
+    // Emitted with the path whose icon has been loaded.
     Signal<const std::string&> loaded;
 
 private:
@@ -75,16 +75,16 @@ private:
     MainQueue& mainQueue_;
     std::unordered_map<std::string, Loaded> icons_;
     std::vector<std::string> wanted_;
-    double scale_ = 1;  // last wanted
+    double scale_ = 1;  // that of the last want()
     std::uint64_t generation_ = 0;
 
-    // Between the main thread and the workers, which also ends the answers of a loader that is
-    // gone.
+    // Shared with the workers. A worker that finishes after the loader is destroyed finds that out
+    // here and drops its icon.
     std::shared_ptr<Shared> shared_;
     std::vector<std::thread> workers_;
 };
 
-// `icon` with the tile's shadow around it. Any thread.
+// `icon` with the shadow of a tile around it. Any thread.
 QImage withShadow(const QImage& icon, double scale);
 
 }  // namespace tavo

@@ -26,7 +26,7 @@ TileGrid::TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent)
       appearance_(palette()),
       scrollBar_(new ThinScrollBar(*this)) {
     setFrameShape(QFrame::NoFrame);
-    // By the keyboard only: a click acts, and typing goes on in the search.
+    // Not by clicking: a click opens an application, and typing goes on in the search field.
     setFocusPolicy(Qt::TabFocus);
     setAccessibleName(texts::kApplications.toString());
     viewport()->setAutoFillBackground(false);
@@ -54,20 +54,20 @@ void TileGrid::setApps(std::vector<AppItem> apps) {
     apps_ = std::move(apps);
     tiles_.clear();
     if (sameItems) {
-        announceMarks(*this);
+        announceItemDetails(*this);
         viewport()->update();
         return;
     }
     if (current_ >= 0) {
         const int found = indexOf(currentPath);
-        // The next one takes the place of one that is gone.
+        // After the tile with the focus is removed, the tile that follows it gets the focus.
         current_ = found >= 0 ? found : std::min(current_, itemCount() - 1);
     }
     hovered_ = hoveredPath.empty() ? -1 : indexOf(hoveredPath);
     layout_.count = itemCount();
     announceItems(*this);
     relayout();
-    // Nobody can be where there is nothing.
+    // An empty grid must not take the keyboard focus.
     setFocusPolicy(apps_.empty() ? Qt::NoFocus : Qt::TabFocus);
     if (hasFocus() && apps_.empty()) {
         onLeaveUp();
@@ -176,14 +176,14 @@ void TileGrid::pressItemButton(int index) {
 }
 
 void TileGrid::updateTile(int index) {
-    // The shadow and the keyboard's frame reach beyond the tile.
+    // The icon's shadow and the focus ring extend beyond the tile.
     viewport()->update(itemRect(index).adjusted(-AppTile::kReach, -AppTile::kReach, AppTile::kReach,
                                                 AppTile::kReach));
 }
 
 void TileGrid::paintEvent(QPaintEvent* event) {
     if (iconScale_ != devicePixelRatioF()) {
-        wantIcons();  // the window has come to a screen of another scale
+        wantIcons();  // the window is on a screen of another scale now
     }
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
@@ -229,14 +229,16 @@ TileGrid::Target TileGrid::targetAt(QPoint viewportPoint) const {
     return {index, AppTile::mainRect(tile).contains(point) ? Part::Main : Part::None};
 }
 
-// Where the pointer is, or was when the tiles moved under it. Remembered, because asking the
-// display for it would take a round trip for each step of scrolling.
+// Updates the hovered tile for a pointer at that point, also after tiles have moved under it. The
+// point is remembered, because asking the X11 server for it takes a round trip at each step of
+// scrolling.
 void TileGrid::pointerAt(std::optional<QPoint> viewportPoint) {
     pointer_ = viewportPoint;
     setHovered(pointer_ && isEnabled() ? targetAt(*pointer_).index : -1);
 }
 
-// For the moments when something that lay over the grid is gone and nobody tells.
+// Asks for the pointer's position. Needed when something that covered the grid has closed, after
+// which Qt sends no enter event.
 void TileGrid::findPointer() {
     if (QApplication::activePopupWidget() != nullptr) {
         return;
@@ -254,7 +256,7 @@ void TileGrid::watchPopup() {
 
 bool TileGrid::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::Hide && object != viewport()) {
-        // Only once it is really gone.
+        // After the popup is hidden, when widgetAt() no longer finds it.
         QMetaObject::invokeMethod(
             this, [this] { findPointer(); }, Qt::QueuedConnection);
     }
@@ -270,7 +272,7 @@ void TileGrid::setHovered(int index) {
         if (changed >= 0 && changed < itemCount()) {
             tileAt(changed).hovering = changed == hovered_;
             updateTile(changed);
-            announceMarks(*this, changed);
+            announceItemDetails(*this, changed);
         }
     }
 }
@@ -308,8 +310,8 @@ void TileGrid::scrollTo(int index) {
     }
 }
 
-// The toolkit says that the list has the keyboard after it has given it; which item has it is to
-// be the last word.
+// Delayed, because Qt first announces the focus of the list as a whole, and screen readers go by
+// the last announcement.
 void TileGrid::announceFocusSoon() {
     QMetaObject::invokeMethod(
         this,
@@ -333,7 +335,7 @@ int TileGrid::stepped(int key) const {
         case Qt::Key_Up:
             return current_ - columns;
         case Qt::Key_Down:
-            // From above a shorter last row: to its end, not nowhere.
+            // Down from above a shorter last row goes to the last tile.
             return current_ / columns == last / columns ? current_
                                                         : std::min(last, current_ + columns);
         case Qt::Key_Home:
@@ -371,14 +373,14 @@ void TileGrid::keyPressEvent(QKeyEvent* event) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
         case Qt::Key_Space:
-            // Once, however long it is held down.
+            // Opens the application once while the key is held down.
             if (!event->isAutoRepeat()) {
                 scrollTo(current_);
                 pressItem(current_);
             }
             break;
         case Qt::Key_F10:
-            // The toolkit makes a menu event of the Menu key only.
+            // Qt makes context menu events for the Menu key only.
             if (event->modifiers().testFlag(Qt::ShiftModifier)) {
                 showItemMenu(current_);
             } else {
@@ -404,7 +406,7 @@ bool TileGrid::viewportEvent(QEvent* event) {
         pointerAt(static_cast<QEnterEvent*>(event)->position().toPoint());
     } else if (event->type() == QEvent::Leave) {
         pointerAt(std::nullopt);
-        // For a menu that is about to open, perhaps; it will not tell when it closes.
+        // A menu may be about to open. When it closes, Qt sends no enter event.
         QMetaObject::invokeMethod(
             this, [this] { watchPopup(); }, Qt::QueuedConnection);
     } else if (event->type() == QEvent::ToolTip) {
@@ -430,11 +432,11 @@ void TileGrid::wheelEvent(QWheelEvent* event) {
 
 void TileGrid::mouseMoveEvent(QMouseEvent* event) {
     const QPoint point = event->position().toPoint();
-    // Tiles that move under a resting pointer make events too.
+    // Qt also sends move events when tiles scroll under a pointer that does not move.
     const bool moved = pointer_ && *pointer_ != point;
     pointerAt(point);
     if (moved && hasFocus() && hovered_ >= 0 && event->buttons() == Qt::NoButton) {
-        moveCurrent(hovered_);  // without scrolling: nothing may move under the pointer
+        moveCurrent(hovered_);  // does not scroll, so that no tile moves under the pointer
     }
 }
 
@@ -445,14 +447,15 @@ void TileGrid::mousePressEvent(QMouseEvent* event) {
     pressedPath_ = pressed ? app(target.index).url.path : std::string();
 }
 
-// A quick second press is a press; left alone, it would go on to whoever moves the window.
+// The second press of a double click is a press like the first. Passed on, it would start a move of
+// the window.
 void TileGrid::mouseDoubleClickEvent(QMouseEvent* event) {
     mousePressEvent(event);
 }
 
 void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
     const Target target = targetAt(event->position().toPoint());
-    // The same application, wherever its tile has moved meanwhile.
+    // The tile may have moved since the press: the application must be the same one.
     if (event->button() != Qt::LeftButton || target.part == Part::None ||
         target.part != pressedPart_ || app(target.index).url.path != pressedPath_) {
         return;
@@ -490,8 +493,8 @@ void TileGrid::focusInEvent(QFocusEvent* event) {
     if (apps_.empty()) {
         return;
     }
-    // Only whoever comes by Tab has to be shown where he is; when the window or a closed menu gives
-    // the keyboard back, nothing may move under the pointer.
+    // Scrolls only for Tab. When the window or a closed menu gives the focus back, the tiles under
+    // the pointer must not move.
     if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
         setCurrent(std::max(0, current_));
     }
@@ -527,7 +530,7 @@ void TileGrid::changeEvent(QEvent* event) {
             relayout();
             break;
         case QEvent::EnabledChange:
-            // Behind a sheet nothing is under the pointer.
+            // A disabled grid is behind a sheet, and so is not under the pointer.
             pressedPart_ = Part::None;
             if (isEnabled()) {
                 findPointer();

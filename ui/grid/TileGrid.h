@@ -20,30 +20,30 @@ namespace tavo {
 class IconLoader;
 class ThinScrollBar;
 
-// Shows the applications it is given and makes tiles only for the rows in view and one row above
-// and below. It keeps what is its own: scroll position, the tile under the pointer, the keyboard's
-// tile. Main thread.
+// Shows applications, and makes tiles only for the rows in view and one row above and below. Keeps
+// the scroll position, the tile under the pointer and the tile with the keyboard focus; all else is
+// in the model. Main thread.
 class TileGrid final : public QAbstractScrollArea, public AccessibleItems {
 public:
     using TileMaker = std::function<AppTile(const AppItem&)>;
 
-    // `icons` outlives the grid. `makeTile` is called for each tile that comes into view.
+    // `icons` outlives the grid. `makeTile` is called for each tile that is scrolled into view.
     TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent);
 
-    // Whether an application is a favourite, where that is known without making its tile.
+    // Tells whether an application is a favourite without making its tile, if set.
     std::function<bool(const AppItem&)> isFavorite;
 
-    // The applications to show from now on, with their present marks. The keyboard's tile stays
-    // with its application.
+    // The applications to show, in order. To be called again whenever something about them changes,
+    // such as a favourite. The keyboard focus stays with its application.
     void setApps(std::vector<AppItem> apps);
 
-    // Back to the first tile; for a list that answers another question than the last one.
+    // Scrolls to the first tile. To be called after a new search or another category.
     void startAnew();
 
-    // Takes the keyboard, coming from above.
+    // Takes the keyboard focus at the first tile, for a user who comes from the search field.
     void enter();
 
-    // Called when the keyboard leaves the grid upwards.
+    // Called when the user leaves the grid with Up from the first row.
     std::function<void()> onLeaveUp;
 
     int itemCount() const override { return static_cast<int>(apps_.size()); }
@@ -56,7 +56,7 @@ public:
     void focusItem(int index) override;
     bool itemsHaveMenus() const override { return true; }
     void showItemMenu(int index) override;
-    // The star, while it is shown.
+    // The star, while the tile shows it.
     std::optional<Button> itemButton(int index) const override;
     void pressItemButton(int index) override;
 
@@ -79,7 +79,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    // Where on a tile the pointer acts.
+    // The area of a tile that the pointer is over.
     enum class Part { None, Main, Star };
     struct Target {
         int index = -1;
@@ -118,10 +118,12 @@ private:
     ThinScrollBar* scrollBar_;
     GridLayout layout_;
     std::vector<AppItem> apps_;
-    std::map<int, AppTile> tiles_;   // those in view, made when first painted
-    double iconScale_ = 0;           // at which the icons in view were asked for
-    int current_ = -1;               // the keyboard's tile
-    std::optional<QPoint> pointer_;  // in the viewport, while nothing covers it there
+    std::map<int, AppTile>
+        tiles_;             // made when a tile is first painted, and dropped when it is out of view
+    double iconScale_ = 0;  // the device pixel ratio that icons were last wanted for
+    int current_ = -1;      // the tile with the keyboard focus, or -1
+    std::optional<QPoint> pointer_;  // the pointer in the viewport; empty while it is elsewhere or
+                                     // something covers the grid
     int hovered_ = -1;
     Part pressedPart_ = Part::None;
     std::string pressedPath_;

@@ -12,13 +12,13 @@ QColor withAlpha(QColor color, double alpha) {
     return color;
 }
 
-// The least favourable of what can be seen through a translucent material: light grounds are at
-// their darkest over black, dark ones at their lightest over white.
+// The opaque colour on which text is hardest to read while something shows through `material`: a
+// light material over black, a dark one over white.
 QColor worst(const QColor& material, bool dark) {
     return over(material, dark ? Qt::white : Qt::black);
 }
 
-// White, as people know it from other desktops, unless the accent is too pale for it.
+// White, as on other desktops, unless the accent is too pale for it.
 QColor textOn(const QColor& accent, const QColor& darkText) {
     return contrast(accent, Qt::white) >= kSymbolContrast ? QColor(Qt::white) : darkText;
 }
@@ -52,24 +52,25 @@ Appearance::Appearance(const QPalette& palette)
       star(255, 204, 0),
       starOutline(dark ? QColor(Qt::transparent) : QColor(140, 106, 0)) {
     material.setAlpha(palette.color(QPalette::Active, QPalette::Window).alpha());
-    const QColor ground = worst(material, dark);
-    const QColor recessed = over(recess, ground);
+    const QColor background = worst(material, dark);
+    const QColor recessed = over(recess, background);
 
     accent = legible(palette.color(QPalette::Active, QPalette::Highlight),
-                     {ground, over(hover, ground), recessed, sheet, list, field, button},
+                     {background, over(hover, background), recessed, sheet, list, field, button},
                      kSymbolContrast);
     selection = withAlpha(accent, 0.24);
-    const QColor selectedTile = over(selection, ground);
+    const QColor selectedTile = over(selection, background);
     accentOnSelection = legible(
         accent, {recessed, over(selection, recessed), selectedTile, sheet, list}, kSymbolContrast);
     focusRing = accentOnSelection;
     textOnAccent = textOn(accent, QColor(28, 28, 31));
-    accentGround = legible(accent, {textOnAccent}, kTextContrast);
+    accentBackground = legible(accent, {textOnAccent}, kTextContrast);
 
-    secondaryText = legible(secondaryText, {ground, over(footer, ground), sheet}, kTextContrast);
+    secondaryText =
+        legible(secondaryText, {background, over(footer, background), sheet}, kTextContrast);
     secondaryText = legible(secondaryText, {selectedTile}, kSymbolContrast);
     if (!dark) {
-        starOutline = legible(starOutline, {ground, selectedTile}, kSymbolContrast);
+        starOutline = legible(starOutline, {background, selectedTile}, kSymbolContrast);
     }
 }
 
@@ -77,7 +78,7 @@ QPalette paletteOfLook(bool dark) {
     QPalette palette;
     palette.setColor(QPalette::Window, dark ? Qt::black : Qt::white);
     const Appearance look(palette);
-    // The toolkit derives its bevels from these two.
+    // Qt derives the colours of its bevels from these two.
     const QPalette derived(look.button, look.material);
     for (const QPalette::ColorRole role :
          {QPalette::Light, QPalette::Midlight, QPalette::Dark, QPalette::Mid, QPalette::Shadow}) {

@@ -7,39 +7,39 @@
 
 namespace tavo {
 
-// How much of a window's ground is opaque where the desktop blends windows: nearly all of it, or
-// less where what lies behind is blurred.
+// The opacity of a window's background where the desktop blends windows. Lower where the desktop
+// blurs what is behind the window, as a blurred desktop does not disturb the text.
 inline constexpr double kPlainMaterial = 0.97;
 inline constexpr double kBlurredMaterial = 0.9;
 
-// A value, made anew whenever the palette changes. The palette's window colour says whether the
-// look is dark and, by its opacity, how much of what lies behind the window shines through; its
-// highlight is the accent; the neutral colours are the window's own.
+// The colours that follow from one palette. Made again whenever the palette changes. The palette's
+// Window colour says whether the look is dark; its alpha is the opacity of the window's background.
+// The palette's Highlight is the accent. All other colours are fixed here.
 //
-// Whatever accent a user has chosen, and whatever shines through: text reaches a contrast of 4.5 on
-// each ground it is meant for, symbols and large text 3. An accent that is too pale or too dark for
-// that is made darker or lighter by as much as it takes.
+// Text has a contrast of at least 4.5 on each background that it is meant for, symbols and large
+// text have 3, whatever is behind the translucent window. An accent that is too pale or too dark
+// for that is made darker or lighter, by no more than needed.
 struct Appearance {
     explicit Appearance(const QPalette& palette);
 
     bool dark;
 
     // The window.
-    QColor material;  // its ground; may be translucent
+    QColor material;  // the window's background; may be translucent
     QColor recess;    // over the material: sidebar, search field
     QColor footer;    // over the material
     QColor border;    // its outline
-    QColor dim;       // over everything behind a sheet
+    QColor dim;       // over the rest of the window while a sheet is open
 
-    // What lies above it: the sheets, the menus. Opaque.
+    // Sheets and menus. Opaque.
     QColor sheet;
     QColor sheetBorder;
     QColor menu;
     QColor menuBorder;
-    QColor list;       // the ground of a list in a sheet
-    QColor separator;  // a list's outline and the lines in lists and menus
+    QColor list;       // the background of a list in a sheet
+    QColor separator;  // the outline of a list; the lines in lists and menus
 
-    // Controls, in a sheet or in a list in it. Opaque but for what lies over them.
+    // Controls in sheets. Opaque, except `pressed` and `hover`, which are painted over them.
     QColor field;
     QColor fieldBorder;
     QColor button;
@@ -51,25 +51,26 @@ struct Appearance {
     // Text and symbols.
     QColor text;
     QColor secondaryText;
-    QColor promptText;  // of empty fields; quieter than what is typed into any of them
+    QColor promptText;  // in empty fields; fainter than typed text
     QColor disabledText;
-    QColor destructive;  // symbols of what deletes
+    QColor destructive;  // symbols of buttons that delete
     QColor star;
-    QColor starOutline;  // around the star, which alone is too pale in the light; else transparent
+    QColor starOutline;  // around the star, which is too pale on a light background; transparent in
+                         // the dark look
 
-    // The accent.
+    // Made from the accent.
     QColor accent;             // symbols and lines
-    QColor selection;          // behind the selected row, over the recess; behind a tile
-    QColor accentOnSelection;  // symbols and lines in it
-    QColor accentGround;       // default button, the menu's current entry, selected text
-    QColor textOnAccent;       // on accentGround
+    QColor selection;          // behind the selected row (over the recess) and the current tile
+    QColor accentOnSelection;  // symbols and lines on a selection
+    QColor accentBackground;   // default button, current menu entry, selected text
+    QColor textOnAccent;       // on accentBackground
 };
 
-// The window's light or dark look as a palette for the whole interface, the toolkit's own widgets
-// included. It leaves the accent to the platform.
+// The palette of the light or the dark look, for Qt's own widgets too. Its Highlight is the
+// platform's.
 QPalette paletteOfLook(bool dark);
 
-// The desktop's interface font at `size` logical pixels.
+// The desktop's interface font. `size` in logical pixels.
 QFont interfaceFont(int size, QFont::Weight weight = QFont::Normal);
 
 }  // namespace tavo

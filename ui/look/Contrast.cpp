@@ -7,7 +7,8 @@
 namespace tavo {
 namespace {
 
-// A channel of sRGB as an amount of light. A table, because colours are made anew while painting.
+// The amount of light, 0 to 1, of a channel of sRGB. A table, because contrasts are computed while
+// painting.
 double light(int channel) {
     static const auto kLight = [] {
         std::array<double, 256> table = {};
@@ -38,22 +39,23 @@ double contrast(const QColor& one, const QColor& other) {
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-QColor over(const QColor& color, const QColor& ground) {
-    return mixed(ground, color, color.alpha());
+QColor over(const QColor& color, const QColor& background) {
+    return mixed(background, color, color.alpha());
 }
 
-QColor legible(const QColor& color, std::initializer_list<QColor> grounds, double ratio) {
+QColor legible(const QColor& color, std::initializer_list<QColor> backgrounds, double ratio) {
     const auto reaches = [&](const QColor& tried) {
-        return std::ranges::all_of(
-            grounds, [&](const QColor& ground) { return contrast(tried, ground) >= ratio; });
+        return std::ranges::all_of(backgrounds, [&](const QColor& background) {
+            return contrast(tried, background) >= ratio;
+        });
     };
-    // The grounds are light where white is hard to read on them.
-    const bool onLight = std::ranges::all_of(grounds, [](const QColor& ground) {
-        return contrast(ground, Qt::white) < contrast(ground, Qt::black);
+    // Light backgrounds are those that have less contrast with white than with black.
+    const bool onLight = std::ranges::all_of(backgrounds, [](const QColor& background) {
+        return contrast(background, Qt::white) < contrast(background, Qt::black);
     });
     const QColor end = onLight ? Qt::black : Qt::white;
-    // A colour on the wrong side of its grounds gets less legible before it gets more so, hence
-    // no search by halves.
+    // Tried in steps and not by bisection: the contrast of a colour that is darker than a dark
+    // background first falls as the colour gets lighter.
     constexpr int kStep = 3;
     for (int share = 0; share < 255; share += kStep) {
         const QColor tried = mixed(color, end, share);

@@ -8,19 +8,19 @@
 namespace tavo {
 
 inline constexpr double kTextContrast = 4.5;
-// For text of 24 pixels or more, symbols and everything else that has to be seen.
+// For symbols, the outlines of controls, and text of 24 pixels or more.
 inline constexpr double kSymbolContrast = 3;
 
-// Of two opaque colours.
+// The contrast ratio of two opaque colours.
 [[nodiscard]] double contrast(const QColor& one, const QColor& other);
 
-// What is seen where `color` is painted over the opaque `ground`. Opaque.
-[[nodiscard]] QColor over(const QColor& color, const QColor& ground);
+// The opaque colour that results when `color` is painted over the opaque `background`.
+[[nodiscard]] QColor over(const QColor& color, const QColor& background);
 
-// `color`, or as little as it takes darker or lighter so that it reaches the ratio on each of the
-// opaque grounds. It goes away from the grounds, which are all light or all dark; black or white
-// is the most that can be had.
-[[nodiscard]] QColor legible(const QColor& color, std::initializer_list<QColor> grounds,
+// `color`, darkened or lightened by no more than needed to have a contrast of at least `ratio` with
+// each of the opaque `backgrounds`. The backgrounds must be all light or all dark. Black or white
+// where `ratio` cannot be reached.
+[[nodiscard]] QColor legible(const QColor& color, std::initializer_list<QColor> backgrounds,
                              double ratio);
 
 }  // namespace tavo

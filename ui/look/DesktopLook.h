@@ -1,4 +1,5 @@
-// The interface as the desktop's settings want it, live.
+// Applies the desktop's settings to the interface, as they change: light or dark, reduced motion,
+// icon theme.
 #pragma once
 
 #include <functional>
@@ -8,23 +9,23 @@
 
 namespace tavo {
 
-// Light or dark becomes the application's palette; where the user has no preference, or nobody
-// says, that stays the platform's own. Reduced motion becomes the switch in Motion.h. Made after
-// the application object; main thread. The desktop's look ends with it.
+// Light or dark becomes the palette of the QApplication. The palette is the platform's own where
+// the user has no preference, and where the desktop has no such setting. Reduced motion becomes
+// setReducedMotion(). The destructor undoes both. Within the life of the QApplication; main thread.
 class DesktopLook {
 public:
     using UseIconTheme = std::function<void(const std::string& name)>;
 
-    // Follows `settings`, which outlives this, from now on. `useIconTheme` is called with the name
-    // of the icon theme when the desktop tells one, and whenever it tells another ("" when none
-    // any more); it may be empty.
+    // Applies `settings`, which outlives this, now and after each change. `useIconTheme` may be
+    // empty; it is called with the name of the icon theme when the desktop has told one and
+    // whenever that changes, and with "" when the setting goes away.
     explicit DesktopLook(DesktopSettings& settings, UseIconTheme useIconTheme = {});
     DesktopLook(const DesktopLook&) = delete;
     DesktopLook& operator=(const DesktopLook&) = delete;
     ~DesktopLook();
 
-    // Just before the first frame: gives a desktop that is about to answer the few milliseconds
-    // after which a wrong first frame is better than a late one.
+    // Called just before the first frame. Waits a few milliseconds for the desktop's first answer,
+    // so that the first frame seldom has the wrong colours; a longer wait would be worse than that.
     void awaitDesktop();
 
 private:

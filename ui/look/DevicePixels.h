@@ -1,4 +1,4 @@
-// Positions on whole device pixels.
+// Rounds positions to whole device pixels.
 #pragma once
 
 #include <QPointF>
@@ -7,9 +7,9 @@ class QPainter;
 
 namespace tavo {
 
-// `point` moved to the nearest corner of device pixels, in the painter's own coordinates. At a
-// scale of 1.25 or 1.5 most whole logical positions lie between two pixels, and a picture drawn
-// there is blurred.
+// The corner of a device pixel that is nearest to `point`, both in the painter's coordinates.
+// Pictures are drawn there because, at a scale of 1.25 or 1.5, most whole logical positions are
+// between two device pixels, where a picture is blurred.
 [[nodiscard]] QPointF onDevicePixels(const QPainter& painter, const QPointF& point);
 
 }  // namespace tavo

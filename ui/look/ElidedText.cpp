@@ -7,7 +7,8 @@
 namespace tavo {
 namespace {
 
-// Below the first combining mark there is nothing that leaves its line.
+// True if all characters come before U+0300, the first combining mark: such text never leaves its
+// line, so that clipping, which costs time, is not needed.
 bool staysInItsLine(const QString& text) {
     constexpr char16_t kFirstMark = 0x300;
     return std::all_of(text.begin(), text.end(),
@@ -32,11 +33,13 @@ void drawOneLine(QPainter& painter, const QRect& line, int spill, Qt::Alignment 
 }
 
 QString fitted(const QString& text, const QFontMetrics& metrics, int width) {
-    // Sizes are rounded to whole pixels; measured finer, a text may be too wide for its own size.
+    // horizontalAdvance() is rounded to whole pixels, as the widths of widgets are. elidedText()
+    // measures in fractions and would shorten a text in a widget of exactly its size.
     if (metrics.horizontalAdvance(text) <= width) {
         return text;
     }
-    // A letter that becomes the last one of its word may take another, wider form.
+    // elidedText() can return a text that is too wide, because a letter at the end of a word may
+    // have another, wider form.
     QString shown = metrics.elidedText(text, Qt::ElideRight, width);
     for (int room = width, excess = 0;
          (excess = metrics.horizontalAdvance(shown) - width) > 0 && room > 0;) {

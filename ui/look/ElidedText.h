@@ -1,4 +1,4 @@
-// Names from outside, painted on one line.
+// Draws names on one line, and shortens them with an ellipsis.
 #pragma once
 
 #include <QString>
@@ -10,13 +10,13 @@ class QRect;
 
 namespace tavo {
 
-// Draws `text` on the line `line` with the painter's font and pen, and nothing further above or
-// below it than `spill` logical pixels, however many marks the name piles on its letters. It is
-// not cut at the right: elide it first.
+// Draws `text` in the rectangle `line` with the painter's font and pen. Combining marks may stack
+// up above and below the line: they are clipped at `spill` logical pixels beyond it. The right end
+// is not clipped: shorten the text with fitted() first.
 void drawOneLine(QPainter& painter, const QRect& line, int spill, Qt::Alignment alignment,
                  const QString& text);
 
-// As much of `text` as fits into `width`, with an ellipsis when that is not all.
+// `text`, or its longest beginning with an ellipsis that is at most `width` logical pixels wide.
 QString fitted(const QString& text, const QFontMetrics& metrics, int width);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Whether, and for how long, things in the window move.
+// Whether animations run, and for how long.
 #pragma once
 
 class QWidget;
@@ -7,14 +7,13 @@ namespace tavo {
 
 inline constexpr int kMotionDuration = 120;  // milliseconds
 
-// Main thread. On until it is switched off for a user who asked the desktop for less motion; what
-// moves already finishes.
+// Switches animations off, for a user who asked the desktop for less motion, or on again. They are
+// on at first. An animation that already runs is not stopped. Main thread.
 void setReducedMotion(bool reduced);
 [[nodiscard]] bool reducedMotion();
 
-// How long a movement of something in `widget` takes, in milliseconds: 120, or 0 when there is
-// none, because the user wants none or the widget's style has none. The interface's own style has
-// it in its hint SH_Widget_Animation_Duration.
+// The duration of an animation in `widget`, in milliseconds: at most 120. 0 (no animation) with
+// reduced motion, or where the widget's style says so in SH_Widget_Animation_Duration.
 [[nodiscard]] int motionDuration(const QWidget& widget);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The files that come with the program.
+// The files that are installed with the program.
 #pragma once
 
 #include <QImage>
@@ -6,9 +6,9 @@
 
 namespace tavo {
 
-// The path of the resource `name` ("TavoLauncherMark.png", "symbols/star.svg"): beside the
-// program while it is being developed, else in the installation's data folder, which is found from
-// where the program is: an installation may be moved as a whole.
+// The path of the resource `name` ("TavoLauncherMark.png", "symbols/star.svg"): in the folder
+// "resources" beside the program, as in a build, else in the data folder of the installation. That
+// is found from the program's own path, so that an installation can be moved as a whole.
 QString resourcePath(const QString& name);
 
 // The picture in the resource `name`, a PNG file; null when the file is missing or cannot be read.

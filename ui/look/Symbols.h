@@ -1,4 +1,4 @@
-// The system symbols: line drawings named by what they show, tinted with any colour.
+// The program's symbols: line drawings, tinted with any colour.
 #pragma once
 
 #include <QColor>
@@ -10,16 +10,17 @@ class QPainter;
 
 namespace tavo {
 
-// Draws the symbol `name` (a file resources/symbols/NAME.svg, drawn on a square) into the square
-// in the middle of `box`, crisp at the painter's scale. Kept rendered by name, size, scale and
-// colour. An unknown name draws nothing. Main thread.
+// Draws the file resources/symbols/NAME.svg into the square in the middle of `box`, on whole device
+// pixels. Rendered symbols are cached by name, size, scale and colour. Where the file is missing,
+// nothing is drawn. Main thread.
 void drawSymbol(QPainter& painter, const QRectF& box, QStringView name, const QColor& color);
 
-// The symbol for menus, `side` logical pixels at `scale`.
+// The same symbol as a picture of `side` logical pixels at the device pixel ratio `scale`. Main
+// thread.
 QPixmap symbolPixmap(QStringView name, const QColor& color, int side, qreal scale);
 
-// The symbol of a category, chosen by its name, not its id: a renamed default category gets the
-// folder, and any category called "Lavoro" the briefcase.
+// The symbol of the category called `categoryName`. Chosen by the name and not by the id: any
+// category called "Lavoro" has the briefcase, a renamed default category has the folder.
 QStringView categorySymbol(QStringView categoryName);
 
 }  // namespace tavo

@@ -7,7 +7,7 @@ bool turnsDirection(char16_t c) {
     return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
 }
 
-// The first `longest` characters, never half of one, and an ellipsis.
+// The first `longest` UTF-16 units, without half a surrogate pair at the end, and an ellipsis.
 QString cut(QString text, qsizetype longest) {
     text.truncate(longest);
     if (!text.isEmpty() && text.back().isHighSurrogate()) {
@@ -21,7 +21,7 @@ QString shortened(const QString& text, qsizetype longest) {
 }
 
 QString cleaned(std::string_view utf8, qsizetype longest, bool keepLineBreaks) {
-    // A scalar has at most four bytes: what is past that many can never be shown.
+    // No character is longer than four bytes, so that bytes after this many are never shown.
     const std::string_view head = utf8.substr(0, static_cast<std::size_t>(longest) * 4);
     QString text = QString::fromUtf8(head.data(), static_cast<qsizetype>(head.size()));
     QString shown;
@@ -60,7 +60,7 @@ QString menuText(std::string_view utf8) {
 
 QString toolTipText(const QString& text) {
     constexpr qsizetype kLongest = 400;
-    // The element makes it rich text for certain, whatever the name looks like.
+    // An HTML element makes Qt take any text for HTML; the text itself is escaped.
     return text.isEmpty()
                ? text
                : QStringLiteral("<span>") + breakable(shortened(text, kLongest)).toHtmlEscaped() +
@@ -75,7 +75,7 @@ QString breakable(const QString& text) {
     for (const QChar character : text) {
         result += character;
         run = character.isSpace() ? 0 : run + 1;
-        // Never inside a pair of surrogates, nor between a letter and its marks.
+        // A break must not divide a surrogate pair.
         if ((character == u'/' || run >= kLongestWord) && !character.isHighSurrogate()) {
             result += kBreak;
             run = 0;

@@ -1,4 +1,4 @@
-// Text from outside, made fit to be shown.
+// Makes names and messages of other programs safe to show.
 #pragma once
 
 #include <QString>
@@ -6,23 +6,24 @@
 
 namespace tavo {
 
-// `utf8` as one line of plain text: line breaks and tabs become spaces, other control characters
-// their visible pictures, and characters that would turn the direction of the text around them
-// are left out. Longer texts are cut after `longest` characters, with an ellipsis: nobody reads
-// more, and measuring it would cost.
+// `utf8` as one line of plain text. Line breaks and tabs become spaces. Other control characters
+// become their visible pictures (U+2400 and following). Characters that change the direction of the
+// text around them are left out. A text of more than `longest` UTF-16 units is cut and ends with an
+// ellipsis: measuring a very long text would be slow.
 QString displayText(std::string_view utf8, qsizetype longest = 400);
 
-// The same for a message of several lines: line breaks stay.
+// The same, but line breaks are kept.
 QString displayMessage(std::string_view utf8, qsizetype longest = 2000);
 
-// A name for a menu entry: an ampersand is a letter and not a key. As long as displayText() leaves
-// it, for screen readers; a menu draws what it has room for.
+// displayText() as the text of a QAction: ampersands are doubled, so that none becomes a shortcut.
+// Not shortened any further, because screen readers read it whole; a menu shortens what it draws.
 QString menuText(std::string_view utf8);
 
-// `text` as a tool tip: plain whatever it holds, and never wider than a few words.
+// `text` as a tool tip: shown as plain text even when it looks like HTML, and with places where
+// long words may break, so that the tool tip stays narrow.
 QString toolTipText(const QString& text);
 
-// `text` with places where a line may break inside long words and after the slashes of paths.
+// `text` with zero-width spaces inside long words and after slashes, where a line may break.
 QString breakable(const QString& text);
 
 }  // namespace tavo

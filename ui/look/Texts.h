@@ -1,4 +1,4 @@
-// Every text of the window. The interface is Italian whatever the locale.
+// Every text of the window, in Italian for all locales.
 #pragma once
 
 #include <QStringView>

@@ -29,7 +29,7 @@ constexpr int kRowPitch = kRowHeight + kSidebarSpacing;
 SidebarList::SidebarList(QWidget* parent)
     : QAbstractScrollArea(parent), appearance_(palette()), scrollBar_(new ThinScrollBar(*this)) {
     setFrameShape(QFrame::NoFrame);
-    // By the keyboard only: a click acts, and typing goes on in the search.
+    // Not by clicking: a click selects a category, and typing goes on in the search field.
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     setAccessibleName(texts::kCategories.toString());
@@ -46,7 +46,7 @@ void SidebarList::setRows(std::vector<Row> rows) {
     const std::vector<Row> before = std::exchange(rows_, std::move(rows));
     current_ = keyboardRow(before);
     if (sameItems) {
-        announceMarks(*this);
+        announceItemDetails(*this);
         for (int index = 0; index < itemCount(); ++index) {
             if (row(index).selected != before[static_cast<std::size_t>(index)].selected) {
                 announceSelection(*this, index);
@@ -63,7 +63,8 @@ void SidebarList::setRows(std::vector<Row> rows) {
     viewport()->update();
 }
 
-// The keyboard stays with its category, but goes along when another one is selected.
+// The keyboard focus stays with its category, unless another category has been selected: then it
+// moves there.
 int SidebarList::keyboardRow(const std::vector<Row>& before) const {
     const auto isSelected = [](const Row& row) { return row.selected; };
     const auto selected = std::find_if(rows_.begin(), rows_.end(), isSelected);
@@ -92,7 +93,7 @@ void SidebarList::relayout() {
 }
 
 QRect SidebarList::itemRect(int index) const {
-    // The sidebar's padding at the right is the scroll bar's.
+    // The sidebar's padding at the right is left to the scroll bar.
     const int width = viewport()->width() - kSidebarPadding;
     const int furthest = width - 2 * kRowHorizontal - kSymbol - kSymbolSpacing - kSmallestLabel;
     const int indentation = std::min(row(index).depth * kIndentation, std::max(0, furthest));
@@ -124,7 +125,7 @@ int SidebarList::rowAt(QPoint point) const {
 }
 
 void SidebarList::pressItem(int index) {
-    const std::string id = row(index).id;  // the rows may be others before it is answered
+    const std::string id = row(index).id;  // a copy, because the call may replace the rows
     onSelect(id);
 }
 
@@ -185,8 +186,8 @@ void SidebarList::setCurrent(int index) {
     }
 }
 
-// The toolkit says that the list has the keyboard after it has given it; which item has it is to
-// be the last word.
+// Delayed, because Qt first announces the focus of the list as a whole, and screen readers go by
+// the last announcement.
 void SidebarList::announceFocusSoon() {
     QMetaObject::invokeMethod(
         this,
@@ -245,11 +246,12 @@ void SidebarList::keyPressEvent(QKeyEvent* event) {
 void SidebarList::mousePressEvent(QMouseEvent* event) {
     const int index = event->button() == Qt::LeftButton ? rowAt(event->position().toPoint()) : -1;
     pressedId_ = index >= 0 ? std::optional(row(index).id) : std::nullopt;
-    // A press on no row belongs to whoever moves the window.
+    // A press beside the rows is passed on to the window, which may be moved by it.
     event->setAccepted(index >= 0);
 }
 
-// A quick second press is a press; left alone, it would go on to whoever moves the window.
+// The second press of a double click is a press like the first. Passed on, it would start a move of
+// the window.
 void SidebarList::mouseDoubleClickEvent(QMouseEvent* event) {
     mousePressEvent(event);
 }
@@ -257,7 +259,7 @@ void SidebarList::mouseDoubleClickEvent(QMouseEvent* event) {
 void SidebarList::mouseReleaseEvent(QMouseEvent* event) {
     const int index = rowAt(event->position().toPoint());
     const auto pressed = std::exchange(pressedId_, std::nullopt);
-    // The same category, wherever its row has moved meanwhile.
+    // The row may have moved since the press: the category must be the same one.
     if (index >= 0 && pressed == row(index).id) {
         pressItem(index);
     }
@@ -278,7 +280,7 @@ bool SidebarList::viewportEvent(QEvent* event) {
 
 void SidebarList::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
-    // Only whoever comes by Tab has to be shown where he is.
+    // Scrolls only for Tab, so that rows under the pointer stay where they are.
     const bool byTab =
         event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (byTab && !rows_.empty()) {

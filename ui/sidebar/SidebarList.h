@@ -1,4 +1,4 @@
-// The sidebar's rows.
+// The list of categories in the sidebar.
 #pragma once
 
 #include <QAbstractScrollArea>
@@ -14,9 +14,9 @@ namespace tavo {
 
 class ThinScrollBar;
 
-// One row a category; a click, Return or Space selects it. Scrolls when the rows do not fit and
-// paints only those in view. Holds no state of its own but the scroll position and the keyboard's
-// row. Main thread.
+// A row for each category; a click, Return or Space selects it. Scrolls when the rows do not fit,
+// and paints only those in view. Keeps the scroll position and the row with the keyboard focus; all
+// else is in the model. Main thread.
 class SidebarList final : public QAbstractScrollArea, public AccessibleItems {
 public:
     struct Row {
@@ -32,13 +32,13 @@ public:
 
     void setRows(std::vector<Row> rows);
 
-    // Called with the id of the row that was chosen.
+    // Called with the id of the category that the user selected.
     std::function<void(const std::string& id)> onSelect;
 
     int itemCount() const override { return static_cast<int>(rows_.size()); }
     const std::string& itemKey(int index) const override { return row(index).id; }
     QString itemName(int index) const override;
-    // The level of a category that stands below another.
+    // The level in the tree, for categories below another one.
     QString itemDescription(int index) const override;
     QRect itemRect(int index) const override;
     bool itemIsSelected(int index) const override { return row(index).selected; }

@@ -69,7 +69,7 @@ int AlertSheet::messageHeight() const {
     return message_->heightForWidth(kAlertWidth - 2 * kAlertPadding);
 }
 
-// Shows as much of the message as fits into `height`, with an ellipsis at its end.
+// Shows the beginning of the message that fits into `height`, with an ellipsis.
 void AlertSheet::cutMessage(int height) const {
     const auto show = [&](qsizetype length) {
         message_->setText(breakable(text_.left(length).trimmed() + u'…'));

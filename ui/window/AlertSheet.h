@@ -1,4 +1,4 @@
-// A message that must be read, as a sheet inside the window.
+// An error message in a sheet.
 #pragma once
 
 #include <QString>
@@ -10,13 +10,14 @@ class QPushButton;
 
 namespace tavo {
 
-// A title, a message and "OK"; Return and Esc press it. The message is plain text; what the window
-// has no room for is cut with an ellipsis, but not to a screen reader. Main thread.
+// A title, a message and the button "OK", which Return and Esc press as well. The message is plain
+// text. A message that is too long for the window is shortened with an ellipsis; screen readers get
+// all of it. Main thread.
 class AlertSheet final : public Sheet {
 public:
     AlertSheet(const QString& title, QWidget* parent);
 
-    // The message to show, in place of an older one.
+    // Replaces the message.
     void setMessage(const QString& message);
 
 protected:
@@ -30,7 +31,7 @@ private:
     void cutMessage(int height) const;
 
     QString text_;
-    // Made in the order in which a screen reader reads them.
+    // In the order in which screen readers read them.
     QLabel* title_;
     QLabel* message_;
     QPushButton* ok_;

@@ -10,7 +10,8 @@ namespace tavo {
 
 QIcon applicationIcon() {
     QIcon icon;
-    // All of them lie in a property of the window; larger ones would be a burden on the server.
+    // All sizes are stored in a property of the X11 window. Larger sizes would take up the server's
+    // memory.
     for (const int side : {16, 22, 24, 32, 48, 64, 128}) {
         const QPixmap picture = QPixmap::fromImage(
             pngResource(QStringLiteral("icons/%1/org.tavolauncher.TavoLauncher.png").arg(side)));

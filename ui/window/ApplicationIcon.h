@@ -1,4 +1,4 @@
-// The icon of the program, for whoever lists its windows.
+// The program's icon for taskbars and window switchers.
 #pragma once
 
 class QIcon;
@@ -6,12 +6,12 @@ class QWidget;
 
 namespace tavo {
 
-// The icon in the sizes that lists of windows use, from the resource folder. A size whose file
-// cannot be read is left out. Main thread.
+// The icon in the sizes that taskbars and window switchers use. Sizes whose file is missing are
+// left out. Main thread.
 QIcon applicationIcon();
 
-// Gives all windows that icon once `window` has been painted for the first time: reading it would
-// only make people wait for that. Until then, and where no file can be read, they have none.
+// Sets the icon of all windows after the first frame of `window`, which reading the files would
+// delay. Main thread.
 void useApplicationIconAfterFirstFrame(QWidget& window);
 
 }  // namespace tavo

@@ -18,7 +18,8 @@ protected:
     bool eventFilter(QObject* window, QEvent* event) override {
         if (event->type() == QEvent::Paint) {
             window->removeEventFilter(this);
-            // Later: what is painted now reaches the screen when this event is over.
+            // In the next turn of the event loop, because the frame reaches the screen after this
+            // event.
             QMetaObject::invokeMethod(
                 this,
                 [this] {

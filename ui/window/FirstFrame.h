@@ -1,4 +1,4 @@
-// What a start leaves for later.
+// Runs code after the first frame.
 #pragma once
 
 #include <functional>
@@ -7,8 +7,8 @@ class QWidget;
 
 namespace tavo {
 
-// Calls `block` once the window has painted its first frame, so that it does not delay that; not
-// at all if the window ends before. Main thread.
+// Calls `block` once, after `window` has painted its first frame. Never, if the window is destroyed
+// before that. Main thread.
 void afterFirstFrame(QWidget& window, std::function<void()> block);
 
 }  // namespace tavo

@@ -31,12 +31,12 @@ namespace {
 
 using namespace metrics;
 
-// The launcher's mark, smooth at every scale.
-class Mark final : public QWidget {
+// The program's logo, scaled from a large picture for the device pixel ratio.
+class Logo final : public QWidget {
 public:
-    explicit Mark(QWidget* parent)
+    explicit Logo(QWidget* parent)
         : QWidget(parent), image_(pngResource(QStringLiteral("TavoLauncherMark.png"))) {
-        setFixedSize(kMarkSide, kMarkSide);
+        setFixedSize(kLogoSide, kLogoSide);
         if (image_.isNull()) {
             fatalError("Unexpectedly found nil while unwrapping an Optional value");
         }
@@ -57,9 +57,9 @@ private:
     QImage shown_;
 };
 
-// Title2, or as much smaller as a wide interface font needs to fit beside the mark.
+// Title2, or a smaller size if the interface font is too wide to fit beside the logo.
 QFont titleFont(const QString& title) {
-    constexpr int kSpace = kSidebarWidth - 2 * kSidebarPadding - kMarkSide - kSidebarSpacing;
+    constexpr int kSpace = kSidebarWidth - 2 * kSidebarPadding - kLogoSide - kSidebarSpacing;
     int size = kTitle2;
     QFont font = interfaceFont(size, QFont::Bold);
     while (size > kCaption && QFontMetrics(font).horizontalAdvance(title) > kSpace) {
@@ -100,8 +100,8 @@ LauncherView::LauncherView(const World& world, QWidget* parent)
     whole->addWidget(sidebar);
     whole->addLayout(column, 1);
 
-    // What an input method composes, a letter from a dead key for one, is searched for wherever the
-    // keyboard is.
+    // Input methods (a dead key is the most common one) send InputMethod events to the widget with
+    // the focus. The event filter passes them on to the search field.
     for (QWidget* const widget : findChildren<QWidget*>()) {
         if (widget->focusPolicy() != Qt::NoFocus && widget != search_->line() &&
             widget != search_) {
@@ -120,13 +120,13 @@ LauncherView::~LauncherView() = default;
 QWidget* LauncherView::makeSidebar() {
     auto* const sidebar = new QWidget(this);
     sidebar->setFixedWidth(kSidebarWidth);
-    // The edit button's own margins are part of the spaces around it.
+    // The margins of the edit button are part of the space around it.
     constexpr int kMargin = SymbolButton::kMargin;
 
     closeButton_ = new SymbolButton(u"xmark", {}, texts::kClose.toString(), sidebar);
     closeButton_->setSymbolSize(kCloseSide);
     closeButton_->setTone(SymbolButton::Tone::Secondary);
-    // In the space above the mark, its cross in line with the mark's left edge.
+    // In the space above the logo. The cross, not the button, is aligned with the logo's left edge.
     closeButton_->setGeometry(kSidebarPadding - (kCloseButtonSide - kCloseSide) / 2, kCloseTop,
                               kCloseButtonSide, kCloseButtonSide);
     connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
@@ -137,7 +137,7 @@ QWidget* LauncherView::makeSidebar() {
     auto* const header = new QHBoxLayout;
     header->setContentsMargins(kMargin, 0, kSidebarPadding, kHeaderBottom);
     header->setSpacing(kSidebarSpacing);
-    header->addWidget(new Mark(sidebar));
+    header->addWidget(new Logo(sidebar));
     header->addWidget(title, 1);
 
     categories_ = new SidebarList(sidebar);
@@ -191,7 +191,7 @@ QWidget* LauncherView::makeToolbar() {
     connect(reloadButton, &QAbstractButton::clicked, this, [this] { reload(); });
 
     auto* const layout = new QHBoxLayout(toolbar);
-    // The buttons' own margins are part of the spaces around them.
+    // The margins of the buttons are part of the space around them.
     constexpr int kMargin = SymbolButton::kMargin;
     layout->setContentsMargins(kBarHorizontal, kToolbarVertical, kBarHorizontal - kMargin,
                                kToolbarVertical);
@@ -199,7 +199,7 @@ QWidget* LauncherView::makeToolbar() {
     layout->addWidget(search_, 1);
     layout->addSpacing(kToolbarSpacing - kMargin);
     layout->addWidget(suggestions_);
-    // Between them stands a flexible space that has no width left, with its two spacings.
+    // The design has a flexible space here that is never wider than 0, between two spacings.
     layout->addSpacing(2 * (kToolbarSpacing - kMargin));
     layout->addWidget(reloadButton);
     return toolbar;
@@ -219,7 +219,7 @@ QWidget* LauncherView::makeFooter() {
     constexpr int kMargin = SymbolButton::kMargin;
     layout->setContentsMargins(kBarHorizontal, kFooterVertical - kMargin, kBarHorizontal - kMargin,
                                kFooterVertical - kMargin);
-    // With all the space there is: a longer count needs no new layout before it is seen whole.
+    // Stretched, so that a longer count is shown whole before the next layout.
     layout->addWidget(count_, 1);
     layout->addWidget(credit);
     return footer;
@@ -279,8 +279,8 @@ void LauncherView::refresh() {
     refreshSheets();
 }
 
-// A sheet exists while it is shown: a hidden one would stay in the tree that screen readers walk.
-// The alert waits until nothing covers what it is about.
+// Sheets are deleted when they close, because screen readers would find hidden ones in the
+// accessibility tree. The alert waits until the window is visible and no editor covers it.
 void LauncherView::refreshSheets() {
     if (showingCategoryEditor_ && editor_ == nullptr) {
         editor_ = makeCategoryEditor();
@@ -309,7 +309,7 @@ void LauncherView::refreshSheets() {
     alert_->present();
 }
 
-// Who had the keyboard before a sheet may be gone.
+// The widget that had the keyboard focus before the sheet may no longer exist.
 void LauncherView::keepKeyboard() {
     const QWidget* const focus = window()->focusWidget();
     if (focus == nullptr || !focus->isVisible() || focus == this) {
@@ -322,7 +322,8 @@ CategoryEditor* LauncherView::makeCategoryEditor() {
     StringDictionary rules;
     for (const LauncherCategory& category : categories) {
         if (!rules.emplace(category.id, model_.ruleText(category)).second) {
-            // Edited, one of the two would be lost; the store is left as it is.
+            // The editor could keep only one of the two and would lose the other. The store is not
+            // changed.
             fatalError("Duplicate values for key: '" + displayText(category.id).toStdString() +
                        "'");
         }
@@ -403,7 +404,7 @@ void LauncherView::keyPressEvent(QKeyEvent* event) {
         default:
             break;
     }
-    // Typing anywhere is searching.
+    // A letter typed anywhere goes to the search field.
     if ((event->modifiers() & commands) == 0 && !event->text().isEmpty() &&
         event->text().front().isPrint() && !search_->line()->hasFocus()) {
         search_->type(*event);
@@ -414,18 +415,18 @@ void LauncherView::keyPressEvent(QKeyEvent* event) {
 
 void LauncherView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    // An error that came while nobody could see it.
+    // An error may have come while the window was hidden.
     refreshSheets();
 }
 
-// The window's ground in one go, under all that is in it, so that its corners stay round.
+// Paints the background of the sidebar, the grid and the footer, which paint none themselves.
 void LauncherView::paintEvent(QPaintEvent*) {
     const Appearance appearance(palette());
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath window;
     window.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
-    // One shape for all, so that the parts keep the window's round corners.
+    // Clips the rounded shape of the whole window, so that each part keeps the window's corners.
     const auto tinted = [&](const QRect& part, const QColor& tint) {
         painter.setClipRect(part);
         painter.fillPath(window, tint);

@@ -1,4 +1,4 @@
-// The whole content of the launcher window.
+// The content of the launcher window.
 #pragma once
 
 #include <QWidget>
@@ -20,12 +20,12 @@ class SearchField;
 class SymbolButton;
 class TileGrid;
 
-// Owns the model for its own lifetime and lays out the sidebar beside toolbar, grid and footer.
-// It holds no rules of the catalogue: each action is one call on the model, and whatever it shows
-// is read from the model again after a change, once per turn of the event loop. Main thread.
+// Owns the model, and lays out the sidebar beside toolbar, grid and footer. Each action of the user
+// is one call of the model. After a change of the model, the view reads everything that it shows
+// again, once per turn of the event loop. Main thread.
 class LauncherView final : public QWidget {
 public:
-    // What the view needs of the world; all outlive it.
+    // References to what the view uses. All outlive it.
     struct World {
         Platform platform;
         TextRules text;
@@ -36,13 +36,14 @@ public:
     LauncherView(const World& world, QWidget* parent);
     ~LauncherView() override;
 
-    // The icons may have changed.
+    // To be called when icons may have changed.
     void refreshIcons();
 
-    // Called when the close button was pressed, and when Esc was pressed with nothing to clear.
+    // `onClose` is called for the close button, `onEscape` for Esc when there is no search to
+    // clear.
     std::function<void()> onClose;
     std::function<void()> onEscape;
-    // Called with the address of the link that was pressed.
+    // Called with the address of a link that was pressed.
     std::function<void(const std::string& address)> onLink;
 
 protected:
@@ -58,7 +59,7 @@ private:
     QWidget* makeFooter();
     [[nodiscard]] AppTile makeTile(const AppItem& app);
 
-    // Draws again soon, however often it is asked for.
+    // Calls refresh() once in the next turn of the event loop, however often it is called before.
     void refreshSoon();
     void refresh();
     void refreshSheets();
@@ -72,10 +73,11 @@ private:
     IconLoader icons_;
     Subscription modelChanges_;
     bool refreshPending_ = false;
-    // What the grid's list answered last: another question starts at the top again.
+    // The search and the category that the grid shows. When one changes, the grid scrolls to its
+    // start.
     std::string shownQuery_;
     std::string shownCategoryID_;
-    PathSet favorites_;  // as of the last refresh, for the tiles in view
+    PathSet favorites_;  // as of the last refresh(); for the tiles
 
     SidebarList* categories_ = nullptr;
     SearchField* search_ = nullptr;
@@ -84,10 +86,10 @@ private:
     TileGrid* grid_ = nullptr;
     QWidget* footer_ = nullptr;
     QLabel* count_ = nullptr;
-    // Whether the user edits the categories.
+    // Whether the category editor is wanted.
     bool showingCategoryEditor_ = false;
-    CategoryEditor* editor_ = nullptr;  // while it is shown
-    AlertSheet* alert_ = nullptr;       // while it is shown
+    CategoryEditor* editor_ = nullptr;  // null while it is not shown
+    AlertSheet* alert_ = nullptr;       // null while it is not shown
 };
 
 }  // namespace tavo

@@ -23,7 +23,7 @@ using namespace metrics;
 
 namespace {
 
-// The window's shape, in pixels of that scale.
+// The window's shape, in device pixels of `scale`.
 QRegion roundedRegion(const QSize& size, qreal scale = 1) {
     QPainterPath outline;
     outline.addRoundedRect(QRectF(QPointF(), QSizeF(size) * scale), kWindowRadius * scale,
@@ -39,7 +39,7 @@ LauncherWindow::LauncherWindow(Compositing& compositing)
       compositingChanges_(compositing.changed.subscribe([this] { followCompositing(); })) {
     setAccessibleRole(*this, QAccessible::Window);
     makeBlendable(compositing_.active());
-    tintGround();
+    tintBackground();
     setWindowTitle(texts::kProgramName.toString());
     setAccessibleName(texts::kProgramName.toString());
     setMinimumSize(kSmallestWidth, kSmallestHeight);
@@ -59,11 +59,11 @@ void LauncherWindow::present() {
         placeFirst();
     }
     if (compositing_.active() && !isBlended()) {
-        hide();  // and come back as another window
+        hide();  // and come back as a new native window
     }
     if (isHidden()) {
         makeBlendable(compositing_.active());
-        tintGround();
+        tintBackground();
         shapeCorners();
     }
     setWindowState(windowState() & ~Qt::WindowMinimized);
@@ -94,7 +94,7 @@ void LauncherWindow::closeEvent(QCloseEvent* event) {
 }
 
 void LauncherWindow::keyPressEvent(QKeyEvent* event) {
-    // Spelt out: not every desktop knows these standard keys.
+    // Not QKeySequence::Close and Quit, which are unset on some desktops.
     if (event->keyCombination() == (Qt::CTRL | Qt::Key_W)) {
         onClose();
     } else if (event->keyCombination() == (Qt::CTRL | Qt::Key_Q)) {
@@ -105,7 +105,7 @@ void LauncherWindow::keyPressEvent(QKeyEvent* event) {
 }
 
 void LauncherWindow::mousePressEvent(QMouseEvent* event) {
-    // What reaches the window itself was of no use to anything in it.
+    // Only presses that no widget in the window has accepted arrive here.
     if (event->button() == Qt::LeftButton && windowHandle() != nullptr) {
         windowHandle()->startSystemMove();
     }
@@ -123,7 +123,8 @@ Qt::Edges LauncherWindow::edgesAt(QPoint point) const {
     bool vertical = across < kResizeEdge;
     bool horizontal = down < kResizeEdge;
     if (across < kWindowRadius && down < kWindowRadius) {
-        // Round a corner the edge follows the outline: beyond it there may be no window.
+        // Near a round corner the distance to the outline counts, because the window may have no
+        // pixels between the outline and the corner of its rectangle.
         vertical = horizontal =
             std::hypot(kWindowRadius - across, kWindowRadius - down) > kWindowRadius - kResizeEdge;
     }
@@ -153,7 +154,7 @@ void LauncherWindow::showEdgeCursor(Qt::Edges edges) {
                                                     : Qt::SizeVerCursor);
 }
 
-// The content reaches the window's edges, so the edges take the pointer before the content does.
+// The content extends to the edges of the window, so presses there have to be taken first.
 bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
     const bool pressed = event->type() == QEvent::MouseButtonPress;
     const bool moved = event->type() == QEvent::MouseMove || event->type() == QEvent::HoverMove;
@@ -161,7 +162,7 @@ bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
         return false;
     }
     const auto* const widget = qobject_cast<const QWidget*>(object);
-    // A button at the edge stays a button.
+    // Buttons at the edge can be pressed.
     if (widget == nullptr || widget->window() != this ||
         qobject_cast<const QAbstractButton*>(widget) != nullptr) {
         return false;
@@ -186,15 +187,15 @@ bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
     return windowHandle()->startSystemResize(edges);
 }
 
-// Where nothing blends, a window that could be blended is only slower: the server keeps it apart
-// and copies it to the screen.
+// Changes whether the native window has an alpha channel. Without a compositor that would only make
+// it slower, because the X11 server draws it apart and copies it to the screen.
 void LauncherWindow::makeBlendable(bool blendable) {
     if (testAttribute(Qt::WA_TranslucentBackground) == blendable) {
         return;
     }
     const bool another = internalWinId() != 0;
     if (another) {
-        destroy();  // the window on the screen stays what it was made as
+        destroy();  // an existing native window cannot be changed
     }
     setAttribute(Qt::WA_NoSystemBackground, blendable);
     setAttribute(Qt::WA_TranslucentBackground, blendable);
@@ -209,20 +210,20 @@ bool LauncherWindow::isBlended() const {
 
 void LauncherWindow::followCompositing() {
     if (isHidden()) {
-        return;  // present() does the same
+        return;  // present() does all of this later
     }
-    // One that can be blended and is not for a while only has its corners cut. One that cannot be
-    // seen, minimised or on another desktop, would come forth by being made anew: it waits until
-    // it is brought forward.
+    // A window with an alpha channel is kept when the compositor ends; a mask cuts its corners off.
+    // A minimised window, or one on another desktop, is not replaced now, because the new one would
+    // be shown at once: present() replaces it.
     if (compositing_.active() && !isBlended() && !isMinimized() && windowHandle()->isExposed()) {
         makeAnew();
     }
-    tintGround();
+    tintBackground();
     shapeCorners();
     blurBehind();
 }
 
-// Another window takes the place of the one on the screen, and the keyboard if that had it.
+// Replaces the native window by one with an alpha channel. Keeps the focus if the old one had it.
 void LauncherWindow::makeAnew() {
     const bool active = isActiveWindow();
     const QRect place = geometry();
@@ -238,14 +239,15 @@ void LauncherWindow::makeAnew() {
     }
 }
 
-// All in the window take the opacity of its ground from its palette.
-void LauncherWindow::tintGround() {
+// Sets the palette's Window colour, from whose alpha all widgets take the opacity of the
+// background.
+void LauncherWindow::tintBackground() {
     QPalette own;
     if (isBlended()) {
-        QColor ground = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
-        ground.setAlphaF(
+        QColor background = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
+        background.setAlphaF(
             static_cast<float>(compositing_.blurs() ? kBlurredMaterial : kPlainMaterial));
-        own.setColor(QPalette::Window, ground);
+        own.setColor(QPalette::Window, background);
     }
     setPalette(own);
 }
@@ -271,7 +273,7 @@ void LauncherWindow::blurBehind() {
 
 bool LauncherWindow::event(QEvent* event) {
     if (event->type() == QEvent::ApplicationPaletteChange) {
-        tintGround();
+        tintBackground();
     }
     return QWidget::event(event);
 }

@@ -1,4 +1,4 @@
-// The launcher's own window: a frameless, rounded frame around the view.
+// The launcher's window: without a system frame, with round corners.
 #pragma once
 
 #include <QWidget>
@@ -10,29 +10,31 @@ namespace tavo {
 
 class Compositing;
 
-// Movable by every part of its content that does nothing else with the pointer, resizable at its
-// edges, at least 760 × 520. It remembers no place and no size.
+// Moved by dragging any part of its content that does not use the pointer otherwise, resized at its
+// edges, at least 760 × 520. Position and size are not stored.
 //
-// Where the desktop blends windows its corners are smooth and its ground is translucent, elsewhere
-// they are cut out of an opaque one. A compositor may come and go while it is shown. Main thread.
+// Where the window system blends windows, the corners are smooth and the background is translucent.
+// Elsewhere a window mask cuts the corners off an opaque background. The window changes between the
+// two when a compositor starts or ends. Main thread.
 class LauncherWindow final : public QWidget {
 public:
     // `compositing` outlives the window.
     explicit LauncherWindow(Compositing& compositing);
 
-    // Takes ownership of the one view; once.
+    // Takes ownership of `content`. To be called once.
     void setContent(QWidget* content);
 
-    // Shows it centred on the screen that holds the pointer, no larger than that screen allows,
-    // when it is shown for the first time; in front with the keyboard.
+    // Shows the window with the keyboard focus. The first time it is centred on the screen with the
+    // pointer and made to fit there.
     void present();
 
-    // Called for the close button of the desktop and Ctrl+W; Ctrl+Q.
+    // `onClose` is called for the window manager's close button and for Ctrl+W, `onQuit` for
+    // Ctrl+Q.
     std::function<void()> onClose;
     std::function<void()> onQuit;
 
-    // Called when another window takes the place of the one that the window system knew, before
-    // that is shown: what had been asked for the old one has to be asked for again.
+    // Called when a new native window has replaced the old one, before it is shown: properties set
+    // on the old native window have to be set again.
     std::function<void()> onAnother;
 
 protected:
@@ -51,7 +53,7 @@ private:
     [[nodiscard]] bool isBlended() const;
     void makeBlendable(bool blendable);
     void makeAnew();
-    void tintGround();
+    void tintBackground();
     void shapeCorners();
     void blurBehind();
     void placeFirst();

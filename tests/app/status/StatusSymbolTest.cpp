@@ -8,8 +8,8 @@
 namespace tavo {
 namespace {
 
-// How many pixels of the symbol have a contrast of 3 or more with a panel of that colour, which is
-// what the Web Content Accessibility Guidelines ask of symbols.
+// How many pixels of the symbol have a contrast of at least 3 with a panel of that colour, as the
+// Web Content Accessibility Guidelines ask of symbols.
 int legiblePixels(const QImage& symbol, const QColor& panel) {
     QImage shown(symbol.size(), QImage::Format_RGB32);
     shown.fill(panel);

@@ -14,7 +14,7 @@ struct Entry {
     std::optional<QString> button;
 };
 
-// A list of lines, ten pixels each.
+// A list of items, each ten pixels high.
 class Lines final : public QWidget, public AccessibleItems {
 public:
     explicit Lines(std::vector<Entry> lines) : entries(std::move(lines)) { resize(100, 50); }
@@ -135,7 +135,7 @@ TEST_F(AccessibleItemsTest, a_button_is_in_the_tree_only_while_it_is_shown) {
     QAccessibleInterface* const item = list().child(1);
     ASSERT_EQ(item->childCount(), 0);
     lines->entries[1].button = kStar;
-    announceMarks(*lines, 1);
+    announceItemDetails(*lines, 1);
     ASSERT_EQ(item->childCount(), 1);
     QAccessibleInterface* const button = item->child(0);
     EXPECT_EQ(button->role(), QAccessible::Button);
@@ -148,15 +148,15 @@ TEST_F(AccessibleItemsTest, a_button_is_in_the_tree_only_while_it_is_shown) {
     act(*button, press());
     EXPECT_EQ(lines->done, QStringList{QStringLiteral("button of B")});
 
-    // The same button, with another name.
+    // The button stays but its name changes.
     lines->entries[1].button = kUnstar;
-    announceMarks(*lines);
+    announceItemDetails(*lines);
     EXPECT_EQ(item->child(0), button);
     EXPECT_EQ(button->text(QAccessible::Name), kUnstar);
 
     const QAccessible::Id id = QAccessible::uniqueId(button);
     lines->entries[1].button.reset();
-    announceMarks(*lines, 1);
+    announceItemDetails(*lines, 1);
     EXPECT_EQ(QAccessible::accessibleInterface(id), nullptr);
     EXPECT_EQ(item->childCount(), 0);
     EXPECT_EQ(item->child(0), nullptr);

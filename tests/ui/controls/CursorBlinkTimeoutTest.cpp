@@ -10,17 +10,18 @@
 namespace tavo {
 namespace {
 
-TEST(CursorBlinkTimeout, the_caret_rests_after_its_time_and_blinks_again_with_the_next_key) {
+TEST(CursorBlinkTimeout,
+     the_cursor_stops_blinking_after_its_time_and_blinks_again_with_the_next_key) {
     const int usual = QApplication::cursorFlashTime();
     QApplication::setCursorFlashTime(1000);
     {
-        CursorBlinkTimeout rest;
+        CursorBlinkTimeout timeout;
         QLineEdit line;
         line.show();
         QTest::keyClick(&line, Qt::Key_A);
         EXPECT_EQ(QApplication::cursorFlashTime(), 1000);
         QTimerEvent over(0);
-        QCoreApplication::sendEvent(&rest, &over);
+        QCoreApplication::sendEvent(&timeout, &over);
         EXPECT_EQ(QApplication::cursorFlashTime(), 0);
         QTest::keyClick(&line, Qt::Key_B);
         EXPECT_EQ(QApplication::cursorFlashTime(), 1000);

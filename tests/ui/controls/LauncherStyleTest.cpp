@@ -24,12 +24,12 @@
 namespace tavo {
 namespace {
 
-constexpr QColor kDarkGround(40, 40, 44);
-constexpr QColor kLightGround(243, 243, 246);
+constexpr QColor kDarkBackground(40, 40, 44);
+constexpr QColor kLightBackground(243, 243, 246);
 
-QPalette paletteOn(const QColor& ground) {
-    QPalette palette(ground);
-    palette.setColor(QPalette::Window, ground);
+QPalette paletteOn(const QColor& background) {
+    QPalette palette(background);
+    palette.setColor(QPalette::Window, background);
     palette.setColor(QPalette::Highlight, QColor(0, 122, 255));
     return palette;
 }
@@ -40,9 +40,9 @@ QFont fontOf(int size, int stretch = 100) {
     return font;
 }
 
-QImage rendered(QWidget& widget, const QColor& ground = Qt::magenta) {
+QImage rendered(QWidget& widget, const QColor& background = Qt::magenta) {
     QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(ground);
+    image.fill(background);
     widget.ensurePolished();
     widget.render(&image, {}, {}, QWidget::DrawChildren);
     return image;
@@ -53,7 +53,7 @@ struct Size {
     int size;
 };
 
-TEST(LauncherStyle, fields_pickers_and_buttons_are_equally_high_at_every_size_of_text) {
+TEST(LauncherStyle, fields_combo_boxes_and_buttons_are_equally_high_at_every_size_of_text) {
     for (const Size& row : {Size{"body", 13}, Size{"caption", 10}, Size{"large", 26}}) {
         SCOPED_TRACE(row.name);
         const QFont font = fontOf(row.size);
@@ -93,7 +93,7 @@ TEST(LauncherStyle, text_fits_into_its_control_with_a_font_half_as_wide_again) {
     }
 }
 
-TEST(LauncherStyle, a_field_without_a_frame_is_drawn_as_the_toolkit_draws_it) {
+TEST(LauncherStyle, a_field_without_a_frame_is_drawn_as_qt_draws_it) {
     const std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("Fusion")));
     QLineEdit ours;
     QLineEdit theirs;
@@ -111,18 +111,18 @@ TEST(LauncherStyle, a_field_without_a_frame_is_drawn_as_the_toolkit_draws_it) {
 }
 
 TEST(LauncherStyle, the_default_button_is_filled_with_the_accent_and_the_others_are_not) {
-    for (const QColor& ground : {kLightGround, kDarkGround}) {
-        SCOPED_TRACE(ground.name().toStdString());
-        const Appearance look(paletteOn(ground));
+    for (const QColor& background : {kLightBackground, kDarkBackground}) {
+        SCOPED_TRACE(background.name().toStdString());
+        const Appearance look(paletteOn(background));
         QPushButton button(QStringLiteral("Salva"));
-        button.setPalette(paletteOn(ground));
+        button.setPalette(paletteOn(background));
         button.resize(button.sizeHint());
         const QPoint besideText(6, button.height() / 2);
         EXPECT_EQ(rendered(button).pixelColor(besideText), look.button);
         button.setDefault(true);
-        EXPECT_EQ(rendered(button).pixelColor(besideText), look.accentGround);
+        EXPECT_EQ(rendered(button).pixelColor(besideText), look.accentBackground);
         button.setEnabled(false);
-        EXPECT_NE(rendered(button).pixelColor(besideText), look.accentGround);
+        EXPECT_NE(rendered(button).pixelColor(besideText), look.accentBackground);
     }
 }
 
@@ -146,7 +146,7 @@ TEST(LauncherStyle, a_button_shows_each_of_its_states) {
     const QStyle::State states[] = {on, on | QStyle::State_MouseOver, on | QStyle::State_Sunken,
                                     on | focused, QStyle::State_None};
     for (std::size_t one = 0; one < std::size(states); ++one) {
-        // A disabled button is disabled, default or not.
+        // A disabled button looks the same whether or not it is the default button.
         EXPECT_NE(look(states[one], true), look(on, false)) << one;
         for (std::size_t other = 0; other < one; ++other) {
             EXPECT_NE(look(states[one], false), look(states[other], false)) << one << other;
@@ -157,22 +157,22 @@ TEST(LauncherStyle, a_button_shows_each_of_its_states) {
         << "the ring is for those who use the keyboard";
 }
 
-TEST(LauncherStyle, a_long_choice_leaves_the_pickers_triangle_free) {
+TEST(LauncherStyle, a_long_choice_leaves_the_combo_boxs_triangle_free) {
     QComboBox box;
     box.setFont(fontOf(13));
-    box.setPalette(paletteOn(kLightGround));
+    box.setPalette(paletteOn(kLightBackground));
     box.addItem(QString(1000, u'M'));
     box.resize(150, box.sizeHint().height());
     const QImage image = rendered(box);
-    const QColor ground = Appearance(box.palette()).field;
+    const QColor background = Appearance(box.palette()).field;
     for (int y = 4; y < box.height() - 4; ++y) {
         for (int x = box.width() - 22; x < box.width() - 17; ++x) {
-            ASSERT_EQ(image.pixelColor(x, y), ground) << x << "," << y;
+            ASSERT_EQ(image.pixelColor(x, y), background) << x << "," << y;
         }
     }
 }
 
-// The same but for how coverage is rounded.
+// Equal except for rounding in the antialiasing.
 bool isAbout(const QColor& color, const QColor& expected) {
     return std::abs(color.red() - expected.red()) + std::abs(color.green() - expected.green()) +
                std::abs(color.blue() - expected.blue()) <=
@@ -188,13 +188,13 @@ TEST(LauncherStyle, the_lines_of_a_frame_lie_on_whole_pixels_at_every_scale) {
          {Scale{1, 1}, Scale{1.25, 1}, Scale{1.5, 1}, Scale{2, 2}, Scale{3, 3}}) {
         SCOPED_TRACE(row.scale);
         QLineEdit line;
-        line.setPalette(paletteOn(kLightGround));
+        line.setPalette(paletteOn(kLightBackground));
         line.resize(100, 26);
         QImage image((QSizeF(120, 40) * row.scale).toSize(), QImage::Format_ARGB32_Premultiplied);
         image.setDevicePixelRatio(row.scale);
         image.fill(Qt::magenta);
         line.ensurePolished();
-        // At a place that is between pixels where the scale is no whole number.
+        // At positions between two device pixels, at fractional scales.
         line.render(&image, QPoint(3, 5), {}, QWidget::DrawChildren);
         const Appearance look(line.palette());
         int lines = 0;
@@ -217,8 +217,8 @@ TEST(LauncherStyle, text_in_a_field_follows_the_look_unless_its_owner_chose_a_co
     QPalette chosen;
     chosen.setColor(QPalette::Text, Qt::red);
     quiet.setPalette(chosen);
-    for (const QColor& ground : {kDarkGround, kLightGround, kDarkGround}) {
-        window.setPalette(paletteOn(ground));
+    for (const QColor& background : {kDarkBackground, kLightBackground, kDarkBackground}) {
+        window.setPalette(paletteOn(background));
         plain.ensurePolished();
         quiet.ensurePolished();
         const Appearance look(window.palette());
@@ -226,7 +226,7 @@ TEST(LauncherStyle, text_in_a_field_follows_the_look_unless_its_owner_chose_a_co
         EXPECT_EQ(plain.palette().color(QPalette::PlaceholderText), look.promptText);
         EXPECT_EQ(quiet.palette().color(QPalette::Text), QColor(Qt::red));
         for (const QLineEdit* const line : {&plain, &quiet}) {
-            EXPECT_EQ(line->palette().color(QPalette::Highlight), look.accentGround);
+            EXPECT_EQ(line->palette().color(QPalette::Highlight), look.accentBackground);
             EXPECT_EQ(line->palette().color(QPalette::HighlightedText), look.textOnAccent);
         }
     }
@@ -253,7 +253,7 @@ TEST(LauncherStyle, the_menu_of_a_text_field_has_no_symbols_of_another_hand) {
     EXPECT_EQ(menu.font().pixelSize(), 13);
 }
 
-// The windows that a window opens.
+// Windows that belong to the window: menus and the lists of combo boxes.
 class Popups : public testing::TestWithParam<bool> {
 protected:
     Popups() {
@@ -324,7 +324,7 @@ TEST_P(Popups, have_round_corners) {
     QToolTip::hideText();
 }
 
-TEST_P(Popups, a_list_of_many_choices_opens_beside_its_picker_on_the_screen_and_scrolls) {
+TEST_P(Popups, a_list_of_many_choices_opens_beside_its_combo_box_on_the_screen_and_scrolls) {
     QComboBox box(&window);
     for (int i = 0; i < 500; ++i) {
         box.addItem(QStringLiteral("Sottocategoria di %1").arg(i));

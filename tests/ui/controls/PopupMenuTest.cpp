@@ -21,7 +21,7 @@
 namespace tavo {
 namespace {
 
-// Presses an entry as a screen reader does.
+// Presses an entry as an accessibility client does.
 void press(QMenu& menu, const QString& name) {
     QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&menu);
     ASSERT_NE(tree, nullptr);
@@ -141,7 +141,7 @@ TEST_F(PopupMenuTest, a_click_on_an_entry_acts_once_after_the_menu_closed) {
 struct Walk {
     const char* name;
     std::vector<Qt::Key> keys;
-    const char* chosen;  // none while the menu is still open
+    const char* chosen;  // null while the menu is open
 };
 
 TEST_F(PopupMenuTest, is_walked_by_keyboard_alone) {
@@ -200,7 +200,7 @@ TEST_F(PopupMenuTest, esc_leaves_the_submenu_first_and_then_the_menu) {
     EXPECT_FALSE(menu->isVisible());
 }
 
-TEST_F(PopupMenuTest, the_keyboard_returns_to_whoever_had_it) {
+TEST_F(PopupMenuTest, the_focus_returns_to_the_widget_that_had_it) {
     open();
     key(Qt::Key_Down);
     key(Qt::Key_Escape);
@@ -267,15 +267,15 @@ TEST_F(PopupMenuTest, a_long_name_is_told_whole_and_drawn_as_far_as_there_is_roo
     names.hide();
 }
 
-// The first column right of the symbols where the entry's text is drawn.
+// The leftmost column, right of the symbols, in which the entry's text is painted.
 int textStart(QMenu& menu, QAction* entry) {
     const QRect row = menu.actionGeometry(entry);
     const QImage image = menu.grab().toImage();
-    const QColor ground = image.pixelColor(row.topLeft() + QPoint(1, row.height() / 2));
+    const QColor background = image.pixelColor(row.topLeft() + QPoint(1, row.height() / 2));
     for (int x = row.left() + controls::kEntryInset + controls::kEntrySymbol + 1; x < row.right();
          ++x) {
         for (int y = row.top() + 2; y < row.bottom() - 2; ++y) {
-            if (image.pixelColor(x, y) != ground) {
+            if (image.pixelColor(x, y) != background) {
                 return x;
             }
         }
@@ -322,10 +322,10 @@ TEST_F(PopupMenuTest, symbols_are_tinted_anew_when_the_palette_changes) {
         return QColor();
     };
     open();
-    for (const QColor& ground : {QColor(40, 40, 44), QColor(243, 243, 246)}) {
-        SCOPED_TRACE(ground.name().toStdString());
-        QPalette palette(ground);
-        palette.setColor(QPalette::Window, ground);
+    for (const QColor& background : {QColor(40, 40, 44), QColor(243, 243, 246)}) {
+        SCOPED_TRACE(background.name().toStdString());
+        QPalette palette(background);
+        palette.setColor(QPalette::Window, background);
         palette.setColor(QPalette::Highlight, QColor(0, 122, 255));
         window.setPalette(palette);
         const Appearance look(palette);

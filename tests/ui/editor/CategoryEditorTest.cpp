@@ -22,7 +22,7 @@ constexpr int kPosition = 1;
 constexpr int kRule = 2;
 constexpr int kRemove = 3;
 
-// The editor in a window of its own, driven by keys and clicks and read back from its controls.
+// The editor in a window. Tests use keys and clicks, and read the result from its controls.
 class CategoryEditorTest : public testing::Test {
 protected:
     CategoryEditor& editor() {
@@ -118,7 +118,7 @@ protected:
 
 private:
     QWidget window_;
-    CategoryEditor* editor_ = nullptr;  // the window's
+    CategoryEditor* editor_ = nullptr;  // owned by the window
 };
 
 TEST_F(CategoryEditorTest, add_is_disabled_for_blanks_and_return_then_adds_nothing) {
@@ -312,7 +312,7 @@ TEST_F(CategoryEditorTest, tab_goes_through_the_rows_then_below_and_round_again)
         order << focused();
         QTest::keyClick(focused(), Qt::Key_Tab);
     }
-    // Aggiungi is disabled.
+    // "Aggiungi" is disabled and so is left out.
     const QList<QWidget*> expected = {&newName(),
                                       &button(QStringLiteral("Annulla")),
                                       &button(QStringLiteral("Salva")),
@@ -449,7 +449,7 @@ TEST_F(CategoryEditorTest, hostile_names_come_back_untouched) {
     EXPECT_EQ(savedNames(), names);
 }
 
-TEST_F(CategoryEditorTest, the_wheel_over_a_picker_is_left_to_the_list_and_moves_no_category) {
+TEST_F(CategoryEditorTest, the_wheel_over_a_combo_box_is_left_to_the_list_and_moves_no_category) {
     QComboBox& over = picker(1);
     QWheelEvent wheel(QPointF(5, 5), over.mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, -120),
                       Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);

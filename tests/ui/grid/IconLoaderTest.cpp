@@ -8,7 +8,8 @@
 namespace tavo {
 namespace {
 
-// Runs what the workers sent until `path` has arrived; they are real threads, so it waits for them.
+// The workers are real threads: await() runs what they have posted until the icon of `path` is
+// there.
 class IconLoaderTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -75,7 +76,7 @@ TEST_F(IconLoaderTest, what_is_no_longer_wanted_and_not_begun_is_never_asked_for
         std::this_thread::yield();
     }
     EXPECT_NE(loader->find("/new"), nullptr);
-    // The workers had at most one request each in hand.
+    // When the requests were replaced, each worker had begun at most one.
     EXPECT_LE(source.requests().size(), 3U);
 }
 

@@ -64,11 +64,11 @@ protected:
         return -1;
     }
 
-    // The pointer goes over the middle of a tile's icon.
+    // Moves the pointer to the middle of the tile's icon.
     void pointAt(int index) {
         QTest::mouseMove(grid.viewport(), AppTile::iconRect(grid.itemRect(index)).center());
     }
-    // The applications whose star is shown.
+    // The indices of the tiles that show a star.
     std::vector<int> stars() const {
         std::vector<int> shown;
         for (int i = 0; i < grid.itemCount(); ++i) {
@@ -323,7 +323,7 @@ TEST_F(TileGridTest, tiles_scrolled_under_a_resting_pointer_get_the_star_but_not
     const Stars shown = stars();
     ASSERT_EQ(shown.size(), 2U);
     EXPECT_GT(shown[1], 500);
-    // The toolkit makes events of its own for a pointer that did not move.
+    // Qt sends move events for a pointer that has not moved.
     const QPoint resting = grid.viewport()->mapFromGlobal(QCursor::pos());
     QMouseEvent move(QEvent::MouseMove, resting, QCursor::pos(), Qt::NoButton, Qt::NoButton,
                      Qt::NoModifier);
@@ -340,7 +340,7 @@ TEST_F(TileGridTest, a_pointer_that_moves_takes_the_keyboards_tile_along) {
     EXPECT_EQ(current(), 9);
     QTest::keyClick(&grid, Qt::Key_Return);
     EXPECT_EQ(launched, std::vector<std::string>{"App 9"});
-    // One that is half out of view is not pulled in: nothing moves under the pointer.
+    // A tile that is half out of view is not scrolled into view: nothing moves under the pointer.
     grid.verticalScrollBar()->setValue(60);
     pointAt(1);
     pointAt(2);
@@ -434,7 +434,7 @@ TEST_F(TileGridTest, the_ring_is_seen_only_where_the_keyboard_is) {
     grid.enter();
     const QImage with = grid.grab().toImage();
     EXPECT_NE(with, without);
-    // A click brings no keyboard here.
+    // A click does not move the keyboard focus to the grid.
     grid.clearFocus();
     QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, grid.itemRect(5).center());
     EXPECT_FALSE(grid.hasFocus());

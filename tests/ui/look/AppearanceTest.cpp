@@ -10,7 +10,7 @@
 namespace tavo {
 namespace {
 
-// What the platform may have: a window colour and a highlight.
+// The two colours of a platform's palette that an Appearance is made from.
 struct Look {
     std::string name;
     QColor window;
@@ -33,7 +33,7 @@ std::vector<Look> looks() {
     };
     const std::vector<std::pair<std::string, QColor>> highlights = {
         {"blue", QColor(0, 122, 255)},
-        {"the toolkit's blue", QColor(48, 140, 198)},
+        {"Qt's blue", QColor(48, 140, 198)},
         {"yellow", QColor(255, 204, 0)},
         {"black", Qt::black},
         {"white", Qt::white},
@@ -61,7 +61,7 @@ Appearance appearance(const QColor& window, const QColor& highlight) {
 
 using Color = QColor Appearance::*;
 
-// The front is seen on the layers, the lowest first; under them is whatever there is.
+// `front` is painted over `layers`, the lowest first, and these over whatever is behind the window.
 struct Pair {
     std::string name;
     Color front;
@@ -108,24 +108,27 @@ const std::vector<Pair>& pairs() {
         {"a field's secondary text", &A::secondaryText, {&A::field}, kText},
         {"the ring of a field in a sheet", &A::focusRing, {&A::sheet}, kSymbol},
         {"the ring of a field in a list", &A::focusRing, {&A::list}, kSymbol},
-        {"selected text", &A::textOnAccent, {&A::accentGround}, kText},
+        {"selected text", &A::textOnAccent, {&A::accentBackground}, kText},
         {"a button", &A::text, {&A::button}, kText},
         {"a button, hovered", &A::text, {&A::button, &A::hover}, kText},
         {"a button, pressed", &A::text, {&A::button, &A::pressed}, kText},
-        {"the default button", &A::textOnAccent, {&A::accentGround}, kText},
-        {"the default button, pressed", &A::textOnAccent, {&A::accentGround, &A::pressed}, kText},
-        {"the default button on its sheet", &A::accentGround, {&A::sheet}, kSymbol},
+        {"the default button", &A::textOnAccent, {&A::accentBackground}, kText},
+        {"the default button, pressed",
+         &A::textOnAccent,
+         {&A::accentBackground, &A::pressed},
+         kText},
+        {"the default button on its sheet", &A::accentBackground, {&A::sheet}, kSymbol},
         {"what deletes", &A::destructive, {&A::list}, kSymbol},
         {"what deletes, on a sheet", &A::destructive, {&A::sheet}, kSymbol},
         {"what deletes, hovered", &A::destructive, {&A::list, &A::hover}, kSymbol},
         {"a menu's entry", &A::text, {&A::menu}, kText},
-        {"a menu's current entry", &A::textOnAccent, {&A::accentGround}, kText},
-        {"a menu's current entry on the menu", &A::accentGround, {&A::menu}, kSymbol},
+        {"a menu's current entry", &A::textOnAccent, {&A::accentBackground}, kText},
+        {"a menu's current entry on the menu", &A::accentBackground, {&A::menu}, kSymbol},
     };
     return kPairs;
 }
 
-// What is seen of the layers where `behind` is behind the window.
+// The colour that results when the layers are painted over `behind`.
 QColor composited(const Appearance& a, const std::vector<Color>& layers, const QColor& behind) {
     QColor seen = behind;
     for (const Color layer : layers) {
@@ -140,10 +143,10 @@ TEST(AppearanceTest, all_that_is_read_or_recognised_reaches_its_contrast_over_wh
         for (const Pair& pair : pairs()) {
             for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
                 SCOPED_TRACE(look.name + ": " + pair.name + " over " + behind.name().toStdString());
-                const QColor ground = composited(a, pair.layers, behind);
-                EXPECT_GE(contrast(a.*pair.front, ground), pair.ratio)
+                const QColor background = composited(a, pair.layers, behind);
+                EXPECT_GE(contrast(a.*pair.front, background), pair.ratio)
                     << (a.*pair.front).name().toStdString() << " on "
-                    << ground.name().toStdString();
+                    << background.name().toStdString();
             }
         }
     }
@@ -158,10 +161,11 @@ TEST(AppearanceTest, the_star_is_always_the_same_yellow_and_can_always_be_seen) 
             for (const std::vector<Color>& layers :
                  {std::vector<Color>{&Appearance::material},
                   std::vector<Color>{&Appearance::material, &Appearance::selection}}) {
-                const QColor ground = composited(a, layers, behind);
-                // By its outline in the light, by itself in the dark.
-                EXPECT_GE(contrast(a.dark ? a.star : a.starOutline, ground), kSymbolContrast)
-                    << ground.name().toStdString();
+                const QColor background = composited(a, layers, behind);
+                // In the light look the outline makes the star visible, in the dark look its own
+                // colour does.
+                EXPECT_GE(contrast(a.dark ? a.star : a.starOutline, background), kSymbolContrast)
+                    << background.name().toStdString();
             }
         }
         EXPECT_EQ(a.starOutline.alpha(), a.dark ? 0 : 255);
@@ -173,7 +177,7 @@ TEST(AppearanceTest, an_accent_that_is_legible_is_kept_as_it_is) {
     EXPECT_EQ(appearance(Qt::white, QColor(0, 100, 210)).accent, QColor(0, 100, 210));
 }
 
-TEST(AppearanceTest, the_windows_ground_shines_through_as_much_as_the_palette_says) {
+TEST(AppearanceTest, the_windows_background_shines_through_as_much_as_the_palette_says) {
     EXPECT_EQ(appearance(QColor(250, 250, 250, 200), Qt::blue).material.alpha(), 200);
     EXPECT_EQ(appearance(QColor(20, 20, 20), Qt::blue).material.alpha(), 255);
 }
@@ -205,7 +209,7 @@ TEST(ContrastTest, what_cannot_be_had_is_black_or_white) {
     EXPECT_EQ(legible(QColor(200, 0, 0), {Qt::black}, 22), QColor(Qt::white));
 }
 
-TEST(ContrastTest, a_colour_over_a_ground_is_what_is_seen) {
+TEST(ContrastTest, a_colour_over_a_background_is_what_is_seen) {
     EXPECT_EQ(over(QColor(0, 0, 0, 51), Qt::white), QColor(204, 204, 204));
     EXPECT_EQ(over(QColor(1, 2, 3), Qt::white), QColor(1, 2, 3));
 }

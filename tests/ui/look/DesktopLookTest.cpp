@@ -12,7 +12,7 @@
 namespace tavo {
 namespace {
 
-// The toolkit tells its widgets with the next turn of the event loop.
+// Lets the event loop run once, because Qt tells widgets about a new palette in the next turn.
 bool isDark(const QWidget& widget) {
     QCoreApplication::processEvents();
     return Appearance(widget.palette()).dark;
@@ -53,10 +53,10 @@ TEST_F(DesktopLookTest, keeps_the_accent_of_the_platform) {
     }
 }
 
-TEST_F(DesktopLookTest, is_readable_in_the_toolkits_own_widgets_too) {
+TEST_F(DesktopLookTest, is_readable_in_qts_own_widgets_too) {
     struct Pair {
         QPalette::ColorRole text;
-        QPalette::ColorRole ground;
+        QPalette::ColorRole background;
     };
     for (const ColorScheme scheme : {ColorScheme::Dark, ColorScheme::Light}) {
         settings.choose({scheme, false, ""});
@@ -67,8 +67,9 @@ TEST_F(DesktopLookTest, is_readable_in_the_toolkits_own_widgets_too) {
                                  {QPalette::Text, QPalette::AlternateBase},
                                  {QPalette::ButtonText, QPalette::Button},
                                  {QPalette::ToolTipText, QPalette::ToolTipBase}}) {
-            EXPECT_GE(contrast(palette.color(pair.text), palette.color(pair.ground)), kTextContrast)
-                << pair.text << " on " << pair.ground;
+            EXPECT_GE(contrast(palette.color(pair.text), palette.color(pair.background)),
+                      kTextContrast)
+                << pair.text << " on " << pair.background;
         }
         EXPECT_EQ(Appearance(palette).dark, scheme == ColorScheme::Dark);
     }

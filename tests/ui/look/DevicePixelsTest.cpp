@@ -58,7 +58,7 @@ TEST(DevicePixels, an_icon_is_as_sharp_at_broken_scales_as_at_whole_ones) {
             tile.paint(painter, place,
                        {.appearance = Appearance(QPalette(Qt::white)), .icon = &shadowed});
             painter.end();
-            // Exactly as many pure red pixels as the icon has, in one square.
+            // There must be one square of pure red pixels, of exactly the icon's size.
             QRect red;
             int count = 0;
             for (int y = 0; y < image.height(); ++y) {

@@ -1,4 +1,4 @@
-// The files in resources/: the symbols, the mark and the application icon.
+// Tests the files in resources/: the symbols, the logo and the application icon.
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -25,8 +25,8 @@ QString readText(const QString& path) {
     return QString::fromUtf8(file.readAll());
 }
 
-// A literal in ui/ that is all lower case names a symbol; texts begin with a capital letter. The
-// status item's symbol is named outside ui/.
+// In ui/, string literals in lower case are names of symbols; texts for users begin with a capital
+// letter. The status item's symbol is named outside ui/.
 QStringList symbolsNamedInTheSources() {
     const QRegularExpression literal(QStringLiteral("u\"([a-z0-9]+(?:\\.[a-z0-9]+)*)\""));
     QStringList names = {QStringLiteral("square.grid.3x3")};
@@ -93,7 +93,7 @@ TEST(SymbolFiles, all_are_drawn_on_one_grid_with_one_pen) {
         for (auto match = width.globalMatch(text); match.hasNext();) {
             EXPECT_EQ(match.next().captured(1).toStdString(), "1.5");
         }
-        // The pen's ends and corners are round.
+        // Lines have round ends and round corners.
         EXPECT_EQ(text.count(QStringLiteral("stroke=\"")),
                   text.count(QStringLiteral("stroke-linecap=\"round\"")));
         EXPECT_EQ(text.count(QStringLiteral("stroke=\"")),
@@ -141,12 +141,12 @@ TEST(SymbolFiles, each_is_drawn_and_tinted_at_every_scale) {
     }
 }
 
-// What a symbol's straight edges are for: those that run along the grid lie on whole pixels.
+// Straight edges along the grid are on whole pixels, so that they are not blurred.
 TEST(SymbolFiles, straight_edges_are_sharp_at_scales_one_and_two) {
     struct Row {
         const char* symbol;
-        QPoint inside;   // in sixteenths of the drawing; fully covered
-        QPoint outside;  // next to it, across the edge; not covered at all
+        QPoint inside;   // inside the edge, in sixteenths of the drawing; must be opaque
+        QPoint outside;  // outside the edge; must be transparent
     };
     const Row rows[] = {
         {"square.grid.2x2.fill", {4, 6}, {4, 7}},
@@ -176,7 +176,7 @@ TEST(SymbolFiles, straight_edges_are_sharp_at_scales_one_and_two) {
                 resourcePath(QStringLiteral("symbols/%1.svg").arg(QLatin1String(row.symbol))),
                 16 * scale);
             const QPoint step = row.outside - row.inside;
-            // The device pixels on either side of the edge.
+            // The two device pixels on either side of the edge.
             const auto nearEdge = [&](const QPoint& cell, const QPoint& towardsEdge) {
                 return QPoint(cell.x() * scale + (towardsEdge.x() > 0 ? scale - 1 : 0),
                               cell.y() * scale + (towardsEdge.y() > 0 ? scale - 1 : 0));
@@ -213,7 +213,8 @@ TEST(IconFiles, every_size_is_there_and_is_what_its_drawing_shows) {
             for (int x = 0; x < row.side; ++x) {
                 const QRgb a = picture.pixel(x, y);
                 const QRgb b = wanted.pixel(x, y);
-                // Other versions of the renderer may round otherwise.
+                // The tolerance is for other versions of the SVG renderer, which may round
+                // otherwise.
                 different += std::abs(qAlpha(a) - qAlpha(b)) > 12 ||
                                      std::abs(qRed(a) - qRed(b)) > 12 ||
                                      std::abs(qGreen(a) - qGreen(b)) > 12 ||
@@ -231,7 +232,7 @@ TEST(IconFiles, the_tiles_of_the_small_icons_have_sharp_edges) {
         SCOPED_TRACE(side);
         const QImage image(
             resourcePath(QStringLiteral("icons/%1/org.tavolauncher.TavoLauncher.png").arg(side)));
-        // Along the middle of the first row of tiles, each pixel is ground or tile, none between.
+        // Along the middle of the first row of tiles each pixel is either background or tile.
         int row = 0;
         while (row < side && image.pixelColor(side / 2, row).red() < 235) {
             ++row;

@@ -10,9 +10,9 @@
 namespace tavo {
 namespace {
 
-class CategoryListTest : public testing::Test {
+class SidebarListTest : public testing::Test {
 protected:
-    CategoryListTest() {
+    SidebarListTest() {
         list.onSelect = [this](const std::string& id) { chosen.push_back(id); };
         list.resize(182, 300);
     }
@@ -32,13 +32,13 @@ const std::vector<SidebarList::Row> kRows{{"all", "Tutte", 0, true},
                                           {"a", "A", 1, false},
                                           {"b", "B", 2, false}};
 
-TEST_F(CategoryListTest, a_click_chooses_the_row) {
+TEST_F(SidebarListTest, a_click_chooses_the_row) {
     show(kRows);
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.itemRect(1).center());
     EXPECT_EQ(chosen, std::vector<std::string>{"work"});
 }
 
-TEST_F(CategoryListTest, a_quick_second_click_chooses_too_and_stays_in_the_list) {
+TEST_F(SidebarListTest, a_quick_second_click_chooses_too_and_stays_in_the_list) {
     show(kRows);
     const QPoint row = list.itemRect(2).center();
     QMouseEvent again(QEvent::MouseButtonDblClick, row, list.viewport()->mapToGlobal(row),
@@ -49,37 +49,37 @@ TEST_F(CategoryListTest, a_quick_second_click_chooses_too_and_stays_in_the_list)
     EXPECT_EQ(chosen, std::vector<std::string>{"a"});
 }
 
-TEST_F(CategoryListTest, a_row_is_indented_by_14_for_each_level) {
+TEST_F(SidebarListTest, a_row_is_indented_by_14_for_each_level) {
     show(kRows);
     EXPECT_EQ(list.itemRect(0).left(), 0);
     EXPECT_EQ(list.itemRect(2).left(), 14);
     EXPECT_EQ(list.itemRect(3).left(), 28);
 }
 
-TEST_F(CategoryListTest, only_the_selected_row_is_highlighted) {
-    const auto ground = [this](int index) {
+TEST_F(SidebarListTest, only_the_selected_row_is_highlighted) {
+    const auto background = [this](int index) {
         const QRect row = list.itemRect(index);
         return list.viewport()->grab().toImage().pixelColor(row.right() - 3, row.center().y());
     };
     show(kRows);
-    const QColor plain = ground(3);
-    EXPECT_NE(ground(0), plain);
+    const QColor plain = background(3);
+    EXPECT_NE(background(0), plain);
     auto rows = kRows;
     std::swap(rows[0].selected, rows[3].selected);
     list.setRows(rows);
-    EXPECT_NE(ground(3), plain);
+    EXPECT_NE(background(3), plain);
     for (const int other : {0, 1, 2}) {
-        EXPECT_EQ(ground(other), plain) << other;
+        EXPECT_EQ(background(other), plain) << other;
     }
 }
 
-TEST_F(CategoryListTest, rows_are_34_tall_and_9_apart) {
+TEST_F(SidebarListTest, rows_are_34_tall_and_9_apart) {
     show(kRows);
     EXPECT_EQ(list.itemRect(0), QRect(0, 0, 164, 34));
     EXPECT_EQ(list.itemRect(1).top(), 43);
 }
 
-TEST_F(CategoryListTest, arrows_move_and_return_and_space_choose) {
+TEST_F(SidebarListTest, arrows_move_and_return_and_space_choose) {
     show(kRows);
     list.setFocus();
     QTest::keyClick(&list, Qt::Key_Down);
@@ -91,7 +91,7 @@ TEST_F(CategoryListTest, arrows_move_and_return_and_space_choose) {
     EXPECT_EQ(chosen, (std::vector<std::string>{"work", "b", "b"}));
 }
 
-TEST_F(CategoryListTest, more_rows_than_fit_scroll) {
+TEST_F(SidebarListTest, more_rows_than_fit_scroll) {
     std::vector<SidebarList::Row> rows;
     for (int i = 0; i < 5000; ++i) {
         rows.push_back({std::to_string(i), "Categoria " + std::to_string(i), 0, i == 0});
@@ -102,7 +102,7 @@ TEST_F(CategoryListTest, more_rows_than_fit_scroll) {
     EXPECT_TRUE(list.viewport()->rect().contains(list.itemRect(4999)));
 }
 
-TEST_F(CategoryListTest, a_click_on_a_scrolled_list_chooses_what_stands_there) {
+TEST_F(SidebarListTest, a_click_on_a_scrolled_list_chooses_what_stands_there) {
     std::vector<SidebarList::Row> rows;
     for (int i = 0; i < 30; ++i) {
         rows.push_back({std::to_string(i), "Categoria " + std::to_string(i), 0, i == 0});
@@ -113,7 +113,7 @@ TEST_F(CategoryListTest, a_click_on_a_scrolled_list_chooses_what_stands_there) {
     EXPECT_EQ(chosen, std::vector<std::string>{"28"});
 }
 
-TEST_F(CategoryListTest, a_screen_reader_finds_the_rows_by_name_with_the_selected_one) {
+TEST_F(SidebarListTest, a_screen_reader_finds_the_rows_by_name_with_the_selected_one) {
     show(kRows);
     QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&list);
     ASSERT_EQ(tree->childCount(), 4);
@@ -125,7 +125,7 @@ TEST_F(CategoryListTest, a_screen_reader_finds_the_rows_by_name_with_the_selecte
     EXPECT_EQ(chosen, std::vector<std::string>{"work"});
 }
 
-TEST_F(CategoryListTest, a_row_stays_the_same_to_a_screen_reader_when_the_selection_changes) {
+TEST_F(SidebarListTest, a_row_stays_the_same_to_a_screen_reader_when_the_selection_changes) {
     show(kRows);
     QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&list);
     QAccessibleInterface* const work = tree->child(1);
@@ -142,7 +142,7 @@ TEST_F(CategoryListTest, a_row_stays_the_same_to_a_screen_reader_when_the_select
     EXPECT_EQ(tree->childCount(), 3);
 }
 
-TEST_F(CategoryListTest, a_row_below_another_says_its_level) {
+TEST_F(SidebarListTest, a_row_below_another_says_its_level) {
     show(kRows);
     QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&list);
     EXPECT_EQ(tree->child(1)->text(QAccessible::Description), QString());
@@ -150,7 +150,7 @@ TEST_F(CategoryListTest, a_row_below_another_says_its_level) {
     EXPECT_EQ(tree->child(3)->text(QAccessible::Description), QStringLiteral("Livello 3"));
 }
 
-TEST_F(CategoryListTest, a_screen_reader_gives_a_row_the_keyboard_without_selecting_it) {
+TEST_F(SidebarListTest, a_screen_reader_gives_a_row_the_keyboard_without_selecting_it) {
     show(kRows);
     QApplication::setActiveWindow(&list);
     QAccessibleInterface* const row = QAccessible::queryAccessibleInterface(&list)->child(2);
@@ -161,7 +161,7 @@ TEST_F(CategoryListTest, a_screen_reader_gives_a_row_the_keyboard_without_select
     EXPECT_EQ(chosen, std::vector<std::string>{"a"});
 }
 
-TEST_F(CategoryListTest, two_rows_with_one_id_are_both_there) {
+TEST_F(SidebarListTest, two_rows_with_one_id_are_both_there) {
     show({{"x", "Uno", 0, true}, {"x", "Due", 0, false}});
     QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(&list);
     ASSERT_EQ(tree->childCount(), 2);
@@ -169,7 +169,7 @@ TEST_F(CategoryListTest, two_rows_with_one_id_are_both_there) {
     EXPECT_EQ(tree->child(1)->text(QAccessible::Name), QStringLiteral("Due"));
 }
 
-TEST_F(CategoryListTest, behind_a_sheet_it_looks_as_before_and_its_rows_do_nothing) {
+TEST_F(SidebarListTest, behind_a_sheet_it_looks_as_before_and_its_rows_do_nothing) {
     show(kRows);
     list.clearFocus();
     const QImage before = list.grab().toImage();
@@ -181,7 +181,7 @@ TEST_F(CategoryListTest, behind_a_sheet_it_looks_as_before_and_its_rows_do_nothi
     EXPECT_TRUE(chosen.empty());
 }
 
-TEST_F(CategoryListTest, a_click_chooses_what_was_pressed_though_the_rows_move_meanwhile) {
+TEST_F(SidebarListTest, a_click_chooses_what_was_pressed_though_the_rows_move_meanwhile) {
     show(kRows);
     QTest::mousePress(list.viewport(), Qt::LeftButton, {}, list.itemRect(1).center());
     std::vector<SidebarList::Row> rows = kRows;
@@ -195,7 +195,7 @@ TEST_F(CategoryListTest, a_click_chooses_what_was_pressed_though_the_rows_move_m
     EXPECT_EQ(chosen, std::vector<std::string>{"a"});
 }
 
-TEST_F(CategoryListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
+TEST_F(SidebarListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
     const std::string marks = [] {
         std::string text = "a";
         for (int i = 0; i < 2'000; ++i) {
@@ -208,7 +208,7 @@ TEST_F(CategoryListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
           {"y", std::string(10'000, 'W') + "\n<b>", 3, false},
           {"z", "Ultima", 0, false}});
     const QImage image = list.grab().toImage();
-    // The space between two rows stays free.
+    // The space between two rows belongs to neither.
     const int gap = list.itemRect(1).top() - 5;
     for (int x = 0; x < image.width(); ++x) {
         EXPECT_EQ(image.pixel(x, gap), image.pixel(0, gap)) << x;

@@ -1,5 +1,5 @@
-// What people, other programs and damaged files may put before the window: it shows everything,
-// cuts nothing without an ellipsis and loses nothing.
+// Shows the window with hostile names, damaged stores and unusual fonts. It must show everything,
+// cut no text without an ellipsis and lose no data.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -33,7 +33,7 @@ namespace {
 
 using Categories = std::vector<LauncherCategory>;
 
-// With TAVO_PICTURES set to a folder, what each case looks like is left there.
+// Saves a picture of each case in the folder TAVO_PICTURES, if that is set.
 void keepPicture(QWidget& widget, const QString& name) {
     const QString folder = qEnvironmentVariable("TAVO_PICTURES");
     const QPixmap picture = widget.grab();
@@ -43,7 +43,7 @@ void keepPicture(QWidget& widget, const QString& name) {
     }
 }
 
-// The interface font, half as wide again, while this exists.
+// Makes the interface font half as wide again, until it is destroyed.
 class WideFont {
 public:
     WideFont() : before_(QApplication::font()) {
@@ -95,7 +95,7 @@ protected:
     }
     void openEditor() { press(QStringLiteral("Modifica categorie")); }
 
-    // Applications of any name, as desktop entries have them.
+    // Installs applications with these names, which come from desktop entries in reality.
     void installNamed(const std::vector<std::string>& names) {
         int number = 0;
         for (const std::string& name : names) {
@@ -125,7 +125,7 @@ protected:
         expectApart(list<SidebarList>());
         keepPicture(view(), picture);
     }
-    // Items lie beside each other, none beyond the sides of its list.
+    // Items must not overlap, nor extend beyond the sides of their list.
     template<typename List>
     static void expectApart(List& items) {
         const int width = items.viewport()->width();
@@ -219,7 +219,7 @@ TEST_P(HostileName, fits_into_the_menus) {
     keepPicture(*menu, picture(QStringLiteral("suggestions")));
     menu->actions()[3]->trigger();
     QCoreApplication::processEvents();
-    // As the entry says: what is searched for is the name, of this category too.
+    // The entry searches for the name, which this category has as well.
     EXPECT_EQ(view().findChild<QLineEdit*>()->text().left(4), QStringLiteral("cat:"));
 
     world.mainQueue.run();
@@ -313,7 +313,7 @@ TEST_F(BadInputTest, a_damaged_tree_is_shown_whole_with_what_cannot_be_reached_a
     ASSERT_EQ(find<CategoryEditorList>()->rowCount(), 15);
     expectInOrder(QStringLiteral("tree-editor"));
     press(QStringLiteral("Salva"));
-    // The second of the twins and those without a name are gone, and no circle is left.
+    // The second category with the same id and those without a name are gone, and so is the circle.
     const auto stored = decodeCategories(*world.defaults.data(kCategoriesKey));
     ASSERT_TRUE(stored);
     EXPECT_EQ(stored->size(), 12U);
@@ -420,7 +420,7 @@ TEST_F(BadInputTest, five_thousand_categories_can_be_selected_suggested_assigned
 struct Frame {
     const char* what;
     QSize size;
-    bool wide;  // the interface font
+    bool wide;  // with the interface font made wider
 };
 
 std::ostream& operator<<(std::ostream& out, const Frame& frame) {

@@ -19,7 +19,8 @@
 namespace tavo {
 namespace {
 
-// The whole content over a made-up world, driven by key presses and read back from its widgets.
+// The content of the window over a made-up model. Tests use keys and read the result from its
+// widgets.
 class LauncherViewTest : public testing::Test {
 protected:
     LauncherView& view() {
@@ -51,7 +52,7 @@ protected:
         throw std::logic_error("no such list");
     }
 
-    // What a person reads once the window has had its turn.
+    // The texts that are shown after the event loop has run.
     QStringList shown() {
         QCoreApplication::processEvents();
         QStringList names;

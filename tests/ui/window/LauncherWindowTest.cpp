@@ -99,7 +99,7 @@ TEST_F(LauncherWindowTest, its_corners_are_cut_only_while_nothing_blends_them) {
     }
 }
 
-TEST_F(LauncherWindowTest, its_ground_is_translucent_only_while_it_is_blended) {
+TEST_F(LauncherWindowTest, its_background_is_translucent_only_while_it_is_blended) {
     present();
     const auto opacity = [this] { return Appearance(content()->palette()).material.alphaF(); };
     EXPECT_NEAR(opacity(), kPlainMaterial, 0.01);
@@ -114,7 +114,7 @@ TEST_F(LauncherWindowTest, its_ground_is_translucent_only_while_it_is_blended) {
     EXPECT_NEAR(opacity(), kBlurredMaterial, 0.01);
 }
 
-TEST_F(LauncherWindowTest, its_ground_stays_translucent_when_the_look_changes) {
+TEST_F(LauncherWindowTest, its_background_stays_translucent_when_the_look_changes) {
     present();
     for (const bool dark : {true, false}) {
         QApplication::setPalette(paletteOfLook(dark));
@@ -237,7 +237,7 @@ TEST_F(LauncherWindowTest, is_blended_where_the_desktop_blends_when_it_is_shown)
     EXPECT_TRUE(window.mask().isEmpty());
 }
 
-TEST_F(LauncherWindowTest, closing_is_asked_of_whoever_owns_it) {
+TEST_F(LauncherWindowTest, closing_is_left_to_its_owner) {
     present();
     window.close();
     EXPECT_TRUE(window.isVisible());

@@ -1,13 +1,13 @@
-// The toolkit's own texts in the window's language.
+// Italian translations of Qt's own texts.
 #pragma once
 
 #include <QTranslator>
 
 namespace tavo {
 
-// What the menus of text fields say, and what screen readers say can be done with a control.
-// Installed into the application; every other text of the toolkit stays as it is.
-class ToolkitTexts final : public QTranslator {
+// Translates the context menus of text fields and the names of accessibility actions. All other
+// texts of Qt stay English. Installed in the QApplication.
+class QtTexts final : public QTranslator {
 public:
     using QTranslator::QTranslator;
 

@@ -6,13 +6,13 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/look/ToolkitTexts.h"
+#include "ui/look/QtTexts.h"
 
 namespace tavo {
 namespace {
 
-TEST(ToolkitTexts, the_menu_of_a_text_field_is_italian) {
-    ToolkitTexts texts;
+TEST(QtTexts, the_menu_of_a_text_field_is_italian) {
+    QtTexts texts;
     QCoreApplication::installTranslator(&texts);
     QLineEdit line;
     const std::unique_ptr<QMenu> menu(line.createStandardContextMenu());
@@ -28,7 +28,7 @@ TEST(ToolkitTexts, the_menu_of_a_text_field_is_italian) {
         QStringLiteral("Annulla,Ripeti,Taglia,Copia,Incolla,Elimina,Seleziona tutto").split(u','));
 }
 
-// A control that can do everything, for what the toolkit says about it.
+// A control with every action, whose names and descriptions Qt provides.
 class Anything final : public QAccessibleActionInterface {
 public:
     QStringList actionNames() const override {
@@ -39,8 +39,8 @@ public:
     QStringList keyBindingsForAction(const QString&) const override { return {}; }
 };
 
-TEST(ToolkitTexts, what_can_be_done_with_a_control_is_said_in_italian) {
-    ToolkitTexts texts;
+TEST(QtTexts, what_can_be_done_with_a_control_is_said_in_italian) {
+    QtTexts texts;
     QCoreApplication::installTranslator(&texts);
     const Anything control;
     for (const QString& action : control.actionNames()) {

@@ -1,4 +1,4 @@
-#include "ui/look/ToolkitTexts.h"
+#include "ui/look/QtTexts.h"
 
 #include <array>
 #include <string_view>
@@ -11,7 +11,7 @@ struct Text {
     QStringView italian;
 };
 
-// The menus of text fields and of texts that can be selected.
+// Context menus of text fields and of labels with selectable text.
 constexpr std::array<Text, 8> kMenuTexts = {{
     {"&Undo", u"&Annulla"},
     {"&Redo", u"&Ripeti"},
@@ -23,7 +23,7 @@ constexpr std::array<Text, 8> kMenuTexts = {{
     {"Copy &Link Location", u"Copia indirizzo"},
 }};
 
-// What a screen reader says can be done with a control, and what that does.
+// Names and descriptions of the actions of a control, as a screen reader reads them.
 constexpr std::array<Text, 13> kActionTexts = {{
     {"Press", u"Premi"},
     {"Increase", u"Aumenta"},
@@ -52,8 +52,7 @@ QString find(const std::array<Text, size>& texts, std::string_view source) {
 
 }  // namespace
 
-QString ToolkitTexts::translate(const char* context, const char* sourceText, const char*,
-                                int) const {
+QString QtTexts::translate(const char* context, const char* sourceText, const char*, int) const {
     const std::string_view where = context;
     if (where == "QLineEdit" || where == "QWidgetTextControl") {
         return find(kMenuTexts, sourceText);
