@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "ui/controls/PopupMenu.h"
-#include "ui/controls/ThinScrollBar.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
@@ -20,23 +19,16 @@
 namespace tavo {
 
 TileGrid::TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent)
-    : QAbstractScrollArea(parent),
+    : ItemView(texts::kApplications.toString(), parent),
       icons_(icons),
-      makeTile_(std::move(makeTile)),
-      appearance_(palette()),
-      scrollBar_(new ThinScrollBar(*this)) {
-    setFrameShape(QFrame::NoFrame);
-    // Not by clicking: a click opens an application, and typing goes on in the search field.
-    setFocusPolicy(Qt::TabFocus);
-    setAccessibleName(texts::kApplications.toString());
-    viewport()->setAutoFillBackground(false);
+      makeTile_(std::move(makeTile)) {
     viewport()->setMouseTracking(true);
     layout_.tileHeight = AppTile::height();
     iconLoaded_ = icons_.loaded.subscribe([this](const std::string& path) {
         const GridLayout::Range range = inView();
         for (int index = range.first; index < range.end; ++index) {
             if (app(index).url.path == path) {
-                updateTile(index);
+                updateItem(index);
             }
         }
     });
@@ -150,12 +142,6 @@ void TileGrid::pressItem(int index) {
     launch();
 }
 
-void TileGrid::focusItem(int index) {
-    setCurrent(index);
-    setFocus(Qt::OtherFocusReason);
-    announceFocusSoon();
-}
-
 void TileGrid::showItemMenu(int index) {
     setCurrent(index);
     showMenu(index, viewport()->mapToGlobal(itemRect(index).center()));
@@ -175,7 +161,7 @@ void TileGrid::pressItemButton(int index) {
     toggle();
 }
 
-void TileGrid::updateTile(int index) {
+void TileGrid::updateItem(int index) {
     // The icon's shadow and the focus ring extend beyond the tile.
     viewport()->update(itemRect(index).adjusted(-AppTile::kReach, -AppTile::kReach, AppTile::kReach,
                                                 AppTile::kReach));
@@ -203,11 +189,6 @@ void TileGrid::paintEvent(QPaintEvent* event) {
     std::erase_if(tiles_, [&](const auto& tile) {
         return tile.first < range.first || tile.first >= range.end;
     });
-}
-
-void TileGrid::resizeEvent(QResizeEvent*) {
-    scrollBar_->place();
-    relayout();
 }
 
 void TileGrid::scrollContentsBy(int, int) {
@@ -260,7 +241,7 @@ bool TileGrid::eventFilter(QObject* object, QEvent* event) {
         QMetaObject::invokeMethod(
             this, [this] { findPointer(); }, Qt::QueuedConnection);
     }
-    return QAbstractScrollArea::eventFilter(object, event);
+    return ItemView::eventFilter(object, event);
 }
 
 void TileGrid::setHovered(int index) {
@@ -271,7 +252,7 @@ void TileGrid::setHovered(int index) {
     for (const int changed : {before, index}) {
         if (changed >= 0 && changed < itemCount()) {
             tileAt(changed).hovering = changed == hovered_;
-            updateTile(changed);
+            updateItem(changed);
             announceItemDetails(*this, changed);
         }
     }
@@ -289,7 +270,7 @@ void TileGrid::moveCurrent(int index) {
     const int before = std::exchange(current_, index);
     for (const int changed : {before, index}) {
         if (changed >= 0 && changed < itemCount()) {
-            updateTile(changed);
+            updateItem(changed);
             announceSelection(*this, changed);
         }
     }
@@ -308,19 +289,6 @@ void TileGrid::scrollTo(int index) {
     } else if (bottom > bar.value() + viewport()->height()) {
         bar.setValue(bottom - viewport()->height());
     }
-}
-
-// Delayed, because Qt first announces the focus of the list as a whole, and screen readers go by
-// the last announcement.
-void TileGrid::announceFocusSoon() {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (hasFocus() && current_ >= 0) {
-                announceFocus(*this, current_);
-            }
-        },
-        Qt::QueuedConnection);
 }
 
 int TileGrid::stepped(int key) const {
@@ -421,13 +389,7 @@ bool TileGrid::viewportEvent(QEvent* event) {
         QToolTip::showText(help->globalPos(), toolTipText(tip), this);
         return true;
     }
-    return QAbstractScrollArea::viewportEvent(event);
-}
-
-void TileGrid::wheelEvent(QWheelEvent* event) {
-    if (!scrollBar_->scrollByPixels(*event)) {
-        QAbstractScrollArea::wheelEvent(event);
-    }
+    return ItemView::viewportEvent(event);
 }
 
 void TileGrid::mouseMoveEvent(QMouseEvent* event) {
@@ -445,12 +407,6 @@ void TileGrid::mousePressEvent(QMouseEvent* event) {
     const bool pressed = event->button() == Qt::LeftButton && target.part != Part::None;
     pressedPart_ = pressed ? target.part : Part::None;
     pressedPath_ = pressed ? app(target.index).url.path : std::string();
-}
-
-// The second press of a double click is a press like the first. Passed on, it would start a move of
-// the window.
-void TileGrid::mouseDoubleClickEvent(QMouseEvent* event) {
-    mousePressEvent(event);
 }
 
 void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
@@ -488,42 +444,15 @@ void TileGrid::showMenu(int index, QPoint globalPosition) {
     menu->openAt(globalPosition);
 }
 
-void TileGrid::focusInEvent(QFocusEvent* event) {
-    QAbstractScrollArea::focusInEvent(event);
-    if (apps_.empty()) {
-        return;
-    }
-    // Scrolls only for Tab. When the window or a closed menu gives the focus back, the tiles under
-    // the pointer must not move.
-    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
-        setCurrent(std::max(0, current_));
-    }
-    if (current_ >= 0) {
-        updateTile(current_);
-    }
-    announceFocusSoon();
-}
-
-void TileGrid::focusOutEvent(QFocusEvent* event) {
-    QAbstractScrollArea::focusOutEvent(event);
-    if (current_ >= 0) {
-        updateTile(current_);
-    }
-}
-
 void TileGrid::hideEvent(QHideEvent* event) {
-    QAbstractScrollArea::hideEvent(event);
+    ItemView::hideEvent(event);
     pressedPart_ = Part::None;
     pointerAt(std::nullopt);
 }
 
 void TileGrid::changeEvent(QEvent* event) {
-    QAbstractScrollArea::changeEvent(event);
+    ItemView::changeEvent(event);
     switch (event->type()) {
-        case QEvent::PaletteChange:
-            appearance_ = Appearance(palette());
-            viewport()->update();
-            break;
         case QEvent::FontChange:
             layout_.tileHeight = AppTile::height();
             tiles_.clear();

@@ -1,7 +1,6 @@
 // The grid of application tiles.
 #pragma once
 
-#include <QAbstractScrollArea>
 #include <functional>
 #include <map>
 #include <optional>
@@ -10,20 +9,18 @@
 
 #include "catalogue/AppItem.h"
 #include "support/Signal.h"
-#include "ui/accessibility/AccessibleItems.h"
+#include "ui/controls/ItemView.h"
 #include "ui/grid/AppTile.h"
 #include "ui/grid/GridLayout.h"
-#include "ui/look/Appearance.h"
 
 namespace tavo {
 
 class IconLoader;
-class ThinScrollBar;
 
 // Shows applications, and makes tiles only for the rows in view and one row above and below. Keeps
 // the scroll position, the tile under the pointer and the tile with the keyboard focus; all else is
 // in the model. Main thread.
-class TileGrid final : public QAbstractScrollArea, public AccessibleItems {
+class TileGrid final : public ItemView {
 public:
     using TileMaker = std::function<AppTile(const AppItem&)>;
 
@@ -51,9 +48,7 @@ public:
     QString itemName(int index) const override;
     QRect itemRect(int index) const override;
     bool itemIsSelected(int index) const override { return index == current_; }
-    bool itemHasFocus(int index) const override { return hasFocus() && index == current_; }
     void pressItem(int index) override;
-    void focusItem(int index) override;
     bool itemsHaveMenus() const override { return true; }
     void showItemMenu(int index) override;
     // The star, while the tile shows it.
@@ -64,17 +59,12 @@ protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -95,35 +85,29 @@ private:
     [[nodiscard]] GridLayout::Range inView() const;
     [[nodiscard]] int scrollOffset() const;
 
-    void relayout();
+    void relayout() override;
     void wantIcons();
-    void updateTile(int index);
+    void updateItem(int index) override;
 
     void pointerAt(std::optional<QPoint> viewportPoint);
     void findPointer();
     void watchPopup();
     void setHovered(int index);
 
-    void setCurrent(int index);
+    void setCurrent(int index) override;
     void moveCurrent(int index);
     void scrollTo(int index);
-    void announceFocusSoon();
     [[nodiscard]] int stepped(int key) const;
     void moveBy(int key);
     void showMenu(int index, QPoint globalPosition);
 
     IconLoader& icons_;
     TileMaker makeTile_;
-    Appearance appearance_;
-    ThinScrollBar* scrollBar_;
     GridLayout layout_;
     std::vector<AppItem> apps_;
-    std::map<int, AppTile>
-        tiles_;             // made when a tile is first painted, and dropped when it is out of view
-    double iconScale_ = 0;  // the device pixel ratio that icons were last wanted for
-    int current_ = -1;      // the tile with the keyboard focus, or -1
-    std::optional<QPoint> pointer_;  // the pointer in the viewport; empty while it is elsewhere or
-                                     // something covers the grid
+    std::map<int, AppTile> tiles_;   // those in view; each is made when it is first painted
+    double iconScale_ = 0;           // the device pixel ratio that icons were last wanted for
+    std::optional<QPoint> pointer_;  // in the viewport; empty where the grid is covered there
     int hovered_ = -1;
     Part pressedPart_ = Part::None;
     std::string pressedPath_;

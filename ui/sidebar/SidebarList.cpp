@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/controls/ThinScrollBar.h"
 #include "ui/look/ElidedText.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
@@ -26,14 +25,8 @@ constexpr int kRowPitch = kRowHeight + kSidebarSpacing;
 
 }  // namespace
 
-SidebarList::SidebarList(QWidget* parent)
-    : QAbstractScrollArea(parent), appearance_(palette()), scrollBar_(new ThinScrollBar(*this)) {
-    setFrameShape(QFrame::NoFrame);
-    // Not by clicking: a click selects a category, and typing goes on in the search field.
-    setFocusPolicy(Qt::TabFocus);
+SidebarList::SidebarList(QWidget* parent) : ItemView(texts::kCategories.toString(), parent) {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-    setAccessibleName(texts::kCategories.toString());
-    viewport()->setAutoFillBackground(false);
 }
 
 void SidebarList::setRows(std::vector<Row> rows) {
@@ -129,12 +122,6 @@ void SidebarList::pressItem(int index) {
     onSelect(id);
 }
 
-void SidebarList::focusItem(int index) {
-    setCurrent(index);
-    setFocus(Qt::OtherFocusReason);
-    announceFocusSoon();
-}
-
 void SidebarList::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
@@ -166,9 +153,8 @@ void SidebarList::paintRow(QPainter& painter, int index) const {
     drawOneLine(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, elided(index));
 }
 
-void SidebarList::resizeEvent(QResizeEvent*) {
-    scrollBar_->place();
-    relayout();
+void SidebarList::updateItem(int index) {
+    viewport()->update(itemRect(index));
 }
 
 void SidebarList::scrollContentsBy(int, int) {
@@ -183,25 +169,6 @@ void SidebarList::setCurrent(int index) {
     viewport()->update();
     if (hasFocus()) {
         announceFocus(*this, current_);
-    }
-}
-
-// Delayed, because Qt first announces the focus of the list as a whole, and screen readers go by
-// the last announcement.
-void SidebarList::announceFocusSoon() {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (hasFocus() && !rows_.empty()) {
-                announceFocus(*this, current_);
-            }
-        },
-        Qt::QueuedConnection);
-}
-
-void SidebarList::wheelEvent(QWheelEvent* event) {
-    if (!scrollBar_->scrollByPixels(*event)) {
-        QAbstractScrollArea::wheelEvent(event);
     }
 }
 
@@ -250,12 +217,6 @@ void SidebarList::mousePressEvent(QMouseEvent* event) {
     event->setAccepted(index >= 0);
 }
 
-// The second press of a double click is a press like the first. Passed on, it would start a move of
-// the window.
-void SidebarList::mouseDoubleClickEvent(QMouseEvent* event) {
-    mousePressEvent(event);
-}
-
 void SidebarList::mouseReleaseEvent(QMouseEvent* event) {
     const int index = rowAt(event->position().toPoint());
     const auto pressed = std::exchange(pressedId_, std::nullopt);
@@ -275,32 +236,12 @@ bool SidebarList::viewportEvent(QEvent* event) {
                            this);
         return true;
     }
-    return QAbstractScrollArea::viewportEvent(event);
-}
-
-void SidebarList::focusInEvent(QFocusEvent* event) {
-    QAbstractScrollArea::focusInEvent(event);
-    // Scrolls only for Tab, so that rows under the pointer stay where they are.
-    const bool byTab =
-        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
-    if (byTab && !rows_.empty()) {
-        setCurrent(current_);
-    }
-    viewport()->update();
-    announceFocusSoon();
-}
-
-void SidebarList::focusOutEvent(QFocusEvent* event) {
-    QAbstractScrollArea::focusOutEvent(event);
-    viewport()->update();
+    return ItemView::viewportEvent(event);
 }
 
 void SidebarList::changeEvent(QEvent* event) {
-    QAbstractScrollArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        appearance_ = Appearance(palette());
-        viewport()->update();
-    } else if (event->type() == QEvent::EnabledChange) {
+    ItemView::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange) {
         pressedId_.reset();
     }
 }

@@ -1,23 +1,19 @@
 // The list of categories in the sidebar.
 #pragma once
 
-#include <QAbstractScrollArea>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "ui/accessibility/AccessibleItems.h"
-#include "ui/look/Appearance.h"
+#include "ui/controls/ItemView.h"
 
 namespace tavo {
-
-class ThinScrollBar;
 
 // A row for each category; a click, Return or Space selects it. Scrolls when the rows do not fit,
 // and paints only those in view. Keeps the scroll position and the row with the keyboard focus; all
 // else is in the model. Main thread.
-class SidebarList final : public QAbstractScrollArea, public AccessibleItems {
+class SidebarList final : public ItemView {
 public:
     struct Row {
         std::string id;
@@ -42,24 +38,17 @@ public:
     QString itemDescription(int index) const override;
     QRect itemRect(int index) const override;
     bool itemIsSelected(int index) const override { return row(index).selected; }
-    bool itemHasFocus(int index) const override { return hasFocus() && index == current_; }
     void pressItem(int index) override;
-    void focusItem(int index) override;
 
     QSize sizeHint() const override;
 
 protected:
     bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
-    void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -68,15 +57,12 @@ private:
     [[nodiscard]] QRect labelRect(int index) const;
     [[nodiscard]] QString elided(int index) const;
     void paintRow(QPainter& painter, int index) const;
-    void setCurrent(int index);
-    void announceFocusSoon();
-    void relayout();
+    void setCurrent(int index) override;
+    void updateItem(int index) override;
+    void relayout() override;
     [[nodiscard]] int keyboardRow(const std::vector<Row>& before) const;
 
-    Appearance appearance_;
-    ThinScrollBar* scrollBar_;
     std::vector<Row> rows_;
-    int current_ = -1;
     std::optional<std::string> pressedId_;
 };
 

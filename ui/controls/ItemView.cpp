@@ -1,0 +1,84 @@
+#include "ui/controls/ItemView.h"
+
+#include <QFocusEvent>
+#include <algorithm>
+
+#include "ui/controls/ThinScrollBar.h"
+
+namespace tavo {
+
+ItemView::ItemView(const QString& name, QWidget* parent)
+    : QAbstractScrollArea(parent), appearance_(palette()), scrollBar_(new ThinScrollBar(*this)) {
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::TabFocus);
+    setAccessibleName(name);
+    viewport()->setAutoFillBackground(false);
+}
+
+void ItemView::focusItem(int index) {
+    setCurrent(index);
+    setFocus(Qt::OtherFocusReason);
+    announceFocusSoon();
+}
+
+void ItemView::announceFocusSoon() {
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (hasFocus() && current_ >= 0 && current_ < itemCount()) {
+                announceFocus(*this, current_);
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void ItemView::updateCurrent() {
+    if (current_ >= 0 && current_ < itemCount()) {
+        updateItem(current_);
+    }
+}
+
+void ItemView::resizeEvent(QResizeEvent*) {
+    scrollBar_->place();
+    relayout();
+}
+
+void ItemView::wheelEvent(QWheelEvent* event) {
+    if (!scrollBar_->scrollByPixels(*event)) {
+        QAbstractScrollArea::wheelEvent(event);
+    }
+}
+
+// The second press of a double click is a press like the first. Passed on, it would start a move of
+// the window.
+void ItemView::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event);
+}
+
+// Scrolls only for Tab. When the window or a closed menu gives the focus back, the items under the
+// pointer must not move.
+void ItemView::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    const bool byTab =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (byTab && itemCount() > 0) {
+        setCurrent(std::max(0, current_));
+    }
+    updateCurrent();
+    announceFocusSoon();
+}
+
+void ItemView::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    updateCurrent();
+}
+
+void ItemView::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        appearance_ = Appearance(palette());
+        viewport()->update();
+    }
+}
+
+}  // namespace tavo
