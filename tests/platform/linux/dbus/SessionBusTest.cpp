@@ -62,9 +62,8 @@ protected:
 
     std::optional<State> ask(std::chrono::milliseconds patience) {
         Awaited<State> state;
-        sessionBus_->thread().post([&, this] {
-            sessionBus_->ask(patience, [&](State answer) { state.set(answer); });
-        });
+        sessionBus_->thread().post(
+            [&, this] { sessionBus_->ask(patience, [&](State answer) { state.set(answer); }); });
         return state.take();
     }
 
