@@ -20,8 +20,8 @@ check() {
     if ((${#subject} > 72)); then
         complain "longer than 72 columns" "$subject"
     fi
-    # A folder or several, as in "platform/linux", ".ci" or "ui, app".
-    if [[ ! $subject =~ ^[a-z.][a-z_/.-]*(,\ [a-z_/.-]+)*:\ [A-Z] ]]; then
+    # A folder or several, or a file of the top one, as in "platform/linux", ".ci" or "ui, README".
+    if [[ ! $subject =~ ^[A-Za-z.][A-Za-z0-9_/.-]*(,\ [A-Za-z0-9_/.-]+)*:\ [A-Z] ]]; then
         complain "not \"folder: Summary\"" "$subject"
     elif [[ $subject =~ ^[^:]*:\ [A-Za-z]+(ed|ing)\  && ! $subject =~ :\ (Embed|Feed|Need|Bring|Speed|Seed|String)\  ]]; then
         complain "not in the imperative" "$subject"

@@ -3,9 +3,9 @@
 
     tools/test_summary.py PRESET=results.xml...
 
-A test of ctest's that is a class of tests (tools/run_python_test.py) counts as those: each has its
-name, its reason and what it printed. What a failed test printed last stands, indented, below its
-name. The last line is "N passed, N failed", with ", N skipped" when some were. Fails when a test
+A test of ctest's that is a class or a program of tests (tools/run_python_test.py, tools/run_gtest.py)
+counts as those: each has its name, its reason and what it printed. What a failed test printed last
+stands, indented, below its name. The last line is "N passed, N failed", with ", N skipped" when some were. Fails when a test
 failed, when none ran, when a class was left before its end, or when a file is not there.
 """
 
@@ -16,9 +16,9 @@ import xml.etree.ElementTree as xml
 
 LINES_OF_A_FAILURE = 40
 
-# What tools/run_python_test.py prints first, and after each test.
+# What the two print first, and after each test.
 NUMBER = re.compile(r"^\[(\d+) tests\]$", re.MULTILINE)
-OUTCOME = re.compile(r"^\[(passed|failed|skipped)\] (\w+)(?:: (.*)| \([\d.]+ s\))?$", re.MULTILINE)
+OUTCOME = re.compile(r"^\[(passed|failed|skipped)\] ([\w./]+)(?:: (.*)| \([\d.]+ s\))?$", re.MULTILINE)
 
 
 def reason_of(case):

@@ -57,6 +57,15 @@ class TestSummary(PlantedTree):
         self.assertEqual(self.summed()[0], 1)
         self.assertEqual(self.summed(SKIPPED)[0], 1)
 
+    def test_counts_each_test_of_a_program(self):
+        status, lines = self.summed(of_class(
+            "[3 tests]\n[passed] Suite.a (0.01 s)\nA.cpp:4: Failure\n[failed] Rows/Suite.b/row (0.01 s)"
+            "\n[skipped] Suite.c: no display here", "fail"))
+        self.assertEqual((status, lines[-1]), (1, "1 passed, 1 failed, 1 skipped"))
+        self.assertIn("dev: FAILED k/C.Rows/Suite.b/row", lines)
+        self.assertIn("    A.cpp:4: Failure", lines)
+        self.assertIn("dev: skipped k/C.Suite.c: no display here", lines)
+
     def test_counts_each_test_of_a_class(self):
         status, lines = self.summed(PASSED, of_class(
             "CTEST_FULL_OUTPUT\n[3 tests]\n[passed] one (0.61 s)\nwords\n[passed] two (1.00 s)\n"
