@@ -19,7 +19,7 @@ struct DesktopPreferences {
     bool operator==(const DesktopPreferences&) const = default;
 };
 
-// Main thread. The desktop is asked from the moment this exists, without anybody waiting for it.
+// Main thread. The desktop is asked from the moment this exists, and no call waits for it.
 class DesktopSettings {
 public:
     virtual ~DesktopSettings() = default;

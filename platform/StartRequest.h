@@ -1,4 +1,4 @@
-// What a start of the program brings with it from whoever started it.
+// What a start of the program brings with it from the program that started it.
 #pragma once
 
 #include <string>
