@@ -19,7 +19,8 @@ struct DesktopPreferences {
     bool operator==(const DesktopPreferences&) const = default;
 };
 
-// Main thread. The desktop is asked from the moment this exists, and no call waits for it.
+// Main thread. The desktop is asked from the moment this exists; awaitFirstAnswer() alone waits for
+// it.
 class DesktopSettings {
 public:
     virtual ~DesktopSettings() = default;

@@ -458,7 +458,7 @@ class Launcher:
 
     def quit(self):
         """Ctrl+Q; answers the exit status. The keys are let go when it has ended: one that is on
-        its way to the accessibility bus meanwhile is memory that the toolkit loses."""
+        its way to the accessibility bus meanwhile is memory that Qt loses."""
         self.await_active()
         self.desktop.xdo("keydown", "ctrl", "keydown", "q")
         try:

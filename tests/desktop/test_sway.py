@@ -123,7 +123,7 @@ class Sway(InstanceTest):
             self.await_focused(APP_ID)
 
     def test_the_items_menu_opens_and_quits(self):
-        # A program that ends in order leaves memory of the toolkit's behind on Wayland; one with
+        # A program that ends in order leaves memory of Qt's behind on Wayland; one with
         # nothing but an empty window does so too.
         program = self.start_there(["env", "ASAN_OPTIONS=detect_leaks=0", PROGRAM])
         self.await_focused(APP_ID)
