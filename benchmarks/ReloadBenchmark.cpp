@@ -124,7 +124,7 @@ void readAndSplit(benchmark::State& state) {
 }
 
 void listApplications(benchmark::State& state) {
-    const auto source = makeXdgApplicationSource(XdgEnvironment::fromProcess());
+    const auto source = makeXdgApplicationSource(DesktopEntryEnvironment::fromProcess());
     for (auto _ : state) {
         const std::vector<FoundApplication> found = source->applications();
         if (found.size() < kEntries) {

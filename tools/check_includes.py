@@ -48,7 +48,7 @@ ALLOWED = {
         "tray": "dbus system",
         "instance": "dbus system",
         "settings": "dbus system",
-        "session": "dbus entries instance system tray wayland windows x11",
+        "session": "dbus entries system tray wayland windows x11",
     }),
     "catalogue": CORE,
     "launching": CORE,

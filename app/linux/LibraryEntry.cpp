@@ -10,10 +10,10 @@
 #include "app/linux/TavoLauncherApp.h"
 #include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/entries/DesktopEntryIndex.h"
 #include "platform/linux/entries/PrefetchedApplicationSource.h"
 #include "platform/linux/entries/XdgApplicationSource.h"
-#include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/system/ApplicationId.h"
@@ -45,7 +45,7 @@ int runTavoLauncher(tavo::LaunchArguments& launch) {
     // Scans while Qt starts. The model waits for the rest of the scan.
     const auto entries = std::make_shared<DesktopEntryIndex>();
     auto applications = makePrefetchedApplicationSource(
-        makeXdgApplicationSource(XdgEnvironment::fromProcess(), entries));
+        makeXdgApplicationSource(DesktopEntryEnvironment::fromProcess(), entries));
 
     std::optional<StartGuard> starting(std::in_place);
     QCoreApplication::setApplicationName(QStringLiteral("TavoLauncher"));

@@ -13,8 +13,8 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/bundles/PropertyList.h"
 #include "platform/linux/dbus/SessionBus.h"
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/entries/DesktopFileId.h"
-#include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/icons/XdgIconSource.h"
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
@@ -26,7 +26,7 @@
 #include "platform/linux/session/WindowListing.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
-#include "platform/linux/wayland/ActivationTokens.h"
+#include "platform/linux/wayland/WaylandActivationTokens.h"
 #include "platform/linux/wayland/WaylandSession.h"
 #include "platform/linux/x11/XcbUserTime.h"
 #include "platform/posix/PosixChildProcess.h"
@@ -35,7 +35,7 @@
 #include "platform/qt/TerminationSignals.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/controls/CursorBlinkTimeout.h"
-#include "ui/look/DesktopLook.h"
+#include "ui/look/DesktopPalette.h"
 #include "ui/look/QtTexts.h"
 #include "ui/window/ApplicationIcon.h"
 #include "ui/window/FirstFrame.h"
@@ -51,7 +51,7 @@ std::string activationToken(ActivationTokens& tokens, const std::string& identif
 
 std::vector<std::string> applicationFolders() {
     std::vector<std::string> folders;
-    for (const std::string& dataDir : XdgEnvironment::fromProcess().dataDirs) {
+    for (const std::string& dataDir : DesktopEntryEnvironment::fromProcess().dataDirs) {
         folders.push_back(dataDir + "/applications");
     }
     return folders;
@@ -115,7 +115,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
                                          .mainQueue = *mainQueue_},
                                         window_.get());
     window_->setContent(view);
-    look_ = std::make_unique<DesktopLook>(*settings_, [this, view](const std::string& name) {
+    look_ = std::make_unique<DesktopPalette>(*settings_, [this, view](const std::string& name) {
         icons_->preferTheme(name);
         view->refreshIcons();
     });

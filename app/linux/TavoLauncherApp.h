@@ -13,7 +13,7 @@ class Compositing;
 class CursorBlinkTimeout;
 class DefaultsStore;
 class DesktopEntryIndex;
-class DesktopLook;
+class DesktopPalette;
 class DesktopSettings;
 class FileManager;
 class LauncherView;
@@ -61,7 +61,7 @@ private:
     std::unique_ptr<Compositing> compositing_;
     std::unique_ptr<CursorBlinkTimeout> cursorBlinking_;
     std::unique_ptr<LauncherWindow> window_;
-    std::unique_ptr<DesktopLook> look_;
+    std::unique_ptr<DesktopPalette> look_;
     std::unique_ptr<WindowManagement> management_;
     std::unique_ptr<StatusItemHosts> hosts_;
     std::unique_ptr<TavoLauncherMenuController> controller_;

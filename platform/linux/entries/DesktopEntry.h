@@ -56,7 +56,7 @@ inline constexpr std::size_t kLargestDesktopEntry = kLargestKeyFile;  // bytes
 
 // Absent when `bytes` are not a well-formed key file whose first group is "Desktop Entry". Any type
 // of entry is accepted: the caller checks it. `languages`: names of translations, the preferred one
-// first, as in XdgEnvironment.
+// first, as in DesktopEntryEnvironment.
 std::optional<DesktopEntry> parseDesktopEntry(std::string_view bytes,
                                               std::span<const std::string> languages);
 

@@ -173,7 +173,8 @@ struct Found {
 
 class XdgApplicationSource final : public ApplicationSource {
 public:
-    XdgApplicationSource(XdgEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed)
+    XdgApplicationSource(DesktopEntryEnvironment environment,
+                         std::shared_ptr<DesktopEntryIndex> listed)
         : environment_(std::move(environment)), listed_(std::move(listed)) {}
 
     std::vector<FoundApplication> applications() override {
@@ -245,14 +246,14 @@ private:
         found.applications.push_back({entry.name, std::move(path)});
     }
 
-    const XdgEnvironment environment_;
+    const DesktopEntryEnvironment environment_;
     const std::shared_ptr<DesktopEntryIndex> listed_;
 };
 
 }  // namespace
 
 std::unique_ptr<ApplicationSource> makeXdgApplicationSource(
-    XdgEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed) {
+    DesktopEntryEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed) {
     return std::make_unique<XdgApplicationSource>(std::move(environment), std::move(listed));
 }
 

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "platform/ApplicationSource.h"
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/entries/DesktopEntryIndex.h"
-#include "platform/linux/entries/XdgEnvironment.h"
 
 namespace tavo {
 
@@ -25,6 +25,6 @@ namespace tavo {
 // Each call replaces the contents of `listed`, where given, by what the windows of the listed
 // entries are recognised by.
 std::unique_ptr<ApplicationSource> makeXdgApplicationSource(
-    XdgEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed = nullptr);
+    DesktopEntryEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed = nullptr);
 
 }  // namespace tavo

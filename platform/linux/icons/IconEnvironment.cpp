@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/system/XdgFolders.h"
 
 namespace tavo {

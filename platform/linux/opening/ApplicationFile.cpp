@@ -11,8 +11,8 @@
 #include "platform/linux/bundles/BundleFolder.h"
 #include "platform/linux/entries/DesktopFileId.h"
 #include "platform/linux/opening/ExecKey.h"
-#include "platform/linux/opening/LaunchErrors.h"
-#include "platform/linux/opening/ProgramCheck.h"
+#include "platform/linux/opening/LaunchCheck.h"
+#include "platform/linux/opening/LaunchErrorTexts.h"
 #include "platform/posix/BoundedFile.h"
 
 namespace tavo {

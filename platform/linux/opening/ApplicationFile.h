@@ -22,8 +22,8 @@ struct ApplicationFile {
     std::string busName;                // by which an entry can be activated; empty: by none
 };
 
-// `languages`: names of translations, the preferred one first, as in XdgEnvironment. A folder is a
-// bundle, whatever its name. The error says why nothing can be opened at `path`.
+// `languages`: names of translations, the preferred one first, as in DesktopEntryEnvironment. A
+// folder is a bundle, whatever its name. The error says why nothing can be opened at `path`.
 Result<ApplicationFile> readApplicationFile(const std::string& path,
                                             std::span<const std::string> languages);
 

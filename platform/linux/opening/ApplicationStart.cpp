@@ -5,7 +5,7 @@
 #include <sys/wait.h>
 
 #include "platform/linux/opening/BusActivation.h"
-#include "platform/linux/opening/LaunchErrors.h"
+#include "platform/linux/opening/LaunchErrorTexts.h"
 #include "platform/linux/opening/SystemdScope.h"
 #include "platform/linux/opening/TerminalCommand.h"
 #include "platform/linux/x11/StartupNotification.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "platform/linux/opening/LaunchErrors.h"
+#include "platform/linux/opening/LaunchErrorTexts.h"
 
 namespace tavo {
 namespace {

@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/entries/ExecutableLookup.h"
-#include "platform/linux/entries/XdgEnvironment.h"
 #include "platform/linux/opening/ApplicationFile.h"
 #include "platform/linux/opening/ApplicationStart.h"
 #include "platform/linux/opening/FirstWindow.h"

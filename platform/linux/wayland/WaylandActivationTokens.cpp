@@ -1,3 +1,5 @@
+#include "platform/linux/wayland/WaylandActivationTokens.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 #include <algorithm>
@@ -11,7 +13,6 @@
 #include <wayland-client.h>
 #include <xdg-activation-v1-client-protocol.h>
 
-#include "platform/linux/wayland/ActivationTokens.h"
 #include "platform/linux/wayland/WaylandRoundtrip.h"
 
 namespace tavo {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/wayland/ActivationTokens.h"
+#include "platform/linux/wayland/WaylandActivationTokens.h"
 
 namespace tavo {
 namespace {

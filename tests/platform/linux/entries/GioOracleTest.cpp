@@ -86,7 +86,7 @@ void removeFoldersUnknownToGio(std::vector<std::string>& dataDirs) {
 }
 
 NamesByPath listedHere() {
-    XdgEnvironment environment = XdgEnvironment::fromProcess();
+    DesktopEntryEnvironment environment = DesktopEntryEnvironment::fromProcess();
     removeFoldersUnknownToGio(environment.dataDirs);
     NamesByPath names;
     for (FoundApplication& found : makeXdgApplicationSource(environment)->applications()) {

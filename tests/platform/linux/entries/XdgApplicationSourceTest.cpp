@@ -66,7 +66,7 @@ protected:
     }
 
     EntryTree tree_;
-    XdgEnvironment environment_ = tree_.environment();
+    DesktopEntryEnvironment environment_ = tree_.environment();
 };
 
 TEST_F(XdgApplicationSourceTest, sub_folders_are_part_of_the_id) {

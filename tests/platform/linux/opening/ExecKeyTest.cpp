@@ -3,7 +3,7 @@
 
 #include <gio/gdesktopappinfo.h>
 
-#include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/opening/ExecKey.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 

@@ -4,7 +4,7 @@
 #include <QRasterWindow>
 #include <cstdio>
 
-#include "platform/linux/wayland/ActivationTokens.h"
+#include "platform/linux/wayland/WaylandActivationTokens.h"
 
 int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);

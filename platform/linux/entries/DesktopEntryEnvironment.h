@@ -8,14 +8,14 @@
 namespace tavo {
 
 // A value, independent of what happens to the process's own environment later.
-struct XdgEnvironment {
+struct DesktopEntryEnvironment {
     std::vector<std::string> dataDirs;         // as in XdgFolders; "applications" is below each
     std::vector<std::string> currentDesktops;  // XDG_CURRENT_DESKTOP, split at ":"
     std::vector<std::string> languages;        // as messageLanguages() has them
     std::string path;                          // PATH
 
     // The environment of this process as it is now. Main thread.
-    static XdgEnvironment fromProcess();
+    static DesktopEntryEnvironment fromProcess();
 };
 
 // The desktops in XDG_CURRENT_DESKTOP, the most specific first ("ubuntu", "GNOME"). Main thread.

@@ -1,4 +1,4 @@
-#include "platform/linux/entries/XdgEnvironment.h"
+#include "platform/linux/entries/DesktopEntryEnvironment.h"
 
 #include <cstdlib>
 
@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-XdgEnvironment XdgEnvironment::fromProcess() {
+DesktopEntryEnvironment DesktopEntryEnvironment::fromProcess() {
     const char* const path = std::getenv("PATH");
     return {.dataDirs = XdgFolders::fromProcess().dataDirs,
             .currentDesktops = tavo::currentDesktops(),

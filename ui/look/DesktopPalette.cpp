@@ -1,4 +1,4 @@
-#include "ui/look/DesktopLook.h"
+#include "ui/look/DesktopPalette.h"
 
 #include <QApplication>
 #include <utility>
@@ -19,24 +19,24 @@ void useScheme(ColorScheme scheme) {
 
 }  // namespace
 
-DesktopLook::DesktopLook(DesktopSettings& settings, UseIconTheme useIconTheme)
+DesktopPalette::DesktopPalette(DesktopSettings& settings, UseIconTheme useIconTheme)
     : settings_(settings),
       useIconTheme_(std::move(useIconTheme)),
       changes_(settings.changed.subscribe([this] { follow(); })) {
     follow();
 }
 
-DesktopLook::~DesktopLook() {
+DesktopPalette::~DesktopPalette() {
     useScheme(ColorScheme::NoPreference);
     setReducedMotion(false);
 }
 
-void DesktopLook::awaitDesktop() {
+void DesktopPalette::awaitDesktop() {
     settings_.awaitFirstAnswer(kPatience);
     follow();
 }
 
-void DesktopLook::follow() {
+void DesktopPalette::follow() {
     const DesktopPreferences before = std::exchange(shown_, settings_.preferences());
     if (shown_.colorScheme != before.colorScheme) {
         useScheme(shown_.colorScheme);

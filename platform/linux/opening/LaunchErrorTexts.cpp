@@ -1,4 +1,4 @@
-#include "platform/linux/opening/LaunchErrors.h"
+#include "platform/linux/opening/LaunchErrorTexts.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,11 +1,11 @@
-#include "platform/linux/opening/ProgramCheck.h"
+#include "platform/linux/opening/LaunchCheck.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/opening/LaunchErrors.h"
+#include "platform/linux/opening/LaunchErrorTexts.h"
 #include "platform/posix/BoundedFile.h"
 
 namespace tavo {
