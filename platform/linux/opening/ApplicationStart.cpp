@@ -202,8 +202,9 @@ void activate(OpeningThread& thread, const std::shared_ptr<const ApplicationStar
                 answer.fail(service.error());
             } else if (service.value().runs) {
                 const RunningApplication running{service.value().process, start->identifier};
-                answer.succeed(running);
+                // First, so that a click that follows the answer finds the start as it is then.
                 awaitServiceWindow(thread, *start, running);
+                answer.succeed(running);
             } else {
                 answer.over();
                 answer.succeed(std::nullopt);
