@@ -250,6 +250,7 @@ std::optional<xcb_timestamp_t> XcbWindows::userTime(xcb_window_t window) {
 
 std::vector<XcbWindows::Place> XcbWindows::places(const std::vector<xcb_window_t>& windows) {
     std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
+    cookies.reserve(windows.size());
     for (const xcb_window_t window : windows) {
         cookies.emplace_back(
             connection_.property(window, atom(kWmDesktop), XCB_ATOM_CARDINAL, 4),
