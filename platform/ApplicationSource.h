@@ -1,4 +1,4 @@
-// What the system knows of installed applications beyond the application folders.
+// Installed applications beyond the bundles of the four folders: on Linux, desktop entries.
 #pragma once
 
 #include <string>

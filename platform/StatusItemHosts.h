@@ -1,4 +1,5 @@
-// Which kind of panel shows the status item.
+// Whether a panel of the session shows the status item as a StatusNotifierItem, or an XEmbed tray
+// does, or neither.
 #pragma once
 
 #include <cstdint>

@@ -29,7 +29,7 @@ QByteArray borrowed(std::string_view bytes) {
     return QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
-// Both formats begin with the size of the picture. It is checked before anything is decoded.
+// PNG and XPM begin with the size of the picture, which is checked before anything is decoded.
 QImage decoded(std::string_view bytes, const char* format) {
     QByteArray data = borrowed(bytes);
     QBuffer buffer(&data);

@@ -114,7 +114,8 @@ private:
         }
     }
 
-    // Without waiting for a lock: the window must not stand still for what the user did earlier.
+    // Writes the values that were refused. Does not wait for a lock, because the window would stand
+    // still for an earlier action of the user.
     void tryAgainLater() {
         if (queue_ == nullptr || std::exchange(trying_, true)) {
             return;

@@ -22,7 +22,7 @@ public:
           changed_(std::move(changed)),
           readable_(xcb_get_file_descriptor(connection_->get()), QSocketNotifier::Read) {
         connection_->beginExchange();
-        // xfwm4 changes the list by stacking for windows that it has not told of in the other one.
+        // Both are watched: xfwm4 announces some windows in the stacking list alone.
         constexpr std::array kNames = {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"};
         lists_ = connection_->atoms(kNames);
         constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;

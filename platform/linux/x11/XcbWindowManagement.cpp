@@ -37,7 +37,8 @@ public:
         // prepareToShow().
         x11_.tellManager(id, atoms_[kState],
                          {kAdd, atoms_[kSkipTaskbar], atoms_[kSkipPager], kApplication, 0});
-        // A window that the user keeps below others would become active behind them.
+        // Clears the state below: a window that is kept below others would become active behind
+        // them.
         x11_.tellManager(id, atoms_[kState],
                          {kRemove, atoms_[kBelow], atoms_[kAbove], kApplication, 0});
         moveToCurrentDesktop(id);

@@ -23,7 +23,7 @@ protected:
         EXPECT_EQ(ChildProgram(desktop_.onDesktop(command)).wait(), 0);
     }
 
-    // What was said last about an event of that kind, the next time there is one.
+    // Waits for the next event of that kind and returns the message that came with it.
     std::string told(const std::string& kind) {
         for (auto line = teller_->readLine(); line; line = teller_->readLine()) {
             if (line->starts_with(kind + ' ')) {
