@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/posix/FileDescriptor.h"
 
@@ -70,7 +71,8 @@ bool makeFolders(const std::string& folder) {
 }
 
 // A lock on the folder, given up with the object or by the end of the process. False when another
-// process holds it until `until`. A file system without such locks counts as locked.
+// process holds it until `until`. On a file system without such locks
+// the lock counts as held.
 bool lockFolder(const FileDescriptor& folder, Deadline until) {
     while (flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
@@ -84,13 +86,14 @@ bool lockFolder(const FileDescriptor& folder, Deadline until) {
     return true;
 }
 
-std::string freeName(const std::string& file) {
+// `what`: why the name is needed, "unreadable" or "unread".
+std::string freeName(const std::string& file, const char* what) {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
     std::array<char, 32> date{};
     std::strftime(date.data(), date.size(), "%Y-%m-%dT%H-%M-%S", &local);
-    const std::string name = file + ".unreadable-" + date.data();
+    const std::string name = file + "." + what + "-" + date.data();
     std::string candidate = name;
     struct stat status {};
     for (int n = 2; lstat(candidate.c_str(), &status) == 0; ++n) {
@@ -120,13 +123,18 @@ std::optional<SqliteStoreFile::Identity> SqliteStoreFile::identityOf(const std::
 
 std::optional<SqliteRow> SqliteStoreFile::read(std::string_view key) {
     const auto now = std::chrono::steady_clock::now();
-    const Deadline until = locked_ ? now : now + kPatience;
+    const Deadline until = locked_ ? now + kShortPatience : now + kPatience;
     std::optional<SqliteRow> row;
     SqliteOutcome outcome = connect(until);
     if (outcome.done()) {
         outcome = table_->read(key, row, until);
     }
     locked_ = outcome.kind == Kind::Busy;
+    if (outcome.kind == Kind::Busy || outcome.kind == Kind::Refused) {
+        unread_.emplace(key);
+    } else if (const auto known = unread_.find(key); known != unread_.end()) {
+        unread_.erase(known);
+    }
     if (!outcome.done()) {
         close();
     }
@@ -142,6 +150,9 @@ SqliteOutcome SqliteStoreFile::write(std::string_view key, const SqliteRow& row,
     // then decides what to do.
     for (int attempt = 0; attempt < 3; ++attempt) {
         outcome = connectToWrite(until);
+        if (outcome.done() && unread_.contains(key)) {
+            outcome = keepCopy(until);
+        }
         if (outcome.done()) {
             outcome = table_->write(key, row, until);
         }
@@ -223,13 +234,32 @@ SqliteOutcome SqliteStoreFile::putAside(Deadline until) {
     if (outcome.kind != Kind::NotAStore) {
         return outcome;
     }
-    const std::string name = freeName(file_);
+    const std::string name = freeName(file_, "unreadable");
     if (std::rename(file_.c_str(), name.c_str()) != 0) {
         return refused(outcome.reason + "; it cannot be put aside", errno);
     }
     std::fprintf(stderr, "tavolauncher: put aside %s as %s: %s\n", file_.c_str(), name.c_str(),
                  outcome.reason.c_str());
     return {Kind::Blank, {}};
+}
+
+// Before a key is written that could not be read.
+SqliteOutcome SqliteStoreFile::keepCopy(Deadline until) {
+    const std::string name = freeName(file_, "unread");
+    // SQLite would make the file readable for others. It takes one that is empty.
+    if (!FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600))
+             .valid()) {
+        return refused("no copy of what could not be read can be made", errno);
+    }
+    SqliteOutcome outcome = table_->copyTo(name, until);
+    if (!outcome.done()) {
+        ::unlink(name.c_str());
+        return outcome;
+    }
+    unread_.clear();
+    std::fprintf(stderr, "tavolauncher: kept %s, because %s could not be read for a while\n",
+                 name.c_str(), file_.c_str());
+    return {};
 }
 
 // Makes the table in a file that is not there yet, or has nothing in it. Two processes may do so at

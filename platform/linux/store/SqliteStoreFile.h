@@ -6,12 +6,15 @@
 // the file (0600; SQLite gives its journal the same permissions). What is not a store reads as
 // empty, and the first write moves it aside under a dated name
 // ("defaults.sqlite.unreadable-2026-11-21T10-15-30"). A file that is merely locked, unreadable or
-// out of space never moves. One thread.
+// out of space never moves. A key that could not be read then may be written later by a caller that
+// took it for absent, so the whole store is copied under a dated name
+// ("defaults.sqlite.unread-2026-11-21T10-15-30") before that write. One thread.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -25,12 +28,13 @@ class SqliteStoreFile {
 public:
     // How long a lock of another process is waited for.
     static constexpr std::chrono::seconds kPatience{2};
+    static constexpr std::chrono::milliseconds kShortPatience{100};
 
     // With an empty name nothing can be read or written.
     explicit SqliteStoreFile(const std::string& file);
 
     // Absent also when the file cannot be read now. Waits for a lock for kPatience; after a wait
-    // without success the next reads do not wait, until one of them succeeds.
+    // without success the next reads wait for kShortPatience, until one of them succeeds.
     std::optional<SqliteRow> read(std::string_view key);
 
     // On disk when it answers Done. Waits for a lock until `until`.
@@ -61,12 +65,15 @@ private:
     SqliteOutcome connectToWrite(Deadline until);
     SqliteOutcome putAside(Deadline until);
     SqliteOutcome create(Deadline until);
+    SqliteOutcome keepCopy(Deadline until);
     void close() { table_.reset(); }
 
     std::string file_;
     std::unique_ptr<SqliteTable> table_;
     Identity identity_;    // of the file behind table_
     bool locked_ = false;  // the last read gave up waiting
+    std::set<std::string, std::less<>>
+        unread_;  // the keys that could not be read, nor copied since
 };
 
 }  // namespace tavo

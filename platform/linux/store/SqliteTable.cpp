@@ -199,6 +199,19 @@ SqliteOutcome SqliteTable::write(std::string_view key, const SqliteRow& row, Dea
     return outcomeOf(code);
 }
 
+SqliteOutcome SqliteTable::copyTo(const std::string& file, Deadline until) {
+    until_ = until;
+    Statement vacuum;
+    int code = prepare("VACUUM INTO ?1", vacuum);
+    if (code == SQLITE_OK) {
+        code = bindText(vacuum.get(), 1, file);
+    }
+    if (code == SQLITE_OK) {
+        code = sqlite3_step(vacuum.get());
+    }
+    return outcomeOf(code);
+}
+
 bool SqliteTable::isReadOnly() const {
     return sqlite3_db_readonly(database_.get(), "main") != 0;
 }

@@ -58,6 +58,9 @@ public:
 
     SqliteOutcome write(std::string_view key, const SqliteRow& row, Deadline until);
 
+    // Writes all that the database holds into `file`, which must be empty or not there.
+    SqliteOutcome copyTo(const std::string& file, Deadline until);
+
     [[nodiscard]] bool isReadOnly() const;
 
 private:

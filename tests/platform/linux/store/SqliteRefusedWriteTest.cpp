@@ -83,6 +83,47 @@ TEST_F(RefusedWrite, is_kept_while_another_process_locks_out_readers_too) {
     });
 }
 
+// The caller took the old values for absent: what it writes now may be all that is left of them.
+TEST_F(RefusedWrite, of_a_key_that_could_not_be_read_keeps_a_copy_of_the_store) {
+    open()->set("key", Data{"old"});
+    open()->set("second", Data{"old too"});
+    const auto store = open();
+    const StandardError quiet;
+    {
+        ChildProgram other = holding({"BEGIN EXCLUSIVE"});
+        ASSERT_EQ(other.readLine(), "held");
+        EXPECT_EQ(store->data("key"), std::nullopt);
+        EXPECT_EQ(store->data("second"), std::nullopt);
+        other.closeInput();
+        other.wait();
+    }
+    store->set("key", Data{"new"});
+    store->set("second", Data{"new too"});
+    EXPECT_EQ(open()->data("key"), "new");
+    ASSERT_EQ(copies().size(), 1U);
+    const auto copy = makeSqliteDefaultsStore(copies().front());
+    EXPECT_EQ(copy->data("key"), "old");
+    EXPECT_EQ(copy->data("second"), "old too");
+    const auto mode = std::filesystem::status(copies().front()).permissions();
+    EXPECT_EQ(mode, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(RefusedWrite, of_a_key_that_was_read_since_keeps_no_copy) {
+    open()->set("key", Data{"old"});
+    const auto store = open();
+    {
+        ChildProgram other = holding({"BEGIN EXCLUSIVE"});
+        ASSERT_EQ(other.readLine(), "held");
+        EXPECT_EQ(store->data("key"), std::nullopt);
+        other.closeInput();
+        other.wait();
+    }
+    EXPECT_EQ(store->data("key"), "old");
+    store->set("key", Data{"new"});
+    EXPECT_TRUE(copies().empty());
+    EXPECT_EQ(open()->data("key"), "new");
+}
+
 TEST_F(RefusedWrite, is_tried_again_by_a_timer) {
     open()->set("key", Data{"old"});
     ChildProgram other = holding({"BEGIN IMMEDIATE"});

@@ -41,11 +41,14 @@ protected:
         return ChildProgram(command);
     }
 
-    [[nodiscard]] std::vector<std::string> putAside() const {
+    [[nodiscard]] std::vector<std::string> putAside() const { return named(".unreadable-"); }
+    [[nodiscard]] std::vector<std::string> copies() const { return named(".unread-"); }
+
+    [[nodiscard]] std::vector<std::string> named(const std::string& what) const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
             const std::string name = entry.path().string();
-            if (name.find(".unreadable-") != std::string::npos) {
+            if (name.find(what) != std::string::npos) {
                 names.push_back(name);
             }
         }
