@@ -89,8 +89,9 @@ void watchProgram(OpeningThread& thread, const ApplicationStart& start, const st
     watch->answer = start.answer;
     watch->program = program;
     watch->name = start.file.entry.name;
+    // Holds the watch too: where the system refuses a pidfd, the process's end is not told.
     watch->patience = thread.after(start.conditions->patience,
-                                   [answer = start.answer, running] { answer->succeed(running); });
+                                   [watch, running] { watch->answer->succeed(running); });
     superviseProgram(thread, start, running,
                      [watch](std::optional<int> status) { judge(*watch, status); });
 }

@@ -17,7 +17,7 @@
 namespace tavo {
 
 // The answer to one opening, which several events can give: the first one counts. On the
-// workspace's thread.
+// bus thread.
 class OpenAnswer {
 public:
     OpenAnswer(OpenCompletion completion, std::shared_ptr<PendingLaunch> start)
@@ -75,7 +75,7 @@ struct StartConditions {
     std::chrono::milliseconds patience{0};      // for an early end
     std::chrono::milliseconds busPatience{0};   // for an activation's answer
     std::chrono::milliseconds startingTime{0};  // for the first window
-    std::function<bool()> seesWindows;          // called on the workspace's thread; may be empty
+    std::function<bool()> seesWindows;          // called on the bus thread; may be empty
 };
 
 struct ApplicationStart {

@@ -46,7 +46,7 @@ struct OpeningSettings {
     // while something starts. Outlives the workspace; null: no first window is ever seen.
     RunningApplications* running = nullptr;
 
-    // Whether the session lists windows at all. Called on a thread of the workspace's own, when a
+    // Whether the session lists windows at all. Called on the bus thread, when a
     // service has been activated; empty: it does not.
     std::function<bool()> seesWindows = {};
 
