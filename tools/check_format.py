@@ -33,10 +33,13 @@ def formatter():
 def check(root, program):
     """Every place that is laid out otherwise, as "file:line:column: text"."""
     names = [name for name in tree.files(root) if name.endswith((".cpp", ".h", ".mm"))]
-    said = subprocess.run([program, "--dry-run", "--ferror-limit=1", "--style=file", *names], cwd=root,
-                          capture_output=True, text=True, check=False).stderr
-    return [line.replace(": warning:", ":") for line in said.splitlines()
-            if "[-Wclang-format-violations]" in line]
+    done = subprocess.run([program, "--dry-run", "--Werror", "--style=file", *names], cwd=root,
+                          capture_output=True, text=True, check=False)
+    found = [line.replace(": error:", ":") for line in done.stderr.splitlines()
+             if "[-Wclang-format-violations]" in line]
+    if done.returncode != 0 and not found:
+        found = [done.stderr.strip() or f"{program} failed"]
+    return found
 
 
 def main(arguments):
