@@ -22,11 +22,18 @@ std::vector<std::string> shell(const std::vector<std::string>& variables,
     return words;
 }
 
-// The PID that the started program says, once it really runs `program`.
+bool hasArguments(pid_t process) {
+    std::ifstream arguments("/proc/" + std::to_string(process) + "/cmdline");
+    return arguments.peek() != std::ifstream::traits_type::eof();
+}
+
+// The PID that the started program says, once it really runs `program`. During execve(2) the kernel
+// names the new program a moment before it has its arguments and environment.
 pid_t settled(ChildProgram& child, const std::string& program) {
     const pid_t process = std::stoi(child.readLine().value_or("0"));
     EXPECT_TRUE(processes::becomesTrue([&] {
-        return processExecutable(process) == std::filesystem::canonical(program).string();
+        return processExecutable(process) == std::filesystem::canonical(program).string() &&
+               hasArguments(process);
     }));
     return process;
 }
