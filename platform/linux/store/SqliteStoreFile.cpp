@@ -230,7 +230,7 @@ SqliteOutcome SqliteStoreFile::putAside(Deadline until) {
     if (!lockFolder(folder, until)) {
         return {Kind::Busy, "another process has locked its folder"};
     }
-    const SqliteOutcome outcome = connect(until);
+    SqliteOutcome outcome = connect(until);
     if (outcome.kind != Kind::NotAStore) {
         return outcome;
     }

@@ -98,7 +98,7 @@ SqliteOutcome SqliteTable::inspect() {
     if (const int code = run("BEGIN"); code != SQLITE_OK) {
         return outcomeOf(code);
     }
-    const SqliteOutcome outcome = inspectLocked();
+    SqliteOutcome outcome = inspectLocked();
     run("COMMIT");
     if (!outcome.done()) {
         return outcome;
