@@ -111,7 +111,7 @@ class Starting(DesktopTest):
     def test_a_bus_that_answers_only_after_our_start_is_used_from_then_on(self):
         mark = self.running_service()
         bus = self.stop_bus()
-        # Nobody can read the window: Qt has looked for that bus, and found none.
+        # The test cannot read the window: Qt has looked for that bus, and found none.
         self.launch(wait=False).await_active()
         os.kill(bus, signal.SIGCONT)
         self.desktop.type("serv")
