@@ -6,6 +6,7 @@ import time
 
 from harness import ROUNDS, wait_until, wait_until_still
 from test_single_instance import InstanceTest
+from windows import window_tree
 
 OPEN, QUIT = "Apri Tavo Launcher", "Esci da Tavo Launcher"
 TRAYER = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
@@ -21,17 +22,9 @@ class TrayTest(InstanceTest):
     def start_tray(self):
         return self.desktop.start(self.command, log="tray.log")
 
-    def windows(self):
-        """What the server says of each window; asked again when one goes meanwhile."""
-        def tree():
-            done = subprocess.run(["xwininfo", "-root", "-tree"], env=self.desktop.environment,
-                                  capture_output=True, text=True)
-            return done.returncode == 0 and done.stdout.splitlines()
-        return wait_until(tree, "the tree of windows")
-
     def own_windows(self):
         """Id, and place and size on the screen, of each of the program's windows."""
-        for line in self.windows():
+        for line in window_tree(self.desktop):
             found = re.search(r'\("tavolauncher" "TavoLauncher"\)\s+(\d+)x(\d+)\+\S+\s+'
                               r"\+(-?\d+)\+(-?\d+)", line)
             if found:
@@ -382,8 +375,8 @@ class Notified(TrayTest):
 
     def test_a_panel_that_embeds_first_and_draws_itself_a_moment_later_has_the_menu(self):
         self.desktop.start(TRAYER, log="tray.log")
-        wait_until(lambda: "Trayer Panel" in self.desktop.run("xwininfo", "-root", "-tree")
-                   or '"trayer"' in self.desktop.run("xwininfo", "-root", "-tree"), "the tray")
+        wait_until(lambda: any("Trayer Panel" in line or '"trayer"' in line
+                               for line in window_tree(self.desktop)), "the tray")
         panel = self.start_panel("late")
         self.launch()
         self.await_registered(panel)

@@ -1,6 +1,9 @@
 """Windows of made-up programs, and what the X server says of them."""
 
 import re
+import subprocess
+
+from private_desktop import wait_until
 
 _SHOW_WINDOWS = """
 import ctypes
@@ -48,8 +51,17 @@ def show_window(*titles, class_name="", modest=False):
 
 def windows_called(desktop, title):
     """The ids of the windows with that title, whether they can be seen or not."""
-    tree = desktop.run("xwininfo", "-root", "-tree")
-    return [int(line.split()[0], 16) for line in tree.splitlines() if f'"{title}"' in line]
+    return [int(line.split()[0], 16) for line in window_tree(desktop) if f'"{title}"' in line]
+
+
+def window_tree(desktop):
+    """The lines of xwininfo(1) about all windows. It fails, and is run again, when a window goes
+    while it asks."""
+    def tree():
+        done = subprocess.run(["xwininfo", "-root", "-tree"], env=desktop.environment,
+                              capture_output=True, text=True, timeout=30)
+        return done.returncode == 0 and done.stdout.splitlines()
+    return wait_until(tree, "the tree of windows")
 
 
 def ids(desktop, property_name):
