@@ -28,8 +28,7 @@ bool runs(const IconEnvironment& environment, std::string_view desktop) {
 }
 
 std::string fromXSettings(const IconEnvironment& environment) {
-    const auto settings = readXSettings(environment.display);
-    return settings ? xSetting(*settings, "Net/IconThemeName").value_or("") : "";
+    return xSetting(readXSettings(environment.display), "Net/IconThemeName").value_or("");
 }
 
 // The first installed theme that the file `name` names under `key`, in the order of the

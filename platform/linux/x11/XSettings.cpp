@@ -1,13 +1,10 @@
 #include "platform/linux/x11/XSettings.h"
 
+#include <array>
 #include <bit>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <type_traits>
 
-#include <xcb/xcb.h>
+#include "platform/linux/x11/XcbConnection.h"
 
 namespace tavo {
 namespace {
@@ -59,47 +56,6 @@ private:
     bool failed_ = false;
 };
 
-struct Freed {
-    void operator()(void* memory) const { std::free(memory); }
-};
-template<typename T>
-using Reply = std::unique_ptr<T, Freed>;
-
-xcb_atom_t atom(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie) {
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-std::optional<std::string> readFrom(xcb_connection_t* connection, int screen) {
-    const std::string selection = "_XSETTINGS_S" + std::to_string(screen);
-    constexpr std::string_view kProperty = "_XSETTINGS_SETTINGS";
-    const auto selectionCookie = xcb_intern_atom(
-        connection, 1, static_cast<std::uint16_t>(selection.size()), selection.data());
-    const auto propertyCookie = xcb_intern_atom(
-        connection, 1, static_cast<std::uint16_t>(kProperty.size()), kProperty.data());
-    const xcb_atom_t selectionAtom = atom(connection, selectionCookie);
-    const xcb_atom_t propertyAtom = atom(connection, propertyCookie);
-    if (selectionAtom == XCB_ATOM_NONE || propertyAtom == XCB_ATOM_NONE) {
-        return std::nullopt;
-    }
-    const Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, selectionAtom), nullptr));
-    if (!owner || owner->owner == XCB_WINDOW_NONE) {
-        return std::nullopt;
-    }
-    constexpr std::uint32_t kWords = 65536;
-    const Reply<xcb_get_property_reply_t> property(
-        xcb_get_property_reply(connection,
-                               xcb_get_property(connection, 0, owner->owner, propertyAtom,
-                                                XCB_GET_PROPERTY_TYPE_ANY, 0, kWords),
-                               nullptr));
-    if (!property || property->format != 8 || property->bytes_after != 0) {
-        return std::nullopt;
-    }
-    return std::string(static_cast<const char*>(xcb_get_property_value(property.get())),
-                       static_cast<std::size_t>(xcb_get_property_value_length(property.get())));
-}
-
 }  // namespace
 
 std::optional<std::string> xSetting(std::string_view property, std::string_view name) {
@@ -126,17 +82,21 @@ std::optional<std::string> xSetting(std::string_view property, std::string_view 
     return std::nullopt;
 }
 
-std::optional<std::string> readXSettings(const std::string& display) {
-    if (display.empty()) {
-        return std::nullopt;
+std::string readXSettings(const std::string& display) {
+    const auto x11 = display.empty() ? nullptr : XcbConnection::open(display);
+    if (!x11) {
+        return {};
     }
-    int screen = 0;
-    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
-        xcb_connect(display.c_str(), &screen), &xcb_disconnect);
-    if (xcb_connection_has_error(connection.get()) != 0) {
-        return std::nullopt;
+    x11->beginExchange();
+    const std::string selection = "_XSETTINGS_S" + std::to_string(x11->screen());
+    const auto atoms = x11->atoms(std::array{selection.c_str(), "_XSETTINGS_SETTINGS"});
+    const auto manager =
+        x11->reply<xcb_get_selection_owner_reply_t>(xcb_get_selection_owner(x11->get(), atoms[0]));
+    if (!manager) {
+        return {};
     }
-    return readFrom(connection.get(), screen);
+    constexpr std::uint32_t kLongest = 262144;  // bytes
+    return x11->text(x11->property(manager->owner, atoms[1], XCB_GET_PROPERTY_TYPE_ANY, kLongest));
 }
 
 }  // namespace tavo

@@ -11,9 +11,9 @@ namespace tavo {
 // there, is no string, or when the bytes before it are not what the protocol has.
 std::optional<std::string> xSetting(std::string_view property, std::string_view name);
 
-// The bytes of the property that the settings manager of `display` (none for "") publishes for
-// the display's screen. Absent without a display, a manager or a property of at most 256 KiB.
-// Opens a connection of its own and waits for the server: any thread but one that paints.
-std::optional<std::string> readXSettings(const std::string& display);
+// The bytes of the property that the settings manager of `display` publishes for the display's
+// screen. Empty without a display, a manager, a property of at most 256 KiB, and when the server
+// does not answer in the time that XcbConnection gives it. Any thread but one that paints.
+std::string readXSettings(const std::string& display);
 
 }  // namespace tavo

@@ -1,3 +1,5 @@
+#include <csignal>
+
 #include <gtest/gtest.h>
 
 #include "platform/linux/x11/XSettings.h"
@@ -39,17 +41,23 @@ TEST(XSettings, a_count_without_settings_ends) {
 }
 
 TEST(XSettings, without_a_display_no_server_is_asked) {
-    EXPECT_EQ(readXSettings(""), std::nullopt);
-    EXPECT_EQ(readXSettings(":nonsense"), std::nullopt);
+    EXPECT_EQ(readXSettings(""), "");
+    EXPECT_EQ(readXSettings(":nonsense"), "");
 }
 
 TEST(XSettings, are_read_from_the_settings_manager_of_the_screen) {
     XServer server;
-    EXPECT_EQ(readXSettings(server.display()), std::nullopt) << "no settings are published yet";
+    EXPECT_EQ(readXSettings(server.display()), "") << "no settings are published yet";
     const std::string property =
         XSettingsBytes(false).addString("Net/IconThemeName", "Papirus").property();
     const auto manager = server.publishSettings(property);
     EXPECT_EQ(readXSettings(server.display()), property);
+}
+
+TEST(XSettings, a_server_that_has_stopped_is_not_waited_for_without_end) {
+    const XServer server;
+    ::kill(server.process(), SIGSTOP);
+    EXPECT_EQ(readXSettings(server.display()), "");
 }
 
 }  // namespace
