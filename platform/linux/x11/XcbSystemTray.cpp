@@ -4,8 +4,6 @@
 #include <array>
 #include <utility>
 
-#include "platform/linux/x11/XcbRequests.h"
-
 namespace tavo {
 namespace {
 
@@ -15,12 +13,10 @@ constexpr std::uint8_t kSentByClient = 0x80;
 }  // namespace
 
 XcbSystemTray::XcbSystemTray(xcb_connection_t* connection, std::function<void()> appeared)
-    : connection_(connection),
-      root_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root),
-      appeared_(std::move(appeared)) {
+    : x11_(connection), appeared_(std::move(appeared)) {
     // A tray owns the selection of its screen. X11 servers have had one screen for decades.
     constexpr std::array<const char*, kAtoms> kNames = {"_NET_SYSTEM_TRAY_S0", "MANAGER"};
-    atoms_ = XcbRequests(connection_).atoms(kNames);
+    atoms_ = x11_.atoms(kNames);
     listenToRootWindow();
     qApp->installNativeEventFilter(this);
 }
@@ -30,20 +26,20 @@ XcbSystemTray::~XcbSystemTray() {
 }
 
 bool XcbSystemTray::exists() const {
-    const XcbReply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-        connection_, xcb_get_selection_owner(connection_, atoms_[kTray]), nullptr));
+    const auto reply = x11_.reply<xcb_get_selection_owner_reply_t>(
+        xcb_get_selection_owner(x11_.get(), atoms_[kTray]));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
 // A new tray sends MANAGER to the root window, to clients that select its structure events. Qt may
 // have selected other events on this connection, which are kept.
 void XcbSystemTray::listenToRootWindow() const {
-    const XcbReply<xcb_get_window_attributes_reply_t> now(xcb_get_window_attributes_reply(
-        connection_, xcb_get_window_attributes(connection_, root_), nullptr));
+    const auto now = x11_.reply<xcb_get_window_attributes_reply_t>(
+        xcb_get_window_attributes(x11_.get(), x11_.root()));
     if (now) {
         const std::uint32_t mask =
             now->your_event_mask | std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-        xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &mask);
+        xcb_change_window_attributes(x11_.get(), x11_.root(), XCB_CW_EVENT_MASK, &mask);
     }
 }
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <vector>
 
-#include <xcb/xcb.h>
+#include "platform/linux/x11/XcbRequests.h"
 
 namespace tavo {
 
@@ -30,8 +30,7 @@ private:
 
     void listenToRootWindow() const;
 
-    xcb_connection_t* const connection_;
-    const xcb_window_t root_;
+    const XcbRequests x11_;
     const std::function<void()> appeared_;
     std::vector<xcb_atom_t> atoms_;
 };
