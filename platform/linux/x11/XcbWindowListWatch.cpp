@@ -22,13 +22,13 @@ public:
           changed_(std::move(changed)),
           readable_(xcb_get_file_descriptor(connection_->get()), QSocketNotifier::Read) {
         connection_->beginExchange();
-        // Both are watched: xfwm4 announces some windows in the stacking list alone.
-        constexpr std::array kNames = {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"};
-        lists_ = connection_->atoms(kNames);
         constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(connection_->get(), connection_->root(), XCB_CW_EVENT_MASK,
                                      &kEvents);
-        xcb_flush(connection_->get());
+        // Both are watched: xfwm4 announces some windows in the stacking list alone. The server
+        // answers requests in order, so events come once these replies have come.
+        constexpr std::array kNames = {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"};
+        lists_ = connection_->atoms(kNames);
         QObject::connect(&readable_, &QSocketNotifier::activated, [this] { read(); });
     }
 

@@ -1,4 +1,5 @@
 // What X11 windows are whose, without a window manager: the tests say which windows are managed.
+#include <array>
 #include <chrono>
 
 #include <gmock/gmock.h>
@@ -310,6 +311,24 @@ TEST(XcbRunningApplications, a_grabbed_server_holds_up_no_question_for_long) {
         EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     }
     EXPECT_EQ(running->withIdentifier("a.desktop").size(), 1U);
+}
+
+TEST(XcbRunningApplications, a_window_that_is_listed_right_after_a_subscription_is_told) {
+    XDesktop desktop(Manager::none);
+    const auto manager = XcbConnection::open(desktop.display());
+    manager->beginExchange();
+    constexpr std::array kNames = {"_NET_CLIENT_LIST"};
+    const xcb_atom_t list = manager->atoms(kNames).front();
+    const auto running =
+        makeXcbRunningApplications(desktop.display(), std::make_shared<DesktopEntryIndex>(), {});
+    for (std::uint32_t window = 1; window <= 100; ++window) {
+        int told = 0;
+        const Subscription subscription = running->onWindowsChanged([&] { ++told; });
+        xcb_change_property(manager->get(), XCB_PROP_MODE_REPLACE, manager->root(), list,
+                            XCB_ATOM_WINDOW, 32, 1, &window);
+        xcb_flush(manager->get());
+        ASSERT_TRUE(processes::becomesTrueWithEvents([&] { return told > 0; })) << window;
+    }
 }
 
 TEST(XcbRunningApplications, a_grabbed_server_holds_up_no_subscription) {
