@@ -11,9 +11,11 @@
 #include <QSvgRenderer>
 #include <cstdio>
 
+#include "support/ApplicationId.h"
+
 namespace {
 
-const QString kIcon = QStringLiteral("org.tavolauncher.TavoLauncher");
+const QString kIcon = QLatin1String(tavo::kApplicationId);
 constexpr int kIconSides[] = {16, 22, 24, 32, 48, 64, 128, 256, 512};
 
 // The window shows the mark at 34; four times that is sharp at every scale in use.

@@ -16,8 +16,8 @@
 #include "platform/linux/entries/XdgApplicationSource.h"
 #include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/instance/SingleInstance.h"
-#include "platform/linux/system/ApplicationId.h"
 #include "platform/linux/system/StartEnvironment.h"
+#include "support/ApplicationId.h"
 #include "ui/controls/LauncherStyle.h"
 
 namespace {

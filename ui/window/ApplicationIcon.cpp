@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 
+#include "support/ApplicationId.h"
 #include "ui/look/Resources.h"
 #include "ui/window/FirstFrame.h"
 
@@ -13,8 +14,8 @@ QIcon applicationIcon() {
     // All sizes are stored in a property of the X11 window. Larger sizes would take up the server's
     // memory.
     for (const int side : {16, 22, 24, 32, 48, 64, 128}) {
-        const QPixmap picture = QPixmap::fromImage(
-            pngResource(QStringLiteral("icons/%1/org.tavolauncher.TavoLauncher.png").arg(side)));
+        const QPixmap picture = QPixmap::fromImage(pngResource(
+            QStringLiteral("icons/%1/%2.png").arg(side).arg(QLatin1String(kApplicationId))));
         if (!picture.isNull()) {
             icon.addPixmap(picture);
         }

@@ -3,11 +3,12 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/system/ApplicationId.h"
+#include "support/ApplicationId.h"
 
 namespace tavo {
 namespace {
 
+constexpr char kObjectPath[] = "/org/tavolauncher/TavoLauncher";
 constexpr char kInterface[] = "org.freedesktop.Application";
 constexpr char kDescription[] =
     "<node><interface name='org.freedesktop.Application'>"
@@ -65,7 +66,7 @@ void InstanceBusName::follow(GDBusConnection* bus) {
         return;
     }
     // First, because a caller that waits for the name calls at once.
-    object_.offer(bus, kApplicationObjectPath);
+    object_.offer(bus, kObjectPath);
     triesLeft_ = kTries;
     askForName();
 }
@@ -94,7 +95,7 @@ void InstanceBusName::handOver() {
     putIn(platformData, "desktop-startup-id", ours_.startupId);
     putIn(platformData, "activation-token", ours_.activationToken);
     calls_.call(
-        bus_.connection(), {kApplicationId, kApplicationObjectPath, kInterface, "Activate"},
+        bus_.connection(), {kApplicationId, kObjectPath, kInterface, "Activate"},
         g_variant_new("(a{sv})", &platformData), nullptr,
         [this](const Variant& reply, GError* error) {
             // An owner that is too busy to answer has the call all the same.

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "platform/linux/system/ApplicationId.h"
 #include "platform/linux/wayland/WaylandRunningApplications.h"
 #include "platform/linux/windows/NullRunningApplications.h"
+#include "support/ApplicationId.h"
 
 namespace tavo {
 

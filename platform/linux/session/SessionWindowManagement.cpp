@@ -2,9 +2,9 @@
 
 #include <QGuiApplication>
 
-#include "platform/linux/system/ApplicationId.h"
 #include "platform/linux/wayland/WaylandWindowManagement.h"
 #include "platform/linux/x11/XcbWindowManagement.h"
+#include "support/ApplicationId.h"
 
 namespace tavo {
 namespace {

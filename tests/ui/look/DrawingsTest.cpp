@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ApplicationId.h"
 #include "ui/look/Resources.h"
 #include "ui/look/Symbols.h"
 #include "ui/window/ApplicationIcon.h"
@@ -188,7 +189,7 @@ TEST(SymbolFiles, straight_edges_are_sharp_at_scales_one_and_two) {
 }
 
 TEST(IconFiles, every_size_is_there_and_is_what_its_drawing_shows) {
-    const QString icon = QStringLiteral("org.tavolauncher.TavoLauncher");
+    const QString icon = QLatin1String(kApplicationId);
     const QString any = resourcePath(QStringLiteral("icons/%1.svg").arg(icon));
     struct Row {
         QString picture;
@@ -230,8 +231,8 @@ TEST(IconFiles, every_size_is_there_and_is_what_its_drawing_shows) {
 TEST(IconFiles, the_tiles_of_the_small_icons_have_sharp_edges) {
     for (const int side : {16, 22, 24, 32, 48, 64}) {
         SCOPED_TRACE(side);
-        const QImage image(
-            resourcePath(QStringLiteral("icons/%1/org.tavolauncher.TavoLauncher.png").arg(side)));
+        const QImage image(resourcePath(
+            QStringLiteral("icons/%1/%2.png").arg(side).arg(QLatin1String(kApplicationId))));
         // Along the middle of the first row of tiles each pixel is either background or tile.
         int row = 0;
         while (row < side && image.pixelColor(side / 2, row).red() < 235) {

@@ -9,6 +9,7 @@
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/wayland/WaylandRunningApplications.h"
 #include "platform/linux/wayland/WaylandSession.h"
+#include "support/ApplicationId.h"
 #include "tests/contracts/RunningApplicationsContract.h"
 #include "tests/platform/linux/fixtures/WaylandDesktop.h"
 #include "tests/platform/linux/fixtures/XDesktop.h"
@@ -17,8 +18,6 @@ namespace tavo {
 namespace {
 
 using processes::becomesTrue;
-
-constexpr const char* kOwn = "org.tavolauncher.TavoLauncher";
 
 struct WaylandRig {
     static constexpr bool kTellsProcesses = false;
@@ -48,9 +47,9 @@ struct WaylandRig {
 
     void turnToLauncher() {
         if (!launcher_) {
-            launcher_ = desktop_.open(kOwn);
+            launcher_ = desktop_.open(kApplicationId);
         }
-        desktop_.command("[app_id=" + std::string(kOwn) + "] focus");
+        desktop_.command("[app_id=" + std::string(kApplicationId) + "] focus");
         EXPECT_TRUE(becomesTrue([&] { return desktop_.focused() == launcher_->process; }));
     }
 
@@ -62,7 +61,7 @@ struct WaylandRig {
     std::optional<WaylandDesktop::Window> launcher_;
     std::map<pid_t, WaylandDesktop::Window> windows_;
     std::unique_ptr<RunningApplications> running_ = makeWaylandRunningApplications(
-        desktop_.display(), std::make_shared<DesktopEntryIndex>(), kOwn);
+        desktop_.display(), std::make_shared<DesktopEntryIndex>(), kApplicationId);
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Wayland, RunningApplicationsContract, WaylandRig);
@@ -72,7 +71,7 @@ protected:
     void SetUp() override {
         listed_->replace({{"org.example.Editor.desktop", "/a/editor.desktop", "EditorWindow", ""},
                           {"tool.desktop", "/a/tool.desktop", "", "tool-program"}});
-        running_ = makeWaylandRunningApplications(desktop_.display(), listed_, kOwn);
+        running_ = makeWaylandRunningApplications(desktop_.display(), listed_, kApplicationId);
     }
 
     [[nodiscard]] bool runs(const char* identifier) {
@@ -109,7 +108,7 @@ protected:
     };
     [[nodiscard]] LeftStart startToolAndLeave() {
         LeftStart start;
-        start.launcher = desktop_.open(kOwn);
+        start.launcher = desktop_.open(kApplicationId);
         EXPECT_TRUE(becomesFocused(start.launcher));
         running_->noteUserRequest("tool.desktop");
         start.tool = desktop_.open("tool");
@@ -153,7 +152,7 @@ TEST_F(WaylandRunningApplicationsTest, the_active_window_stays_the_active_one) {
 TEST_F(WaylandRunningApplicationsTest, a_process_comes_forward_as_what_it_was_started_as) {
     const auto editor =
         desktop_.open("editorwindow", {"GIO_LAUNCHED_DESKTOP_FILE=/a/editor.desktop"});
-    const auto other = desktop_.open(kOwn);
+    const auto other = desktop_.open(kApplicationId);
     ASSERT_TRUE(becomesFocused(other));
     const auto found = running_->withProcess(editor.process);
     ASSERT_TRUE(found);
@@ -214,7 +213,7 @@ TEST_F(WaylandRunningApplicationsTest, a_compositor_that_stands_still_holds_up_n
 
 TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {
     const auto running = makeWaylandRunningApplications(
-        "/nonexistent/wayland-0", std::make_shared<DesktopEntryIndex>(), kOwn);
+        "/nonexistent/wayland-0", std::make_shared<DesktopEntryIndex>(), kApplicationId);
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     running->activateAllWindows({0, "a.desktop"});
     running->activateAllWindows({::getpid(), ""});
