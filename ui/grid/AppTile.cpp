@@ -95,7 +95,7 @@ void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) cons
     }
     painter.setFont(nameFont().font);
     painter.setPen(appearance.text);
-    drawOneLine(painter, name, kTileSpacing / 2, Qt::AlignCenter, shownName);
+    drawElidedText(painter, name, kTileSpacing / 2, Qt::AlignCenter, shownName);
 
     if (showsStar()) {
         const QRect star(tile.center().x() - kStarHeight / 2, tile.bottom() + 1 - kStarHeight,

@@ -17,8 +17,8 @@ bool staysInItsLine(const QString& text) {
 
 }  // namespace
 
-void drawOneLine(QPainter& painter, const QRect& line, int spill, Qt::Alignment alignment,
-                 const QString& text) {
+void drawElidedText(QPainter& painter, const QRect& line, int spill, Qt::Alignment alignment,
+                    const QString& text) {
     const bool clipped = !staysInItsLine(text);
     if (clipped) {
         painter.save();

@@ -10,11 +10,11 @@ class QRect;
 
 namespace tavo {
 
-// Draws `text` in the rectangle `line` with the painter's font and pen. Combining marks may stack
-// up above and below the line: they are clipped at `spill` logical pixels beyond it. The right end
-// is not clipped: shorten the text with fitted() first.
-void drawOneLine(QPainter& painter, const QRect& line, int spill, Qt::Alignment alignment,
-                 const QString& text);
+// Draws `text`, shortened by fitted() before, in the rectangle `line` with the painter's font and
+// pen. Combining marks may stack up above and below the line: they are clipped at `spill` logical
+// pixels beyond it.
+void drawElidedText(QPainter& painter, const QRect& line, int spill, Qt::Alignment alignment,
+                    const QString& text);
 
 // `text`, or its longest beginning with an ellipsis that is at most `width` logical pixels wide.
 QString fitted(const QString& text, const QFontMetrics& metrics, int width);

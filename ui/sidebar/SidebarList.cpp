@@ -150,7 +150,7 @@ void SidebarList::paintRow(QPainter& painter, int index) const {
                row(index).selected ? appearance_.accentOnSelection : appearance_.accent);
     painter.setFont(interfaceFont(kBody));
     painter.setPen(appearance_.text);
-    drawOneLine(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, elided(index));
+    drawElidedText(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, elided(index));
 }
 
 void SidebarList::updateItem(int index) {
