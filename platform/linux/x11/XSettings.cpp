@@ -1,7 +1,6 @@
 #include "platform/linux/x11/XSettings.h"
 
 #include <array>
-#include <bit>
 #include <cstdint>
 
 #include "platform/linux/x11/XcbConnection.h"
@@ -13,7 +12,7 @@ namespace {
 class PropertyReader {
 public:
     explicit PropertyReader(std::string_view bytes) : rest_(bytes) {
-        foreign_ = number<std::uint8_t>() != (std::endian::native == std::endian::little ? 0 : 1);
+        highFirst_ = number<std::uint8_t>() != 0;
         take(3);
     }
 
@@ -42,17 +41,15 @@ public:
         const std::string_view bytes = take(sizeof(T));
         T value = 0;
         for (std::size_t i = 0; i < bytes.size(); ++i) {
-            const bool lowFirst = (std::endian::native == std::endian::little) != foreign_;
-            const std::size_t shift = 8 * (lowFirst ? i : bytes.size() - 1 - i);
-            value = static_cast<T>(value |
-                                   static_cast<T>(T{static_cast<std::uint8_t>(bytes[i])} << shift));
+            const char byte = bytes[highFirst_ ? i : bytes.size() - 1 - i];
+            value = static_cast<T>(value << 8 | static_cast<std::uint8_t>(byte));
         }
         return value;
     }
 
 private:
     std::string_view rest_;
-    bool foreign_ = false;
+    bool highFirst_ = false;
     bool failed_ = false;
 };
 

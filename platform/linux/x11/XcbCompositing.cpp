@@ -63,11 +63,9 @@ private:
             return;
         }
         // XFixes requires that a client says its version first.
-        const auto version = x11_.reply<xcb_xfixes_query_version_reply_t>(xcb_xfixes_query_version(
-            x11_.get(), XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION));
-        if (!version) {
-            return;
-        }
+        const auto version = xcb_xfixes_query_version(x11_.get(), XCB_XFIXES_MAJOR_VERSION,
+                                                      XCB_XFIXES_MINOR_VERSION);
+        xcb_discard_reply(x11_.get(), version.sequence);
         selectionEvent_ = fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
         xcb_xfixes_select_selection_input(
             x11_.get(), x11_.root(), selection_,

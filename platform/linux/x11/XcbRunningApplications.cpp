@@ -21,29 +21,6 @@ bool isLater(xcb_timestamp_t time, xcb_timestamp_t than) {
     return static_cast<std::int32_t>(time - than) > 0;
 }
 
-// The owners of the windows of one list, each looked up once.
-class WindowOwners {
-public:
-    WindowOwners(const WindowMatcher& matcher, const ProcessRegistry& processes, std::string asked)
-        : matcher_(matcher), starts_(processes, matcher), asked_(std::move(asked)) {}
-
-    [[nodiscard]] const std::string& owner(const XcbWindow& window) {
-        const XcbWindow& root = transientRoot(window);
-        const auto [known, isNew] = owners_.try_emplace(root.id);
-        if (isNew) {
-            known->second = matcher_.owner(
-                root.names, [&] { return starts_.of(root.process); }, asked_);
-        }
-        return known->second;
-    }
-
-private:
-    const WindowMatcher& matcher_;
-    ProcessStarts starts_;
-    const std::string asked_;
-    std::unordered_map<xcb_window_t, std::string> owners_;
-};
-
 class XcbRunningApplications final : public RunningApplications {
 public:
     XcbRunningApplications(std::string display, std::shared_ptr<DesktopEntryIndex> listed,
@@ -197,10 +174,13 @@ private:
         if (identifier.empty()) {
             return {};
         }
-        WindowOwners owners(matcher_.get(), processes_, identifier);
+        const WindowMatcher& matcher = matcher_.get();
+        ProcessStarts starts(processes_, matcher);
         Windows found;
         for (const XcbWindow& window : list.windows) {
-            if (!window.ofDesktop && owners.owner(window) == identifier) {
+            const XcbWindow& root = transientRoot(window);
+            const auto start = [&] { return starts.of(root.process); };
+            if (!window.ofDesktop && matcher.owner(root.names, start, identifier) == identifier) {
                 found.push_back(&window);
             }
         }

@@ -17,7 +17,15 @@ XcbSystemTray::XcbSystemTray(xcb_connection_t* connection, std::function<void()>
     // A tray owns the selection of its screen. X11 servers have had one screen for decades.
     constexpr std::array<const char*, kAtoms> kNames = {"_NET_SYSTEM_TRAY_S0", "MANAGER"};
     atoms_ = x11_.atoms(kNames);
-    listenToRootWindow();
+    // A new tray sends MANAGER to the root window, to clients that select its structure events. Qt
+    // may have selected other events on this connection, which are kept.
+    const auto now = x11_.reply<xcb_get_window_attributes_reply_t>(
+        xcb_get_window_attributes(x11_.get(), x11_.root()));
+    if (now) {
+        const std::uint32_t mask =
+            now->your_event_mask | std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+        xcb_change_window_attributes(x11_.get(), x11_.root(), XCB_CW_EVENT_MASK, &mask);
+    }
     qApp->installNativeEventFilter(this);
 }
 
@@ -29,18 +37,6 @@ bool XcbSystemTray::exists() const {
     const auto reply = x11_.reply<xcb_get_selection_owner_reply_t>(
         xcb_get_selection_owner(x11_.get(), atoms_[kTray]));
     return reply && reply->owner != XCB_WINDOW_NONE;
-}
-
-// A new tray sends MANAGER to the root window, to clients that select its structure events. Qt may
-// have selected other events on this connection, which are kept.
-void XcbSystemTray::listenToRootWindow() const {
-    const auto now = x11_.reply<xcb_get_window_attributes_reply_t>(
-        xcb_get_window_attributes(x11_.get(), x11_.root()));
-    if (now) {
-        const std::uint32_t mask =
-            now->your_event_mask | std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-        xcb_change_window_attributes(x11_.get(), x11_.root(), XCB_CW_EVENT_MASK, &mask);
-    }
 }
 
 bool XcbSystemTray::nativeEventFilter(const QByteArray& type, void* message, qintptr* /*result*/) {

@@ -28,8 +28,6 @@ private:
 
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
 
-    void listenToRootWindow() const;
-
     const XcbRequests x11_;
     const std::function<void()> appeared_;
     std::vector<xcb_atom_t> atoms_;

@@ -64,19 +64,6 @@ void await(const Condition& condition) {
     }
 }
 
-void findParents(std::vector<XcbWindow>& windows) {
-    std::unordered_map<xcb_window_t, const XcbWindow*> listed;
-    for (const XcbWindow& window : windows) {
-        listed.emplace(window.id, &window);
-    }
-    for (XcbWindow& window : windows) {
-        const auto parent = window.transientFor == XCB_WINDOW_NONE
-                                ? listed.end()
-                                : listed.find(window.transientFor);
-        window.parent = parent == listed.end() ? nullptr : parent->second;
-    }
-}
-
 }  // namespace
 
 // Requests for the properties of one window.
@@ -110,6 +97,7 @@ XcbWindows::XcbWindows(XcbConnection& connection) : connection_(connection), hos
     if (!works()) {
         return;
     }
+    // Asked for before the atoms: this does not wait.
     const xcb_query_extension_reply_t* const extension =
         xcb_get_extension_data(connection_.get(), &xcb_res_id);
     if (extension != nullptr && extension->present != 0) {
@@ -221,7 +209,11 @@ XcbWindowList XcbWindows::list() {
         read(cookies[i], list.windows[i]);
     }
     findProcesses(list.windows);
-    findParents(list.windows);
+    for (XcbWindow& window : list.windows) {
+        if (window.transientFor != XCB_WINDOW_NONE) {
+            window.parent = list.find(window.transientFor);
+        }
+    }
     return list;
 }
 
