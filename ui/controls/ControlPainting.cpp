@@ -93,11 +93,10 @@ void paintChevron(QPainter& painter, const std::array<QPointF, 3>& points, const
     painter.drawPolyline(points.data(), static_cast<int>(points.size()));
 }
 
-QColor entryColor(const QStyleOptionMenuItem& option, bool current, const Appearance& look) {
-    if (!has(option, QStyle::State_Enabled)) {
-        return look.disabledText;
-    }
-    return current ? look.textOnAccent : look.text;
+QColor textColor(const QStyleOption& option, bool onAccent, const Appearance& look) {
+    return !has(option, QStyle::State_Enabled) ? look.disabledText
+           : onAccent                          ? look.textOnAccent
+                                               : look.text;
 }
 
 }  // namespace
@@ -135,9 +134,7 @@ void paintButton(QPainter& painter, const QStyleOptionButton& option, const Appe
 
 void paintButtonText(QPainter& painter, const QStyleOptionButton& option, const Appearance& look) {
     const bool accented = option.features.testFlag(QStyleOptionButton::DefaultButton);
-    painter.setPen(!has(option, QStyle::State_Enabled) ? look.disabledText
-                   : accented                          ? look.textOnAccent
-                                                       : look.text);
+    painter.setPen(textColor(option, accented, look));
     drawLine(painter, option.text, option.rect.adjusted(kTextMargin, 0, -kTextMargin, 0),
              Qt::AlignHCenter, option.fontMetrics, Qt::TextHideMnemonic);
 }
@@ -175,7 +172,7 @@ void paintComboBox(QPainter& painter, const QStyleOptionComboBox& option, const 
 
 void paintComboBoxText(QPainter& painter, const QStyleOptionComboBox& option, const QRect& box,
                        const Appearance& look) {
-    painter.setPen(has(option, QStyle::State_Enabled) ? look.text : look.disabledText);
+    painter.setPen(textColor(option, false, look));
     drawLine(painter, option.currentText, box, Qt::AlignLeft, option.fontMetrics);
 }
 
@@ -186,9 +183,7 @@ void paintComboBoxEntry(QPainter& painter, const QStyleOptionViewItem& option,
         paintEntryBackground(painter, option.rect, look);
     }
     painter.setFont(option.font);
-    painter.setPen(!has(option, QStyle::State_Enabled) ? look.disabledText
-                   : current                           ? look.textOnAccent
-                                                       : look.text);
+    painter.setPen(textColor(option, current, look));
     drawLine(painter, option.text, option.rect.adjusted(kEntryInset, 0, -kEntryInset, 0),
              Qt::AlignLeft, option.fontMetrics);
 }
@@ -213,7 +208,7 @@ void paintMenuEntry(QPainter& painter, const QStyleOptionMenuItem& option, const
     if (current) {
         paintEntryBackground(painter, rect, look);
     }
-    const QColor color = entryColor(option, current, look);
+    const QColor color = textColor(option, current, look);
     const QRect symbol(rect.left() + kEntryInset, rect.center().y() - kEntrySymbol / 2 + 1,
                        kEntrySymbol, kEntrySymbol);
     if (!option.icon.isNull()) {
@@ -262,14 +257,11 @@ void paintPopup(QPainter& painter, const QRectF& rect, qreal radius, bool cut,
     paintBox(painter, rect, radius, look.menu, look.menuBorder);
 }
 
-void paintThumb(QPainter& painter, const QRectF& slider, Qt::Orientation orientation, bool pressed,
-                const Appearance& look) {
+void paintThumb(QPainter& painter, const QRectF& slider, bool pressed, const Appearance& look) {
     QColor color = look.text;
     color.setAlphaF(pressed ? 0.55F : 0.35F);
     constexpr qreal kBeside = (kScrollBar - kScrollThumb) / 2.0;
-    const QRectF thumb = orientation == Qt::Vertical ? slider.adjusted(kBeside, 2, -kBeside, -2)
-                                                     : slider.adjusted(2, kBeside, -2, -kBeside);
-    fillBox(painter, thumb, kScrollThumb / 2.0, color);
+    fillBox(painter, slider.adjusted(kBeside, 2, -kBeside, -2), kScrollThumb / 2.0, color);
 }
 
 }  // namespace tavo::controls

@@ -64,9 +64,8 @@ void paintMenuScroller(QPainter& painter, const QRect& rect, bool down, const Ap
 void paintPopup(QPainter& painter, const QRectF& rect, qreal radius, bool cut,
                 const Appearance& look);
 
-// The thumb of a scroll bar, centred across `slider`.
-void paintThumb(QPainter& painter, const QRectF& slider, Qt::Orientation orientation, bool pressed,
-                const Appearance& look);
+// The thumb of a vertical scroll bar, centred across `slider`.
+void paintThumb(QPainter& painter, const QRectF& slider, bool pressed, const Appearance& look);
 
 }  // namespace controls
 }  // namespace tavo

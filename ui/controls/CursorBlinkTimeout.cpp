@@ -16,10 +16,6 @@ CursorBlinkTimeout::CursorBlinkTimeout() : flashTime_(QApplication::cursorFlashT
     qApp->installEventFilter(this);
 }
 
-CursorBlinkTimeout::~CursorBlinkTimeout() {
-    qApp->removeEventFilter(this);
-}
-
 bool CursorBlinkTimeout::eventFilter(QObject*, QEvent* event) {
     switch (event->type()) {
         case QEvent::KeyPress:

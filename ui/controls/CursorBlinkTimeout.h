@@ -12,7 +12,6 @@ namespace tavo {
 class CursorBlinkTimeout final : public QObject {
 public:
     CursorBlinkTimeout();
-    ~CursorBlinkTimeout() override;
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;

@@ -175,11 +175,6 @@ void LauncherStyle::polish(QWidget* widget) {
     }
 }
 
-void LauncherStyle::unpolish(QWidget* widget) {
-    widget->removeEventFilter(this);
-    QProxyStyle::unpolish(widget);
-}
-
 bool LauncherStyle::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
         if (auto* const line = qobject_cast<QLineEdit*>(object)) {
@@ -249,8 +244,8 @@ void LauncherStyle::drawComplexControl(ComplexControl control, const QStyleOptio
             const bool pressed = slider->activeSubControls.testFlag(SC_ScrollBarSlider) &&
                                  slider->state.testFlag(State_Sunken);
             paintThumb(*Smooth(*painter),
-                       subControlRect(control, option, SC_ScrollBarSlider, widget),
-                       slider->orientation, pressed, appearanceOf(option->palette));
+                       subControlRect(control, option, SC_ScrollBarSlider, widget), pressed,
+                       appearanceOf(option->palette));
         }
     } else {
         QProxyStyle::drawComplexControl(control, option, painter, widget);
@@ -292,10 +287,10 @@ QRect pickerPart(QStyle::SubControl part, const QRect& rect) {
     }
 }
 
-// The parts of a scroll bar: a thumb in a groove of the full length, without arrow buttons.
+// The parts of a vertical scroll bar (the program shows no other): a thumb in a groove of the full
+// length, without arrow buttons.
 QRect scrollBarPart(QStyle::SubControl part, const QStyleOptionSlider& option) {
-    const bool vertical = option.orientation == Qt::Vertical;
-    const int length = vertical ? option.rect.height() : option.rect.width();
+    const int length = option.rect.height();
     const qint64 range = static_cast<qint64>(option.maximum) - option.minimum;
     const int thumb =
         range <= 0 ? length
@@ -305,10 +300,7 @@ QRect scrollBarPart(QStyle::SubControl part, const QStyleOptionSlider& option) {
     const int start = QStyle::sliderPositionFromValue(
         option.minimum, option.maximum, option.sliderPosition, length - thumb, option.upsideDown);
     const auto along = [&](int from, int size) {
-        return vertical
-                   ? QRect(option.rect.left(), option.rect.top() + from, option.rect.width(), size)
-                   : QRect(option.rect.left() + from, option.rect.top(), size,
-                           option.rect.height());
+        return QRect(option.rect.left(), option.rect.top() + from, option.rect.width(), size);
     };
     switch (part) {
         case QStyle::SC_ScrollBarSlider:
@@ -394,7 +386,6 @@ int LauncherStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
         case PM_ButtonShiftVertical:
             return 0;
         case PM_MenuScrollerHeight:
-            return kEntrySymbol;
         case PM_SmallIconSize:
             return kEntrySymbol;
         case PM_ToolTipLabelFrameWidth:

@@ -3,8 +3,6 @@
 
 #include <QProxyStyle>
 
-class QLineEdit;
-
 namespace tavo {
 
 // Draws push buttons, framed line edits, combo boxes, menus, tool tips and scroll bars, light and
@@ -24,8 +22,6 @@ public:
     void polish(QPalette& palette) override;
     void polish(QApplication* application) override;
     void polish(QWidget* widget) override;
-    using QProxyStyle::unpolish;
-    void unpolish(QWidget* widget) override;
 
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override;

@@ -26,8 +26,6 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit
     line_->setPlaceholderText(texts::kSearchPrompt.toString());
     line_->setAccessibleName(texts::kSearchPrompt.toString());
     line_->setMaxLength(kLongestQuery);
-    line_->setTextMargins(0, 0, 0, 0);
-    line_->setAttribute(Qt::WA_MacShowFocusRect, false);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 
     auto* const layout = new QHBoxLayout(this);
@@ -37,11 +35,7 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit
     layout->addWidget(line_);
 
     // The signal textEdited is not sent for text that an accessibility client puts in.
-    connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) {
-        if (!showing_) {
-            onEdited(text);
-        }
-    });
+    connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) { onEdited(text); });
     connect(line_, &QLineEdit::returnPressed, this, [this] { onSubmit(); });
     line_->installEventFilter(this);
     applyAppearance();
@@ -64,9 +58,8 @@ QSize SearchField::sizeHint() const {
 
 void SearchField::setText(const QString& text) {
     if (line_->text() != text) {
-        showing_ = true;
+        const QSignalBlocker quietly(line_);
         line_->setText(text);
-        showing_ = false;
     }
 }
 

@@ -41,7 +41,6 @@ private:
     void applyAppearance();
 
     QLineEdit* line_;
-    bool showing_ = false;  // set while setText() runs, whose text was not typed
 };
 
 }  // namespace tavo

@@ -7,7 +7,6 @@
 #include <algorithm>
 
 #include "ui/look/Appearance.h"
-#include "ui/look/Metrics.h"
 #include "ui/look/Motion.h"
 #include "ui/look/Texts.h"
 
@@ -49,6 +48,9 @@ ThinScrollBar::ThinScrollBar(QAbstractScrollArea& area, int gap)
             setOpacity(0);
         }
     });
+    fadeDelay_.setSingleShot(true);
+    fadeDelay_.setInterval(kFadeDelayMs);
+    connect(&fadeDelay_, &QTimer::timeout, this, [this] { fade(0); });
     connect(&fading_, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { setOpacity(value.toDouble()); });
     hide();
@@ -79,7 +81,7 @@ void ThinScrollBar::fadeSoon() {
     if (wanted()) {
         fadeDelay_.stop();
     } else if (aim_ > 0) {
-        fadeDelay_.start(kFadeDelayMs, this);
+        fadeDelay_.start();
     }
 }
 
@@ -146,15 +148,6 @@ bool ThinScrollBar::event(QEvent* event) {
     return QScrollBar::event(event);
 }
 
-void ThinScrollBar::timerEvent(QTimerEvent* event) {
-    if (event->timerId() == fadeDelay_.timerId()) {
-        fadeDelay_.stop();
-        fade(0);
-    } else {
-        QScrollBar::timerEvent(event);
-    }
-}
-
 QRect ThinScrollBar::thumb() const {
     const int track = height() - 2 * kEnds;
     const int range = maximum() - minimum();
@@ -175,10 +168,6 @@ void ThinScrollBar::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
     painter.drawRoundedRect(thumb(), kThumbWidth / 2.0, kThumbWidth / 2.0);
-}
-
-void ThinScrollBar::sliderChange(SliderChange) {
-    update();
 }
 
 void ThinScrollBar::mousePressEvent(QMouseEvent* event) {

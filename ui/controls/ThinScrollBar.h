@@ -1,8 +1,8 @@
 // A narrow scroll bar that covers the content's edge instead of taking space from it.
 #pragma once
 
-#include <QBasicTimer>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVariantAnimation>
 
 #include "ui/look/Metrics.h"
@@ -32,12 +32,10 @@ protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    void sliderChange(SliderChange change) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
-    void timerEvent(QTimerEvent* event) override;
 
 private:
     [[nodiscard]] bool wanted() const { return near_ || over_ || held_; }
@@ -50,7 +48,7 @@ private:
 
     QAbstractScrollArea& area_;
     const int gap_;
-    QBasicTimer fadeDelay_;  // runs until the bar fades
+    QTimer fadeDelay_;  // runs until the bar fades
     QVariantAnimation fading_;
     double opacity_ = 0;
     double aim_ = 0;     // the opacity after fading
