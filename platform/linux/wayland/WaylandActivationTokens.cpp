@@ -40,16 +40,11 @@ public:
         }
         // Released, since Qt's connection stays and the compositor would go on sending their
         // events.
-        if (keyboard_ != nullptr &&
-            wl_keyboard_get_version(keyboard_) >= WL_KEYBOARD_RELEASE_SINCE_VERSION) {
+        if (keyboard_ != nullptr) {
             wl_keyboard_release(keyboard_);
-        } else if (keyboard_ != nullptr) {
-            wl_keyboard_destroy(keyboard_);
         }
-        if (seat_ != nullptr && wl_seat_get_version(seat_) >= WL_SEAT_RELEASE_SINCE_VERSION) {
+        if (seat_ != nullptr) {
             wl_seat_release(seat_);
-        } else if (seat_ != nullptr) {
-            wl_seat_destroy(seat_);
         }
         if (activation_ != nullptr) {
             xdg_activation_v1_destroy(activation_);
@@ -107,9 +102,10 @@ private:
         if (kind == xdg_activation_v1_interface.name && exchange.activation_ == nullptr) {
             exchange.activation_ = static_cast<xdg_activation_v1*>(
                 wl_registry_bind(registry, name, &xdg_activation_v1_interface, 1));
-        } else if (kind == wl_seat_interface.name && exchange.seat_ == nullptr) {
-            exchange.seat_ = static_cast<wl_seat*>(
-                wl_registry_bind(registry, name, &wl_seat_interface, std::min(version, 5U)));
+        } else if (kind == wl_seat_interface.name && exchange.seat_ == nullptr &&
+                   version >= WL_SEAT_RELEASE_SINCE_VERSION) {
+            exchange.seat_ = static_cast<wl_seat*>(wl_registry_bind(
+                registry, name, &wl_seat_interface, WL_SEAT_RELEASE_SINCE_VERSION));
             wl_seat_add_listener(exchange.seat_, &kSeat, data);
         }
     }

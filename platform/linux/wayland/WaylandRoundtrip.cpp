@@ -45,9 +45,6 @@ bool waitForCompositor(wl_display* display, wl_event_queue* queue,
                        std::chrono::milliseconds patience) {
     bool done = false;
     auto* const wrapper = static_cast<wl_display*>(wl_proxy_create_wrapper(display));
-    if (wrapper == nullptr) {
-        return false;
-    }
     wl_proxy_set_queue(reinterpret_cast<wl_proxy*>(wrapper), queue);
     wl_callback* const callback = wl_display_sync(wrapper);
     wl_proxy_wrapper_destroy(wrapper);
