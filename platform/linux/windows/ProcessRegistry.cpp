@@ -1,11 +1,6 @@
 #include "platform/linux/windows/ProcessRegistry.h"
 
 namespace tavo {
-namespace {
-
-constexpr std::size_t kWorthSweeping = 256;
-
-}  // namespace
 
 void ProcessRegistry::rememberStart(pid_t process, const std::string& identifier) {
     if (Known* const known = now(process); known != nullptr && known->startedAs.empty()) {
@@ -32,11 +27,6 @@ ProcessRegistry::Known* ProcessRegistry::now(pid_t process) {
     if (!startTime) {
         known_.erase(process);
         return nullptr;
-    }
-    if (known_.size() >= kWorthSweeping) {
-        std::erase_if(known_, [this](const auto& known) {
-            return startTime_(known.first) != known.second.startTime;
-        });
     }
     Known& known = known_[process];
     if (known.startTime != *startTime) {

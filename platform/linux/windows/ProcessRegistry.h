@@ -16,8 +16,7 @@
 
 namespace tavo {
 
-// One thread at a time. A process that has ended is forgotten when its PID is used again, and all
-// of them when 256 are remembered.
+// One thread at a time. A process that has ended is forgotten when its PID is used again.
 class ProcessRegistry {
 public:
     // The start time of the process that has the PID; absent when there is none.
