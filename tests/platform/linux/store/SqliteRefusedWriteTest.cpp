@@ -203,32 +203,31 @@ TEST_F(RefusedWrite, waits_for_a_lock_that_is_soon_given_up) {
     EXPECT_EQ(open()->data("key"), "new");
 }
 
-TEST_F(RefusedWrite, is_kept_while_the_file_may_not_be_written) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root may write everything";
+// File permissions bind all users but root.
+class RefusedByRights : public RefusedWrite {
+protected:
+    void SetUp() override {
+        if (geteuid() == 0) {
+            GTEST_SKIP() << "root may read and write everything";
+        }
+        open()->set("key", Data{"old"});
     }
-    open()->set("key", Data{"old"});
+};
+
+TEST_F(RefusedByRights, is_kept_while_the_file_may_not_be_written) {
     ASSERT_EQ(chmod(file_.c_str(), 0400), 0);
     EXPECT_EQ(open()->data("key"), "old");
     expectKeptAndWrittenLater("readonly", [&] { ASSERT_EQ(chmod(file_.c_str(), 0600), 0); });
 }
 
-TEST_F(RefusedWrite, is_kept_while_the_file_may_not_even_be_read) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root may read everything";
-    }
-    open()->set("key", Data{"old"});
+TEST_F(RefusedByRights, is_kept_while_the_file_may_not_even_be_read) {
     ASSERT_EQ(chmod(file_.c_str(), 0), 0);
     EXPECT_EQ(open()->data("key"), std::nullopt);
     expectKeptAndWrittenLater("Permission denied",
                               [&] { ASSERT_EQ(chmod(file_.c_str(), 0600), 0); });
 }
 
-TEST_F(RefusedWrite, is_kept_while_the_folder_may_not_be_written) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root may write everywhere";
-    }
-    open()->set("key", Data{"old"});
+TEST_F(RefusedByRights, is_kept_while_the_folder_may_not_be_written) {
     ASSERT_EQ(chmod(folder_.path().c_str(), 0500), 0);
     const auto store = open();
     EXPECT_EQ(store->data("key"), "old");
@@ -237,11 +236,7 @@ TEST_F(RefusedWrite, is_kept_while_the_folder_may_not_be_written) {
                               [&] { ASSERT_EQ(chmod(folder_.path().c_str(), 0700), 0); });
 }
 
-TEST_F(RefusedWrite, is_over_as_soon_as_the_folder_may_be_written_again) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root may write everywhere";
-    }
-    open()->set("key", Data{"old"});
+TEST_F(RefusedByRights, is_over_as_soon_as_the_folder_may_be_written_again) {
     ASSERT_EQ(chmod(folder_.path().c_str(), 0500), 0);
     const auto store = open();
     EXPECT_EQ(store->data("key"), "old");
@@ -252,10 +247,7 @@ TEST_F(RefusedWrite, is_over_as_soon_as_the_folder_may_be_written_again) {
     EXPECT_EQ(open()->data("key"), "new");
 }
 
-TEST_F(RefusedWrite, of_a_damaged_file_in_a_folder_that_may_not_be_written_harms_nothing) {
-    if (geteuid() == 0) {
-        GTEST_SKIP() << "root may write everywhere";
-    }
+TEST_F(RefusedByRights, of_a_damaged_file_in_a_folder_that_may_not_be_written_harms_nothing) {
     overwrite(file_, std::string(5000, 'g'));
     ASSERT_EQ(chmod(folder_.path().c_str(), 0500), 0);
     const auto store = open();
