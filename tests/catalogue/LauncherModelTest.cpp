@@ -114,10 +114,7 @@ TEST(LauncherModel, a_hidden_path_stored_twice_is_hidden_once) {
 
 TEST(LauncherModel, recent_paths_are_taken_over_as_stored_however_many) {
     ModelHarness harness;
-    Names names;
-    for (int i = 0; i < 40; ++i) {
-        names.push_back("App " + std::to_string(i));
-    }
+    const Names names = ModelHarness::numbered(40);
     harness.install(names);
     harness.storeRecent(names);
     EXPECT_EQ(harness.shownIn("recent"), names);

@@ -50,6 +50,15 @@ public:
         return "/Applications/" + std::string(name) + ".app";
     }
 
+    // "App 0", "App 1" and so on.
+    static std::vector<std::string> numbered(int count) {
+        std::vector<std::string> names;
+        for (int i = 0; i < count; ++i) {
+            names.push_back("App " + std::to_string(i));
+        }
+        return names;
+    }
+
     // Applications that the next scan finds.
     void install(const std::vector<std::string>& names) {
         std::vector<std::string> entries;

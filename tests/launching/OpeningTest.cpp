@@ -21,10 +21,7 @@ TEST(Opening, the_same_application_twice_leaves_one_entry_at_the_front) {
 
 TEST(Opening, the_thirty_first_application_drops_the_oldest) {
     ModelHarness harness;
-    Names names;
-    for (int i = 0; i < 31; ++i) {
-        names.push_back("App " + std::to_string(i));
-    }
+    const Names names = ModelHarness::numbered(31);
     harness.install(names);
     for (const std::string& name : names) {
         harness.model().open(harness.app(name));
@@ -36,10 +33,7 @@ TEST(Opening, the_thirty_first_application_drops_the_oldest) {
 
 TEST(Opening, a_longer_stored_list_is_cut_to_thirty) {
     ModelHarness harness;
-    Names names;
-    for (int i = 0; i < 50; ++i) {
-        names.push_back("App " + std::to_string(i));
-    }
+    const Names names = ModelHarness::numbered(50);
     harness.install(names);
     harness.storeRecent(names);
     harness.model().open(harness.app("App 49"));
