@@ -4,9 +4,10 @@
     tools/check_tidy.py BUILD [--since=COMMIT] [FILE...]
 
 BUILD is the folder of a build without precompiled headers (build/release, build/core), whose
-compile_commands.json says how each source is compiled. Checked are the FILEs; without any, the
-sources of that build that changed since COMMIT, and all where none is given. Prints each finding
-once, and fails when there is one.
+compile_commands.json says how each source is compiled. Checked are the FILEs, and the headers of
+the tree that they include; without any, all sources of that build, or those that changed since
+COMMIT and, for each changed header, one that includes it. Prints each finding once, and fails when
+there is one.
 """
 
 import concurrent.futures
@@ -29,10 +30,17 @@ def sources(build):
                   if file.is_relative_to(ROOT) and not file.is_relative_to(build))
 
 
-def changed(commit):
-    """The files that differ from those of the commit."""
-    return set(subprocess.run(["git", "diff", "--name-only", commit], cwd=ROOT, check=True,
-                              capture_output=True, text=True).stdout.splitlines())
+def touched(names, commit):
+    """Those of the sources that show all that differs from the commit, in headers too."""
+    changed = subprocess.run(["git", "diff", "--name-only", commit], cwd=ROOT, check=True,
+                             capture_output=True, text=True).stdout.splitlines()
+    found = set(names) & set(changed)
+    texts = {name: (ROOT / name).read_text() for name in names}
+    for header in changed:
+        includers = {name for name in names if f'#include "{header}"' in texts[name]}
+        if includers and not includers & found:
+            found.add(min(includers))
+    return sorted(found)
 
 
 def check(build, names):
@@ -58,9 +66,9 @@ def main(arguments):
     if not names:
         names = sources(build)
         for option in arguments:
-            names = sorted(set(names) & changed(option.removeprefix("--since=")))
+            names = touched(names, option.removeprefix("--since="))
     found = check(build, names)
-    print("\n".join(found) or f"clang-tidy finds nothing in {len(names)} files")
+    print("\n".join([*found, f"clang-tidy: {len(names)} files, {len(found)} findings"]))
     return 1 if found else 0
 
 
