@@ -40,7 +40,7 @@ std::optional<RunningApplication> LauncherModel::runningPythonSidecar(const AppI
         platform_.processes.output(kProcessFinder, {"-f", processPattern(app.name + ".py")})
             .value_or("");
     for (const std::int32_t process : processesIn(output)) {
-        const auto running = platform_.running.withProcess(process);
+        auto running = platform_.running.withProcess(process);
         const auto executable = running ? platform_.running.executablePath(*running) : std::nullopt;
         if (executable && lastPathComponent(*executable) == kInterpreter) {
             return running;

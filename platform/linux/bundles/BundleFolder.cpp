@@ -22,7 +22,7 @@ constexpr std::array<std::string_view, 13> kNeverInExtensions = {
 using Strings = std::map<std::string, std::string>;
 
 std::string nameWithoutExtension(const std::string& path) {
-    const std::string name = path.substr(path.rfind('/') + 1);
+    std::string name = path.substr(path.rfind('/') + 1);
     const std::size_t dot = name.rfind('.');
     if (dot == std::string::npos || dot == 0 || dot + 1 == name.size()) {
         return name;

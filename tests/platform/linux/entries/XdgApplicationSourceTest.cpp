@@ -19,7 +19,6 @@
 namespace tavo {
 namespace {
 
-using testing::Contains;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;

@@ -167,8 +167,9 @@ TEST_F(StoreFile, a_store_with_one_damaged_page_is_put_aside_whole) {
         }
     }
     std::string bytes = contents(file_);
-    ASSERT_GT(bytes.size(), 5U * 4096U);
-    bytes.replace(3 * 4096, 4096, std::string(4096, '\x55'));
+    constexpr std::size_t kPage = 4096;
+    ASSERT_GT(bytes.size(), 5 * kPage);
+    bytes.replace(3 * kPage, kPage, std::string(kPage, '\x55'));
     overwrite(file_, bytes);
     expectPutAsideAtTheFirstWrite();
 }
