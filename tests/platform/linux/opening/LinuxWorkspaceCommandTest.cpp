@@ -12,8 +12,8 @@ struct Code {
     const char* arguments;  // as the program gets them; @ stands for the entry's path
 };
 
-class EntryCommand : public OpeningTest,
-                     public testing::WithParamInterface<std::tuple<bool, Code>> {
+class ExecKeyOpening : public OpeningTest,
+                       public testing::WithParamInterface<std::tuple<bool, Code>> {
 protected:
     void SetUp() override {
         if (std::get<bool>(GetParam())) {
@@ -29,7 +29,7 @@ protected:
     const processes::Variable locale_{"LC_ALL", "C.UTF-8"};
 };
 
-TEST_P(EntryCommand, reaches_the_program_with_its_field_codes_filled_in) {
+TEST_P(ExecKeyOpening, reaches_the_program_with_its_field_codes_filled_in) {
     const Code& code = std::get<Code>(GetParam());
     const std::string program =
         folder_.script("program", "{ printf '[%s]' \"$@\"; echo; } >" + folder_.path("arguments") +
@@ -50,7 +50,7 @@ TEST_P(EntryCommand, reaches_the_program_with_its_field_codes_filled_in) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Starts, EntryCommand,
+    Starts, ExecKeyOpening,
     testing::Combine(
         testing::Bool(),
         testing::Values(Code{"path", "%k end", "[@][end]"},
