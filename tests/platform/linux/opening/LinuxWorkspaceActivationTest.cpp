@@ -1,10 +1,6 @@
 // Opening over a session bus of the test's own.
-#include <atomic>
-
 #include <gio/gio.h>
 
-#include "tests/fakes/FakeRunningApplications.h"
-#include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
 
@@ -53,14 +49,6 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    // Has the workspace look for windows on `queue_`, whose time the test moves.
-    void watchWindows() {
-        OpeningSettings settings = this->settings();
-        settings.running = &windows_;
-        settings.seesWindows = [this] { return seesWindows_.load(); };
-        workspace_ = makeLinuxWorkspace(std::move(settings));
-    }
-
     // Whether a click now activates the service, which then runs as `process_`.
     bool clickActivates() {
         const Answer answer = open(activatableEntry());
@@ -75,13 +63,11 @@ protected:
     // Activates the service, which shows no window yet.
     void activateAndWatchWindows() {
         startBusWithService("answer");
-        watchWindows();
+        watchWindows([] { return true; });
         EXPECT_TRUE(clickActivates());
         drain();
     }
 
-    FakeRunningApplications windows_;
-    std::atomic<bool> seesWindows_ = true;
     pid_t process_ = 0;
     GLogLevelFlags before_ = G_LOG_LEVEL_CRITICAL;
     std::optional<PrivateBus> bus_;
@@ -115,8 +101,7 @@ TEST_F(BusOpening, where_windows_cannot_be_seen_a_service_is_activated_at_each_c
 
 TEST_F(BusOpening, where_the_session_does_not_show_windows_a_service_is_activated_at_each_click) {
     startBusWithService("answer");
-    seesWindows_ = false;
-    watchWindows();
+    watchWindows([] { return false; });
     for (int i = 0; i < 3; ++i) {
         EXPECT_TRUE(clickActivates());
         drain();
@@ -140,9 +125,7 @@ TEST_F(BusOpening, a_click_while_the_services_window_is_to_come_does_not_activat
 TEST_F(BusOpening, once_its_window_has_shown_a_service_is_activated_again) {
     activateAndWatchWindows();
     EXPECT_FALSE(clickActivates());
-    windows_.running.push_back({{process_, ""}, {}});
-    windows_.announceWindows();
-    queue_.run();
+    showWindow(process_);
     drain();
     EXPECT_TRUE(clickActivates());
 }
@@ -157,7 +140,7 @@ TEST_F(BusOpening, a_service_that_ends_before_its_window_is_activated_again) {
 TEST_F(BusOpening, after_its_time_a_service_without_a_window_is_activated_again) {
     startingTime_ = milliseconds(0);
     startBusWithService("answer");
-    watchWindows();
+    watchWindows([] { return true; });
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(clickActivates());
         drain();
@@ -220,7 +203,7 @@ TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
     startingTime_ = milliseconds(0);  // is for programs
     startBusWithService("silence");
     Openings first(queue_);
-    workspace().openApplication(activatableEntry(), {}, first.completion());
+    begin(activatableEntry(), first);
     EXPECT_EQ(reported(), "Activate id= token=");
     const Answer second = open(activatableEntry());
     EXPECT_EQ(second.text(), "(no error)");
@@ -247,11 +230,8 @@ TEST_F(BusOpening, an_entry_without_a_command_is_activated) {
 }
 
 TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_toolkits) {
-    added_ = {"WAYLAND_DISPLAY=wayland-0"};
     startBusWithService("answer");
-    OpeningSettings settings = this->settings();
-    settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
-    workspace_ = makeLinuxWorkspace(std::move(settings));
+    giveTokens([](const std::string& identifier) { return "for " + identifier; });
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     const std::string token = "for " + std::string(kName) + ".desktop";
     EXPECT_EQ(reported(), "Activate id=" + token + " token=" + token);
@@ -260,7 +240,7 @@ TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_tool
 TEST_F(BusOpening, ending_does_not_wait_for_a_service_that_says_nothing) {
     startBusWithService("silence");
     Openings opening(queue_);
-    workspace().openApplication(activatableEntry(), {}, opening.completion());
+    begin(activatableEntry(), opening);
     EXPECT_EQ(reported(), "Activate id= token=");
     workspace_.reset();
     EXPECT_EQ(opening.now().calls, 0);

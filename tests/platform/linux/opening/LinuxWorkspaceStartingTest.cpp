@@ -1,6 +1,4 @@
 // The seconds between a click and the application's first window.
-#include "tests/fakes/FakeRunningApplications.h"
-#include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 
 namespace tavo {
@@ -55,26 +53,6 @@ protected:
         running_.erase(process);
         drain();
     }
-
-    // Has the workspace look for windows on `queue_`, whose time the test moves.
-    void watchWindows() {
-        OpeningSettings settings = this->settings();
-        settings.running = &windows_;
-        workspace_ = makeLinuxWorkspace(std::move(settings));
-    }
-
-    // The window of the started program.
-    void showWindow() {
-        windows_.running.push_back({{0, "app.desktop"}, {}});
-        windows_.announceWindows();
-        queue_.run();
-    }
-
-    void begin(const std::string& path, const Openings& opening, bool activates = true) {
-        workspace().openApplication(path, {.activates = activates}, opening.completion());
-    }
-
-    FakeRunningApplications windows_;
 
 private:
     FileDescriptor hold_;
@@ -264,9 +242,7 @@ TEST_F(Starting, a_window_found_after_the_workspace_has_ended_does_nothing) {
 
 TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_activated) {
     added_ = {"DISPLAY=:99", "XDG_ACTIVATION_TOKEN=ours"};
-    OpeningSettings settings = this->settings();
-    settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
-    workspace_ = makeLinuxWorkspace(std::move(settings));
+    giveTokens([](const std::string& identifier) { return "for " + identifier; });
     folder_.script("Foo.app/Foo",
                    "echo \"${DESKTOP_STARTUP_ID%%-*}/$XDG_ACTIVATION_TOKEN\" >" + report_.path());
     open(folder_.path("Foo.app"));
@@ -278,10 +254,7 @@ TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_act
 }
 
 TEST_F(Starting, an_entry_gets_the_sessions_token) {
-    added_ = {"WAYLAND_DISPLAY=wayland-0"};
-    OpeningSettings settings = this->settings();
-    settings.activationToken = [](const std::string& identifier) { return "for " + identifier; };
-    workspace_ = makeLinuxWorkspace(std::move(settings));
+    giveTokens([](const std::string& identifier) { return "for " + identifier; });
     open(scriptEntry("echo \"$XDG_ACTIVATION_TOKEN\" >" + report_.path()));
     EXPECT_EQ(reported(), "for app.desktop");
 }

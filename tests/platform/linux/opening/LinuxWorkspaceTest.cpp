@@ -293,8 +293,7 @@ TEST_F(LinuxWorkspace, a_later_end_is_reaped_and_says_nothing_more) {
     patience_ = milliseconds(50);
     Openings opening(queue_);
     ASSERT_EQ(::mkfifo(folder_.path("end").c_str(), 0600), 0);
-    workspace().openApplication(scriptEntry("read line <" + folder_.path("end") + "; exit 9"), {},
-                                opening.completion());
+    begin(scriptEntry("read line <" + folder_.path("end") + "; exit 9"), opening);
     ASSERT_EQ(opening.wait().text(), "(no error)");
     ASSERT_EQ(children().size(), 1U);
     std::ofstream(folder_.path("end")) << "now\n";
@@ -337,8 +336,7 @@ TEST_F(LinuxWorkspace, works_where_ended_children_are_ignored) {
 
 TEST_F(LinuxWorkspace, openings_that_wait_when_it_ends_are_dropped) {
     Openings opening(queue_);
-    workspace().openApplication(scriptEntry("echo $$ >" + report_.path() + "; exec sleep 1000"), {},
-                                opening.completion());
+    begin(scriptEntry("echo $$ >" + report_.path() + "; exec sleep 1000"), opening);
     const pid_t process = static_cast<pid_t>(std::stol(reported()));
     workspace_.reset();
     EXPECT_EQ(opening.now().calls, 0);

@@ -4,8 +4,6 @@
 #include <xcb/xcb.h>
 
 #include "platform/linux/x11/StartupNotification.h"
-#include "tests/fakes/FakeRunningApplications.h"
-#include "tests/fakes/ManualMainQueue.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/XServer.h"
 
@@ -161,20 +159,15 @@ TEST_F(StartupNotification, an_entry_that_does_not_want_it_is_not_announced) {
 }
 
 TEST_F(StartupNotification, the_first_window_ends_the_announcement) {
-    FakeRunningApplications windows;
-    OpeningSettings settings = this->settings();
-    settings.running = &windows;
-    workspace_ = makeLinuxWorkspace(std::move(settings));
+    watchWindows();
     Openings opening(queue_);
-    workspace().openApplication(lastingEntry(), {}, opening.completion());
+    begin(lastingEntry(), opening);
     const std::string id = reported();
     EXPECT_EQ(idOf(listener_->message()), id);
     EXPECT_TRUE(becomesTrue([&] { return queue_.waiting() > 0; }));
     queue_.run();
     EXPECT_EQ(opening.now().calls, 0);
-    windows.running.push_back({{0, "app.desktop"}, {}});
-    windows.announceWindows();
-    queue_.run();
+    showWindow();
     EXPECT_EQ(listener_->message(), "remove: ID=\"" + id + "\"");
     const Answer answer = opening.wait();
     ASSERT_TRUE(answer.running);
