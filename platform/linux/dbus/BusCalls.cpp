@@ -11,6 +11,12 @@ struct Call {
     BusCalls::Answered answered;
 };
 
+void putIn(GVariantBuilder& data, const char* key, const std::string& value) {
+    if (!value.empty() && g_utf8_validate(value.c_str(), -1, nullptr) != FALSE) {
+        g_variant_builder_add(&data, "{sv}", key, g_variant_new_string(value.c_str()));
+    }
+}
+
 void finished(GObject* bus, GAsyncResult* result, gpointer data) {
     const std::unique_ptr<Call> call(static_cast<Call*>(data));
     GError* error = nullptr;
@@ -22,6 +28,14 @@ void finished(GObject* bus, GAsyncResult* result, gpointer data) {
 }
 
 }  // namespace
+
+GVariant* platformData(const std::string& startupId, const std::string& activationToken) {
+    GVariantBuilder data;
+    g_variant_builder_init(&data, G_VARIANT_TYPE_VARDICT);
+    putIn(data, "desktop-startup-id", startupId);
+    putIn(data, "activation-token", activationToken);
+    return g_variant_builder_end(&data);
+}
 
 void callBus(GDBusConnection* bus, const char* method, GVariant* parameters) {
     g_dbus_connection_call(bus, kBusName, kBusPath, kBusName, method, parameters, nullptr,

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string>
 
 #include <gio/gio.h>
 
@@ -24,6 +25,12 @@ struct BusMethod {
     const char* interface;
     const char* name;
 };
+
+// The interface by which desktops activate programs (Desktop Entry Specification, "D-Bus
+// Activation"), and the last argument of its methods: floating, of type a{sv}. Leaves out what is
+// empty, and what is not UTF-8, because D-Bus cannot carry that.
+inline constexpr char kApplicationInterface[] = "org.freedesktop.Application";
+GVariant* platformData(const std::string& startupId, const std::string& activationToken);
 
 // Calls a method of the bus daemon and ignores the reply. Takes floating parameters.
 void callBus(GDBusConnection* bus, const char* method, GVariant* parameters);

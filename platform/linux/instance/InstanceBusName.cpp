@@ -9,7 +9,6 @@ namespace tavo {
 namespace {
 
 constexpr char kObjectPath[] = "/org/tavolauncher/TavoLauncher";
-constexpr char kInterface[] = "org.freedesktop.Application";
 constexpr char kDescription[] =
     "<node><interface name='org.freedesktop.Application'>"
     "<method name='Activate'><arg type='a{sv}' direction='in'/></method>"
@@ -29,12 +28,6 @@ constexpr std::chrono::milliseconds kOwnerPatience{2000};
 std::string entry(GVariant* platformData, const char* key) {
     const char* value = nullptr;
     return g_variant_lookup(platformData, key, "&s", &value) != FALSE ? value : "";
-}
-
-void putIn(GVariantBuilder& platformData, const char* key, const std::string& value) {
-    if (!value.empty() && g_utf8_validate(value.c_str(), -1, nullptr) != FALSE) {
-        g_variant_builder_add(&platformData, "{sv}", key, g_variant_new_string(value.c_str()));
-    }
 }
 
 }  // namespace
@@ -90,13 +83,9 @@ void InstanceBusName::askForName() {
 }
 
 void InstanceBusName::handOver() {
-    GVariantBuilder platformData;
-    g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
-    putIn(platformData, "desktop-startup-id", ours_.startupId);
-    putIn(platformData, "activation-token", ours_.activationToken);
     calls_.call(
-        bus_.connection(), {kApplicationId, kObjectPath, kInterface, "Activate"},
-        g_variant_new("(a{sv})", &platformData), nullptr,
+        bus_.connection(), {kApplicationId, kObjectPath, kApplicationInterface, "Activate"},
+        g_variant_new("(@a{sv})", platformData(ours_.startupId, ours_.activationToken)), nullptr,
         [this](const Variant& reply, GError* error) {
             // An owner that is too busy to answer has the call all the same.
             if (reply || g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {

@@ -19,24 +19,6 @@ std::string objectPath(const std::string& name) {
     return path;
 }
 
-// Older toolkits look for a Wayland token where X11 has the startup id, so it is sent
-// there, too.
-GVariant* platformData(const BusActivation& activation) {
-    GVariantBuilder data;
-    g_variant_builder_init(&data, G_VARIANT_TYPE_VARDICT);
-    const std::string& token = activation.activationToken;
-    const std::string& id = activation.startupId.empty() ? token : activation.startupId;
-    if (!id.empty()) {
-        g_variant_builder_add(&data, "{sv}", "desktop-startup-id",
-                              g_variant_new_string(id.c_str()));
-    }
-    if (!token.empty()) {
-        g_variant_builder_add(&data, "{sv}", "activation-token",
-                              g_variant_new_string(token.c_str()));
-    }
-    return g_variant_new("(a{sv})", &data);
-}
-
 Error failureOf(const std::string& name, GError* error) {
     const auto is = [error](GQuark domain, int code) {
         return g_error_matches(error, domain, code) != FALSE;
@@ -77,10 +59,14 @@ void identify(OpeningThread& thread, const std::string& name, Done done) {
 
 void activateOverBus(OpeningThread& thread, const BusActivation& activation, Done done) {
     const std::string path = objectPath(activation.name);
+    // Older toolkits look for a Wayland token where X11 has the startup id, so it is sent there,
+    // too.
+    const std::string& token = activation.activationToken;
+    const std::string& id = activation.startupId.empty() ? token : activation.startupId;
     thread.calls().callStarting(
         thread.connection(),
-        {activation.name.c_str(), path.c_str(), "org.freedesktop.Application", "Activate"},
-        platformData(activation), nullptr,
+        {activation.name.c_str(), path.c_str(), kApplicationInterface, "Activate"},
+        g_variant_new("(@a{sv})", platformData(id, token)), nullptr,
         [&thread, name = activation.name, done = std::move(done)](const Variant& reply,
                                                                   GError* error) {
             if (reply && thread.connection() == nullptr) {

@@ -237,6 +237,13 @@ TEST_F(BusOpening, an_activation_carries_the_sessions_token_for_old_and_new_tool
     EXPECT_EQ(reported(), "Activate id=" + token + " token=" + token);
 }
 
+TEST_F(BusOpening, an_activation_goes_without_a_token_that_the_bus_cannot_carry) {
+    startBusWithService("answer");
+    giveTokens([](const std::string&) { return "not UTF-8: \xff"; });
+    EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
+    EXPECT_EQ(reported(), "Activate id= token=");
+}
+
 TEST_F(BusOpening, ending_does_not_wait_for_a_service_that_says_nothing) {
     startBusWithService("silence");
     Openings opening(queue_);
