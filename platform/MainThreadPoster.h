@@ -1,6 +1,7 @@
 // How an adapter's thread hands its answers to the main thread.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -16,16 +17,21 @@ public:
     // `queue` outlives this.
     explicit MainThreadPoster(MainQueue& queue) : queue_(queue) {}
 
-    // Any thread.
-    void post(std::function<void()> block) {
-        queue_.async([alive = std::weak_ptr(alive_), block = std::move(block)] {
-            if (!alive.expired()) {
-                block();
-            }
-        });
+    // Any thread, while this lives; as the queue's own functions.
+    void post(std::function<void()> block) { queue_.async(whileAlive(std::move(block))); }
+    void postAfter(std::chrono::milliseconds delay, std::function<void()> block) {
+        queue_.asyncAfter(delay, whileAlive(std::move(block)));
     }
 
 private:
+    [[nodiscard]] std::function<void()> whileAlive(std::function<void()> block) const {
+        return [alive = std::weak_ptr(alive_), block = std::move(block)] {
+            if (!alive.expired()) {
+                block();
+            }
+        };
+    }
+
     MainQueue& queue_;
     const std::shared_ptr<bool> alive_ = std::make_shared<bool>();
 };

@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/MainThreadPoster.h"
+
 namespace tavo {
 namespace {
 
@@ -10,8 +12,8 @@ constexpr std::chrono::seconds kBetweenUntoldChecks{5};
 
 }  // namespace
 
-// Main thread, but for the weak pointers to it.
-class FirstWindow::Waiting : public std::enable_shared_from_this<Waiting> {
+// Main thread, but for addSoon().
+class FirstWindow::Waiting {
 public:
     struct Wait {
         RunningApplication application;
@@ -20,40 +22,37 @@ public:
     };
 
     Waiting(MainQueue& mainQueue, RunningApplications& running)
-        : mainQueue_(mainQueue), running_(running) {}
+        : mainThread_(mainQueue), running_(running) {}
 
-    MainQueue& mainQueue() { return mainQueue_; }
-
-    void add(Wait wait) {
-        if (waits_.empty()) {
-            changes_ = running_.onWindowsChanged([this] { checkSoon(); });
-        }
-        waits_.push_back(std::move(wait));
-        check();
-        checkLater();
+    // Any thread.
+    void addSoon(Wait wait) {
+        mainThread_.post([this, wait = std::move(wait)] {
+            if (waits_.empty()) {
+                changes_ = running_.onWindowsChanged([this] { checkSoon(); });
+            }
+            waits_.push_back(wait);
+            check();
+            checkLater();
+        });
     }
 
 private:
     // One check for all that the window system tells at once.
     void checkSoon() {
         if (!std::exchange(checksSoon_, true)) {
-            mainQueue_.async([self = weak_from_this()] {
-                if (const auto alive = self.lock()) {
-                    alive->checksSoon_ = false;
-                    alive->check();
-                }
+            mainThread_.post([this] {
+                checksSoon_ = false;
+                check();
             });
         }
     }
 
     void checkLater() {
         if (!waits_.empty() && !std::exchange(checksLater_, true)) {
-            mainQueue_.asyncAfter(kBetweenUntoldChecks, [self = weak_from_this()] {
-                if (const auto alive = self.lock()) {
-                    alive->checksLater_ = false;
-                    alive->check();
-                    alive->checkLater();
-                }
+            mainThread_.postAfter(kBetweenUntoldChecks, [this] {
+                checksLater_ = false;
+                check();
+                checkLater();
             });
         }
     }
@@ -77,7 +76,7 @@ private:
         }
     }
 
-    MainQueue& mainQueue_;
+    MainThreadPoster mainThread_;
     RunningApplications& running_;
     std::vector<Wait> waits_;
     Subscription changes_;  // while there are waits
@@ -92,12 +91,7 @@ void FirstWindow::await(const RunningApplication& application,
                         const std::shared_ptr<PendingLaunch>& start,
                         std::function<void()> seen) const {
     if (waiting_) {
-        waiting_->mainQueue().async([waiting = std::weak_ptr(waiting_),
-                                     wait = Waiting::Wait{application, start, std::move(seen)}] {
-            if (const auto alive = waiting.lock()) {
-                alive->add(wait);
-            }
-        });
+        waiting_->addSoon({application, start, std::move(seen)});
     }
 }
 

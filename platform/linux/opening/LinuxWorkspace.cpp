@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/MainThreadPoster.h"
 #include "platform/linux/entries/DesktopEntryEnvironment.h"
 #include "platform/linux/entries/ExecutableLookup.h"
 #include "platform/linux/opening/ApplicationFile.h"
@@ -57,6 +58,7 @@ public:
           conditions_(conditions()),
           launches_(settings_.startingTime),
           firstWindow_(settings_.mainQueue, settings_.running),
+          mainThread_(settings_.mainQueue),
           thread_(settings_.bus) {}
 
     std::optional<BundleFacts> bundle(const std::string& path) override {
@@ -71,7 +73,7 @@ public:
 
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
-        OpenCompletion onMainThread = whileAlive(std::move(completion));
+        OpenCompletion onMainThread = this->onMainThread(std::move(completion));
         // No window is awaited of what is not to come forward, so its start has no end.
         const auto launch =
             configuration.activates ? launches_.begin(path) : launches_.beginUnnoticed();
@@ -105,18 +107,13 @@ private:
         return readApplicationFile(path, languages_);
     }
 
-    // `completion`, called on the main thread, and not after the workspace has ended.
-    OpenCompletion whileAlive(OpenCompletion completion) {
-        return
-            [&mainQueue = settings_.mainQueue, alive = std::weak_ptr(alive_),
-             completion = std::move(completion)](const std::optional<RunningApplication>& running,
-                                                 const std::optional<Error>& error) {
-                mainQueue.async([alive, completion, running, error] {
-                    if (!alive.expired()) {
-                        completion(running, error);
-                    }
-                });
-            };
+    // Calls `completion` on the main thread. For `thread_`, on which nothing answers later than it.
+    OpenCompletion onMainThread(OpenCompletion completion) {
+        return [this, completion = std::move(completion)](
+                   const std::optional<RunningApplication>& running,
+                   const std::optional<Error>& error) {
+            mainThread_.post([completion, running, error] { completion(running, error); });
+        };
     }
 
     [[nodiscard]] BundleFacts entryFacts(const ApplicationFile& file) const {
@@ -208,7 +205,7 @@ private:
     std::optional<Latest> latest_;
     PendingLaunches launches_;
     const FirstWindow firstWindow_;
-    const std::shared_ptr<const int> alive_ = std::make_shared<int>(0);
+    MainThreadPoster mainThread_;
     OpeningThread thread_;  // the last member: jobs on it use the others
 };
 

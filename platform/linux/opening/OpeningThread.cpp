@@ -36,6 +36,15 @@ OpeningThread::~OpeningThread() {
     });
 }
 
+ScopedSource OpeningThread::after(std::chrono::milliseconds delay, std::function<void()> callback) {
+    return bus_.thread().after(delay,
+                               [alive = std::weak_ptr(calls_), callback = std::move(callback)] {
+                                   if (!alive.expired()) {
+                                       callback();
+                                   }
+                               });
+}
+
 void OpeningThread::askBus(std::chrono::milliseconds patience,
                            std::function<void(SessionBus::State)> answered) {
     bus_.ask(patience, [alive = std::weak_ptr(calls_),

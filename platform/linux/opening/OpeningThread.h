@@ -30,10 +30,9 @@ public:
 
     // What follows is for the bus thread.
 
+    // As GLibThread does; not called once this has ended.
     [[nodiscard]] ScopedSource after(std::chrono::milliseconds delay,
-                                     std::function<void()> callback) {
-        return bus_.thread().after(delay, std::move(callback));
-    }
+                                     std::function<void()> callback);
 
     // Reaps the child `process` when it ends, and then tells how (a status as waitpid gives it;
     // none when the system reaped it first, because SIGCHLD is ignored); that may be inside the

@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "platform/MainThreadPoster.h"
 #include "platform/linux/store/SqliteStoreFile.h"
 #include "platform/linux/system/XdgFolders.h"
 #include "support/Json.h"
@@ -34,7 +35,11 @@ std::optional<SqliteRow> rowOf(const DefaultsValue& value) {
 
 class SqliteDefaultsStore final : public DefaultsStore {
 public:
-    SqliteDefaultsStore(const std::string& file, MainQueue* queue) : file_(file), queue_(queue) {}
+    SqliteDefaultsStore(const std::string& file, MainQueue* queue) : file_(file) {
+        if (queue != nullptr) {
+            mainThread_.emplace(*queue);
+        }
+    }
     SqliteDefaultsStore(const SqliteDefaultsStore&) = delete;
     SqliteDefaultsStore& operator=(const SqliteDefaultsStore&) = delete;
     ~SqliteDefaultsStore() override { writePending(SqliteStoreFile::kPatience); }
@@ -117,14 +122,12 @@ private:
     // Writes the values that were refused. Does not wait for a lock, because the window would stand
     // still for an earlier action of the user.
     void tryAgainLater() {
-        if (queue_ == nullptr || std::exchange(trying_, true)) {
+        if (!mainThread_ || std::exchange(trying_, true)) {
             return;
         }
-        queue_->asyncAfter(kBetweenTries, [this, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired()) {
-                trying_ = false;
-                writePending(std::chrono::milliseconds(0));
-            }
+        mainThread_->postAfter(kBetweenTries, [this] {
+            trying_ = false;
+            writePending(std::chrono::milliseconds(0));
         });
     }
 
@@ -133,9 +136,8 @@ private:
     // The values that the file does not hold yet, mostly none.
     std::map<std::string, DefaultsValue, std::less<>> pending_;
     bool said_ = false;
-    MainQueue* queue_;
-    bool trying_ = false;  // a block waits in queue_
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>();
+    bool trying_ = false;  // a block waits for the main thread
+    std::optional<MainThreadPoster> mainThread_;
 };
 
 }  // namespace
