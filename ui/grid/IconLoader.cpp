@@ -4,12 +4,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <deque>
 #include <unordered_set>
 #include <utility>
 
 #include "platform/IconSource.h"
-#include "platform/MainQueue.h"
 #include "ui/look/Metrics.h"
 
 namespace tavo {
@@ -118,23 +116,15 @@ QImage withShadow(const QImage& icon, double scale) {
     return image;
 }
 
-struct IconLoader::Shared {
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<Request> requests;
-    std::vector<Answer> answers;
-    bool ended = false;
-};
-
 IconLoader::IconLoader(IconSource& source, MainQueue& mainQueue)
-    : source_(source), mainQueue_(mainQueue), shared_(std::make_shared<Shared>()) {}
+    : source_(source), mainThread_(mainQueue) {}
 
 IconLoader::~IconLoader() {
     {
-        const std::lock_guard lock(shared_->mutex);
-        shared_->ended = true;
+        const std::lock_guard lock(mutex_);
+        ended_ = true;
     }
-    shared_->changed.notify_all();
+    changed_.notify_all();
     for (std::thread& worker : workers_) {
         worker.join();
     }
@@ -161,12 +151,12 @@ void IconLoader::want(const std::vector<std::string>& paths, double scale) {
     }
     const bool needed = !requests.empty();
     {
-        const std::lock_guard lock(shared_->mutex);
-        shared_->requests = std::move(requests);
+        const std::lock_guard lock(mutex_);
+        requests_ = std::move(requests);
     }
     if (needed) {
         startWorkers();
-        shared_->changed.notify_all();
+        changed_.notify_all();
     }
 }
 
@@ -186,30 +176,25 @@ void IconLoader::startWorkers() {
     }
     const unsigned count = std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
     for (unsigned i = 0; i < count; ++i) {
-        workers_.emplace_back([this, shared = shared_] {
-            std::unique_lock lock(shared->mutex);
+        workers_.emplace_back([this] {
+            std::unique_lock lock(mutex_);
             for (;;) {
-                shared->changed.wait(lock,
-                                     [&] { return shared->ended || !shared->requests.empty(); });
-                if (shared->ended) {
+                changed_.wait(lock, [this] { return ended_ || !requests_.empty(); });
+                if (ended_) {
                     return;
                 }
-                Request request = std::move(shared->requests.front());
-                shared->requests.pop_front();
+                Request request = std::move(requests_.front());
+                requests_.pop_front();
                 lock.unlock();
                 const IconImage icon =
                     source_.icon(request.path, metrics::kIconSide, request.scale);
                 QImage image = withShadow(toImage(icon), request.scale);
                 lock.lock();
-                shared->answers.push_back({std::move(request), std::move(image)});
+                answers_.push_back({std::move(request), std::move(image)});
                 // The first answer in the list wakes the main thread, which then takes all answers
                 // at once.
-                if (shared->answers.size() == 1) {
-                    mainQueue_.async([this, weak = std::weak_ptr(shared)] {
-                        if (weak.lock()) {
-                            takeAnswers();
-                        }
-                    });
+                if (answers_.size() == 1) {
+                    mainThread_.post([this] { takeAnswers(); });
                 }
             }
         });
@@ -219,8 +204,8 @@ void IconLoader::startWorkers() {
 void IconLoader::takeAnswers() {
     std::vector<Answer> answers;
     {
-        const std::lock_guard lock(shared_->mutex);
-        answers.swap(shared_->answers);
+        const std::lock_guard lock(mutex_);
+        answers.swap(answers_);
     }
     for (Answer& answer : answers) {
         // An icon for an earlier scale is of use only while there is no icon at all.

@@ -4,20 +4,19 @@
 #include <QImage>
 #include <condition_variable>
 #include <cstdint>
-#include <list>
-#include <memory>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <unordered_map>
 #include <vector>
 
+#include "platform/MainThreadPoster.h"
 #include "support/Signal.h"
 
 namespace tavo {
 
 class IconSource;
-class MainQueue;
 
 // Asks an IconSource for icons on worker threads, adds the shadow, and keeps the icons of the tiles
 // in view and of those around them. Main thread, apart from its workers.
@@ -65,22 +64,25 @@ private:
         Request request;
         QImage image;
     };
-    struct Shared;
 
     void startWorkers();
     void takeAnswers();
     void dropSurplus();
 
     IconSource& source_;
-    MainQueue& mainQueue_;
     std::unordered_map<std::string, Loaded> icons_;
     std::vector<std::string> wanted_;
     double scale_ = 1;  // that of the last want()
     std::uint64_t generation_ = 0;
 
-    // Shared with the workers. A worker that finishes after the loader is destroyed finds that out
-    // here and drops its icon.
-    std::shared_ptr<Shared> shared_;
+    MainThreadPoster mainThread_;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Request> requests_;  // under the mutex
+    std::vector<Answer> answers_;   // under the mutex
+    bool ended_ = false;            // under the mutex
+
     std::vector<std::thread> workers_;
 };
 
