@@ -31,7 +31,8 @@ private:
 };
 
 // Runs jobs and serves its GMainContext, which is the thread's default one. No wake-ups while there
-// is nothing to do.
+// is nothing to do. No job waits for a disk or a server: others are served meanwhile, and the end
+// of the program waits for the job that runs.
 class GLibThread {
 public:
     GLibThread();

@@ -28,7 +28,8 @@ public:
     explicit SessionBus(std::string address);
     SessionBus(const SessionBus&) = delete;
     SessionBus& operator=(const SessionBus&) = delete;
-    // Takes 0.4 seconds at most, even if the bus does not react.
+    // Takes 0.4 seconds at most, even if the bus does not react: no job on its thread waits for
+    // anything else.
     ~SessionBus();
 
     // Lives as long as this. Connections deliver answers and signals in its GMainContext.

@@ -19,6 +19,9 @@ namespace {
 constexpr std::chrono::milliseconds kBusPatience{250};
 constexpr std::chrono::milliseconds kActivationBusPatience{2000};
 
+using Start = std::shared_ptr<const ApplicationStart>;
+using Job = OpeningThread::Job;
+
 // How long a program without a scope waits for a bus that does not answer.
 constexpr std::chrono::seconds kScopePatience{60};
 
@@ -41,6 +44,10 @@ void judge(Watch& watch, std::optional<int> status) {
     } else {
         watch.answer->succeed(std::nullopt);
     }
+}
+
+Job failing(const Start& start, Error error) {
+    return [answer = start->answer, error = std::move(error)] { answer->fail(error); };
 }
 
 // What there is to do about the child `running` while it runs. `ended` is called as
@@ -68,18 +75,25 @@ void superviseProgram(OpeningThread& thread, const ApplicationStart& start,
                   });
 }
 
-// Tells an X11 desktop of the start (Startup Notification), if the entry wants that. Its end is
-// told when the program shows a window or ends, and after the starting time at the latest.
-void announce(OpeningThread& thread, const ApplicationStart& start, const std::string& executable) {
-    const std::string& display = start.conditions->display;
-    if (!start.file.entry.startupNotify || start.startupId.empty() ||
-        !announceStart(display,
-                       {start.startupId, start.file.entry.name, executable, start.identifier})) {
-        return;
-    }
-    start.answer->whenOver([display, id = start.startupId] { announceStartOver(display, id); },
-                           thread.after(start.conditions->startingTime,
-                                        [answer = start.answer] { answer->timeIsUp(); }));
+// Tells an X11 desktop of the start (Startup Notification), if the entry wants that: in the
+// background. The end of what was announced is told when the program shows a window or ends, and
+// after the starting time at the latest.
+bool announce(const ApplicationStart& start, const std::string& executable) {
+    return start.file.entry.startupNotify && !start.startupId.empty() &&
+           announceStart(start.conditions->display,
+                         {start.startupId, start.file.entry.name, executable, start.identifier});
+}
+
+void announceEndLater(OpeningThread& thread, const ApplicationStart& start) {
+    start.answer->whenOver(
+        [&thread, display = start.conditions->display, id = start.startupId] {
+            thread.inBackground([display, id]() -> Job {
+                announceStartOver(display, id);
+                return nullptr;
+            });
+        },
+        thread.after(start.conditions->startingTime,
+                     [answer = start.answer] { answer->timeIsUp(); }));
 }
 
 void watchProgram(OpeningThread& thread, const ApplicationStart& start, const std::string& program,
@@ -96,21 +110,22 @@ void watchProgram(OpeningThread& thread, const ApplicationStart& start, const st
                      [watch](std::optional<int> status) { judge(*watch, status); });
 }
 
-void startBundle(OpeningThread& thread, const ApplicationStart& start,
-                 const std::string& executable) {
+// In the background, as are the other functions that answer with a job.
+Job startBundle(OpeningThread& thread, const Start& start, const std::string& executable) {
     SpawnRequest program;
     program.executable = executable;
-    program.environment = start.environment;
-    program.workingDirectory = start.home;
+    program.environment = start->environment;
+    program.workingDirectory = start->home;
     pid_t process = 0;
     if (const int failure = spawnProgram(program, process); failure != 0) {
-        start.answer->fail(messages::startRefused(executable, failure));
-        return;
+        return failing(start, messages::startRefused(executable, failure));
     }
-    const RunningApplication running{process, start.file.bundle->identifier.value_or("")};
-    start.answer->succeed(running);
-    superviseProgram(thread, start, running,
-                     [answer = start.answer](std::optional<int>) { answer->over(); });
+    return [&thread, start, process] {
+        const RunningApplication running{process, start->file.bundle->identifier.value_or("")};
+        start->answer->succeed(running);
+        superviseProgram(thread, *start, running,
+                         [answer = start->answer](std::optional<int>) { answer->over(); });
+    };
 }
 
 // The variables that a shell would not pass on, because it does not accept their names: functions
@@ -130,9 +145,9 @@ std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>&
 
 // Runs the command of an entry, `words`. GIO_LAUNCHED_DESKTOP_FILE_PID says that the entry named in
 // GIO_LAUNCHED_DESKTOP_FILE was started as this very process, and not as an ancestor. Only the
-// child knows its PID before it runs, so a shell sets it.
-void startCommand(OpeningThread& thread, const ApplicationStart& start, const std::string& name,
-                  const std::vector<std::string>& words) {
+// child knows its PID before it runs, so a shell sets it. Answers as spawnProgram() does.
+int startCommand(const ApplicationStart& start, const std::vector<std::string>& words,
+                 pid_t& process) {
     const std::string& folder = start.file.entry.path;
     SpawnRequest program;
     program.executable = "/bin/sh";
@@ -145,38 +160,42 @@ void startCommand(OpeningThread& thread, const ApplicationStart& start, const st
     program.arguments.insert(program.arguments.end(), words.begin(), words.end());
     program.environment = start.environment;
     program.workingDirectory = folder.empty() ? start.home : folder;
-    pid_t process = 0;
-    if (const int failure = spawnProgram(program, process); failure != 0) {
-        start.answer->fail(messages::startRefused(name, failure));
-        return;
-    }
-    watchProgram(thread, start, name, process);
+    return spawnProgram(program, process);
 }
 
-void startEntry(OpeningThread& thread, const ApplicationStart& start,
-                const ProgramToStart& program) {
+Job startEntry(OpeningThread& thread, const Start& start, const ProgramToStart& program) {
     std::vector<std::string> words;
-    if (start.file.entry.terminal) {
-        const ExecutableLookup lookup(start.conditions->searchPath);
-        auto terminal = terminalCommand(lookup, start.conditions->wayland);
+    if (start->file.entry.terminal) {
+        const ExecutableLookup lookup(start->conditions->searchPath);
+        auto terminal = terminalCommand(lookup, start->conditions->wayland);
         if (!terminal) {
-            start.answer->fail(messages::terminalMissing(program.program));
-            return;
+            return failing(start, messages::terminalMissing(program.program));
         }
         words = *std::move(terminal);
     }
     words.insert(words.end(), program.words.begin(), program.words.end());
-    announce(thread, start, program.executable);
-    startCommand(thread, start, program.program, words);
+    const bool announced = announce(*start, program.executable);
+    pid_t process = 0;
+    const int failure = startCommand(*start, words, process);
+    return [&thread, start, name = program.program, announced, failure, process] {
+        if (announced) {
+            announceEndLater(thread, *start);
+        }
+        if (failure != 0) {
+            start->answer->fail(messages::startRefused(name, failure));
+        } else {
+            watchProgram(thread, *start, name, process);
+        }
+    };
 }
 
 // Keeps the start of an activated service under way until its window shows.
 void awaitServiceWindow(OpeningThread& thread, const ApplicationStart& start,
-                        const RunningApplication& service) {
+                        const RunningApplication& service, bool seesWindows) {
     start.answer->start()->answered();
     // Where windows cannot be listed, a click can bring the service's window forward only by
     // activating it again, so the start ends here.
-    if (!start.conditions->seesWindows || !start.conditions->seesWindows()) {
+    if (!seesWindows) {
         start.answer->over();
         return;
     }
@@ -187,9 +206,22 @@ void awaitServiceWindow(OpeningThread& thread, const ApplicationStart& start,
     }
 }
 
-void activate(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start,
-              const std::string& executable) {
-    announce(thread, *start, executable);
+Job serviceAnswered(OpeningThread& thread, const Start& start, std::int32_t process) {
+    const auto& listing = start->conditions->seesWindows;
+    return [&thread, start, running = RunningApplication{process, start->identifier},
+            seesWindows = listing && listing()] {
+        // First, so that a click that follows the answer finds the start as it is then.
+        awaitServiceWindow(thread, *start, running, seesWindows);
+        start->answer->succeed(running);
+    };
+}
+
+void callService(OpeningThread& thread, const Start& start) {
+    // The bus may have been lost while the start was announced.
+    if (thread.connection() == nullptr) {
+        start->answer->fail(messages::busSilent(start->identifier));
+        return;
+    }
     // Until the service has answered, a second start would at best be a second activation.
     start->answer->start()->awaitAnswer();
     start->began({0, start->identifier});
@@ -202,10 +234,9 @@ void activate(OpeningThread& thread, const std::shared_ptr<const ApplicationStar
             if (!service) {
                 answer.fail(service.error());
             } else if (service.value().runs) {
-                const RunningApplication running{service.value().process, start->identifier};
-                // First, so that a click that follows the answer finds the start as it is then.
-                awaitServiceWindow(thread, *start, running);
-                answer.succeed(running);
+                thread.inBackground([&thread, start, process = service.value().process] {
+                    return serviceAnswered(thread, start, process);
+                });
             } else {
                 answer.over();
                 answer.succeed(std::nullopt);
@@ -213,33 +244,51 @@ void activate(OpeningThread& thread, const std::shared_ptr<const ApplicationStar
         });
 }
 
-}  // namespace
+Job activate(OpeningThread& thread, const Start& start, const std::string& executable) {
+    return [&thread, start, announced = announce(*start, executable)] {
+        if (announced) {
+            announceEndLater(thread, *start);
+        }
+        callService(thread, start);
+    };
+}
 
-void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
-    const ApplicationFile& file = start->file;
-    const Result<ProgramToStart> program =
-        programToStart(file, ExecutableLookup(start->conditions->searchPath));
-    if (!program) {
-        start->answer->fail(program.error());
-        return;
-    }
-    if (file.bundle) {
-        startBundle(thread, *start, program.value().executable);
-        return;
-    }
-    const bool activatable = !file.busName.empty();
+void startOrActivate(OpeningThread& thread, const Start& start, const ProgramToStart& program) {
+    const bool activatable = !start->file.busName.empty();
     thread.askBus(activatable ? kActivationBusPatience : kBusPatience,
-                  [&thread, start, program = program.value(), activatable](SessionBus::State bus) {
+                  [&thread, start, program, activatable](SessionBus::State bus) {
                       if (activatable && bus == SessionBus::State::connected) {
-                          activate(thread, start, program.executable);
+                          thread.inBackground([&thread, start, executable = program.executable] {
+                              return activate(thread, start, executable);
+                          });
                       } else if (activatable && bus == SessionBus::State::silent) {
                           start->answer->fail(messages::busSilent(start->identifier));
                       } else if (program.words.empty()) {
                           start->answer->fail(messages::entryWithoutCommand(start->file.path));
                       } else {
-                          startEntry(thread, *start, program);
+                          thread.inBackground([&thread, start, program] {
+                              return startEntry(thread, start, program);
+                          });
                       }
                   });
+}
+
+}  // namespace
+
+void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
+    thread.inBackground([&thread, start]() -> Job {
+        const Result<ProgramToStart> program =
+            programToStart(start->file, ExecutableLookup(start->conditions->searchPath));
+        if (!program) {
+            return failing(start, program.error());
+        }
+        if (start->file.bundle) {
+            return startBundle(thread, start, program.value().executable);
+        }
+        return [&thread, start, program = program.value()] {
+            startOrActivate(thread, start, program);
+        };
+    });
 }
 
 }  // namespace tavo

@@ -75,7 +75,7 @@ struct StartConditions {
     std::chrono::milliseconds patience{0};      // for an early end
     std::chrono::milliseconds busPatience{0};   // for an activation's answer
     std::chrono::milliseconds startingTime{0};  // for the first window
-    std::function<bool()> seesWindows;          // called on the bus thread; may be empty
+    std::function<bool()> seesWindows;          // called on any thread; may be empty
 };
 
 struct ApplicationStart {
@@ -90,7 +90,7 @@ struct ApplicationStart {
     std::function<void(const RunningApplication&)> began;  // called when it has begun
 };
 
-// On `thread`, which must outlive the start's answer.
+// Any thread; returns at once. What may wait happens in the background of `thread`, all else on it.
 //
 // A bundle's program and an entry's command are started, the latter in a terminal if the entry
 // wants one. An entry that can be activated over the session bus is activated instead, and fails

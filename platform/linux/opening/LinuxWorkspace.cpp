@@ -87,9 +87,7 @@ public:
             thread_.post([answer, error = file.error()] { answer->fail(error); });
             return;
         }
-        const std::shared_ptr<const ApplicationStart> start =
-            describeStart(file.value(), configuration.activates, answer);
-        thread_.post([&thread = thread_, start] { startApplication(thread, start); });
+        startApplication(thread_, describeStart(file.value(), configuration.activates, answer));
     }
 
 private:

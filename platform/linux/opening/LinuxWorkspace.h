@@ -46,8 +46,8 @@ struct OpeningSettings {
     // while something starts. Outlives the workspace; null: no first window is ever seen.
     RunningApplications* running = nullptr;
 
-    // Whether the session lists windows at all. Called on the bus thread, when a
-    // service has been activated; empty: it does not.
+    // Whether the session lists windows at all. Called on a thread of its own, perhaps later than
+    // the workspace ends, when a service has been activated; empty: it does not.
     std::function<bool()> seesWindows = {};
 
     // How long a started program is watched for an early end.

@@ -1,6 +1,8 @@
 #include "platform/linux/opening/OpeningThread.h"
 
 #include <cerrno>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include <sys/wait.h>
@@ -30,10 +32,30 @@ struct OpeningThread::Child {
 };
 
 OpeningThread::~OpeningThread() {
+    {
+        const std::lock_guard lock(wayBack_->mutex);
+        wayBack_->thread = nullptr;
+    }
     bus_.thread().postAndWait([this] {
         children_.clear();
         calls_.reset();
     });
+}
+
+void OpeningThread::inBackground(std::function<Job()> work) {
+    auto run = [wayBack = wayBack_, work = std::move(work)]() mutable {
+        Job job = work();
+        work = nullptr;  // what it holds ends on the bus thread, with the job
+        const std::lock_guard lock(wayBack->mutex);
+        if (job && wayBack->thread != nullptr) {
+            wayBack->thread->post(std::move(job));
+        }
+    };
+    try {
+        std::thread(run).detach();
+    } catch (const std::system_error&) {
+        run();  // the user has as many threads as the system allows
+    }
 }
 
 ScopedSource OpeningThread::after(std::chrono::milliseconds delay, std::function<void()> callback) {

@@ -1,10 +1,12 @@
-// What the openings of one workspace have on the bus thread: timers, children and bus calls.
+// What the openings of one workspace have on the bus thread: timers, children and bus calls. What
+// may wait for anything else runs in the background.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -18,15 +20,22 @@ namespace tavo {
 class OpeningThread {
 public:
     // `bus` outlives this.
-    explicit OpeningThread(SessionBus& bus) : bus_(bus) {}
+    explicit OpeningThread(SessionBus& bus) : bus_(bus) { wayBack_->thread = &bus.thread(); }
     OpeningThread(const OpeningThread&) = delete;
     OpeningThread& operator=(const OpeningThread&) = delete;
-    // Waits for the jobs posted so far, then ends children's watches and calls. Not on the bus
-    // thread.
+    // Waits for the jobs posted so far, but not for work in the background; then ends children's
+    // watches and calls. Not on the bus thread.
     ~OpeningThread();
 
+    using Job = std::function<void()>;
+
     // Any thread.
-    void post(std::function<void()> job) { bus_.thread().post(std::move(job)); }
+    void post(Job job) { bus_.thread().post(std::move(job)); }
+
+    // For what may wait for a disk or an X server. Runs `work` on a thread of its own, then the job
+    // that it returns, if any, on the bus thread; that one is dropped when this has ended, and the
+    // work goes on. Any thread.
+    void inBackground(std::function<Job()> work);
 
     // What follows is for the bus thread.
 
@@ -52,12 +61,18 @@ public:
     [[nodiscard]] BusCalls& calls() { return *calls_; }
 
 private:
+    // To the bus thread, for work that may outlast this.
+    struct WayBack {
+        std::mutex mutex;
+        GLibThread* thread = nullptr;  // under the mutex; null once this has ended
+    };
     struct Child;
 
     void childReadable(pid_t process);
     void reapUnwatched();
 
     SessionBus& bus_;
+    const std::shared_ptr<WayBack> wayBack_ = std::make_shared<WayBack>();
     std::shared_ptr<BusCalls> calls_ = std::make_shared<BusCalls>();
     std::map<pid_t, std::shared_ptr<Child>> children_;
     std::vector<pid_t> unwatched_;

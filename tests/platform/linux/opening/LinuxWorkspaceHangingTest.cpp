@@ -1,0 +1,95 @@
+// A disk, an X server and a window listing that hang: other applications open, and ending is quick.
+#include <csignal>
+#include <latch>
+
+#include "tests/platform/linux/fixtures/OpeningFixture.h"
+#include "tests/platform/linux/fixtures/PrivateBus.h"
+#include "tests/platform/linux/fixtures/SilentSocket.h"
+
+namespace tavo {
+namespace {
+
+using namespace std::chrono_literals;
+using processes::becomesTrue;
+using processes::Openings;
+using processes::OpeningTest;
+
+// A file that hangs whoever runs it, as on a disk that does not answer: the kernel has its opening
+// wait until a write lease (fcntl(2)) is given up.
+class HangingFile {
+public:
+    explicit HangingFile(const std::string& path)
+        : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        EXPECT_EQ(::fcntl(file_.get(), F_SETSIG, SIGURG), 0);  // which nothing dies of
+        EXPECT_EQ(::fcntl(file_.get(), F_SETLEASE, F_WRLCK), 0);
+    }
+
+private:
+    FileDescriptor file_;
+};
+
+class HangingOpening : public OpeningTest {
+protected:
+    // The bus thread is free, and everything ends in less than half a second.
+    void expectNothingWaits() {
+        EXPECT_EQ(open(scriptEntry("echo other >" + report_.path())).text(), "(no error)");
+        EXPECT_EQ(reported(), "other");
+        expectQuickEnd();
+    }
+
+    void expectQuickEnd() {
+        const auto before = std::chrono::steady_clock::now();
+        workspace_.reset();
+        sessionBus_.reset();
+        EXPECT_LT(std::chrono::steady_clock::now() - before, 500ms);
+    }
+};
+
+TEST_F(HangingOpening, a_program_on_a_disk_that_hangs_holds_up_nothing_else) {
+    const HangingFile program(folder_.script("Foo.app/Foo", ""));
+    Openings opening(queue_);
+    begin(folder_.path("Foo.app"), opening);
+    EXPECT_TRUE(becomesTrue([] { return processes::children().size() == 1; }));
+    expectNothingWaits();
+    EXPECT_EQ(opening.now().calls, 0);
+}
+
+TEST_F(HangingOpening, an_x_server_that_hangs_holds_up_no_end) {
+    const std::string display = ':' + std::to_string(100000 + ::getpid());
+    const std::filesystem::path socket = "/tmp/.X11-unix/X" + display.substr(1);
+    std::filesystem::create_directory(socket.parent_path());
+    const processes::SilentSocket server(socket);
+    added_ = {"DISPLAY=" + display};
+    Openings opening(queue_);
+    begin(scriptEntry("echo ran >" + report_.path(), "StartupNotify=true\n"), opening);
+    EXPECT_TRUE(server.awaitClient());
+    std::filesystem::remove(socket);
+    expectQuickEnd();
+    // The start, which had not come that far, goes on.
+    EXPECT_TRUE(processes::children().empty());
+    EXPECT_EQ(reported(), "ran");
+}
+
+TEST_F(HangingOpening, a_window_listing_that_hangs_holds_up_nothing_else) {
+    constexpr const char* kName = "org.example.Activatable";
+    const processes::PrivateBus bus(folder_);
+    bus.addService(kName, std::string(TAVO_TEST_PROGRAMS) + "/tavo_activatable_service " + kName +
+                              " " + report_.path() + " answer");
+    const auto asked = std::make_shared<std::latch>(1);
+    const auto answered = std::make_shared<std::latch>(1);
+    watchWindows([asked, answered] {
+        asked->count_down();
+        answered->wait();
+        return true;
+    });
+    Openings opening(queue_);
+    begin(entry("DBusActivatable=true\n", std::string(kName) + ".desktop"), opening);
+    EXPECT_EQ(reported(), "Activate id= token=");
+    asked->wait();
+    expectNothingWaits();
+    EXPECT_EQ(opening.now().calls, 0);
+    answered->count_down();
+}
+
+}  // namespace
+}  // namespace tavo
