@@ -19,7 +19,8 @@ struct BundleFacts {
 };
 
 struct OpenConfiguration {
-    bool activates = true;  // whether the started application is brought to the front
+    bool activates = true;     // whether the started application is brought to the front
+    std::string address = {};  // what it is to open: a web address; empty: nothing
 };
 
 using OpenCompletion = std::function<void(std::optional<RunningApplication>, std::optional<Error>)>;

@@ -18,7 +18,7 @@
 #include "platform/linux/icons/XdgIconSource.h"
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
-#include "platform/linux/opening/UrlOpener.h"
+#include "platform/linux/opening/UrlAssociation.h"
 #include "platform/linux/session/SessionCompositing.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
@@ -61,6 +61,23 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
     const auto values = readPropertyListStrings(bundle + "/Contents/Info.plist");
     const auto icon = values.find("CFBundleIconFile");
     return icon == values.end() ? std::nullopt : std::optional(icon->second);
+}
+
+// Why it does not open is told on standard error.
+void openLink(Workspace& workspace, const std::string& address) {
+    const std::string application = applicationForAddress(address);
+    if (application.empty()) {
+        std::fprintf(stderr, "tavolauncher: no program opens %s\n", address.c_str());
+        return;
+    }
+    workspace.openApplication(
+        application, {.address = address},
+        [address](const std::optional<RunningApplication>&, const std::optional<Error>& error) {
+            if (error) {
+                std::fprintf(stderr, "tavolauncher: %s does not open: %s\n", address.c_str(),
+                             error->message.c_str());
+            }
+        });
 }
 
 }  // namespace
@@ -127,11 +144,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     // Everything exists now that events may reach.
     view->onClose = [this] { controller_->closeLauncher(); };
     view->onEscape = [this] { controller_->escape(); };
-    view->onLink = [childEnvironment = environment.forChildren()](const std::string& address) {
-        if (!openLink(address, childEnvironment)) {
-            std::fprintf(stderr, "tavolauncher: no program opens %s\n", address.c_str());
-        }
-    };
+    view->onLink = [this](const std::string& address) { openLink(*workspace_, address); };
     window_->onClose = [this] { controller_->closeLauncher(); };
     window_->onQuit = [this] { controller_->quit(); };
     window_->onAnother = [this] { management_->prepareToShow(window_->winId(), {}); };

@@ -81,7 +81,8 @@ Result<ApplicationFile> readApplicationFile(const std::string& path,
     return isDesktopFileName(path) ? readEntry(path, languages) : messages::notAnApplication(path);
 }
 
-Result<ProgramToStart> programToStart(const ApplicationFile& file, const ExecutableLookup& lookup) {
+Result<ProgramToStart> programToStart(const ApplicationFile& file, const ExecutableLookup& lookup,
+                                      const std::string& address) {
     if (file.bundle) {
         return bundleProgram(file, lookup);
     }
@@ -102,7 +103,7 @@ Result<ProgramToStart> programToStart(const ApplicationFile& file, const Executa
     }
     ProgramToStart start;
     start.program = programOf(entry.exec).value_or("");
-    start.words = commandWords(entry, file.path);
+    start.words = commandWords(entry, file.path, address);
     if (start.program.empty() || start.words.empty()) {
         return messages::entryCommandUnreadable(file.path, entry.exec);
     }

@@ -35,7 +35,9 @@ struct ProgramToStart {
 };
 
 // Everything else that the start needs (TryExec, Path) is looked for, too. An entry without a
-// command has no program, and an error unless it can be activated over the bus.
-Result<ProgramToStart> programToStart(const ApplicationFile& file, const ExecutableLookup& lookup);
+// command has no program, and an error unless it can be activated over the bus. `address`: what the
+// entry's command is to open; may be empty.
+Result<ProgramToStart> programToStart(const ApplicationFile& file, const ExecutableLookup& lookup,
+                                      const std::string& address);
 
 }  // namespace tavo

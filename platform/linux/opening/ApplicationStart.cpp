@@ -227,7 +227,7 @@ void callService(OpeningThread& thread, const Start& start) {
     start->began({0, start->identifier});
     activateOverBus(
         thread,
-        {start->file.busName, start->startupId, start->activationToken,
+        {start->file.busName, start->address, start->startupId, start->activationToken,
          start->conditions->busPatience},
         [&thread, start](const Result<ActivatedService>& service) {
             OpenAnswer& answer = *start->answer;
@@ -277,8 +277,8 @@ void startOrActivate(OpeningThread& thread, const Start& start, const ProgramToS
 
 void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start) {
     thread.inBackground([&thread, start]() -> Job {
-        const Result<ProgramToStart> program =
-            programToStart(start->file, ExecutableLookup(start->conditions->searchPath));
+        const Result<ProgramToStart> program = programToStart(
+            start->file, ExecutableLookup(start->conditions->searchPath), start->address);
         if (!program) {
             return failing(start, program.error());
         }

@@ -81,6 +81,7 @@ struct StartConditions {
 struct ApplicationStart {
     std::shared_ptr<const StartConditions> conditions;
     ApplicationFile file;
+    std::string address;                   // for the application to open; may be empty
     std::string identifier;                // of the entry, or the name of the bundle's folder
     std::string home;                      // a folder that exists
     std::vector<std::string> environment;  // of the program, complete

@@ -63,10 +63,15 @@ void activateOverBus(OpeningThread& thread, const BusActivation& activation, Don
     // too.
     const std::string& token = activation.activationToken;
     const std::string& id = activation.startupId.empty() ? token : activation.startupId;
+    GVariant* const data = platformData(id, token);
+    const char* const addresses[] = {activation.address.c_str()};
+    const bool opens = !activation.address.empty();
     thread.calls().callStarting(
         thread.connection(),
-        {activation.name.c_str(), path.c_str(), kApplicationInterface, "Activate"},
-        g_variant_new("(@a{sv})", platformData(id, token)), nullptr,
+        {activation.name.c_str(), path.c_str(), kApplicationInterface, opens ? "Open" : "Activate"},
+        opens ? g_variant_new("(@as@a{sv})", g_variant_new_strv(addresses, 1), data)
+              : g_variant_new("(@a{sv})", data),
+        nullptr,
         [&thread, name = activation.name, done = std::move(done)](const Variant& reply,
                                                                   GError* error) {
             if (reply && thread.connection() == nullptr) {

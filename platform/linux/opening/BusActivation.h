@@ -14,6 +14,7 @@ namespace tavo {
 
 struct BusActivation {
     std::string name;                       // bus name of the service; gives its object path
+    std::string address;                    // for the service to open; may be empty
     std::string startupId;                  // of X11; may be empty
     std::string activationToken;            // of Wayland; may be empty
     std::chrono::milliseconds patience{0};  // for the service's answer

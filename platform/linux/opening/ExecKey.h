@@ -16,6 +16,6 @@ namespace tavo {
 // nothing ("%f" in quotes for an empty word). Empty when the command cannot be split into words.
 [[nodiscard]] std::vector<std::string> commandWords(const DesktopEntry& entry,
                                                     const std::string& path,
-                                                    const std::string& address = {});
+                                                    const std::string& address);
 
 }  // namespace tavo

@@ -74,9 +74,11 @@ public:
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
         OpenCompletion onMainThread = this->onMainThread(std::move(completion));
-        // No window is awaited of what is not to come forward, so its start has no end.
-        const auto launch =
-            configuration.activates ? launches_.begin(path) : launches_.beginUnnoticed();
+        // No window is awaited of what is not to come forward, so its start has no end. An address
+        // is for an application that is starting already, too.
+        const auto launch = configuration.activates && configuration.address.empty()
+                                ? launches_.begin(path)
+                                : launches_.beginUnnoticed();
         if (!launch) {
             thread_.post([completion = std::move(onMainThread)] { completion({}, {}); });
             return;
@@ -87,7 +89,7 @@ public:
             thread_.post([answer, error = file.error()] { answer->fail(error); });
             return;
         }
-        startApplication(thread_, describeStart(file.value(), configuration.activates, answer));
+        startApplication(thread_, describeStart(file.value(), configuration, answer));
     }
 
 private:
@@ -139,16 +141,18 @@ private:
     }
 
     std::shared_ptr<const ApplicationStart> describeStart(
-        const ApplicationFile& file, bool activates, const std::shared_ptr<OpenAnswer>& answer) {
+        const ApplicationFile& file, const OpenConfiguration& configuration,
+        const std::shared_ptr<OpenAnswer>& answer) {
         auto start = std::make_shared<ApplicationStart>();
         start->conditions = conditions_;
         start->file = file;
+        start->address = configuration.address;
         start->identifier = entryIdentifier(file.path, settings_.applicationFolders);
         start->home = home();
         start->environment = settings_.environment.forChildren();
         start->answer = answer;
         start->began = [](const RunningApplication&) {};
-        if (activates) {
+        if (configuration.activates) {
             start->startupId = newStartupId();
             start->activationToken =
                 settings_.activationToken ? settings_.activationToken(start->identifier) : "";

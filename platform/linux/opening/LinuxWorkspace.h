@@ -80,8 +80,11 @@ struct OpeningSettings {
 // While an application is starting, it is not started again: the completion comes without error
 // and with nothing running. It is starting until it shows a window, it ends, or `startingTime` has
 // passed and, with a service, its answer has come. Where windows cannot be listed, the answer ends
-// the start of a service. This holds only for openings that activate: the others are started each
-// time.
+// the start of a service. This holds only for openings that activate, and have no address: the
+// others are started each time.
+//
+// An address is put in place of %u and %U in an entry's command, or given to its service; bundles
+// know nothing of it.
 //
 // On X11 what is to be activated gets a startup id of its own (DESKTOP_STARTUP_ID), and the desktop
 // is told of the start, and of its end, when the entry wants that (StartupNotify).

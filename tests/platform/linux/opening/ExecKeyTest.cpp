@@ -189,7 +189,7 @@ TEST(CommandWords, are_none_where_the_command_cannot_be_split) {
     for (const char* const command : {"", " ", "a \"b", "a 'b", "# a"}) {
         SCOPED_TRACE(command);
         entry.exec = command;
-        EXPECT_EQ(commandWords(entry, "/a.desktop"), Words());
+        EXPECT_EQ(commandWords(entry, "/a.desktop", ""), Words());
     }
 }
 

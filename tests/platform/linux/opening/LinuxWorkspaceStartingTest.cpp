@@ -106,6 +106,17 @@ TEST_F(Starting, what_is_not_to_be_activated_is_started_each_time) {
     EXPECT_EQ(processes::children().size(), 3U);
 }
 
+TEST_F(Starting, an_address_is_for_an_application_that_is_starting_already) {
+    const std::string path = program();
+    Openings first(queue_);
+    begin(path, first);
+    started();
+    Openings second(queue_);
+    workspace().openApplication(path, {.address = "https://example.org/"}, second.completion());
+    started();
+    EXPECT_EQ(processes::children().size(), 2U);
+}
+
 TEST_F(Starting, other_applications_start_meanwhile) {
     Openings first(queue_);
     begin(program(), first);

@@ -2,8 +2,8 @@
 //
 // For each line of standard input, the path of an application, one line of standard output: the
 // started process, 0 when nothing runs, or -1 after an error. For an empty line, how many
-// descriptors are open and how many of its children are zombies. For "open" and a web address,
-// whether a program was started for it (0 or 1).
+// descriptors are open and how many of its children are zombies. For "open" and a web address, as
+// for the application that is associated with it.
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -20,7 +20,7 @@
 #include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/dbus/SessionBusAddress.h"
 #include "platform/linux/opening/LinuxWorkspace.h"
-#include "platform/linux/opening/UrlOpener.h"
+#include "platform/linux/opening/UrlAssociation.h"
 
 namespace {
 
@@ -76,9 +76,8 @@ private:
 int main() {
     WaitingQueue queue;
     tavo::SessionBus bus(tavo::sessionBusAddress());
-    const tavo::StartEnvironment environment = tavo::StartEnvironment::capture();
     tavo::OpeningSettings settings{.mainQueue = queue,
-                                   .environment = environment,
+                                   .environment = tavo::StartEnvironment::capture(),
                                    .bus = bus,
                                    .applicationFolders = {},
                                    .userTime = {},
@@ -90,13 +89,14 @@ int main() {
             std::cout << openDescriptors() << ' ' << zombies() << std::endl;
             continue;
         }
+        tavo::OpenConfiguration configuration;
         if (path.starts_with("open ")) {
-            std::cout << tavo::openLink(path.substr(5), environment.forChildren()) << std::endl;
-            continue;
+            configuration.address = path.substr(5);
+            path = tavo::applicationForAddress(configuration.address);
         }
         std::optional<int> answer;
         workspace->openApplication(
-            path, {},
+            path, configuration,
             [&answer](const std::optional<tavo::RunningApplication>& running,
                       const std::optional<tavo::Error>& error) {
                 answer = error ? -1 : running ? running->processIdentifier : 0;
