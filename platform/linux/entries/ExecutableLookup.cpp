@@ -1,6 +1,5 @@
 #include "platform/linux/entries/ExecutableLookup.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -9,6 +8,8 @@
 #include <unistd.h>
 
 #include <glib.h>
+
+#include "platform/linux/system/XdgFolders.h"
 
 namespace tavo {
 namespace {
@@ -68,17 +69,13 @@ std::optional<std::string> programOf(const std::string& exec) {
 
 ExecutableLookup::ExecutableLookup(std::string_view searchPath)
     : searchPath_(searchPath.empty() ? kDefaultSearchPath : searchPath) {
-    std::string_view rest = searchPath_;
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(':'), rest.size());
-        std::string path(rest.substr(0, end));
+    for (std::string& path : splitAtColons(searchPath_)) {
         if (path.starts_with('/')) {
             FileDescriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
             if (folder.valid()) {
                 folders_.push_back({std::move(path), std::move(folder)});
             }
         }
-        rest.remove_prefix(std::min(end + 1, rest.size()));
     }
 }
 

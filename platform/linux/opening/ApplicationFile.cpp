@@ -1,6 +1,7 @@
 #include "platform/linux/opening/ApplicationFile.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <utility>
 
 #include <sys/stat.h>
@@ -29,9 +30,8 @@ Error unreachable(const std::string& path, int code) {
 }
 
 bool isUsableFolder(const std::string& path) {
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           ::access(path.c_str(), X_OK) == 0;
+    std::error_code unreachable;
+    return std::filesystem::is_directory(path, unreachable) && ::access(path.c_str(), X_OK) == 0;
 }
 
 // The name of the service that the entry at `path` may activate: the file's name without

@@ -1,9 +1,9 @@
 #include "platform/linux/opening/LinuxWorkspace.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/MainThreadPoster.h"
@@ -20,25 +20,13 @@
 namespace tavo {
 namespace {
 
-bool isFolder(const std::string& path) {
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    return path;
-}
-
 // The desktop-file id of the entry at `path`: its path below the innermost of `folders` that holds
 // it, with '-' for '/'; else the name of its file.
 std::string entryIdentifier(const std::string& path, const std::vector<std::string>& folders) {
     std::size_t begin = path.rfind('/') + 1;
     std::size_t longest = 0;
-    for (const std::string& given : folders) {
-        const std::string prefix = withoutTrailingSlashes(given) + '/';
+    for (const std::string& folder : folders) {
+        const std::string prefix = folder + '/';
         if (prefix.size() > longest && path.starts_with(prefix)) {
             longest = prefix.size();
             begin = longest;
@@ -54,7 +42,6 @@ public:
     explicit LinuxWorkspace(OpeningSettings settings)
         : settings_(std::move(settings)),
           languages_(messageLanguages()),
-          x11Display_(settings_.wayland ? "" : settings_.environment.value("DISPLAY").value_or("")),
           conditions_(conditions()),
           launches_(settings_.startingTime),
           firstWindow_(settings_.mainQueue, settings_.running),
@@ -128,16 +115,20 @@ private:
         return facts;
     }
 
+    // Of what started applications inherit; empty when unset.
+    [[nodiscard]] std::string value(const char* variable) const {
+        return settings_.environment.value(variable).value_or("");
+    }
+
     [[nodiscard]] std::shared_ptr<const StartConditions> conditions() const {
-        StartConditions common;
-        common.searchPath = settings_.environment.value("PATH").value_or("");
-        common.display = x11Display_;
-        common.wayland = settings_.wayland;
-        common.patience = settings_.patience;
-        common.busPatience = settings_.busPatience;
-        common.startingTime = settings_.startingTime;
-        common.seesWindows = settings_.seesWindows;
-        return std::make_shared<const StartConditions>(std::move(common));
+        return std::make_shared<const StartConditions>(
+            StartConditions{.searchPath = value("PATH"),
+                            .display = settings_.wayland ? "" : value("DISPLAY"),
+                            .wayland = settings_.wayland,
+                            .patience = settings_.patience,
+                            .busPatience = settings_.busPatience,
+                            .startingTime = settings_.startingTime,
+                            .seesWindows = settings_.seesWindows});
     }
 
     std::shared_ptr<const ApplicationStart> describeStart(
@@ -183,14 +174,16 @@ private:
     }
 
     [[nodiscard]] std::string home() const {
-        const std::string home = settings_.environment.value("HOME").value_or("");
-        return home.starts_with('/') && isFolder(home) ? home : "/";
+        const std::string home = value("HOME");
+        std::error_code unreachable;
+        return home.starts_with('/') && std::filesystem::is_directory(home, unreachable) ? home
+                                                                                         : "/";
     }
 
     // In the form of the Startup Notification specification, unique in this user's session. Empty
     // outside X11, where no desktop understands it.
     std::string newStartupId() {
-        if (x11Display_.empty()) {
+        if (conditions_->display.empty()) {
             return {};
         }
         std::string id = "tavo-" + std::to_string(::getpid()) + '-' + hostName() + '-' +
@@ -201,7 +194,6 @@ private:
 
     const OpeningSettings settings_;
     const std::vector<std::string> languages_;
-    const std::string x11Display_;  // empty on Wayland
     const std::shared_ptr<const StartConditions> conditions_;
     std::uint64_t startupIds_ = 0;
     std::optional<Latest> latest_;

@@ -30,8 +30,8 @@ struct OpeningSettings {
     // Outlives the workspace, whose openings run on its thread.
     SessionBus& bus;
 
-    // The folders in which desktop entries lie ("/usr/share/applications" and the like): an
-    // entry's identifier is its path from there.
+    // The folders in which desktop entries lie ("/usr/share/applications" and the like, without a
+    // slash at the end): an entry's identifier is its path from there.
     std::vector<std::string> applicationFolders;
 
     // The X11 server's time of the user's last input, which lets a started program come to the
