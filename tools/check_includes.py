@@ -43,7 +43,8 @@ ALLOWED = {
         "windows": "entries system",
         "x11": "windows entries system",
         "wayland": "windows entries system",
-        "icons": "entries bundles system x11",
+        "renderer": "",
+        "icons": "entries renderer system x11",
         "opening": "entries bundles dbus system x11",
         "tray": "dbus system",
         "instance": "dbus system",
@@ -71,8 +72,11 @@ ROOMED = ("platform/linux", "ui")
 MOST_FILES = 30
 MOST_LINES = 2500
 
-# Of one header of x11 alone may icons know: the settings that the session has there.
+# Of one header of x11 alone may icons know, the settings that the session has there; and of one of
+# the renderer, which is a program of its own, how to talk to it.
 ONLY = {("platform/linux/icons", "platform/linux/x11"): {"platform/linux/x11/XSettings.h"},
+        ("platform/linux/icons", "platform/linux/renderer"):
+            {"platform/linux/renderer/Protocol.h"},
         ("platform/linux/opening", "platform/linux/x11"):
             {"platform/linux/x11/StartupNotification.h"}}
 

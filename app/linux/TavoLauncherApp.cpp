@@ -128,7 +128,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
                                                       .processes = *processes_,
                                                       .mainQueue = *mainQueue_},
                                          .text = TextRules::forUser(),
-                                         .icons = *icons_,
+                                         .icons = icons_,
                                          .mainQueue = *mainQueue_},
                                         window_.get());
     window_->setContent(view);

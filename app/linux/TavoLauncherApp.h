@@ -57,7 +57,7 @@ private:
     std::unique_ptr<ActivationTokens> tokens_;
     std::unique_ptr<RunningApplications> running_;
     std::unique_ptr<Workspace> workspace_;
-    std::unique_ptr<XdgIconSource> icons_;
+    std::shared_ptr<XdgIconSource> icons_;
     std::unique_ptr<Compositing> compositing_;
     std::unique_ptr<CursorBlinkTimeout> cursorBlinking_;
     std::unique_ptr<LauncherWindow> window_;

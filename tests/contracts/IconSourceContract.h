@@ -85,6 +85,19 @@ TYPED_TEST_P(IconSourceContract, an_application_without_an_icon_gets_the_generic
     EXPECT_NE(first, other);
 }
 
+TYPED_TEST_P(IconSourceContract, the_generic_icon_is_as_large_as_any_other) {
+    this->expectWellFormed(this->source().genericIcon(this->kSize, 1.5), 102);
+    EXPECT_EQ(this->source().genericIcon(0, 1).pixels.size(), 1U);
+}
+
+TYPED_TEST_P(IconSourceContract, a_source_that_rested_goes_on) {
+    const std::string path = this->world_.application(4);
+    const auto before = this->source().icon(path, this->kSize, 1);
+    this->source().rest();
+    EXPECT_EQ(this->source().icon(path, this->kSize, 1), before);
+    EXPECT_EQ(this->source().icon(path, this->kSize, 2).side, 136);
+}
+
 TYPED_TEST_P(IconSourceContract, the_same_question_has_the_same_answer) {
     const std::string path = this->world_.application(2);
     EXPECT_EQ(this->source().icon(path, this->kSize, 1.5),
@@ -133,6 +146,7 @@ TYPED_TEST_P(IconSourceContract, several_threads_may_ask_at_once) {
 REGISTER_TYPED_TEST_SUITE_P(IconSourceContract,
                             icons_are_squares_of_size_times_scale_pixels_rounded,
                             an_application_without_an_icon_gets_the_generic_one,
+                            the_generic_icon_is_as_large_as_any_other, a_source_that_rested_goes_on,
                             the_same_question_has_the_same_answer,
                             every_application_has_its_own_icon,
                             sizes_that_make_no_sense_still_give_a_picture,

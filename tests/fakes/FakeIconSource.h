@@ -44,11 +44,29 @@ public:
         if (held_) {
             --released_;
         }
-        const double rounded = std::round(size * scale);
-        const int side = rounded >= 1 ? static_cast<int>(std::min(rounded, 2048.0)) : 1;
-        const auto count = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
-        const std::uint32_t colour = iconless_.contains(path) ? kGeneric : colourOf(path);
-        return {side, std::vector<std::uint32_t>(count, colour)};
+        const std::uint32_t colour =
+            iconless_.contains(path) ? kGeneric : colourOf(path) + changes_;
+        return square(size, scale, colour);
+    }
+
+    IconImage genericIcon(int size, double scale) override { return square(size, scale, kGeneric); }
+
+    // Every icon asked for from now on has another colour: colourOf() and the number of changes.
+    void change() {
+        const std::lock_guard lock(mutex_);
+        ++changes_;
+    }
+
+    void rest() override {
+        const std::lock_guard lock(mutex_);
+        ++rests_;
+        changed_.notify_all();
+    }
+
+    // Waits until the source was told to rest; false when it was not within ten seconds.
+    [[nodiscard]] bool awaitRest() {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, std::chrono::seconds(10), [&] { return rests_ > 0; });
     }
 
     void refresh() override {
@@ -101,12 +119,21 @@ public:
     }
 
 private:
+    static IconImage square(int size, double scale, std::uint32_t colour) {
+        const double rounded = std::round(size * scale);
+        const int side = rounded >= 1 ? static_cast<int>(std::min(rounded, 2048.0)) : 1;
+        const auto count = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
+        return {side, std::vector<std::uint32_t>(count, colour)};
+    }
+
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<Request> requests_;
     std::set<std::string> iconless_;
     bool held_ = false;
     int refreshes_ = 0;
+    int rests_ = 0;
+    std::uint32_t changes_ = 0;
     int released_ = 0;
 };
 

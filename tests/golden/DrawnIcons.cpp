@@ -84,6 +84,10 @@ IconImage DrawnIcons::icon(const std::string& path, int size, double scale) {
     if (known != icons_.end() && size == metrics::kIconSide && scale == scale_) {
         return known->second;
     }
+    return genericIcon(size, scale);
+}
+
+IconImage DrawnIcons::genericIcon(int size, double scale) {
     const int side = static_cast<int>(std::lround(size * scale));
     const auto count = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
     return {side, std::vector<std::uint32_t>(count, 0xff808080U)};

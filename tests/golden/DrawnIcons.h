@@ -24,7 +24,9 @@ public:
     DrawnIcons(const std::vector<Application>& applications, double scale);
 
     IconImage icon(const std::string& path, int size, double scale) override;
+    IconImage genericIcon(int size, double scale) override;
     void refresh() override {}
+    void rest() override {}
 
     // The colour at that point of the icon of `path`. In logical pixels.
     [[nodiscard]] QColor colorAt(const std::string& path, int x, int y) const;

@@ -145,11 +145,11 @@ LauncherWindow& Stage::window() {
         return *window_;
     }
     QApplication::setPalette(paletteOf(look_));
-    icons_ = std::make_unique<DrawnIcons>(applications_, qApp->devicePixelRatio());
+    icons_ = std::make_shared<DrawnIcons>(applications_, qApp->devicePixelRatio());
     window_ = std::make_unique<LauncherWindow>(compositing_);
     view_ = new LauncherView({.platform = world.platform(),
                               .text = TextRules("it_IT"),
-                              .icons = *icons_,
+                              .icons = icons_,
                               .mainQueue = world.mainQueue},
                              window_.get());
     view_->onClose = [] {};

@@ -108,7 +108,7 @@ private:
     QRect crop_;
     QPoint pointer_;  // the last position on the screen
     Blended compositing_;
-    std::unique_ptr<DrawnIcons> icons_;
+    std::shared_ptr<DrawnIcons> icons_;
     std::vector<DrawnIcons::Application> applications_;
     std::unique_ptr<LauncherWindow> window_;
     LauncherView* view_ = nullptr;  // owned by the window

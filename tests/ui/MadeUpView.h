@@ -9,13 +9,14 @@
 
 namespace tavo {
 
-// In Italian, and not yet shown. `world` outlives it.
+// In Italian, and not yet shown. Both outlive it.
 inline std::unique_ptr<LauncherView> makeMadeUpView(ModelHarness& world, FakeIconSource& icons) {
-    return std::make_unique<LauncherView>(LauncherView::World{.platform = world.platform(),
-                                                              .text = TextRules("it_IT"),
-                                                              .icons = icons,
-                                                              .mainQueue = world.mainQueue},
-                                          nullptr);
+    return std::make_unique<LauncherView>(
+        LauncherView::World{.platform = world.platform(),
+                            .text = TextRules("it_IT"),
+                            .icons = std::shared_ptr<IconSource>(std::shared_ptr<void>(), &icons),
+                            .mainQueue = world.mainQueue},
+        nullptr);
 }
 
 }  // namespace tavo

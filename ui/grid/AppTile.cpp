@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "ui/controls/PopupMenu.h"
-#include "ui/grid/IconLoader.h"
+#include "ui/grid/IconShadow.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/DevicePixels.h"
 #include "ui/look/ElidedText.h"
@@ -83,7 +83,7 @@ void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) cons
     const QRect icon = iconRect(tile);
     if (look.icon != nullptr) {
         const double scale = look.icon->devicePixelRatio();
-        const int margin = IconLoader::marginPixels(scale);
+        const int margin = iconMarginPixels(scale);
         painter.drawImage(onDevicePixels(painter, icon.topLeft()) - QPointF(margin, margin) / scale,
                           *look.icon);
     }

@@ -1,65 +1,37 @@
 #include "ui/grid/IconLoader.h"
 
-#include <QPainter>
 #include <algorithm>
-#include <cmath>
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <deque>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <thread>
 #include <unordered_set>
 #include <utility>
 
 #include "platform/IconSource.h"
+#include "ui/grid/IconShadow.h"
 #include "ui/look/Metrics.h"
 
 namespace tavo {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr unsigned kMostWorkers = 2;
+// Workers that wait for a disk, beyond which the others wait too.
+constexpr unsigned kMostLate = 8;
+constexpr auto kBetweenLooks = 300ms;
+constexpr int kMostLooks = 4;  // after which an icon is late
+constexpr auto kIdleTime = 5s;
+constexpr auto kFarewell = 200ms;
 
 // Enough for a large window and a screen of scrolling in either direction. More would only take
 // memory, as an icon is read from the disk again within milliseconds.
 constexpr std::size_t kMostIcons = 96;
-
-constexpr double kShadowOpacity = 0.15;
-
-// One pass of a box blur along the columns of a square picture. Handles all columns of a row
-// together, which the compiler vectorizes.
-void blurDown(const std::vector<float>& from, std::vector<float>& to, int side, int radius) {
-    const float weight = 1.0F / static_cast<float>(2 * radius + 1);
-    const auto row = [side](int y) {
-        return static_cast<std::size_t>(y) * static_cast<std::size_t>(side);
-    };
-    std::vector<float> sums(static_cast<std::size_t>(side), 0.0F);
-    const auto add = [&](int y, float sign) {
-        const float* const line = &from[row(y)];
-        for (std::size_t x = 0; x < sums.size(); ++x) {
-            sums[x] += sign * line[x];
-        }
-    };
-    for (int y = 0; y <= radius && y < side; ++y) {
-        add(y, 1);
-    }
-    for (int y = 0; y < side; ++y) {
-        float* const line = &to[row(y)];
-        for (std::size_t x = 0; x < sums.size(); ++x) {
-            line[x] = sums[x] * weight;
-        }
-        if (y + radius + 1 < side) {
-            add(y + radius + 1, 1);
-        }
-        if (y - radius >= 0) {
-            add(y - radius, -1);
-        }
-    }
-}
-
-void transpose(const std::vector<float>& from, std::vector<float>& to, int side) {
-    const auto count = static_cast<std::size_t>(side);
-    for (std::size_t y = 0; y < count; ++y) {
-        for (std::size_t x = 0; x < count; ++x) {
-            to[x * count + y] = from[y * count + x];
-        }
-    }
-}
 
 QImage toImage(const IconImage& icon) {
     QImage image(icon.side, icon.side, QImage::Format_ARGB32_Premultiplied);
@@ -73,69 +45,47 @@ QImage toImage(const IconImage& icon) {
 
 }  // namespace
 
-QImage withShadow(const QImage& icon, double scale) {
-    const int margin = IconLoader::marginPixels(scale);
-    const int side = icon.width() + 2 * margin;
-    const auto at = [side](int x, int y) { return static_cast<std::size_t>(y * side + x); };
-    const auto area = static_cast<std::size_t>(side * side);
+// What the loader and its workers have in common. A worker that finishes after the loader has ended
+// finds that out here and drops its icon.
+struct IconLoader::Shared {
+    struct Work {
+        Request request;
+        int looks = 0;  // how often it was seen under way
 
-    std::vector<float> alpha(area, 0.0F);
-    const int offset = static_cast<int>(std::lround(metrics::kIconShadowOffset * scale));
-    for (int y = 0; y < icon.height(); ++y) {
-        const auto* const line = reinterpret_cast<const QRgb*>(icon.constScanLine(y));
-        for (int x = 0; x < icon.width(); ++x) {
-            alpha[at(x + margin, y + margin + offset)] = static_cast<float>(qAlpha(line[x]));
-        }
-    }
-    // Three box blurs look like a Gaussian blur. Its standard deviation is half the shadow's
-    // radius.
-    const double deviation = metrics::kIconShadowRadius * scale / 2;
-    const int radius = std::max(1, static_cast<int>(std::lround(deviation * 0.94)));
-    std::vector<float> other(area);
-    for (int direction = 0; direction < 2; ++direction) {
-        for (int pass = 0; pass < 3; ++pass) {
-            blurDown(alpha, other, side, radius);
-            alpha.swap(other);
-        }
-        transpose(alpha, other, side);
-        alpha.swap(other);
-    }
+        [[nodiscard]] bool late() const { return looks >= kMostLooks; }
+    };
 
-    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-    for (int y = 0; y < side; ++y) {
-        auto* const line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < side; ++x) {
-            const float darkness = static_cast<float>(kShadowOpacity) * alpha[at(x, y)];
-            line[x] = static_cast<QRgb>(darkness + 0.5F) << 24U;
-        }
+    std::shared_ptr<IconSource> source;
+    std::function<void()> answered;  // called with the mutex, for the first answer in the list
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<Request> requests;
+    std::list<Work> underWay;
+    std::vector<Answer> answers;
+    unsigned workers = 0;
+    bool ended = false;
+
+    [[nodiscard]] unsigned lateWorkers() const {
+        return static_cast<unsigned>(std::ranges::count_if(underWay, &Work::late));
     }
-    QPainter painter(&image);
-    painter.drawImage(margin, margin, icon);
-    painter.end();
-    image.setDevicePixelRatio(scale);
-    return image;
+    [[nodiscard]] bool hasBegun(const Request& request) const {
+        return std::ranges::find(underWay, request, &Work::request) != underWay.end() ||
+               std::ranges::find(answers, request, &Answer::request) != answers.end();
+    }
+};
+
+IconLoader::IconLoader(std::shared_ptr<IconSource> source, MainQueue& mainQueue)
+    : poster_(mainQueue), shared_(std::make_shared<Shared>()) {
+    shared_->source = std::move(source);
+    shared_->answered = [this] { poster_.post([this] { takeAnswers(); }); };
 }
-
-IconLoader::IconLoader(IconSource& source, MainQueue& mainQueue)
-    : source_(source), mainThread_(mainQueue) {}
 
 IconLoader::~IconLoader() {
-    {
-        const std::lock_guard lock(mutex_);
-        ended_ = true;
-    }
-    changed_.notify_all();
-    for (std::thread& worker : workers_) {
-        worker.join();
-    }
-}
-
-int IconLoader::margin() {
-    return 2 * metrics::kIconShadowRadius;
-}
-
-int IconLoader::marginPixels(double scale) {
-    return static_cast<int>(std::lround(margin() * scale));
+    std::unique_lock lock(shared_->mutex);
+    shared_->ended = true;
+    shared_->changed.notify_all();
+    shared_->changed.wait_for(lock, kFarewell, [this] { return shared_->workers == 0; });
 }
 
 void IconLoader::want(const std::vector<std::string>& paths, double scale) {
@@ -149,15 +99,18 @@ void IconLoader::want(const std::vector<std::string>& paths, double scale) {
             requests.push_back({path, scale, generation_});
         }
     }
-    const bool needed = !requests.empty();
-    {
-        const std::lock_guard lock(mutex_);
-        requests_ = std::move(requests);
+    const std::lock_guard lock(shared_->mutex);
+    std::erase_if(requests, [this](const Request& request) { return shared_->hasBegun(request); });
+    shared_->requests = std::move(requests);
+    if (shared_->requests.empty()) {
+        return;
     }
-    if (needed) {
-        startWorkers();
-        changed_.notify_all();
+    const unsigned most = std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
+    while (shared_->workers - shared_->lateWorkers() < most) {
+        startWorker();
     }
+    shared_->changed.notify_all();
+    watchWorkers();
 }
 
 const QImage* IconLoader::find(const std::string& path) const {
@@ -167,57 +120,111 @@ const QImage* IconLoader::find(const std::string& path) const {
 
 void IconLoader::refresh() {
     ++generation_;
-    source_.refresh();
+    shared_->source->refresh();
+    want(std::exchange(wanted_, {}), scale_);
 }
 
-void IconLoader::startWorkers() {
-    if (!workers_.empty()) {
-        return;
-    }
-    const unsigned count = std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
-    for (unsigned i = 0; i < count; ++i) {
-        workers_.emplace_back([this] {
-            std::unique_lock lock(mutex_);
-            for (;;) {
-                changed_.wait(lock, [this] { return ended_ || !requests_.empty(); });
-                if (ended_) {
-                    return;
-                }
-                Request request = std::move(requests_.front());
-                requests_.pop_front();
-                lock.unlock();
-                const IconImage icon =
-                    source_.icon(request.path, metrics::kIconSide, request.scale);
-                QImage image = withShadow(toImage(icon), request.scale);
-                lock.lock();
-                answers_.push_back({std::move(request), std::move(image)});
-                // The first answer in the list wakes the main thread, which then takes all answers
-                // at once.
-                if (answers_.size() == 1) {
-                    mainThread_.post([this] { takeAnswers(); });
-                }
+// With the mutex.
+void IconLoader::startWorker() {
+    ++shared_->workers;
+    // Not joined: it may wait for a disk when the program ends.
+    std::thread([shared = shared_] { work(shared); }).detach();
+}
+
+void IconLoader::work(const std::shared_ptr<Shared>& shared) {
+    std::unique_lock lock(shared->mutex);
+    const auto needed = [&] { return shared->ended || !shared->requests.empty(); };
+    // A worker that was late has been replaced.
+    while (shared->workers - shared->lateWorkers() <= kMostWorkers) {
+        if (!shared->changed.wait_for(lock, kIdleTime, needed)) {
+            if (shared->workers > 1) {
+                break;
             }
-        });
+            lock.unlock();
+            shared->source->rest();
+            lock.lock();
+            if (!needed()) {
+                break;
+            }
+        }
+        if (shared->ended) {
+            break;
+        }
+        const auto work =
+            shared->underWay.insert(shared->underWay.end(), {std::move(shared->requests.front())});
+        shared->requests.pop_front();
+        const Request request = work->request;
+        lock.unlock();
+        const IconImage icon =
+            shared->source->icon(request.path, metrics::kIconSide, request.scale);
+        QImage image = withShadow(toImage(icon), request.scale);
+        lock.lock();
+        shared->underWay.erase(work);
+        shared->answers.push_back({request, std::move(image)});
+        if (shared->answers.size() == 1 && !shared->ended) {
+            shared->answered();
+        }
     }
+    --shared->workers;
+    shared->changed.notify_all();
 }
 
 void IconLoader::takeAnswers() {
     std::vector<Answer> answers;
     {
-        const std::lock_guard lock(mutex_);
-        answers.swap(answers_);
+        const std::lock_guard lock(shared_->mutex);
+        answers.swap(shared_->answers);
     }
     for (Answer& answer : answers) {
-        // An icon for an earlier scale is of use only while there is no icon at all.
-        if (answer.request.scale != scale_ && icons_.contains(answer.request.path)) {
-            continue;
-        }
-        icons_[answer.request.path] = {std::move(answer.image), answer.request.scale,
-                                       answer.request.generation};
+        keep(std::move(answer));
     }
+}
+
+void IconLoader::keep(Answer answer) {
+    const auto known = icons_.find(answer.request.path);
+    // An icon for an earlier scale is of use only while there is no icon at all.
+    if (known != icons_.end() &&
+        (answer.request.scale != scale_ || answer.request.generation < known->second.generation)) {
+        return;
+    }
+    icons_[answer.request.path] = {std::move(answer.image), answer.request.scale,
+                                   answer.request.generation};
     dropSurplus();
-    for (const Answer& answer : answers) {
-        loaded.emit(answer.request.path);
+    loaded.emit(answer.request.path);
+}
+
+// Looks after the workers from time to time while they have work.
+void IconLoader::watchWorkers() {
+    if (std::exchange(watching_, true)) {
+        return;
+    }
+    poster_.postAfter(kBetweenLooks, [this] {
+        watching_ = false;
+        replaceLateWorkers();
+    });
+}
+
+void IconLoader::replaceLateWorkers() {
+    std::vector<Request> late;
+    {
+        const std::lock_guard lock(shared_->mutex);
+        for (Shared::Work& work : shared_->underWay) {
+            if (++work.looks == kMostLooks) {
+                late.push_back(work.request);
+                if (shared_->lateWorkers() <= kMostLate) {
+                    startWorker();
+                }
+            }
+        }
+        if (!shared_->requests.empty() || shared_->underWay.size() > shared_->lateWorkers()) {
+            watchWorkers();
+        }
+    }
+    for (const Request& request : late) {
+        if (!icons_.contains(request.path)) {
+            const IconImage icon = shared_->source->genericIcon(metrics::kIconSide, request.scale);
+            keep({request, withShadow(toImage(icon), request.scale)});
+        }
     }
 }
 

@@ -2,12 +2,9 @@
 #pragma once
 
 #include <QImage>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
-#include <mutex>
+#include <memory>
 #include <string>
-#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -20,10 +17,16 @@ class IconSource;
 
 // Asks an IconSource for icons on worker threads, adds the shadow, and keeps the icons of the tiles
 // in view and of those around them. Main thread, apart from its workers.
+//
+// An icon that takes longer than a second is the generic one until it comes, and another worker
+// goes on with the others: a disk that does not answer costs the icons on it. Workers end after
+// five seconds without work, and the source rests then.
 class IconLoader {
 public:
-    // `source` and `mainQueue` outlive the loader.
-    IconLoader(IconSource& source, MainQueue& mainQueue);
+    // `mainQueue` outlives the loader. The source may outlive both: a worker that waits for a disk
+    // holds on to it.
+    IconLoader(std::shared_ptr<IconSource> source, MainQueue& mainQueue);
+    // Waits 0.2 seconds at most for what the workers have begun.
     ~IconLoader();
     IconLoader(const IconLoader&) = delete;
     IconLoader& operator=(const IconLoader&) = delete;
@@ -32,18 +35,12 @@ public:
     // earlier requests, except those that a worker has begun.
     void want(const std::vector<std::string>& paths, double scale);
 
-    // The icon with its shadow, marginPixels(scale) larger than the icon on every side; its device
-    // pixel ratio is its scale. After a change of scale the icon of the old scale, until the new
-    // one is loaded. Null if there is none yet.
+    // The icon with its shadow (IconShadow.h); its device pixel ratio is its scale. After a change
+    // of scale the icon of the old scale, until the new one is loaded. Null if there is none yet.
     [[nodiscard]] const QImage* find(const std::string& path) const;
 
-    // The space for the shadow on each side of an icon: in logical pixels, and in device pixels at
-    // `scale`.
-    static int margin();
-    static int marginPixels(double scale);
-
-    // To be called when icons may have changed. Each icon is loaded again the next time that it is
-    // wanted, and the old one is used until then.
+    // To be called when icons may have changed. Those that are wanted are loaded again at once, the
+    // others the next time that they are; the old ones are used until then.
     void refresh();
 
     // Emitted with the path whose icon has been loaded.
@@ -54,6 +51,8 @@ private:
         std::string path;
         double scale = 1;
         std::uint64_t generation = 0;
+
+        bool operator==(const Request&) const = default;
     };
     struct Loaded {
         QImage image;
@@ -64,29 +63,23 @@ private:
         Request request;
         QImage image;
     };
+    struct Shared;
 
-    void startWorkers();
+    void startWorker();
+    static void work(const std::shared_ptr<Shared>& shared);
     void takeAnswers();
+    void watchWorkers();
+    void replaceLateWorkers();
+    void keep(Answer answer);
     void dropSurplus();
 
-    IconSource& source_;
+    MainThreadPoster poster_;
     std::unordered_map<std::string, Loaded> icons_;
     std::vector<std::string> wanted_;
     double scale_ = 1;  // that of the last want()
     std::uint64_t generation_ = 0;
-
-    MainThreadPoster mainThread_;
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<Request> requests_;  // under the mutex
-    std::vector<Answer> answers_;   // under the mutex
-    bool ended_ = false;            // under the mutex
-
-    std::vector<std::thread> workers_;
+    bool watching_ = false;
+    std::shared_ptr<Shared> shared_;  // with the workers
 };
-
-// `icon` with the shadow of a tile around it. Any thread.
-QImage withShadow(const QImage& icon, double scale);
 
 }  // namespace tavo

@@ -343,7 +343,6 @@ CategoryEditor* LauncherView::makeCategoryEditor() {
 
 void LauncherView::refreshIcons() {
     icons_.refresh();
-    refreshSoon();
 }
 
 void LauncherView::reload() {

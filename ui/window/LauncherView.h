@@ -25,11 +25,11 @@ class TileGrid;
 // again, once per turn of the event loop. Main thread.
 class LauncherView final : public QWidget {
 public:
-    // References to what the view uses. All outlive it.
+    // What the view uses. All that it refers to outlives it.
     struct World {
         Platform platform;
         TextRules text;
-        IconSource& icons;
+        std::shared_ptr<IconSource> icons;
         MainQueue& mainQueue;
     };
 

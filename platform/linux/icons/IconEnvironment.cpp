@@ -3,10 +3,25 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <unistd.h>
+
 #include "platform/linux/entries/DesktopEntryEnvironment.h"
+#include "platform/linux/system/FileStamp.h"
+#include "platform/linux/system/ProcessInfo.h"
 #include "platform/linux/system/XdgFolders.h"
 
 namespace tavo {
+namespace {
+
+// Beside this program in the build tree, else where it is installed.
+std::string rendererPath() {
+    const std::string program = processExecutable(::getpid()).value_or("");
+    const std::string folder = program.substr(0, program.rfind('/') + 1);
+    const std::string beside = folder + "libexec/tavolauncher/icon-renderer";
+    return fileStamp(beside).exists() ? beside : folder + TAVO_INSTALLED_LIBEXEC "/icon-renderer";
+}
+
+}  // namespace
 
 IconEnvironment IconEnvironment::fromProcess(bool wayland) {
     const XdgFolders folders = XdgFolders::fromProcess();
@@ -27,6 +42,7 @@ IconEnvironment IconEnvironment::fromProcess(bool wayland) {
     if (!folders.cacheHome.empty()) {
         environment.cacheFolder = folders.cacheHome + "/tavolauncher/icons";
     }
+    environment.renderer = rendererPath();
     environment.languages = messageLanguages();
     environment.desktops = currentDesktops();
     if (const char* const display = std::getenv("DISPLAY"); display != nullptr && !wayland) {

@@ -12,6 +12,7 @@ struct IconEnvironment {
     std::vector<std::string> pixmapFolders;  // hold single pictures
     std::vector<std::string> configFolders;  // the user's, then the system's
     std::string cacheFolder;                 // for rendered icons; empty: none are kept
+    std::string renderer;                    // the path of the icon renderer, a program
     std::vector<std::string> languages;      // for the localized Icon key, the preferred one first
     std::vector<std::string> desktops;       // as currentDesktops() has them
     std::string display;                     // DISPLAY of the X server with XSETTINGS; or empty

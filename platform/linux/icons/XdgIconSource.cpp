@@ -11,7 +11,8 @@
 
 #include "platform/linux/entries/DesktopEntry.h"
 #include "platform/linux/entries/DesktopFileId.h"
-#include "platform/linux/icons/IconFile.h"
+#include "platform/linux/icons/GenericIcon.h"
+#include "platform/linux/icons/IconRenderer.h"
 #include "platform/linux/icons/IconTheme.h"
 #include "platform/linux/icons/IconThemeName.h"
 #include "platform/linux/icons/RenderedIconCache.h"
@@ -104,9 +105,16 @@ public:
     ThemedIconSource(IconEnvironment environment, BundleIconFile bundleIconFile)
         : environment_(std::move(environment)),
           bundleIconFile_(std::move(bundleIconFile)),
-          cache_(environment_.cacheFolder) {}
+          cache_(environment_.cacheFolder),
+          renderer_(environment_.renderer) {}
 
     IconImage icon(const std::string& path, int size, double scale) override;
+
+    IconImage genericIcon(int size, double scale) override {
+        return drawGenericIcon(sideOf(size, scale));
+    }
+
+    void rest() override { renderer_.rest(); }
 
     void refresh() override {
         const std::lock_guard lock(mutex_);
@@ -144,12 +152,15 @@ private:
 
     [[nodiscard]] std::vector<std::string> filesFor(const Subject& subject, const IconTheme& theme,
                                                     int side, double scale) const;
-    [[nodiscard]] RenderedIcon render(const std::vector<std::string>& files, const IconTheme& theme,
-                                      int side, double scale) const;
+    // Whether the icon is final is in `final`: not when the renderer failed, which it may do for
+    // another reason than the file.
+    RenderedIcon render(const std::vector<std::string>& files, const IconTheme& theme, int side,
+                        double scale, bool& final);
 
     const IconEnvironment environment_;
     const BundleIconFile bundleIconFile_;
     RenderedIconCache cache_;
+    IconRenderer renderer_;
 
     std::mutex mutex_;  // guards the pointer alone
     std::shared_ptr<SessionTheme> theme_ = std::make_shared<SessionTheme>("");
@@ -185,13 +196,16 @@ IconImage ThemedIconSource::icon(const std::string& path, int size, double scale
     }
     const std::vector<std::string> files = filesFor(subject, *theme, side, scale);
     RenderedIcon rendered;
+    bool final = true;
     if (current && kept->file == (files.empty() ? std::string() : files.front())) {
         rendered = std::move(*kept);  // the theme changed, but not for this icon
     } else {
-        rendered = render(files, *theme, side, scale);
+        rendered = render(files, *theme, side, scale, final);
     }
-    rendered.lookup = lookup;
-    cache_.write(key, rendered);
+    if (final) {
+        rendered.lookup = lookup;
+        cache_.write(key, rendered);
+    }
     return std::move(rendered.image);
 }
 
@@ -221,7 +235,7 @@ std::vector<std::string> ThemedIconSource::filesFor(const Subject& subject, cons
 // Records the best file, even if another one had to stand in for it: once the best one is repaired,
 // its new date makes the cached icon invalid.
 RenderedIcon ThemedIconSource::render(const std::vector<std::string>& files, const IconTheme& theme,
-                                      int side, double scale) const {
+                                      int side, double scale, bool& final) {
     RenderedIcon rendered;
     if (!files.empty()) {
         rendered.file = files.front();
@@ -230,9 +244,14 @@ RenderedIcon ThemedIconSource::render(const std::vector<std::string>& files, con
     const auto generic = theme.files(kGenericName, side, scale);
     for (const auto& list : {files, generic}) {
         for (std::size_t i = 0; i < std::min(list.size(), kMostTries); ++i) {
-            if (auto image = readIconFile(list[i], side)) {
-                rendered.image = std::move(*image);
+            IconRenderer::Answer answer = renderer_.draw(list[i], side);
+            if (answer.image) {
+                rendered.image = std::move(*answer.image);
                 return rendered;
+            }
+            if (answer.failed) {
+                final = false;
+                break;
             }
         }
     }

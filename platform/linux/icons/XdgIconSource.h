@@ -25,7 +25,8 @@ using BundleIconFile = std::function<std::optional<std::string>(const std::strin
 // environment's languages that has one, else in its plain Icon key. A folder "X.app" has the icon
 // file that `bundleIconFile` answers, or without an answer the first .icns file among its
 // resources. Any other path has the generic icon, and so has an application whose icon is missing,
-// broken or too large: "application-x-executable" of the theme, else one drawn here.
+// broken, too large or not drawn within a second: "application-x-executable" of the theme, else one
+// drawn here. Pictures are drawn by the program `environment.renderer`.
 //
 // Icons are round(size × scale) pixels, within 1 and 2,048. A rendered icon is kept under
 // `environment.cacheFolder` and holds until the file it was made from changes, or any folder in

@@ -3,6 +3,7 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "ui/grid/IconLoader.h"
+#include "ui/grid/IconShadow.h"
 #include "ui/look/Metrics.h"
 
 namespace tavo {
@@ -27,9 +28,16 @@ protected:
         return arrived.size() >= count;
     }
 
-    FakeIconSource source;
+    // The colour in the middle of the icon of `path`.
+    QRgb colourOf(const std::string& path) {
+        const QImage* const icon = loader->find(path);
+        return icon != nullptr ? icon->pixel(icon->width() / 2, icon->height() / 2) : 0;
+    }
+
+    std::shared_ptr<FakeIconSource> owned = std::make_shared<FakeIconSource>();
+    FakeIconSource& source = *owned;
     ManualMainQueue queue;
-    std::unique_ptr<IconLoader> loader = std::make_unique<IconLoader>(source, queue);
+    std::unique_ptr<IconLoader> loader = std::make_unique<IconLoader>(owned, queue);
     std::vector<std::string> arrived;
     Subscription heard;
 };
@@ -50,7 +58,7 @@ TEST_F(IconLoaderTest, an_icon_comes_at_its_scale_with_room_for_its_shadow) {
         ASSERT_TRUE(awaitArrivals(1));
         const QImage* const icon = loader->find("/a");
         ASSERT_NE(icon, nullptr);
-        const int margin = qRound(IconLoader::margin() * scale);
+        const int margin = qRound(iconMargin() * scale);
         EXPECT_EQ(icon->width(), qRound(metrics::kIconSide * scale) + 2 * margin);
         EXPECT_EQ(icon->devicePixelRatio(), scale);
         EXPECT_EQ(icon->pixel(icon->width() / 2, icon->height() / 2),
@@ -90,9 +98,81 @@ TEST_F(IconLoaderTest, a_known_icon_is_not_asked_for_again_until_a_refresh) {
     loader->refresh();
     EXPECT_EQ(source.refreshes(), 1);
     EXPECT_NE(loader->find("/a"), nullptr);
-    loader->want({"/a"}, 1);
     ASSERT_TRUE(awaitArrivals(3));
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(4));
     EXPECT_EQ(arrived.back(), "/a");
+}
+
+TEST_F(IconLoaderTest, what_is_in_view_is_loaded_anew_by_a_refresh) {
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    source.change();
+    loader->refresh();
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(colourOf("/a"), FakeIconSource::colourOf("/a") + 1);
+}
+
+TEST_F(IconLoaderTest, what_a_worker_has_begun_is_not_asked_for_again) {
+    source.hold();
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(source.awaitRequests(1));
+    loader->want({"/a"}, 1);
+    loader->want({"/a", "/b"}, 1);
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(source.requests().size(), 2U);
+}
+
+TEST_F(IconLoaderTest, an_answer_from_before_a_refresh_never_replaces_one_from_after_it) {
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    source.hold();
+    loader->refresh();
+    ASSERT_TRUE(source.awaitRequests(2));
+    source.change();
+    loader->refresh();
+    ASSERT_TRUE(source.awaitRequests(3));
+    source.releaseAll();
+    while (colourOf("/a") != FakeIconSource::colourOf("/a") + 1) {
+        ASSERT_TRUE(awaitArrivals(arrived.size() + 1));
+    }
+    loader.reset();
+    queue.run();
+}
+
+TEST_F(IconLoaderTest, an_icon_that_takes_long_is_the_generic_one_until_it_comes) {
+    source.hold();
+    loader->want({"/slow", "/slower", "/a", "/b"}, 1);
+    ASSERT_TRUE(source.awaitRequests(2));
+    queue.advance(std::chrono::milliseconds(800));
+    EXPECT_EQ(loader->find("/slow"), nullptr);
+    queue.advance(std::chrono::milliseconds(400));
+    EXPECT_EQ(colourOf("/slow"), FakeIconSource::kGeneric);
+    EXPECT_EQ(colourOf("/slower"), FakeIconSource::kGeneric);
+    // Others do the work of those that wait.
+    ASSERT_TRUE(source.awaitRequests(4));
+    source.releaseAll();
+    ASSERT_TRUE(awaitArrivals(6));
+    EXPECT_EQ(colourOf("/slow"), FakeIconSource::colourOf("/slow"));
+    EXPECT_EQ(colourOf("/b"), FakeIconSource::colourOf("/b"));
+}
+
+TEST_F(IconLoaderTest, its_end_does_not_wait_for_a_disk) {
+    source.hold();
+    loader->want({"/slow"}, 1);
+    ASSERT_TRUE(source.awaitRequests(1));
+    const auto start = std::chrono::steady_clock::now();
+    loader.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST_F(IconLoaderTest, the_source_rests_when_nothing_is_wanted_for_a_while) {
+    loader->want({"/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    EXPECT_TRUE(source.awaitRest());
+    loader->want({"/b"}, 1);
+    ASSERT_TRUE(awaitArrivals(2));
 }
 
 TEST_F(IconLoaderTest, on_a_screen_of_another_scale_the_known_icon_stands_in_for_the_right_one) {
@@ -114,8 +194,13 @@ TEST_F(IconLoaderTest, an_icon_of_the_screen_before_never_replaces_the_right_one
     loader->want({"/a"}, 1);
     ASSERT_TRUE(source.awaitRequests(2));
     loader->want({"/a"}, 2);
+    const std::size_t waiting = queue.waiting();
     source.releaseAll();
-    ASSERT_TRUE(awaitArrivals(2));
+    while (queue.waiting() == waiting) {
+        std::this_thread::yield();
+    }
+    queue.run();
+    EXPECT_EQ(arrived.size(), 1U);
     EXPECT_EQ(loader->find("/a")->devicePixelRatio(), 2);
 }
 

@@ -86,7 +86,7 @@ protected:
     }
 
     std::set<std::string> favorites{"App 1"};
-    FakeIconSource source;
+    std::shared_ptr<FakeIconSource> source = std::make_shared<FakeIconSource>();
     ManualMainQueue queue;
     IconLoader icons{source, queue};
     std::vector<std::string> made;
@@ -244,8 +244,8 @@ TEST_F(TileGridTest, asks_for_the_icons_in_view_before_it_is_painted) {
         apps.emplace_back("App", FileUrl{"/" + std::to_string(i)});
     }
     grid.setApps(std::move(apps));
-    ASSERT_TRUE(source.awaitRequests(6));
-    for (const FakeIconSource::Request& request : source.requests()) {
+    ASSERT_TRUE(source->awaitRequests(6));
+    for (const FakeIconSource::Request& request : source->requests()) {
         EXPECT_LT(std::stoi(request.path.substr(1)), 36);
         EXPECT_EQ(request.size, 68);
     }
@@ -503,7 +503,7 @@ TEST_F(TileGridTest, on_the_largest_screens_every_icon_in_view_is_asked_for) {
     show(5000);
     EXPECT_EQ(grid.itemRect(30).left(), grid.itemRect(0).left());
     EXPECT_GT(grid.itemRect(30).top(), grid.itemRect(0).top());
-    ASSERT_TRUE(source.awaitRequests(30 * 15));
+    ASSERT_TRUE(source->awaitRequests(30 * 15));
 }
 
 TEST_F(TileGridTest, the_whole_name_is_in_the_tool_tip_as_plain_text) {

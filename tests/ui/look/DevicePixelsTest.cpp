@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "ui/grid/AppTile.h"
-#include "ui/grid/IconLoader.h"
+#include "ui/grid/IconShadow.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/DevicePixels.h"
 #include "ui/look/Metrics.h"

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 
-#include "platform/linux/icons/IconFile.h"
+#include "platform/linux/icons/GenericIcon.h"
 #include "platform/linux/icons/XdgIconSource.h"
 #include "platform/posix/FileDescriptor.h"
 #include "tests/contracts/IconSourceContract.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/bundles/Icns.h"
+#include "platform/linux/renderer/Icns.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/bundles/Icns.h"
+#include "platform/linux/renderer/Icns.h"
 #include "tests/platform/linux/fixtures/IconFixture.h"
 
 namespace tavo {

@@ -1,0 +1,197 @@
+#include "platform/linux/icons/IconRenderer.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/linux/renderer/Protocol.h"
+#include "platform/linux/system/Pidfd.h"
+#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/PosixSpawn.h"
+
+namespace tavo {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// The renderer's own limit is a second. These end the wait for one that is stopped, or that waits
+// for a disk which does not answer.
+constexpr auto kPatience = 2s;
+constexpr auto kPatienceAtStart = 4s;
+
+std::vector<std::string> ownEnvironment() {
+    std::vector<std::string> variables;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        variables.emplace_back(*variable);
+    }
+    return variables;
+}
+
+}  // namespace
+
+// A running renderer, and our end of its socket. Ending it closes the socket and reaps the process.
+class IconRenderer::Process {
+public:
+    // Absent, with the reason in errno, when no process can be started.
+    static std::optional<Process> start(const std::string& program) {
+        int ends[2] = {-1, -1};
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+            return std::nullopt;
+        }
+        Process process;
+        process.socket_ = FileDescriptor(ends[0]);
+        const FileDescriptor theirs(ends[1]);
+        SpawnRequest request;
+        request.executable = program;
+        request.environment = ownEnvironment();
+        request.output = theirs.get();
+        if (const int failure = spawnProgram(request, process.pid_); failure != 0) {
+            process.pid_ = 0;
+            errno = failure;
+            return std::nullopt;
+        }
+        process.handle_ = openPidfd(process.pid_);
+        return process;
+    }
+
+    Process(Process&& other) noexcept
+        : pid_(std::exchange(other.pid_, 0)),
+          handle_(std::move(other.handle_)),
+          socket_(std::move(other.socket_)),
+          fresh_(other.fresh_) {}
+    Process& operator=(Process&&) = delete;
+    ~Process() {
+        if (pid_ <= 0) {
+            return;
+        }
+        // By its pidfd, because its PID is free for others at once where SIGCHLD is ignored.
+        if (handle_.valid()) {
+            ::syscall(SYS_pidfd_send_signal, handle_.get(), SIGKILL, nullptr, 0);
+        }
+        socket_.close();
+        while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+
+    // Sends the request and receives the answer. False when that fails; the process is of no use
+    // then.
+    bool ask(const std::string& path, int side, std::optional<IconImage>& image) {
+        deadline_ = Clock::now() + (std::exchange(fresh_, false) ? kPatienceAtStart : kPatience);
+        const IconRequest request = {static_cast<std::uint32_t>(side),
+                                     static_cast<std::uint32_t>(path.size())};
+        std::string message(reinterpret_cast<const char*>(&request), sizeof request);
+        message += path;
+        // An empty socket takes a whole request at once.
+        if (::send(socket_.get(), message.data(), message.size(), MSG_NOSIGNAL | MSG_DONTWAIT) !=
+            static_cast<ssize_t>(message.size())) {
+            return false;
+        }
+        const auto pixels = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
+        IconPixelCount count = 0;
+        if (!receive(&count, sizeof count) || (count != 0 && count != pixels)) {
+            return false;
+        }
+        if (count == 0) {
+            return true;
+        }
+        IconImage drawn = {side, std::vector<std::uint32_t>(pixels)};
+        if (!receive(drawn.pixels.data(), pixels * sizeof(std::uint32_t))) {
+            return false;
+        }
+        image = std::move(drawn);
+        return true;
+    }
+
+private:
+    Process() = default;
+
+    bool receive(void* into, std::size_t count) {
+        auto* bytes = static_cast<char*>(into);
+        while (count > 0) {
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now());
+            pollfd readable = {socket_.get(), POLLIN, 0};
+            const int ready =
+                left.count() > 0 ? ::poll(&readable, 1, static_cast<int>(left.count())) : 0;
+            if (ready < 0 && errno == EINTR) {
+                continue;
+            }
+            const ssize_t got =
+                ready > 0 ? ::recv(socket_.get(), bytes, count, MSG_DONTWAIT) : ssize_t{0};
+            if (got <= 0) {
+                return false;
+            }
+            bytes += got;
+            count -= static_cast<std::size_t>(got);
+        }
+        return true;
+    }
+
+    pid_t pid_ = 0;
+    FileDescriptor handle_;
+    FileDescriptor socket_;
+    Clock::time_point deadline_;  // of the question under way
+    bool fresh_ = true;           // nothing was asked yet
+};
+
+IconRenderer::IconRenderer(std::string program) : program_(std::move(program)) {}
+
+IconRenderer::~IconRenderer() = default;
+
+std::optional<IconRenderer::Process> IconRenderer::take() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (!idle_.empty()) {
+            Process process = std::move(idle_.back());
+            idle_.pop_back();
+            return process;
+        }
+    }
+    std::optional<Process> process = Process::start(program_);
+    const int reason = errno;
+    const std::lock_guard lock(mutex_);
+    if (!process && !std::exchange(missing_, true)) {
+        std::fprintf(stderr, "tavolauncher: icons are not drawn, because %s does not start: %s\n",
+                     program_.c_str(), std::strerror(reason));
+    } else if (process) {
+        missing_ = false;
+    }
+    return process;
+}
+
+IconRenderer::Answer IconRenderer::draw(const std::string& path, int side) {
+    if (path.size() > kLongestIconPath || side < 1 || side > static_cast<int>(kLargestIconSide)) {
+        return {};
+    }
+    std::optional<Process> process = take();
+    if (!process) {
+        return {.image = std::nullopt, .failed = true};
+    }
+    Answer answer;
+    if (!process->ask(path, side, answer.image)) {
+        std::fprintf(stderr, "tavolauncher: the icon %s was not drawn\n", path.c_str());
+        answer.failed = true;
+        return answer;
+    }
+    const std::lock_guard lock(mutex_);
+    idle_.push_back(std::move(*process));
+    return answer;
+}
+
+void IconRenderer::rest() {
+    std::vector<Process> ended;
+    const std::lock_guard lock(mutex_);
+    ended.swap(idle_);
+}
+
+}  // namespace tavo
