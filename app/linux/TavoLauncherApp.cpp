@@ -24,10 +24,12 @@
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
 #include "platform/linux/session/WindowListing.h"
+#include "platform/linux/settings/KdeIconChanges.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/linux/wayland/WaylandActivationTokens.h"
 #include "platform/linux/wayland/WaylandSession.h"
+#include "platform/linux/x11/XSettingsWatch.h"
 #include "platform/linux/x11/XcbUserTime.h"
 #include "platform/posix/PosixChildProcess.h"
 #include "platform/posix/PosixFileManager.h"
@@ -136,6 +138,12 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
         icons_->preferTheme(name);
         view->refreshIcons();
     });
+    const auto refreshIcons = [view] { view->refreshIcons(); };
+    if ((xSettings_ = watchXSettings())) {
+        iconChanges_.push_back(xSettings_->changed.subscribe(refreshIcons));
+    }
+    kdeIcons_ = watchKdeIcons(bus, *mainQueue_);
+    iconChanges_.push_back(kdeIcons_->changed.subscribe(refreshIcons));
     management_ = makeSessionWindowManagement(*running_);
     hosts_ = makeSessionStatusItemHosts(bus, *mainQueue_);
     controller_ = std::make_unique<TavoLauncherMenuController>(

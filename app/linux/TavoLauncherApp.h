@@ -3,6 +3,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
+
+#include "support/Signal.h"
 
 namespace tavo {
 
@@ -16,6 +19,7 @@ class DesktopEntryIndex;
 class DesktopPalette;
 class DesktopSettings;
 class FileManager;
+class KdeIconChanges;
 class LauncherView;
 class LauncherWindow;
 class MainQueue;
@@ -27,6 +31,7 @@ class StatusItemHosts;
 class TavoLauncherMenuController;
 class WindowManagement;
 class Workspace;
+class XSettingsWatch;
 class XdgIconSource;
 
 // Made after the application object, a LauncherQApplication. Main thread.
@@ -62,6 +67,9 @@ private:
     std::unique_ptr<CursorBlinkTimeout> cursorBlinking_;
     std::unique_ptr<LauncherWindow> window_;
     std::unique_ptr<DesktopPalette> look_;
+    std::unique_ptr<XSettingsWatch> xSettings_;
+    std::unique_ptr<KdeIconChanges> kdeIcons_;
+    std::vector<Subscription> iconChanges_;
     std::unique_ptr<WindowManagement> management_;
     std::unique_ptr<StatusItemHosts> hosts_;
     std::unique_ptr<TavoLauncherMenuController> controller_;

@@ -109,13 +109,14 @@ class Desktop(PrivateDesktop):
         return done.returncode == 0 and "= 3" in self._root_property("_NET_NUMBER_OF_DESKTOPS")
 
     def copy_of_program(self):
-        """A folder with the program, its library and its resources, to be changed as a test likes."""
+        """A folder with the program and what belongs to it, to be changed as a test likes."""
         folder = self.folder / "copy"
         folder.mkdir()
         built = pathlib.Path(PROGRAM).parent
         for name in ("tavolauncher", "libtavolauncher.so"):
             shutil.copy(built / name, folder)
-        shutil.copytree(built / "resources", folder / "resources")
+        for name in ("resources", "libexec"):
+            shutil.copytree(built / name, folder / name)
         return folder
 
     def entry(self, name, id=None, folder=None, **keys):
@@ -153,14 +154,14 @@ class Desktop(PrivateDesktop):
             f"<key>CFBundleExecutable</key><string>{name}</string>\n</dict></plist>\n")
         return contents.parent
 
-    def icon(self, name, colour=(200, 60, 60), side=48):
-        """A square of one colour as an icon of the hicolor theme."""
-        folder = self.data / f"icons/hicolor/{side}x{side}/apps"
+    def icon(self, name, colour=(200, 60, 60), side=48, theme="hicolor"):
+        """A square of one colour as an icon of a theme."""
+        folder = self.data / f"icons/{theme}/{side}x{side}/apps"
         folder.mkdir(parents=True, exist_ok=True)
         path = folder / f"{name}.png"
         path.write_bytes(png(side, colour))
-        index = self.data / "icons/hicolor/index.theme"
-        index.write_text(f"[Icon Theme]\nName=Hicolor\nDirectories={side}x{side}/apps\n\n"
+        index = self.data / f"icons/{theme}/index.theme"
+        index.write_text(f"[Icon Theme]\nName={theme}\nDirectories={side}x{side}/apps\n\n"
                          f"[{side}x{side}/apps]\nSize={side}\nType=Fixed\nContext=Applications\n")
         return path
 
@@ -234,12 +235,18 @@ class Pixels:
 
 def png(side, colour):
     """A square of one colour as a PNG file."""
+    row = b"\0" + bytes(colour) * side
+    return png_of((side, side, 8, 2), zlib.compress(row * side))
+
+
+def png_of(head, pixels, *more):
+    """A PNG file: width, height, bits and kind of colour; packed pixels; further chunks, each a
+    name and its content."""
     def chunk(kind, content):
         return (struct.pack(">I", len(content)) + kind + content
                 + struct.pack(">I", zlib.crc32(kind + content)))
-    row = b"\0" + bytes(colour) * side
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", side, side, 8, 2, 0, 0, 0))
-            + chunk(b"IDAT", zlib.compress(row * side)) + chunk(b"IEND", b""))
+    return b"".join((b"\x89PNG\r\n\x1a\n", chunk(b"IHDR", struct.pack(">IIBBBBB", *head, 0, 0, 0)),
+                     *(chunk(*each) for each in more), chunk(b"IDAT", pixels), chunk(b"IEND", b"")))
 
 
 class Store:

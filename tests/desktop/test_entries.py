@@ -1,6 +1,6 @@
 import os
 
-from harness import Atspi, DesktopTest
+from harness import DesktopTest
 
 
 class Entries(DesktopTest):
@@ -99,39 +99,3 @@ class Entries(DesktopTest):
 
     def test_the_window_comes_up_with_nothing_to_show(self):
         self.launch().await_tiles([])
-
-    def test_icons_of_every_kind_and_none_leave_the_list_whole(self):
-        self.desktop.icon("tavo-test-square")
-        broken = self.desktop.folder / "broken.png"
-        broken.write_bytes(b"\x89PNG\r\n\x1a\nnot really")
-        self.desktop.entry("A theme icon", Icon="tavo-test-square")
-        blue = self.desktop.icon("other", colour=(60, 90, 200))
-        self.desktop.entry("B absolute icon", Icon=str(blue))
-        self.desktop.entry("C missing icon", Icon="no-such-icon")
-        self.desktop.entry("D broken icon", Icon=str(broken))
-        self.desktop.entry("E no icon")
-        self.desktop.entry("F device", Icon="/dev/zero")
-        launcher = self.launch()
-        launcher.await_equal(lambda: [name[0] for name in launcher.tiles()], list("ABCDEF"))
-        # In its tile each icon is what its file holds, and the generic one where there is none.
-        launcher.await_equal(lambda: self.colour_of(launcher, "A theme icon"), (200, 60, 60))
-        launcher.await_equal(lambda: self.colour_of(launcher, "B absolute icon"), (60, 90, 200))
-        launcher.await_equal(lambda: len(set(self.icon_of(launcher, "E no icon"))) > 1, True)
-        generic = self.icon_of(launcher, "E no icon")
-        for name in ("C missing icon", "D broken icon", "F device"):
-            with self.subTest(name=name):
-                launcher.await_equal(lambda: self.icon_of(launcher, name) == generic, True)
-
-    ICON = 68
-
-    def icon_of(self, launcher, name):
-        """The rows of what is drawn where the tile has its icon."""
-        box = launcher.node("list item", f"Apri {name}").get_extents(Atspi.CoordType.SCREEN)
-        box.x += (box.width - self.ICON) // 2
-        box.width = box.height = self.ICON
-        return self.desktop.pixels().part(box)
-
-    def colour_of(self, launcher, name):
-        """Of the middle of the icon."""
-        row = self.icon_of(launcher, name)[self.ICON // 2]
-        return tuple(row[3 * self.ICON // 2:][:3])

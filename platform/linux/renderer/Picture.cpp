@@ -1,6 +1,7 @@
 #include "platform/linux/renderer/Picture.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -79,11 +80,33 @@ void sizePrepared(GdkPixbufLoader* /*loader*/, int width, int height, gpointer t
     *static_cast<bool*>(tooLarge) = width > kLargestPictureSide || height > kLargestPictureSide;
 }
 
+// For the usual formats by their first bytes. gdk-pixbuf tells the others by the session's MIME
+// database, which may lack them, or not be there at all.
+GdkPixbufLoader* loaderFor(std::string_view bytes) {
+    struct Format {
+        std::string_view start;
+        const char* name;
+    };
+    constexpr std::array<Format, 4> kFormats = {{{"\x89PNG\r\n\x1a\n", "png"},
+                                                 {"/* XPM", "xpm"},
+                                                 {"\xff\xd8\xff", "jpeg"},
+                                                 {"GIF8", "gif"}}};
+    for (const Format& format : kFormats) {
+        if (bytes.starts_with(format.start)) {
+            return gdk_pixbuf_loader_new_with_type(format.name, nullptr);
+        }
+    }
+    return gdk_pixbuf_loader_new();
+}
+
 // The picture that gdk-pixbuf finds in `bytes`; null: none.
 ObjectPointer<GdkPixbuf> decode(std::string_view bytes) {
     // In pieces, so that a picture that is too large is given up after its head.
     constexpr std::size_t kPiece = 4096;
-    const ObjectPointer<GdkPixbufLoader> loader(gdk_pixbuf_loader_new());
+    const ObjectPointer<GdkPixbufLoader> loader(loaderFor(bytes));
+    if (loader == nullptr) {
+        return nullptr;
+    }
     bool tooLarge = false;
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(sizePrepared), &tooLarge);
     bool sound = true;

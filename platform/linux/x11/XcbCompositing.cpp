@@ -23,7 +23,8 @@ public:
         const auto atoms = x11_.atoms(kNames);
         selection_ = atoms[0];
         region_ = atoms[1];
-        watchSelection();
+        // Qt has asked for events about the root window's properties.
+        selectionEvent_ = x11_.watchSelection(selection_);
         active_ = findActive();
         blurs_ = findBlurs();
         qApp->installNativeEventFilter(this);
@@ -54,26 +55,6 @@ public:
     }
 
 private:
-    // Qt has asked for events about the root window's properties; those about the selection are
-    // asked for here.
-    void watchSelection() {
-        const xcb_query_extension_reply_t* const fixes =
-            xcb_get_extension_data(x11_.get(), &xcb_xfixes_id);
-        if (fixes == nullptr || fixes->present == 0) {
-            return;
-        }
-        // XFixes requires that a client says its version first.
-        const auto version = xcb_xfixes_query_version(x11_.get(), XCB_XFIXES_MAJOR_VERSION,
-                                                      XCB_XFIXES_MINOR_VERSION);
-        xcb_discard_reply(x11_.get(), version.sequence);
-        selectionEvent_ = fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
-        xcb_xfixes_select_selection_input(
-            x11_.get(), x11_.root(), selection_,
-            XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
-                XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
-                XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-    }
-
     bool findActive() {
         const auto reply = x11_.reply<xcb_get_selection_owner_reply_t>(
             xcb_get_selection_owner(x11_.get(), selection_));

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include <xcb/xcbext.h>
+#include <xcb/xfixes.h>
 
 namespace tavo {
 namespace {
@@ -79,6 +80,25 @@ void XcbRequests::tellManager(xcb_window_t window, xcb_atom_t type,
     xcb_send_event(connection_, 0, root_,
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&event));
+}
+
+int XcbRequests::watchSelection(xcb_atom_t selection) const {
+    const xcb_query_extension_reply_t* const fixes =
+        xcb_get_extension_data(connection_, &xcb_xfixes_id);
+    if (fixes == nullptr || fixes->present == 0) {
+        return -1;
+    }
+    // XFixes requires that a client says its version first.
+    const auto version = reply<xcb_xfixes_query_version_reply_t>(
+        xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION, XCB_XFIXES_MINOR_VERSION));
+    if (!version) {
+        return -1;
+    }
+    xcb_xfixes_select_selection_input(connection_, root_, selection,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    return fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY;
 }
 
 }  // namespace tavo

@@ -63,6 +63,10 @@ public:
     // The bytes of a property; empty also when it is longer than was asked for.
     [[nodiscard]] std::string text(xcb_get_property_cookie_t cookie) const;
 
+    // Has the server tell when `selection` gets another owner or none. The type of the event,
+    // xcb_xfixes_selection_notify_event_t; -1 where the server lacks the XFixes extension.
+    [[nodiscard]] int watchSelection(xcb_atom_t selection) const;
+
     // Sends a client message about `window` to the window manager (Extended Window Manager Hints,
     // "Root Window Messages"). Flushed by the caller.
     void tellManager(xcb_window_t window, xcb_atom_t type,

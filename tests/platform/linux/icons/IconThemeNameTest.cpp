@@ -100,6 +100,16 @@ TEST_F(IconThemeName, a_preferred_theme_does_not_outrank_a_desktops_own_settings
     EXPECT_EQ(theme({"XFCE"}, "Portal", server.display()), "Published");
 }
 
+TEST_F(IconThemeName, kde_without_a_choice_has_breeze_whatever_others_name) {
+    XServer server;
+    install({"breeze", "Adwaita", "Published"});
+    writeFile(world_ / "config/gtk-3.0/settings.ini", "[Settings]\ngtk-icon-theme-name=Adwaita\n");
+    const auto manager = server.publishSettings(
+        XSettingsBytes(false).addString("Net/IconThemeName", "Published").property());
+    EXPECT_EQ(theme({"KDE"}, "Adwaita", server.display()), "breeze");
+    EXPECT_EQ(theme({"GNOME"}, "Adwaita"), "Adwaita");
+}
+
 TEST_F(IconThemeName, published_settings_outrank_files_except_on_kde) {
     XServer server;
     configureAll();
