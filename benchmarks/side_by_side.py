@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
 """Cold starts of this program, rofi and xfce4-appfinder, side by side.
 
-    benchmarks/side_by_side.py [PROGRAM] [--runs N] [--entries N[,N...]] [--desktop NAME]
+    benchmarks/side_by_side.py [PROGRAM] [--beside OTHER] [--runs N] [--entries N[,N...]]
+                               [--desktop NAME] [--drawings FOLDER]
 
 PROGRAM is build/release/tavolauncher unless given; tavo_frame_watch is looked for in the folder
-"bin" beside it. Needs Xvfb, openbox, dbus-daemon, xprop, rofi and xfce4-appfinder.
+"bin" beside it. Needs Xvfb, openbox, dbus-daemon, xprop, rofi and xfce4-appfinder. OTHER is another
+build of it, to be measured in turns with the first. With FOLDER every icon is one of the SVG files
+there, such as an icon theme has them.
 
 Every start happens on one private X desktop with a session bus, in a window of 980 x 640. The
 desktop entries, with their icons, are generated, and XDG_DATA_DIRS names only the folder that
@@ -42,7 +45,8 @@ MEMORY_RUNS = 3
 
 # The margins of each window outside its tiles or rows: left, top, right, bottom.
 OURS, ROFI, APPFINDER = "tavolauncher", "rofi", "xfce4-appfinder"
-INSETS = {OURS: "210,56,12,44", ROFI: "20,70,20,50", APPFINDER: "20,70,20,50"}
+BESIDE = "beside"
+INSETS = {OURS: "210,56,12,44", BESIDE: "210,56,12,44", ROFI: "20,70,20,50", APPFINDER: "20,70,20,50"}
 
 ROFI_THEME = """
 window { width: %dpx; height: %dpx; location: center; anchor: center; padding: 16px; }
@@ -97,8 +101,10 @@ def entry_name(index):
     return first + " " + second + THIRD_WORDS[index // count % len(THIRD_WORDS)]
 
 
-def icon_name(index):
+def icon_name(index, drawings=()):
     """Half have PNG files of their own, one in eight a drawing, the others share a few."""
+    if drawings:
+        return f"drawn-{index:05d}"
     if index % 2 == 0:
         return f"generated-{index:05d}"
     if index % 8 == 1:
@@ -106,14 +112,14 @@ def icon_name(index):
     return f"shared-{index % SHARED_ICONS:02d}"
 
 
-def entry_text(index):
+def entry_text(index, drawings):
     name = entry_name(index)
     lines = ["[Desktop Entry]", "Type=Application", "Version=1.0", f"Name={name}"]
     lines += [f"Name[{language}]={name}" for language in LANGUAGES[index % 7:]]
     lines += [f"GenericName={name.split()[1]}", f"Comment=Work with {name.split()[0].lower()} files"]
     lines += [f"Comment[{language}]={name}: {language} words about what it does"
               for language in LANGUAGES[index % 11:]]
-    lines += ["Exec=/bin/true %U", f"Icon={icon_name(index)}", "Terminal=false",
+    lines += ["Exec=/bin/true %U", f"Icon={icon_name(index, drawings)}", "Terminal=false",
               f"Categories={CATEGORIES[index % len(CATEGORIES)]}",
               "StartupNotify=true", "MimeType=text/plain;image/png;audio/x-wav;"]
     return "\n".join(lines) + "\n"
@@ -151,7 +157,7 @@ def svg(picture):
 """
 
 
-def make_tree(folder, entries):
+def make_tree(folder, entries, drawings=()):
     applications = folder / "applications"
     hicolor = folder / "icons" / "hicolor"
     applications.mkdir(parents=True)
@@ -166,15 +172,17 @@ def make_tree(folder, entries):
         "\n[scalable/apps]\nSize=128\nMinSize=8\nMaxSize=512\nContext=Applications\nType=Scalable\n")
     pictures = {size: [png(size, picture) for picture in range(PICTURES)] for size in PNG_SIZES}
     for index in range(entries):
-        name = icon_name(index)
+        name = icon_name(index, drawings)
         if name.startswith("drawn"):
-            (hicolor / "scalable" / "apps" / f"{name}.svg").write_text(svg(index % PICTURES))
+            (hicolor / "scalable" / "apps" / f"{name}.svg").write_text(
+                drawings[index % len(drawings)] if drawings else svg(index % PICTURES))
         else:
             for size in PNG_SIZES:
                 (hicolor / f"{size}x{size}" / "apps" / f"{name}.png").write_bytes(
                     pictures[size][index % PICTURES])
         stem = entry_name(index).replace(" ", "-").lower()
-        (applications / f"org.example.{stem}.desktop").write_text(entry_text(index))
+        (applications / f"org.example.{stem}.desktop").write_text(
+            entry_text(index, drawings))
     # GTK needs the MIME types and a theme for its own symbols.
     for name in ("mime", "icons/Adwaita"):
         if (installed := pathlib.Path("/usr/share") / name).exists():
@@ -253,7 +261,7 @@ class Desktop:
 class Contest:
     """The starts of the programs with one tree of desktop entries."""
 
-    def __init__(self, desktop, watch, program, tree, caches):
+    def __init__(self, desktop, watch, program, tree, caches, beside=None):
         theme = desktop.folder / "grid.rasi"
         theme.write_text(ROFI_THEME)
         self.commands = {
@@ -261,6 +269,8 @@ class Contest:
             ROFI: ["rofi", "-show", "drun", "-show-icons", "-no-lazy-grab", "-theme", str(theme)],
             APPFINDER: ["xfce4-appfinder", "--disable-server"],
         }
+        if beside:
+            self.commands[BESIDE] = [str(beside)]
         self.desktop, self.watch, self.tree, self.caches = desktop, watch, tree, caches
         self.failures = []
 
@@ -346,10 +356,14 @@ def print_memory(title, findings):
 def measure(desktop, watch, program, arguments, folder):
     failures = []
     looks = []
+    # Files, not the links to them that themes are full of.
+    drawings = [path.read_text() for path in sorted((arguments.drawings or pathlib.Path()).glob("*.svg"))
+                if arguments.drawings and not path.is_symlink()]
     for number, entries in enumerate(arguments.entries):
         tree = folder / f"share-{entries}"
-        make_tree(tree, entries)
-        contest = Contest(desktop, watch, program, tree, folder / f"caches-{entries}")
+        make_tree(tree, entries, drawings)
+        contest = Contest(desktop, watch, program, tree, folder / f"caches-{entries}",
+                          arguments.beside and arguments.beside.resolve())
         for cold in (True, False):
             found = contest.rounds(arguments.runs, cold)
             looks += [one["worstLook"] for runs in found.values() for one in runs]
@@ -400,6 +414,8 @@ def main():
     parser.add_argument("--entries", default=[200, 5000],
                         type=lambda text: [int(part) for part in text.split(",")],
                         help="numbers of desktop entries; memory is taken with the first")
+    parser.add_argument("--beside", type=pathlib.Path, help="another build of the program")
+    parser.add_argument("--drawings", type=pathlib.Path, help="a folder of SVG files")
     parser.add_argument("--desktop", default="", help="XDG_CURRENT_DESKTOP, otherwise not set")
     arguments = parser.parse_args()
     return measured(arguments, ("Xvfb", "dbus-daemon", "openbox", "xprop"), arguments.desktop,
