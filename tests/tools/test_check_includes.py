@@ -18,7 +18,7 @@ FORBIDDEN = (
     ("platform/linux/wayland/WaylandSession.cpp", '#include "platform/linux/x11/XSettings.h"'),
     ("platform/linux/opening/LinuxWorkspace.cpp", '#include "platform/linux/x11/XcbWindows.h"'),
     ("platform/linux/icons/IconTheme.cpp", '#include "platform/linux/x11/XcbWindows.h"'),
-    ("platform/linux/store/SqliteTable.cpp", '#include "platform/linux/dbus/SessionBus.h"'),
+    ("platform/linux/store/SqliteDatabase.cpp", '#include "platform/linux/dbus/SessionBus.h"'),
     ("platform/linux/tray/DBusMenu.cpp", '#include "platform/linux/session/WindowListing.h"'),
     ("ui/grid/TileGrid.cpp", '#include "ui/sidebar/SidebarList.h"'),
     ("ui/look/Symbols.cpp", '#include "ui/controls/Sheet.h"'),

@@ -197,7 +197,7 @@ SqliteOutcome SqliteStoreFile::open(const Identity& identity, Deadline until, Mi
     if (!hasSoundSideFiles(file)) {
         return {Kind::Refused, "its journal is not a file"};
     }
-    auto table = std::make_unique<SqliteTable>();
+    auto table = std::make_unique<SqliteDatabase>();
     SqliteOutcome outcome = table->open(file, until);
     if (outcome.kind == Kind::Blank && missing == Missing::Create) {
         outcome = table->create(until);

@@ -20,7 +20,7 @@
 
 #include <sys/types.h>
 
-#include "platform/linux/store/SqliteTable.h"
+#include "platform/linux/store/SqliteDatabase.h"
 
 namespace tavo {
 
@@ -69,7 +69,7 @@ private:
     void close() { table_.reset(); }
 
     std::string file_;
-    std::unique_ptr<SqliteTable> table_;
+    std::unique_ptr<SqliteDatabase> table_;
     Identity identity_;    // of the file behind table_
     bool locked_ = false;  // the last read gave up waiting
     std::set<std::string, std::less<>>

@@ -1,4 +1,5 @@
-// The table key · type · value in one open SQLite database: what the defaults store's file holds.
+// One open SQLite database and its table key · type · value: what the file of the defaults store
+// holds.
 //
 // The database has a rollback journal and synchronous=EXTRA, so that a write is on disk when it
 // returns and the folder holds no second file between two writes. Defensive mode is on and the
@@ -39,11 +40,11 @@ struct SqliteOutcome {
     [[nodiscard]] bool done() const { return kind == Kind::Done; }
 };
 
-class SqliteTable {
+class SqliteDatabase {
 public:
-    SqliteTable() = default;
-    SqliteTable(const SqliteTable&) = delete;
-    SqliteTable& operator=(const SqliteTable&) = delete;
+    SqliteDatabase() = default;
+    SqliteDatabase(const SqliteDatabase&) = delete;
+    SqliteDatabase& operator=(const SqliteDatabase&) = delete;
 
     // Opens the database in `file`, which must exist, rolls back what a killed writer left
     // unfinished, and checks the whole content. A database in WAL mode gets a rollback journal,

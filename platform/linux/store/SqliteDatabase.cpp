@@ -1,4 +1,4 @@
-#include "platform/linux/store/SqliteTable.h"
+#include "platform/linux/store/SqliteDatabase.h"
 
 #include <charconv>
 #include <cstring>
@@ -61,15 +61,15 @@ std::string columnBlob(sqlite3_stmt* statement, int column) {
 
 }  // namespace
 
-void SqliteTable::CloseDatabase::operator()(sqlite3* database) const {
+void SqliteDatabase::CloseDatabase::operator()(sqlite3* database) const {
     sqlite3_close(database);
 }
 
-void SqliteTable::FinalizeStatement::operator()(sqlite3_stmt* statement) const {
+void SqliteDatabase::FinalizeStatement::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
 }
 
-SqliteOutcome SqliteTable::open(const std::string& file, Deadline until) {
+SqliteOutcome SqliteDatabase::open(const std::string& file, Deadline until) {
     file_ = file;
     until_ = until;
     sqlite3* database = nullptr;
@@ -85,7 +85,7 @@ SqliteOutcome SqliteTable::open(const std::string& file, Deadline until) {
     return inspect();
 }
 
-SqliteOutcome SqliteTable::create(Deadline until) {
+SqliteOutcome SqliteDatabase::create(Deadline until) {
     until_ = until;
     const int code =
         run("CREATE TABLE IF NOT EXISTS defaults ("
@@ -93,7 +93,7 @@ SqliteOutcome SqliteTable::create(Deadline until) {
     return code == SQLITE_OK ? inspect() : outcomeOf(code);
 }
 
-SqliteOutcome SqliteTable::inspect() {
+SqliteOutcome SqliteDatabase::inspect() {
     // One transaction: no other process may write between two of the checks.
     if (const int code = run("BEGIN"); code != SQLITE_OK) {
         return outcomeOf(code);
@@ -111,7 +111,7 @@ SqliteOutcome SqliteTable::inspect() {
     return outcomeOf(run("PRAGMA synchronous = EXTRA"));
 }
 
-SqliteOutcome SqliteTable::inspectLocked() {
+SqliteOutcome SqliteDatabase::inspectLocked() {
     // Triggers, views and virtual tables run code when a table is used: this program makes none.
     std::string schema;
     std::string pageSize;
@@ -159,8 +159,8 @@ SqliteOutcome SqliteTable::inspectLocked() {
     return {schema == "blank" ? Kind::Blank : Kind::Done, {}};
 }
 
-SqliteOutcome SqliteTable::read(std::string_view key, std::optional<SqliteRow>& row,
-                                Deadline until) {
+SqliteOutcome SqliteDatabase::read(std::string_view key, std::optional<SqliteRow>& row,
+                                   Deadline until) {
     until_ = until;
     sqlite3_stmt* const statement = select_.get();
     const Reset reset(statement);
@@ -180,7 +180,7 @@ SqliteOutcome SqliteTable::read(std::string_view key, std::optional<SqliteRow>& 
     return {};
 }
 
-SqliteOutcome SqliteTable::write(std::string_view key, const SqliteRow& row, Deadline until) {
+SqliteOutcome SqliteDatabase::write(std::string_view key, const SqliteRow& row, Deadline until) {
     until_ = until;
     sqlite3_stmt* const statement = replace_.get();
     const Reset reset(statement);
@@ -199,7 +199,7 @@ SqliteOutcome SqliteTable::write(std::string_view key, const SqliteRow& row, Dea
     return outcomeOf(code);
 }
 
-SqliteOutcome SqliteTable::copyTo(const std::string& file, Deadline until) {
+SqliteOutcome SqliteDatabase::copyTo(const std::string& file, Deadline until) {
     until_ = until;
     Statement vacuum;
     int code = prepare("VACUUM INTO ?1", vacuum);
@@ -212,11 +212,11 @@ SqliteOutcome SqliteTable::copyTo(const std::string& file, Deadline until) {
     return outcomeOf(code);
 }
 
-bool SqliteTable::isReadOnly() const {
+bool SqliteDatabase::isReadOnly() const {
     return sqlite3_db_readonly(database_.get(), "main") != 0;
 }
 
-int SqliteTable::prepare(const char* text, Statement& statement) {
+int SqliteDatabase::prepare(const char* text, Statement& statement) {
     sqlite3_stmt* prepared = nullptr;
     const int code = sqlite3_prepare_v3(database_.get(), text, -1, SQLITE_PREPARE_PERSISTENT,
                                         &prepared, nullptr);
@@ -225,7 +225,7 @@ int SqliteTable::prepare(const char* text, Statement& statement) {
 }
 
 // SQLITE_OK, or what went wrong. `answer`: the first column of the first row.
-int SqliteTable::run(const char* text, std::string* answer) {
+int SqliteDatabase::run(const char* text, std::string* answer) {
     Statement statement;
     if (const int code = prepare(text, statement); code != SQLITE_OK) {
         return code;
@@ -237,7 +237,7 @@ int SqliteTable::run(const char* text, std::string* answer) {
     return code == SQLITE_ROW || code == SQLITE_DONE ? SQLITE_OK : code;
 }
 
-SqliteOutcome SqliteTable::outcomeOf(int code) const {
+SqliteOutcome SqliteDatabase::outcomeOf(int code) const {
     switch (code & 0xff) {
         case SQLITE_OK:
         case SQLITE_ROW:
