@@ -37,7 +37,7 @@
 #include "platform/qt/TerminationSignals.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/controls/CursorBlinkTimeout.h"
-#include "ui/look/DesktopPalette.h"
+#include "ui/look/AppliedDesktopSettings.h"
 #include "ui/look/QtTexts.h"
 #include "ui/window/ApplicationIcon.h"
 #include "ui/window/FirstFrame.h"
@@ -134,10 +134,11 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
                                          .mainQueue = *mainQueue_},
                                         window_.get());
     window_->setContent(view);
-    look_ = std::make_unique<DesktopPalette>(*settings_, [this, view](const std::string& name) {
-        icons_->preferTheme(name);
-        view->refreshIcons();
-    });
+    look_ =
+        std::make_unique<AppliedDesktopSettings>(*settings_, [this, view](const std::string& name) {
+            icons_->preferTheme(name);
+            view->refreshIcons();
+        });
     const auto refreshIcons = [view] { view->refreshIcons(); };
     if ((xSettings_ = watchXSettings())) {
         iconChanges_.push_back(xSettings_->changed.subscribe(refreshIcons));

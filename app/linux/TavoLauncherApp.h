@@ -16,7 +16,7 @@ class Compositing;
 class CursorBlinkTimeout;
 class DefaultsStore;
 class DesktopEntryIndex;
-class DesktopPalette;
+class AppliedDesktopSettings;
 class DesktopSettings;
 class FileManager;
 class KdeIconChanges;
@@ -66,7 +66,7 @@ private:
     std::unique_ptr<Compositing> compositing_;
     std::unique_ptr<CursorBlinkTimeout> cursorBlinking_;
     std::unique_ptr<LauncherWindow> window_;
-    std::unique_ptr<DesktopPalette> look_;
+    std::unique_ptr<AppliedDesktopSettings> look_;
     std::unique_ptr<XSettingsWatch> xSettings_;
     std::unique_ptr<KdeIconChanges> kdeIcons_;
     std::vector<Subscription> iconChanges_;

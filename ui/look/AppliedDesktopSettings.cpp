@@ -1,4 +1,4 @@
-#include "ui/look/DesktopPalette.h"
+#include "ui/look/AppliedDesktopSettings.h"
 
 #include <QApplication>
 #include <utility>
@@ -19,24 +19,24 @@ void useScheme(ColorScheme scheme) {
 
 }  // namespace
 
-DesktopPalette::DesktopPalette(DesktopSettings& settings, UseIconTheme useIconTheme)
+AppliedDesktopSettings::AppliedDesktopSettings(DesktopSettings& settings, UseIconTheme useIconTheme)
     : settings_(settings),
       useIconTheme_(std::move(useIconTheme)),
       changes_(settings.changed.subscribe([this] { follow(); })) {
     follow();
 }
 
-DesktopPalette::~DesktopPalette() {
+AppliedDesktopSettings::~AppliedDesktopSettings() {
     useScheme(ColorScheme::NoPreference);
     setReducedMotion(false);
 }
 
-void DesktopPalette::awaitDesktop() {
+void AppliedDesktopSettings::awaitDesktop() {
     settings_.awaitFirstAnswer(kPatience);
     follow();
 }
 
-void DesktopPalette::follow() {
+void AppliedDesktopSettings::follow() {
     const DesktopPreferences before = std::exchange(shown_, settings_.preferences());
     if (shown_.colorScheme != before.colorScheme) {
         useScheme(shown_.colorScheme);

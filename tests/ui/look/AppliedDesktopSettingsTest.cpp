@@ -5,8 +5,8 @@
 
 #include "tests/fakes/FakeDesktopSettings.h"
 #include "ui/look/Appearance.h"
+#include "ui/look/AppliedDesktopSettings.h"
 #include "ui/look/Contrast.h"
-#include "ui/look/DesktopPalette.h"
 #include "ui/look/Motion.h"
 
 namespace tavo {
@@ -18,23 +18,23 @@ bool isDark(const QWidget& widget) {
     return Appearance(widget.palette()).dark;
 }
 
-class DesktopPaletteTest : public testing::Test {
+class AppliedDesktopSettingsTest : public testing::Test {
 protected:
     const QPalette platforms = QApplication::palette();
-    ~DesktopPaletteTest() override { setReducedMotion(true); }
+    ~AppliedDesktopSettingsTest() override { setReducedMotion(true); }
 
     FakeDesktopSettings settings;
     QWidget widget;
 };
 
-TEST_F(DesktopPaletteTest, is_the_platforms_own_where_the_user_prefers_none) {
-    const DesktopPalette look(settings);
+TEST_F(AppliedDesktopSettingsTest, is_the_platforms_own_where_the_user_prefers_none) {
+    const AppliedDesktopSettings look(settings);
     EXPECT_EQ(QApplication::palette(), platforms);
 }
 
-TEST_F(DesktopPaletteTest, is_dark_or_light_from_the_start_and_follows_live) {
+TEST_F(AppliedDesktopSettingsTest, is_dark_or_light_from_the_start_and_follows_live) {
     settings.choose({ColorScheme::Dark, false, ""});
-    const DesktopPalette look(settings);
+    const AppliedDesktopSettings look(settings);
     EXPECT_TRUE(isDark(widget));
     settings.choose({ColorScheme::Light, false, ""});
     EXPECT_FALSE(isDark(widget));
@@ -44,23 +44,23 @@ TEST_F(DesktopPaletteTest, is_dark_or_light_from_the_start_and_follows_live) {
     EXPECT_EQ(QApplication::palette(), platforms);
 }
 
-TEST_F(DesktopPaletteTest, keeps_the_accent_of_the_platform) {
+TEST_F(AppliedDesktopSettingsTest, keeps_the_accent_of_the_platform) {
     for (const ColorScheme scheme : {ColorScheme::Dark, ColorScheme::Light}) {
         settings.choose({scheme, false, ""});
-        const DesktopPalette look(settings);
+        const AppliedDesktopSettings look(settings);
         EXPECT_EQ(QApplication::palette().color(QPalette::Highlight),
                   platforms.color(QPalette::Highlight));
     }
 }
 
-TEST_F(DesktopPaletteTest, is_readable_in_qts_own_widgets_too) {
+TEST_F(AppliedDesktopSettingsTest, is_readable_in_qts_own_widgets_too) {
     struct Pair {
         QPalette::ColorRole text;
         QPalette::ColorRole background;
     };
     for (const ColorScheme scheme : {ColorScheme::Dark, ColorScheme::Light}) {
         settings.choose({scheme, false, ""});
-        const DesktopPalette look(settings);
+        const AppliedDesktopSettings look(settings);
         const QPalette palette = QApplication::palette();
         for (const Pair& pair : {Pair{QPalette::WindowText, QPalette::Window},
                                  {QPalette::Text, QPalette::Base},
@@ -75,17 +75,17 @@ TEST_F(DesktopPaletteTest, is_readable_in_qts_own_widgets_too) {
     }
 }
 
-TEST_F(DesktopPaletteTest, waits_for_a_desktop_that_is_about_to_answer) {
+TEST_F(AppliedDesktopSettingsTest, waits_for_a_desktop_that_is_about_to_answer) {
     settings.answerLate({ColorScheme::Dark, true, ""});
-    DesktopPalette look(settings);
+    AppliedDesktopSettings look(settings);
     EXPECT_FALSE(isDark(widget));
     look.awaitDesktop();
     EXPECT_TRUE(isDark(widget));
     EXPECT_TRUE(reducedMotion());
 }
 
-TEST_F(DesktopPaletteTest, moves_nothing_for_who_wants_less_motion) {
-    const DesktopPalette look(settings);
+TEST_F(AppliedDesktopSettingsTest, moves_nothing_for_who_wants_less_motion) {
+    const AppliedDesktopSettings look(settings);
     EXPECT_FALSE(reducedMotion());
     settings.choose({ColorScheme::NoPreference, true, ""});
     EXPECT_TRUE(reducedMotion());
@@ -93,10 +93,10 @@ TEST_F(DesktopPaletteTest, moves_nothing_for_who_wants_less_motion) {
     EXPECT_FALSE(reducedMotion());
 }
 
-TEST_F(DesktopPaletteTest, names_the_icon_theme_when_it_is_told_another) {
+TEST_F(AppliedDesktopSettingsTest, names_the_icon_theme_when_it_is_told_another) {
     settings.choose({ColorScheme::NoPreference, false, "Papirus"});
     std::vector<std::string> themes;
-    DesktopPalette look(settings, [&](const std::string& name) { themes.push_back(name); });
+    AppliedDesktopSettings look(settings, [&](const std::string& name) { themes.push_back(name); });
     look.awaitDesktop();
     settings.choose({ColorScheme::Dark, false, "Papirus"});
     settings.choose({ColorScheme::Dark, false, "breeze"});
@@ -104,9 +104,9 @@ TEST_F(DesktopPaletteTest, names_the_icon_theme_when_it_is_told_another) {
     EXPECT_EQ(themes, (std::vector<std::string>{"Papirus", "breeze", ""}));
 }
 
-TEST_F(DesktopPaletteTest, ends_with_the_platforms_own) {
+TEST_F(AppliedDesktopSettingsTest, ends_with_the_platforms_own) {
     settings.choose({ColorScheme::Dark, true, ""});
-    { const DesktopPalette look(settings); }
+    { const AppliedDesktopSettings look(settings); }
     EXPECT_EQ(QApplication::palette(), platforms);
     EXPECT_FALSE(reducedMotion());
 }
