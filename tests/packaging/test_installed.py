@@ -1,6 +1,8 @@
+import contextlib
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
@@ -8,13 +10,14 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "desktop"))
 
 import harness  # noqa: E402
 from documents import dead_links  # noqa: E402
-from harness import DesktopTest  # noqa: E402
+from harness import DesktopTest, processes_below, wait_until  # noqa: E402
 
 ID = "org.tavolauncher.TavoLauncher"
 SIDES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 FILES = {
     "bin/tavolauncher",
     f"{os.environ['TAVO_LIBRARIES']}/tavolauncher/libtavolauncher.so",
+    "libexec/tavolauncher/icon-renderer",
     f"etc/xdg/autostart/{ID}.desktop",
     f"share/applications/{ID}.desktop",
     f"share/dbus-1/services/{ID}.service",
@@ -70,16 +73,30 @@ class Installed(DesktopTest):
                          ["[D-BUS Service]", f"Name={ID}", f"Exec={self.prefix}/bin/tavolauncher"])
 
     def test_it_finds_its_files_and_still_does_when_moved_as_a_whole(self):
-        self.desktop.entry("Ananas")
+        self.desktop.icon("tavo-test-square")
+        self.desktop.entry("Ananas", Icon="tavo-test-square")
         launcher = self.start(self.prefix / "bin/tavolauncher")
         launcher.await_tiles(["Ananas"])
+        self.await_renderer(launcher)
         self.assertEqual(launcher.quit(), 0)
 
+        shutil.rmtree(self.desktop.home / ".cache/tavolauncher")
         moved = self.desktop.folder / "moved"
         self.prefix.rename(moved)
         launcher = self.start(moved / "bin/tavolauncher")
         launcher.await_tiles(["Ananas"])
+        self.await_renderer(launcher)
         self.assertEqual(launcher.quit(), 0)
+
+    def await_renderer(self, launcher):
+        """Waits until the program has started the icon renderer of its own installation."""
+        def programs():
+            for pid in processes_below(launcher.process.pid):
+                with contextlib.suppress(OSError):
+                    yield os.readlink(f"/proc/{pid}/exe")
+        bin_folder = pathlib.Path(os.readlink(f"/proc/{launcher.process.pid}/exe")).parent
+        wanted = str(bin_folder.parent / "libexec/tavolauncher/icon-renderer")
+        wait_until(lambda: wanted in programs(), f"the program {wanted}")
 
     def test_it_finds_its_files_through_a_link_to_it(self):
         link = self.desktop.programs / "tavo"
