@@ -56,7 +56,7 @@ private:
     AccessibleList& list_;
 };
 
-// The button in an item. The item ends it when it ends itself.
+// The button in an item. The item's destructor deletes it.
 class ItemButton final : public Part {
 public:
     ItemButton(AccessibleList& list, Item& item) : Part(list), item_(item) {}
@@ -98,7 +98,8 @@ public:
     Item(AccessibleList& list, int index);
     ~Item() override;
 
-    // Also true while the end of the item is announced: Qt announces nothing about invalid objects.
+    // Also true while clients are told that the item is gone: Qt tells them nothing about invalid
+    // objects.
     bool isValid() const override { return ends || inList(); }
     QAccessibleInterface* parent() const override;
     QAccessibleInterface* child(int index) const override;
@@ -115,7 +116,7 @@ public:
     [[nodiscard]] std::optional<AccessibleItems::Button> shownButton() const {
         return inList() ? items()->itemButton(index) : std::nullopt;
     }
-    // Announces what has changed since the last time.
+    // Announces what has changed of name, description and button since they were last announced.
     void tellDetails();
     void buttonEnds() { button_ = nullptr; }
 
@@ -262,9 +263,9 @@ public:
     [[nodiscard]] QWidget& listWidget() const { return *widget(); }
 
 private:
-    // The most new items to announce: no screen reader reads out thousands, and each takes time.
-    // They are announced one by one, because the event that Qt makes of a reordered list is
-    // malformed.
+    // How many new items are announced at most: no screen reader reads out thousands, and each
+    // takes time. They are announced one by one, because the event that Qt makes of a reordered
+    // list is malformed.
     static constexpr std::size_t kMostNews = 32;
 
     void tellChildren(const std::unordered_multimap<std::string, Item*>& gone,

@@ -34,7 +34,7 @@ public:
 
     [[nodiscard]] virtual int itemCount() const = 0;
     // Identifies the item when its position or its name changes. Of items with equal keys, the
-    // first one keeps the first object.
+    // first one keeps the first accessible object.
     [[nodiscard]] virtual const std::string& itemKey(int index) const = 0;
     [[nodiscard]] virtual QString itemName(int index) const = 0;
     [[nodiscard]] virtual QString itemDescription(int) const { return {}; }
@@ -76,7 +76,7 @@ void setAccessibleRole(QWidget& widget, QAccessible::Role role);
 // nothing while no accessibility client is connected.
 void announceItems(QWidget& widget);                   // items were added, removed or moved
 void announceItemDetails(QWidget& widget);             // names, descriptions or buttons changed
-void announceItemDetails(QWidget& widget, int index);  // those of one item changed
+void announceItemDetails(QWidget& widget, int index);  // name, description or button of one changed
 void announceFocus(QWidget& widget, int index);        // the item has the keyboard focus
 void announceSelection(QWidget& widget, int index);    // the item was selected or deselected
 
