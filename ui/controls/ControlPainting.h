@@ -35,7 +35,7 @@ inline constexpr int kEntryArrow = 20;     // the width of a submenu's arrow
 inline constexpr int kWidestEntry = 420;   // longer texts end with an ellipsis
 inline constexpr int kDivider = 11;        // the height of a separator
 inline constexpr int kScrollBar = 10;      // the width of a scroll bar
-inline constexpr int kScrollThumb = 6;     // the width of its thumb
+inline constexpr int kScrollThumb = 6;     // the width of a scroll bar's thumb
 inline constexpr int kShortestThumb = 28;
 
 // A box with round corners; the border is painted inside `rect`.

@@ -49,14 +49,14 @@ void ItemView::wheelEvent(QWheelEvent* event) {
     }
 }
 
-// The second press of a double click is a press like the first. Passed on, it would start a move of
-// the window.
+// Handles the second press of a double click like the first. Passed on, it would make the window
+// start to move.
 void ItemView::mouseDoubleClickEvent(QMouseEvent* event) {
     mousePressEvent(event);
 }
 
-// Scrolls only for Tab. When the window or a closed menu gives the focus back, the items under the
-// pointer must not move.
+// Scrolls to the current item only when Tab has brought the focus here. When the window or a closed
+// menu gives the focus back, the items under the pointer must not move.
 void ItemView::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
     const bool byTab =

@@ -22,7 +22,7 @@ namespace {
 
 using namespace controls;
 
-// The names of Qt's private window classes.
+// These functions compare with the names of Qt's private classes, whose headers are not public.
 bool isToolTip(const QWidget* widget) {
     return widget != nullptr && widget->inherits("QTipLabel");
 }
@@ -43,7 +43,7 @@ bool isBlended(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_TranslucentBackground);
 }
 
-// The last result is kept: an Appearance takes time to compute, and is mostly asked for again with
+// Keeps the last result: an Appearance takes time to compute, and is mostly asked for again with
 // the same palette.
 Appearance appearanceOf(const QPalette& palette) {
     static QPalette last = palette;
@@ -74,7 +74,7 @@ private:
     QPainter& painter_;
 };
 
-// Built from rows of whole pixels, because QRegion rounds the corners of a polygon badly.
+// Built from rows of whole pixels, because a QRegion made of a polygon has badly rounded corners.
 QRegion roundedRegion(const QRect& rect, int radius) {
     QRegion region(rect.adjusted(0, radius, 0, -radius));
     for (int row = 0; row < radius; ++row) {

@@ -19,7 +19,8 @@ constexpr int kBesideControl = 4;
 constexpr int kTooMany = 500;  // a menu with more entries is higher than any screen
 constexpr qint64 kTypingPauseMs = 1000;
 
-// Draws a symbol in the colour of the text beside it, as the palette is when it is painted.
+// Draws a symbol in the colour of the text beside it. The colour follows the menu's palette, which
+// may change while the menu is open.
 class SymbolEngine final : public QIconEngine {
 public:
     SymbolEngine(QString symbol, const QWidget& menu) : symbol_(std::move(symbol)), menu_(&menu) {}
@@ -132,8 +133,8 @@ void PopupMenu::setVisible(bool visible) {
     QMenu::setVisible(visible && !isEmpty());
 }
 
-// Chosen with the pointer or a key, the menus are closed already. Chosen by an accessibility
-// client, they are still open.
+// Closes the menus before it calls the entry's function. When an accessibility client chose the
+// entry, they are still open; after the pointer or a key, Qt has closed them already.
 void PopupMenu::choose(const std::function<void()>& chosen) {
     const auto act = chosen;  // a copy, because closing the menu may delete it
     for (QWidget* menu = this; dynamic_cast<PopupMenu*>(menu) != nullptr;

@@ -84,7 +84,7 @@ QWidget* SearchField::line() const {
     return line_;
 }
 
-// Ignores repeated Return events, which come while the key is held down: for example one that has
+// Ignores repeated Return events, which come while the key is held down: the Return key that has
 // just closed a sheet must not open an application.
 bool SearchField::eventFilter(QObject*, QEvent* event) {
     if (event->type() != QEvent::KeyPress) {

@@ -94,7 +94,7 @@ void Sheet::present() {
     raise();
     firstFocus().setFocus(Qt::PopupFocusReason);
     coverParent(true);
-    // For the Return key, which a focused button would handle first otherwise.
+    // For the Return key: without this event filter, a focused button would handle it first.
     qApp->installEventFilter(this);
     announce(*this, QAccessible::DialogStart);
 }
@@ -106,7 +106,7 @@ void Sheet::withdraw() {
     qApp->removeEventFilter(this);
     announce(*this, QAccessible::DialogEnd);
     coverParent(false);
-    // Before hiding: else Qt would move the focus to the next widget, in the sheet itself.
+    // Before hiding: else Qt would move the focus to the next widget, which is in this sheet.
     if (returnFocusTo_ != nullptr) {
         returnFocusTo_->setFocus(Qt::PopupFocusReason);
         returnFocusTo_ = nullptr;
@@ -139,7 +139,9 @@ bool Sheet::eventFilter(QObject* object, QEvent* event) {
            takeReturn(qobject_cast<QWidget*>(object), static_cast<const QKeyEvent&>(*event));
 }
 
-// False for keys in popups, such as the list of a combo box, which are windows of their own.
+// Takes a Return key that is meant for a widget of the sheet, and calls submit() unless the key
+// repeats. False for other keys, and for keys in popups such as the list of a combo box, which are
+// windows of their own.
 bool Sheet::takeReturn(const QWidget* receiver, const QKeyEvent& key) {
     if ((key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter) || receiver == nullptr ||
         receiver->window() != window() || (receiver != this && !isAncestorOf(receiver))) {

@@ -15,7 +15,7 @@ public:
 
     static constexpr int kMargin = 6;
 
-    // Without a symbol if `symbol` is empty.
+    // Shows no symbol if `symbol` is empty.
     SymbolButton(QStringView symbol, const QString& text, const QString& toolTip, QWidget* parent);
 
     void setFontSize(int size);

@@ -17,7 +17,7 @@ constexpr int kWidth = 10;
 constexpr int kThumbWidth = 5;
 constexpr int kShortestThumb = 36;
 constexpr int kEnds = 4;           // space above and below the thumb
-constexpr int kNear = 24;          // from the right edge of the area
+constexpr int kNear = 24;          // the bar shows for a pointer this close to the right edge
 constexpr int kFadeDelayMs = 900;  // how long the bar stays after the last movement
 
 }  // namespace
@@ -104,7 +104,7 @@ void ThinScrollBar::fade(double opacity) {
 
 void ThinScrollBar::setOpacity(double opacity) {
     opacity_ = opacity;
-    // The pointer can use the bar while it fades in or out.
+    // Visible while it fades in or out, too, so that the pointer can use it.
     setVisible(opacity_ > 0 || aim_ > 0);
     update();
 }
@@ -138,7 +138,8 @@ bool ThinScrollBar::event(QEvent* event) {
             break;
         case QEvent::Hide:
         case QEvent::EnabledChange:
-            // A bar that gets hidden receives no leave and no release events.
+            // A bar that gets hidden receives no leave and no release events, which would reset
+            // these.
             near_ = over_ = held_ = false;
             fadeSoon();
             break;
