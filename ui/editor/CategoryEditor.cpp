@@ -203,7 +203,7 @@ void CategoryEditor::add() {
         return;
     }
     categories_.emplace_back(name);
-    // The focus may be on the Add button, which is disabled once the field is empty.
+    // The focus may be on the Add button, which is disabled as soon as the field is empty.
     newNameField_->setFocus(Qt::OtherFocusReason);
     newNameField_->clear();
     showCategories();
@@ -213,8 +213,8 @@ void CategoryEditor::add() {
 void CategoryEditor::remove(const LauncherCategory& category) {
     const int index = rows_->indexOf(window()->focusWidget());
     if (index >= 0) {
-        // Before the row is deleted, which would pass the focus on to the row after it and scroll
-        // there.
+        // Moves the focus out of the row before the row is deleted: Qt would pass the focus on to
+        // the next row and scroll there.
         newNameField_->setFocus(Qt::OtherFocusReason);
     }
     std::erase_if(categories_, [&](const auto& other) { return other.id == category.id; });
@@ -222,7 +222,7 @@ void CategoryEditor::remove(const LauncherCategory& category) {
     if (index < 0) {
         return;
     }
-    // The row that had the focus is gone or has moved.
+    // Moves the focus to the delete button of the row that took the deleted one's place.
     if (!categories_.empty()) {
         rows_->rowAt(std::min(index, rows_->rowCount() - 1), true)
             .controls()
@@ -255,7 +255,8 @@ void CategoryEditor::submit() {
     }
 }
 
-// The rows in order, then the widgets below them. Rows that do not exist yet are made on the way.
+// Moves the focus through the rows in order, then through the widgets below them. Makes the rows
+// that do not exist yet.
 bool CategoryEditor::focusNextPrevChild(bool next) {
     QWidget* const focus = window()->focusWidget();
     const int count = static_cast<int>(CategoryEditorRow::kControls);

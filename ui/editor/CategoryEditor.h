@@ -42,8 +42,8 @@ protected:
 
 private:
     // Bindings for a row. They look the category up by its id each time, so that they stay valid
-    // when categories are added or deleted. When the category is gone they read as empty and store
-    // nothing; keywords alone are still stored.
+    // when categories are added or deleted. The name and the parent of a deleted category read as
+    // empty and are not stored; its keywords still are.
     [[nodiscard]] Binding<std::string> binding(const LauncherCategory& category);
     [[nodiscard]] Binding<std::optional<std::string>> parentBinding(
         const LauncherCategory& category);
