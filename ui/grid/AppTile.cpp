@@ -61,13 +61,13 @@ QRect AppTile::iconRect(const QRect& tile) {
 }
 
 QRect AppTile::mainRect(const QRect& tile) {
-    // Extends into the spaces beside a narrow tile, as a long name may.
+    // Wider than a narrow tile: a long name may extend into the spaces beside it.
     return {tile.center().x() - kLargestName / 2, tile.top(), kLargestName,
             kIconSide + kTileSpacing + nameHeight()};
 }
 
 QRect AppTile::starRect(const QRect& tile) {
-    // Wider than the star, which would be hard to hit at twelve pixels.
+    // The area to press is wider than the star, which would be hard to hit at twelve pixels.
     constexpr int kTarget = 24;
     return {tile.center().x() - kTarget / 2, tile.bottom() + 1 - kStarHeight - kTileSpacing / 2,
             kTarget, kStarHeight + kTileSpacing};

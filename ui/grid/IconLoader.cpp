@@ -22,10 +22,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr unsigned kMostWorkers = 2;
-// Workers that wait for a disk, beyond which the others wait too.
+// At most so many late workers are replaced by new ones. If more wait for a disk, the other icons
+// wait too.
 constexpr unsigned kMostLate = 8;
 constexpr auto kBetweenLooks = 300ms;
-constexpr int kMostLooks = 4;  // after which an icon is late
+constexpr int kMostLooks = 4;  // an icon that was seen under way so often is late
 constexpr auto kIdleTime = 5s;
 constexpr auto kFarewell = 200ms;
 
@@ -45,18 +46,18 @@ QImage toImage(const IconImage& icon) {
 
 }  // namespace
 
-// What the loader and its workers have in common. A worker that finishes after the loader has ended
-// finds that out here and drops its icon.
+// What the loader and its workers share. A worker that finishes after the loader's destructor has
+// run learns that from `ended` and drops its icon.
 struct IconLoader::Shared {
     struct Work {
         Request request;
-        int looks = 0;  // how often it was seen under way
+        int looks = 0;  // how often watchWorkers() found it unfinished
 
         [[nodiscard]] bool late() const { return looks >= kMostLooks; }
     };
 
     std::shared_ptr<IconSource> source;
-    std::function<void()> answered;  // called with the mutex, for the first answer in the list
+    std::function<void()> answered;  // called for the first of `answers`, with the mutex locked
 
     std::mutex mutex;
     std::condition_variable changed;
@@ -124,17 +125,18 @@ void IconLoader::refresh() {
     want(std::exchange(wanted_, {}), scale_);
 }
 
-// With the mutex.
+// To be called with the mutex locked.
 void IconLoader::startWorker() {
     ++shared_->workers;
-    // Not joined: it may wait for a disk when the program ends.
+    // Not joined: the thread may still wait for a disk when the program ends.
     std::thread([shared = shared_] { work(shared); }).detach();
 }
 
 void IconLoader::work(const std::shared_ptr<Shared>& shared) {
     std::unique_lock lock(shared->mutex);
     const auto needed = [&] { return shared->ended || !shared->requests.empty(); };
-    // A worker that was late has been replaced.
+    // A late worker has been replaced. Once it has its icon after all there is one worker too many,
+    // and one ends.
     while (shared->workers - shared->lateWorkers() <= kMostWorkers) {
         if (!shared->changed.wait_for(lock, kIdleTime, needed)) {
             if (shared->workers > 1) {
@@ -193,7 +195,7 @@ void IconLoader::keep(Answer answer) {
     loaded.emit(answer.request.path);
 }
 
-// Looks after the workers from time to time while they have work.
+// While workers have something to do, looks every 300 ms whether one of them is late.
 void IconLoader::watchWorkers() {
     if (std::exchange(watching_, true)) {
         return;

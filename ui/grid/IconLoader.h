@@ -18,15 +18,15 @@ class IconSource;
 // Asks an IconSource for icons on worker threads, adds the shadow, and keeps the icons of the tiles
 // in view and of those around them. Main thread, apart from its workers.
 //
-// An icon that takes longer than a second is the generic one until it comes, and another worker
-// goes on with the others: a disk that does not answer costs the icons on it. Workers end after
-// five seconds without work, and the source rests then.
+// An icon that takes longer than a second is shown as the generic one until it comes, and another
+// worker goes on with the other icons: a disk that does not answer costs only the icons on it.
+// Workers end after five seconds without work; the last of them calls IconSource::rest().
 class IconLoader {
 public:
     // `mainQueue` outlives the loader. The source may outlive both: a worker that waits for a disk
     // holds on to it.
     IconLoader(std::shared_ptr<IconSource> source, MainQueue& mainQueue);
-    // Waits 0.2 seconds at most for what the workers have begun.
+    // Waits 0.2 seconds at most for the icons that the workers have begun.
     ~IconLoader();
     IconLoader(const IconLoader&) = delete;
     IconLoader& operator=(const IconLoader&) = delete;
@@ -39,8 +39,8 @@ public:
     // of scale the icon of the old scale, until the new one is loaded. Null if there is none yet.
     [[nodiscard]] const QImage* find(const std::string& path) const;
 
-    // To be called when icons may have changed. Those that are wanted are loaded again at once, the
-    // others the next time that they are; the old ones are used until then.
+    // To be called when icons may have changed. Wanted icons are loaded again at once, others when
+    // want() next names them. Until then find() returns the old ones.
     void refresh();
 
     // Emitted with the path whose icon has been loaded.
@@ -76,10 +76,10 @@ private:
     MainThreadPoster poster_;
     std::unordered_map<std::string, Loaded> icons_;
     std::vector<std::string> wanted_;
-    double scale_ = 1;  // that of the last want()
+    double scale_ = 1;  // the scale of the last want()
     std::uint64_t generation_ = 0;
     bool watching_ = false;
-    std::shared_ptr<Shared> shared_;  // with the workers
+    std::shared_ptr<Shared> shared_;  // shared with the workers
 };
 
 }  // namespace tavo

@@ -210,16 +210,16 @@ TileGrid::Target TileGrid::targetAt(QPoint viewportPoint) const {
     return {index, AppTile::mainRect(tile).contains(point) ? Part::Main : Part::None};
 }
 
-// Updates the hovered tile for a pointer at that point, also after tiles have moved under it. The
-// point is remembered, because asking the X11 server for it takes a round trip at each step of
+// Updates the hovered tile for a pointer at `viewportPoint`, also after tiles have moved under it.
+// The point is remembered, because asking the X11 server for it takes a round trip at each step of
 // scrolling.
 void TileGrid::pointerAt(std::optional<QPoint> viewportPoint) {
     pointer_ = viewportPoint;
     setHovered(pointer_ && isEnabled() ? targetAt(*pointer_).index : -1);
 }
 
-// Asks for the pointer's position. Needed when something that covered the grid has closed, after
-// which Qt sends no enter event.
+// Asks the window system for the pointer's position. Needed when something that covered the grid
+// has closed, after which Qt sends no enter event.
 void TileGrid::findPointer() {
     if (QApplication::activePopupWidget() != nullptr) {
         return;
@@ -237,7 +237,8 @@ void TileGrid::watchPopup() {
 
 bool TileGrid::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::Hide && object != viewport()) {
-        // After the popup is hidden, when widgetAt() no longer finds it.
+        // Delayed until the popup is hidden: until then widgetAt() finds the popup instead of the
+        // grid.
         QMetaObject::invokeMethod(
             this, [this] { findPointer(); }, Qt::QueuedConnection);
     }
@@ -374,7 +375,8 @@ bool TileGrid::viewportEvent(QEvent* event) {
         pointerAt(static_cast<QEnterEvent*>(event)->position().toPoint());
     } else if (event->type() == QEvent::Leave) {
         pointerAt(std::nullopt);
-        // A menu may be about to open. When it closes, Qt sends no enter event.
+        // The pointer may have left because a menu is about to open. When that closes, Qt sends no
+        // enter event.
         QMetaObject::invokeMethod(
             this, [this] { watchPopup(); }, Qt::QueuedConnection);
     } else if (event->type() == QEvent::ToolTip) {
@@ -411,7 +413,7 @@ void TileGrid::mousePressEvent(QMouseEvent* event) {
 
 void TileGrid::mouseReleaseEvent(QMouseEvent* event) {
     const Target target = targetAt(event->position().toPoint());
-    // The tile may have moved since the press: the application must be the same one.
+    // Opens only what was pressed: the tile under the pointer may be another one since the press.
     if (event->button() != Qt::LeftButton || target.part == Part::None ||
         target.part != pressedPart_ || app(target.index).url.path != pressedPath_) {
         return;

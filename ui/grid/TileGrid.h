@@ -27,7 +27,8 @@ public:
     // `icons` outlives the grid. `makeTile` is called for each tile that is scrolled into view.
     TileGrid(IconLoader& icons, TileMaker makeTile, QWidget* parent);
 
-    // Tells whether an application is a favourite without making its tile, if set.
+    // If set, tells whether an application is a favourite, so that no tile has to be made to know
+    // it.
     std::function<bool(const AppItem&)> isFavorite;
 
     // The applications to show, in order. To be called again whenever something about them changes,
@@ -51,7 +52,7 @@ public:
     void pressItem(int index) override;
     bool itemsHaveMenus() const override { return true; }
     void showItemMenu(int index) override;
-    // The star, while the tile shows it.
+    // The button of an item is the star, if the tile shows it at this moment.
     std::optional<Button> itemButton(int index) const override;
     void pressItemButton(int index) override;
 
@@ -107,7 +108,7 @@ private:
     std::vector<AppItem> apps_;
     std::map<int, AppTile> tiles_;   // those in view; each is made when it is first painted
     double iconScale_ = 0;           // the device pixel ratio that icons were last wanted for
-    std::optional<QPoint> pointer_;  // in the viewport; empty where the grid is covered there
+    std::optional<QPoint> pointer_;  // in the viewport; empty if it is not over the visible grid
     int hovered_ = -1;
     Part pressedPart_ = Part::None;
     std::string pressedPath_;
