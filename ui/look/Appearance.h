@@ -24,14 +24,14 @@ struct Appearance {
 
     bool dark;
 
-    // The window.
+    // Colours of the window.
     QColor material;  // the window's background; may be translucent
     QColor recess;    // over the material: sidebar, search field
     QColor footer;    // over the material
-    QColor border;    // its outline
+    QColor border;    // the window's outline
     QColor dim;       // over the rest of the window while a sheet is open
 
-    // Sheets and menus. Opaque.
+    // Colours of sheets and menus. Opaque.
     QColor sheet;
     QColor sheetBorder;
     QColor menu;
@@ -39,7 +39,8 @@ struct Appearance {
     QColor list;       // the background of a list in a sheet
     QColor separator;  // the outline of a list; the lines in lists and menus
 
-    // Controls in sheets. Opaque, except `pressed` and `hover`, which are painted over them.
+    // Colours of controls in sheets. Opaque, except `pressed` and `hover`, which are painted over
+    // them.
     QColor field;
     QColor fieldBorder;
     QColor button;
@@ -48,7 +49,7 @@ struct Appearance {
     QColor hover;    // over a control under the pointer
     QColor focusRing;
 
-    // Text and symbols.
+    // Colours of text and symbols.
     QColor text;
     QColor secondaryText;
     QColor promptText;  // in empty fields; fainter than typed text
@@ -58,7 +59,7 @@ struct Appearance {
     QColor starOutline;  // around the star, which is too pale on a light background; transparent in
                          // the dark look
 
-    // Made from the accent.
+    // Colours made from the accent.
     QColor accent;             // symbols and lines
     QColor selection;          // behind the selected row (over the recess) and the current tile
     QColor accentOnSelection;  // symbols and lines on a selection

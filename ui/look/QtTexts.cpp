@@ -11,7 +11,7 @@ struct Text {
     QStringView italian;
 };
 
-// Context menus of text fields and of labels with selectable text.
+// The texts of the context menus of text fields and of labels with selectable text.
 constexpr std::array<Text, 8> kMenuTexts = {{
     {"&Undo", u"&Annulla"},
     {"&Redo", u"&Ripeti"},
@@ -23,7 +23,7 @@ constexpr std::array<Text, 8> kMenuTexts = {{
     {"Copy &Link Location", u"Copia indirizzo"},
 }};
 
-// Names and descriptions of the actions of a control, as a screen reader reads them.
+// The names and descriptions of the actions of a control, as a screen reader reads them.
 constexpr std::array<Text, 13> kActionTexts = {{
     {"Press", u"Premi"},
     {"Increase", u"Aumenta"},

@@ -15,7 +15,7 @@ namespace tavo {
 // nothing is drawn. Main thread.
 void drawSymbol(QPainter& painter, const QRectF& box, QStringView name, const QColor& color);
 
-// The same symbol as a picture of `side` logical pixels at the device pixel ratio `scale`. Main
+// A picture of the symbol `name`, of `side` logical pixels at the device pixel ratio `scale`. Main
 // thread.
 QPixmap symbolPixmap(QStringView name, const QColor& color, int side, qreal scale);
 

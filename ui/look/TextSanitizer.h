@@ -12,7 +12,7 @@ namespace tavo {
 // ellipsis: measuring a very long text would be slow.
 QString displayText(std::string_view utf8, qsizetype longest = 400);
 
-// The same, but line breaks are kept.
+// Like displayText(), but keeps line breaks.
 QString displayMessage(std::string_view utf8, qsizetype longest = 2000);
 
 // displayText() as the text of a QAction: ampersands are doubled, so that none becomes a shortcut.
