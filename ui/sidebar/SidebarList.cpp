@@ -56,8 +56,8 @@ void SidebarList::setRows(std::vector<Row> rows) {
     viewport()->update();
 }
 
-// The keyboard focus stays with its category, unless another category has been selected: then it
-// moves there.
+// The row for the keyboard focus: that of the category that had it, unless another category has
+// been selected since; then that one's.
 int SidebarList::keyboardRow(const std::vector<Row>& before) const {
     const auto isSelected = [](const Row& row) { return row.selected; };
     const auto selected = std::find_if(rows_.begin(), rows_.end(), isSelected);
@@ -213,14 +213,15 @@ void SidebarList::keyPressEvent(QKeyEvent* event) {
 void SidebarList::mousePressEvent(QMouseEvent* event) {
     const int index = event->button() == Qt::LeftButton ? rowAt(event->position().toPoint()) : -1;
     pressedId_ = index >= 0 ? std::optional(row(index).id) : std::nullopt;
-    // A press beside the rows is passed on to the window, which may be moved by it.
+    // Passes on a press beside the rows to the window, which can be dragged there.
     event->setAccepted(index >= 0);
 }
 
 void SidebarList::mouseReleaseEvent(QMouseEvent* event) {
     const int index = rowAt(event->position().toPoint());
     const auto pressed = std::exchange(pressedId_, std::nullopt);
-    // The row may have moved since the press: the category must be the same one.
+    // Selects only what was pressed: the row under the pointer may be another category's since the
+    // press.
     if (index >= 0 && pressed == row(index).id) {
         pressItem(index);
     }
