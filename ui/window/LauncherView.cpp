@@ -57,7 +57,8 @@ private:
     QImage shown_;
 };
 
-// Title2, or a smaller size if the interface font is too wide to fit beside the logo.
+// The font of the title: as large as metrics::kTitle2, or smaller where the interface font is too
+// wide to fit beside the logo.
 QFont titleFont(const QString& title) {
     constexpr int kSpace = kSidebarWidth - 2 * kSidebarPadding - kLogoSide - kSidebarSpacing;
     int size = kTitle2;
@@ -126,7 +127,8 @@ QWidget* LauncherView::makeSidebar() {
     closeButton_ = new SymbolButton(u"xmark", {}, texts::kClose.toString(), sidebar);
     closeButton_->setSymbolSize(kCloseSide);
     closeButton_->setTone(SymbolButton::Tone::Secondary);
-    // In the space above the logo. The cross, not the button, is aligned with the logo's left edge.
+    // The button is in the space above the logo. The cross in it, not the button, is aligned with
+    // the logo's left edge.
     closeButton_->setGeometry(kSidebarPadding - (kCloseButtonSide - kCloseSide) / 2, kCloseTop,
                               kCloseButtonSide, kCloseButtonSide);
     connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
@@ -309,7 +311,8 @@ void LauncherView::refreshSheets() {
     alert_->present();
 }
 
-// The widget that had the keyboard focus before the sheet may no longer exist.
+// Moves the focus to the search field where it would be on no widget: the one that had it before
+// the sheet opened may no longer exist.
 void LauncherView::keepKeyboard() {
     const QWidget* const focus = window()->focusWidget();
     if (focus == nullptr || !focus->isVisible() || focus == this) {

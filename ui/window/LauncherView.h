@@ -86,7 +86,7 @@ private:
     TileGrid* grid_ = nullptr;
     QWidget* footer_ = nullptr;
     QLabel* count_ = nullptr;
-    // Whether the category editor is wanted.
+    // Whether the category editor should be open.
     bool showingCategoryEditor_ = false;
     CategoryEditor* editor_ = nullptr;  // null while it is not shown
     AlertSheet* alert_ = nullptr;       // null while it is not shown

@@ -59,7 +59,7 @@ void LauncherWindow::present() {
         placeFirst();
     }
     if (compositing_.active() && !isBlended()) {
-        hide();  // and come back as a new native window
+        hide();  // show() then makes a new native window
     }
     if (isHidden()) {
         makeBlendable(compositing_.active());
@@ -162,7 +162,7 @@ bool LauncherWindow::eventFilter(QObject* object, QEvent* event) {
         return false;
     }
     const auto* const widget = qobject_cast<const QWidget*>(object);
-    // Buttons at the edge can be pressed.
+    // Leaves presses on buttons to the buttons, also at the edge of the window.
     if (widget == nullptr || widget->window() != this ||
         qobject_cast<const QAbstractButton*>(widget) != nullptr) {
         return false;
@@ -210,7 +210,7 @@ bool LauncherWindow::isBlended() const {
 
 void LauncherWindow::followCompositing() {
     if (isHidden()) {
-        return;  // present() does all of this later
+        return;  // present() will do the same
     }
     // A window with an alpha channel is kept when the compositor ends; a mask cuts its corners off.
     // A minimised window, or one on another desktop, is not replaced now, because the new one would
