@@ -60,7 +60,8 @@ struct Question {
     const char* category;
 };
 
-// The plain way, for comparison: one application and one keyword at a time.
+// Answers as filtered() does, but in the plain way: one application and one keyword at a time. To
+// compare the times.
 std::size_t answerSlowly(ModelHarness& harness, const Question& question) {
     const TextRules text("it_IT");
     LauncherModel& model = harness.model();

@@ -51,8 +51,8 @@
 namespace tavo {
 namespace {
 
-// A picture with fewer pairs of unlike neighbouring pixels is bare. One short name has more, a thin
-// line or a corner has fewer.
+// A picture with fewer edges counts as bare: it shows neither text nor icon. An edge is two unlike
+// pixels side by side. One short name has more edges, a thin line or a corner has fewer.
 constexpr int kLeastEdges = 100;
 
 // Masks out the unused fourth byte of a pixel of 24 bits.
@@ -193,10 +193,10 @@ public:
         return process_ > 0;
     }
 
-    // The time of its exec, on the clock of now().
+    // The time of the command's exec, on the clock of now().
     [[nodiscard]] double started() const { return started_; }
 
-    // The process's memory in kB, by the names of /proc/PID/smaps_rollup.
+    // A field of the command's /proc/PID/smaps_rollup by its name, such as "Pss"; in kB.
     [[nodiscard]] std::optional<double> memory(std::string_view name) const {
         std::ifstream file("/proc/" + std::to_string(process_) + "/smaps_rollup");
         for (std::string line; std::getline(file, line);) {
@@ -303,8 +303,8 @@ public:
     // Empties the picture without freeing its memory.
     void forget() { pixels_.clear(); }
 
-    // Whether there is neither text nor icon. Flat colours and vertical gradients have hardly an
-    // edge in a row.
+    // Whether the picture has neither text nor icon. Flat colours and vertical gradients have
+    // hardly an edge in a row.
     [[nodiscard]] bool bare(int width) const {
         int edges = 0;
         for (std::size_t i = 1; i < pixels_.size() && edges < kLeastEdges; ++i) {

@@ -80,7 +80,8 @@ public:
         return {"PATH=/usr/bin:/bin", "HOME=" + root_.string(), "TAVO_START_MARK=" + in("marks")};
     }
 
-    // The time when the next program began to run; 0 when none did.
+    // Waits for the next started program. Returns when it began to run, in nanoseconds; 0 when none
+    // did.
     [[nodiscard]] std::int64_t nextMark() const {
         std::int64_t nanoseconds = 0;
         pollfd wanted = {marks_.get(), POLLIN, 0};
@@ -126,7 +127,8 @@ void bareStart(benchmark::State& state) {
     });
 }
 
-// What the session offers to the opening.
+// What the launcher finds in the session: environment variables, and activation tokens as on
+// Wayland.
 struct Session {
     std::vector<std::string> variables;
     bool tokens = false;

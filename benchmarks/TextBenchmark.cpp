@@ -63,7 +63,7 @@ std::vector<std::string> makeNames(Script script, std::size_t count) {
     return words(script, count, script == Script::kLetters ? 15 : 6, "");
 }
 
-// A keyword that is in no name and in no other keyword.
+// Keywords none of which is in a name or in another keyword.
 std::vector<std::string> makeKeywords(Script script, std::size_t count) {
     return words(script, count, script == Script::kLetters ? 7 : 3, "~");
 }
@@ -106,8 +106,7 @@ BENCHMARK_CAPTURE(containsInEveryName, accented, Script::kAccented, "Manàger")
 BENCHMARK_CAPTURE(containsInEveryName, cyrillic, Script::kCyrillic, "редактор")
     ->Unit(benchmark::kMicrosecond);
 
-// The rules of categories, with keywords that are never found, so that every name is read to its
-// end.
+// Makes the matcher for the keywords of all categories, as a search does before it reads the names.
 void buildMatcher(benchmark::State& state, Script script) {
     const TextRules rules("it_IT.UTF-8");
     const auto keywords = makeKeywords(script, kKeywords);
@@ -169,7 +168,8 @@ void makeRules(benchmark::State& state) {
 }
 BENCHMARK(makeRules)->Unit(benchmark::kMicrosecond);
 
-// The start of the program: the user's rules are made and used once.
+// What the start of the program does: makes the text rules of the user's locale and sorts all names
+// by them.
 void sortNames(benchmark::State& state, Script script) {
     const auto names = makeNames(script, static_cast<std::size_t>(state.range(0)));
     const auto texts = views(names);
