@@ -1,5 +1,5 @@
-// What every ApplicationSource promises. Instantiate it with makers of worlds, in one source file a
-// program.
+// What every ApplicationSource promises. One source file of a test program includes this and
+// instantiates the tests with makers of worlds.
 #pragma once
 
 #include <functional>
@@ -22,8 +22,8 @@ public:
 
     virtual ApplicationSource& source() = 0;
 
-    // Installs an application under a key of the test's choice, or replaces the one that is there,
-    // and says how the source is to name it.
+    // Installs an application under a key of the test's choice, in place of the one with the same
+    // key. Returns it as source() must find it.
     virtual FoundApplication install(const std::string& key, const std::string& name) = 0;
     virtual void uninstall(const std::string& key) = 0;
 };

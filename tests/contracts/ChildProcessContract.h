@@ -17,7 +17,8 @@ namespace tavo {
 template<typename Rig>
 class ChildProcessContract : public testing::Test {
 protected:
-    // Runs a shell script of which the real outcome is known.
+    // Runs a shell script. `outcome` is what the real shell is known to answer, for a fake to
+    // answer it.
     std::optional<std::string> shell(const std::string& script,
                                      const std::optional<std::string>& outcome) {
         rig_.expect("/bin/sh", {"-c", script}, outcome);

@@ -89,7 +89,7 @@ TYPED_TEST_P(DefaultsStoreContract, text_of_any_kind_comes_back_unchanged) {
 }
 
 TYPED_TEST_P(DefaultsStoreContract, a_value_of_another_form_reads_as_absent) {
-    // Each would be readable as one of the others if forms were guessed.
+    // A store that guessed the form of a value could read each of these as another form.
     this->store().set("data", Data{"[\"text\"]"});
     this->store().set("array", StringArray{"text"});
     this->store().set("dictionary", StringDictionary{{"name", "text"}});

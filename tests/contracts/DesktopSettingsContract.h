@@ -1,10 +1,10 @@
 // What every source of the desktop's settings promises, as one suite over any of them.
 //
 // A World is one desktop, on which the user has chosen nothing at first:
-//   void choose(const DesktopPreferences&);         the user does; what has a default there, too
+//   void choose(const DesktopPreferences&);         the user chooses all of them, defaults included
 //   DesktopSettings& settings();                    the settings under test, made by the first call
-//   bool eventually(const std::function<bool()>&);  whether it becomes true, while the main queue
-//                                                   goes on
+//   bool eventually(const std::function<bool()>&);  runs the main queue until the condition holds;
+//                                                   false if it never does
 //
 // INSTANTIATE_TYPED_TEST_SUITE_P(Name, DesktopSettingsContract, World);
 #pragma once
@@ -81,7 +81,7 @@ TYPED_TEST_P(DesktopSettingsContract, what_stays_as_it_was_is_not_announced) {
     this->world_.choose({ColorScheme::Light, false, "Papirus"});
     EXPECT_TRUE(this->world_.eventually(
         [&] { return !announced.empty() && announced.back() == ColorScheme::Light; }));
-    // The first answer itself may have been announced, once.
+    // Light is announced once. The first answer may have been announced before it.
     EXPECT_LE(announced.size(), 2U);
 }
 

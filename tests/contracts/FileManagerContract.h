@@ -1,5 +1,5 @@
-// What every FileManager promises. Instantiate it with makers of worlds, in one source file a
-// program.
+// What every FileManager promises. One source file of a test program includes this and instantiates
+// the tests with makers of worlds.
 #pragma once
 
 #include <functional>
@@ -27,7 +27,8 @@ public:
                                    const std::vector<std::string>& entries) = 0;
     // The path of something that is no folder.
     virtual std::string makeFile(const std::string& name) = 0;
-    // False when the system would list it to this process whatever its permissions are.
+    // Takes the permission to list `folder` away. False if this process can list it all the same,
+    // as root can.
     virtual bool makeUnreadable(const std::string& folder) = 0;
     // The path of a folder that was never made.
     virtual std::string missing(const std::string& name) = 0;

@@ -23,7 +23,7 @@ class MainQueueContract : public testing::Test {
 protected:
     MainQueue& queue() { return rig_.queue(); }
 
-    // A block that writes its name down.
+    // A block that adds `name` to notes_.
     std::function<void()> note(std::string name) {
         return [this, name = std::move(name)] { notes_.push_back(name); };
     }
@@ -68,7 +68,7 @@ TYPED_TEST_P(MainQueueContract, no_delay_is_the_same_as_now) {
 
 TYPED_TEST_P(MainQueueContract, the_shorter_delay_comes_first) {
     using std::chrono::milliseconds;
-    // Far enough apart for a machine that stops for a moment between two lines.
+    // Far enough apart for a machine that stops for a moment between two of these calls.
     this->queue().asyncAfter(milliseconds(600), this->note("600"));
     this->queue().asyncAfter(milliseconds(200), this->note("200"));
     this->queue().asyncAfter(milliseconds(400), this->note("400"));
@@ -129,7 +129,7 @@ TYPED_TEST_P(MainQueueContract, blocks_still_waiting_at_the_end_are_dropped) {
     this->rig_.end();
     this->rig_.settle();
     EXPECT_FALSE(ran);
-    EXPECT_EQ(watched.use_count(), usesWhileWaiting - 2);  // what they held is released
+    EXPECT_EQ(watched.use_count(), usesWhileWaiting - 2);  // both blocks have released `held`
 }
 
 REGISTER_TYPED_TEST_SUITE_P(MainQueueContract, a_block_runs_later_and_once,

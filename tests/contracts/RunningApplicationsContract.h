@@ -2,10 +2,11 @@
 //
 // A rig has: RunningApplications& running(); std::int32_t start(identifier), which starts one
 // application of that identifier with a window and answers its process; void end(process);
-// std::string program(process), the path of the program that it runs; bool isInFront(process),
-// whether it is or soon will be; bool comesTrue(condition), whether that comes true while events
-// are delivered; constexpr bool kTellsProcesses, whether applications are found by process as well
-// as by identifier; void turnToLauncher(), after which the user's last act was in this program.
+// std::string program(process), the path of the program that the process runs; bool
+// isInFront(process), whether its window is in front or soon will be; bool comesTrue(condition),
+// whether that comes true while events are delivered; constexpr bool kTellsProcesses, whether
+// applications are found by process as well as by identifier; void turnToLauncher(), after which
+// the user's last act was in this program.
 #pragma once
 
 #include <algorithm>
@@ -33,7 +34,8 @@ protected:
         return found;
     }
 
-    // The process that a look-up by identifier answers.
+    // The process identifier in an answer of withIdentifier(): `process`, or 0 where applications
+    // are found by identifier alone.
     static std::int32_t told(std::int32_t process) { return Rig::kTellsProcesses ? process : 0; }
 
     Rig rig_;

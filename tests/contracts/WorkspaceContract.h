@@ -1,10 +1,10 @@
 // What every workspace promises.
 //
-// A rig has: Workspace& workspace(); void end(), which ends it; std::string bundle(identifier,
-// signature), the path of a bundle without a program that says these, where given;
-// std::string startable(), broken() and nowhere(), the paths of an application that starts, of one
-// that does not, and of nothing; void deliver(answered), after which the completion of the last
-// opening has been called, as `answered` then says.
+// A rig has: Workspace& workspace(); void end(), which ends the workspace; std::string
+// bundle(identifier, signature), the path of a bundle without a program, which states those of the
+// two that are given; std::string startable(), broken() and nowhere(), the paths of an application
+// that starts, of one that does not, and of nothing; void deliver(answered), after which the
+// completion of the last opening has been called, as `answered` then says.
 #pragma once
 
 #include <memory>
