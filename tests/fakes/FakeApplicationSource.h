@@ -11,7 +11,7 @@ namespace tavo {
 
 class FakeApplicationSource final : public ApplicationSource {
 public:
-    // Replaces what was installed under the same path.
+    // Installs an application in place of the one with the same path.
     void install(const FoundApplication& application) {
         uninstall(application.path);
         installed_.push_back(application);
@@ -20,7 +20,7 @@ public:
         std::erase_if(installed_, [&](const auto& installed) { return installed.path == path; });
     }
 
-    // How often it was asked.
+    // How often applications() was called.
     [[nodiscard]] int calls() const { return calls_; }
 
     std::vector<FoundApplication> applications() override {

@@ -1,4 +1,4 @@
-// Small system programs that answer what a test wrote down for them.
+// A ChildProcess that runs nothing: it answers what a test has set.
 #pragma once
 
 #include <map>
@@ -17,12 +17,12 @@ public:
         auto operator<=>(const Run&) const = default;
     };
 
-    // From now on this run gives this output; absent: it cannot be started, or does not end.
+    // From now on `run` gives this output; nullopt: the program cannot be started, or does not end.
     void answer(Run run, std::optional<std::string> output) {
         answers_[std::move(run)] = std::move(output);
     }
 
-    // Whatever is run without an answer of its own gives this; at first, absent.
+    // From now on every run without an answer() of its own gives this output; at first, nullopt.
     void answerAnything(std::optional<std::string> output) { otherwise_ = std::move(output); }
 
     std::optional<std::string> output(const std::string& executable,

@@ -1,5 +1,6 @@
-// The defaults store in memory. Remembers every write in order, and can hold what another program
-// might have stored: arrays and dictionaries of mixed types, and single numbers.
+// A DefaultsStore in memory. Remembers every write in order. Can also hold what another program
+// might have stored: arrays and dictionaries of mixed types, and a number in place of an array or
+// dictionary.
 #pragma once
 
 #include <cstdint>
@@ -30,7 +31,7 @@ public:
     // The writes of the program under test, the first one first.
     std::vector<Write> writes;
 
-    // Puts a value there without it counting as a write.
+    // Stores a value as another program would: it is not added to `writes`.
     void hold(const std::string& key, RawValue value) {
         values_.insert_or_assign(key, std::move(value));
     }

@@ -20,7 +20,7 @@ public:
         known_ = chosen_;
     }
 
-    // The user chooses, and the program hears of it.
+    // The user chooses these, and the program hears of it at once.
     void choose(const DesktopPreferences& preferences) {
         chosen_ = preferences;
         if (std::exchange(known_, chosen_) != chosen_) {
@@ -28,7 +28,7 @@ public:
         }
     }
 
-    // The desktop has not answered yet what the user has chosen.
+    // The user has chosen these, but the program hears of it only in awaitFirstAnswer().
     void answerLate(const DesktopPreferences& preferences) {
         chosen_ = preferences;
         known_ = {};

@@ -10,7 +10,7 @@
 
 namespace tavo {
 
-// Knows the folders that the test sets, and none else.
+// Knows only the folders that the test has set.
 class FakeFileManager final : public FileManager {
 public:
     std::string home = "/home/user";

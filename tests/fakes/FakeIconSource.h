@@ -16,7 +16,8 @@
 
 namespace tavo {
 
-// Any thread, as the port. Whoever holds answers back releases them before the fake goes.
+// May be used on any thread, as an IconSource may. A test that holds answers back releases them
+// before it destroys this.
 class FakeIconSource final : public IconSource {
 public:
     struct Request {
@@ -29,7 +30,7 @@ public:
 
     static constexpr std::uint32_t kGeneric = 0xff808080U;
 
-    // What the whole icon of `path` is filled with: opaque, and never the generic grey.
+    // The colour of every pixel of the icon of `path`: opaque, and never the generic grey.
     static std::uint32_t colourOf(const std::string& path) {
         const auto hash = static_cast<std::uint32_t>(std::hash<std::string>()(path));
         const std::uint32_t colour = 0xff000000U | hash;
@@ -51,7 +52,7 @@ public:
 
     IconImage genericIcon(int size, double scale) override { return square(size, scale, kGeneric); }
 
-    // Every icon asked for from now on has another colour: colourOf() and the number of changes.
+    // From now on every icon has another colour: colourOf() plus the number of changes.
     void change() {
         const std::lock_guard lock(mutex_);
         ++changes_;
@@ -63,7 +64,7 @@ public:
         changed_.notify_all();
     }
 
-    // Waits until the source was told to rest; false when it was not within ten seconds.
+    // Waits until rest() was called; false when it was not within ten seconds.
     [[nodiscard]] bool awaitRest() {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, std::chrono::seconds(10), [&] { return rests_ > 0; });
@@ -91,14 +92,14 @@ public:
         released_ = 0;
     }
 
-    // Lets `count` requests go, waiting ones or later ones.
+    // Lets `count` held requests be answered: those that wait, then later ones.
     void release(int count) {
         const std::lock_guard lock(mutex_);
         released_ += count;
         changed_.notify_all();
     }
 
-    // Ends the holding back.
+    // Ends what hold() began: all requests are answered, waiting and later ones.
     void releaseAll() {
         const std::lock_guard lock(mutex_);
         held_ = false;

@@ -81,9 +81,9 @@ public:
     }
     [[nodiscard]] bool isSubscribedTo() const { return !subscribers().empty(); }
 
-    std::vector<Known> running;  // in the system's order
+    std::vector<Known> running;  // in the order in which they are answered
 
-    // The questions and requests so far, the oldest first.
+    // What the functions of the port were called with so far, the oldest call first.
     std::vector<std::string> userRequests;
     std::vector<std::string> identifiersAsked;
     std::vector<std::int32_t> processesAsked;

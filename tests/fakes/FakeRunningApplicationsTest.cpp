@@ -27,7 +27,7 @@ struct FakeRig {
 
     static bool comesTrue(const std::function<bool()>& condition) { return condition(); }
 
-    // The latest activation of a running application decides.
+    // Whether the latest activation of an application that still runs was one of `process`.
     [[nodiscard]] bool isInFront(std::int32_t process) const {
         std::int32_t front = 0;
         for (const RunningApplication& application : fake_.activated()) {

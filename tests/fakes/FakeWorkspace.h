@@ -35,7 +35,7 @@ public:
         openings.push_back({path, configuration.activates, std::move(completion)});
     }
 
-    // Delivers the completion of the opening at `index`, here and now. A second delivery is a
+    // Calls the completion of the opening at `index`. A second call for the same opening is a
     // mistake of the test, and throws.
     void complete(std::size_t index, std::optional<RunningApplication> running,
                   std::optional<Error> error) {
@@ -47,7 +47,7 @@ public:
         completion(std::move(running), std::move(error));
     }
 
-    std::map<std::string, BundleFacts> bundles;  // what lies where
+    std::map<std::string, BundleFacts> bundles;  // by path
     std::vector<Opening> openings;               // all so far, the oldest first
 };
 

@@ -28,10 +28,10 @@ public:
                         std::move(block));
     }
 
-    // Runs what is due at this moment, and what that adds, until nothing that is due is left.
+    // Runs the blocks that are due now, and those that they add for now, until none is left.
     void run() { advance(Milliseconds(0)); }
 
-    // Lets `time` pass, running each block at its own moment.
+    // Moves the clock on by `time`, and runs each block when the clock reaches its time.
     void advance(Milliseconds time) {
         const Milliseconds end = now() + time;
         while (const auto block = takeDueBefore(end)) {
@@ -41,13 +41,13 @@ public:
         now_ = end;
     }
 
-    // Since the queue was made.
+    // The time that has passed on this clock since the queue was made.
     [[nodiscard]] Milliseconds now() const {
         const std::lock_guard lock(mutex_);
         return now_;
     }
 
-    // Blocks that still wait.
+    // The number of blocks that have not run yet.
     [[nodiscard]] std::size_t waiting() const {
         const std::lock_guard lock(mutex_);
         return blocks_.size();

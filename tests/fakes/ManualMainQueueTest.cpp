@@ -16,7 +16,8 @@ struct ManualMainQueueRig {
     MainQueue& queue() { return *ownQueue; }
     void end() { ownQueue.reset(); }
 
-    // In small steps, so that what is far ahead stays there. Other threads may still be adding.
+    // Moves the clock in small steps, so that blocks that are due much later do not run. Other
+    // threads may still be adding blocks.
     bool runUntil(const std::function<bool()>& condition) {
         const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (!condition() && std::chrono::steady_clock::now() < giveUp) {
