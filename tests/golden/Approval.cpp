@@ -28,11 +28,12 @@ bool write(const QString& path, const QByteArray& contents) {
 }
 
 bool write(const QString& path, const QImage& picture) {
-    // With the strongest compression.
+    // 0 selects PNG's strongest compression, which loses nothing.
     return QDir().mkpath(QFileInfo(path).path()) && picture.save(path, "PNG", 0);
 }
 
-// The path, without its ending, for what a failed test shows. Deletes the files of earlier runs.
+// Where a failed test writes what was shown: the path without its ending. Deletes the files of
+// earlier runs.
 QString evidence(const ApprovalFolders& folders, const QString& relative) {
     QString path = folders.evidence + relative;
     for (const char* const kind : {".actual.txt", ".actual.png", ".diff.png"}) {
@@ -45,7 +46,7 @@ QString said(bool written, const QString& path) {
     return written ? path : path + QStringLiteral(" (which could not be written)");
 }
 
-// The first line that differs, with the approved one.
+// A message about the first line in which the two texts differ.
 QByteArray firstDifference(const QByteArray& approved, const QByteArray& actual) {
     const QList<QByteArray> before = approved.split('\n');
     const QList<QByteArray> now = actual.split('\n');

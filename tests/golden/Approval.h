@@ -25,11 +25,11 @@ ApprovalFolders& approvalFolders();
 // Two lines that name the versions of Qt and of the font, on which every pixel depends.
 QString madeWith();
 
-// The file with the madeWith() of the approved pictures. Below the folder `approved`.
+// The file that holds the madeWith() of the approved pictures. Relative to the folder `approved`.
 inline constexpr QLatin1String kMadeWith("/baselines/made-with.txt");
 
-// The folder of pictures for the version of Qt, the look and the scale. Below `approved`, with a
-// slash at the end.
+// The folder of pictures for this version of Qt, the look and the scale. Relative to the folder
+// `approved`, with a slash at the end.
 QString appearanceFolder(Look look);
 
 // Why pictures cannot be compared here: this Qt or font is not the one they were made with. Absent
@@ -40,9 +40,9 @@ std::optional<QString> whyPicturesDiffer(const ApprovalFolders& folders);
 testing::AssertionResult isApproved(const ApprovalFolders& folders, const QString& name,
                                     const QString& text);
 
-// The same for a picture. Each channel of a pixel may differ by two of its 256 levels, because
-// processors round differently. If it differs more, it is written to NAME.actual.png, beside
-// NAME.diff.png with the differences in red.
+// Whether `picture` equals the one approved under this name. Each channel of a pixel may differ by
+// two of its 256 levels, because processors round differently. If it differs more, it is written to
+// NAME.actual.png, beside NAME.diff.png with the differences in red.
 testing::AssertionResult isApproved(const ApprovalFolders& folders, const QString& name, Look look,
                                     const QImage& picture);
 

@@ -27,7 +27,7 @@ protected:
         return isApproved(folders, QStringLiteral("scene"), text);
     }
 
-    // Approves `what` as the command does: by recording it.
+    // Approves `what` as the approving command does: by recording it into the approved folder.
     template<typename Shown>
     void approve(const Shown& what) {
         folders.recorded = folders.approved;

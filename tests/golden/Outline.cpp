@@ -23,7 +23,7 @@ namespace tavo {
 namespace {
 
 QString quoted(QString text) {
-    // Zero-width spaces, which are invisible.
+    // Zero-width spaces allow line breaks in long words, and cannot be seen.
     text.remove(QChar(0x200b));
     return u'"' + text.replace(u'\n', QStringLiteral("\\n")) + u'"';
 }

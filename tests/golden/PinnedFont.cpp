@@ -58,7 +58,7 @@ void pinFont(const QString& folder) {
     qputenv("FONTCONFIG_FILE", path.toUtf8());
     qunsetenv("FONTCONFIG_PATH");
     qunsetenv("FONTCONFIG_SYSROOT");
-    // Selects other ways to draw outlines.
+    // This variable can make FreeType draw outlines in other ways.
     qunsetenv("FREETYPE_PROPERTIES");
 }
 

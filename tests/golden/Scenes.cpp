@@ -23,7 +23,7 @@
 namespace tavo {
 namespace {
 
-constexpr int kAround = 40;  // how much of the window is shown around the subject
+constexpr int kAround = 40;  // how much of the window a picture shows around its subject
 
 const QString kLongName = QStringLiteral("Registratore vocale con trascrizione automatica");
 
@@ -111,13 +111,14 @@ void pointAndFocus(Stage& stage, int pointed, int steps) {
         all.adjusted(-20, -20, 20, 20).translated(stage.placeOf(*grid.viewport()).topLeft()));
 }
 
-// Plain, favourite, under the pointer, with the focus, with a long name.
+// Tiles that are plain, favourite, under the pointer, with the keyboard focus, and with a long
+// name.
 void tileStates(Stage& stage) {
     stage.install({"Agenda", "Calcolatrice", "Disegno", "Foto", kLongName.toStdString(), "Video"});
     pointAndFocus(stage, stage.tileOf(QStringLiteral("Disegno")), 3);
 }
 
-// A favourite under the pointer; a long name with the focus.
+// Tiles in two states: a favourite under the pointer; a long name with the keyboard focus.
 void tileStatesCombined(Stage& stage) {
     stage.install({"Calcolatrice", "Codice", kLongName.toStdString()});
     stage.world.storeFavorites({"Calcolatrice", kLongName.toStdString()});
@@ -191,7 +192,7 @@ void editorWithPickerOpen(Stage& stage) {
     cropToSheet<CategoryEditor>(stage);
 }
 
-// After a category was added, while the next name is typed.
+// The editor after a category was added, while the name of the next one is typed.
 void editorAdding(Stage& stage) {
     editor(stage);
     stage.type(QStringLiteral("Fotografie"));
@@ -200,7 +201,7 @@ void editorAdding(Stage& stage) {
     cropToSheet<CategoryEditor>(stage);
 }
 
-// With the focus in a name, all of which is selected.
+// The editor with the keyboard focus in a name, all of which is selected.
 void editorRenaming(Stage& stage) {
     editor(stage);
     auto* const name = dynamic_cast<QLineEdit*>(

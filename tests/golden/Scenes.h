@@ -9,7 +9,7 @@ namespace tavo {
 class Stage;
 
 struct Scene {
-    const char* name;         // also the name of its files
+    const char* name;         // also the name of its text and picture files
     void (*arrange)(Stage&);  // brings a new stage into that state
     bool everyScale = false;  // pictures at every scale; else at scale 1 only
 };

@@ -86,7 +86,7 @@ int indexWhere(const AccessibleItems& items, Predicate matches) {
     throw std::logic_error("no such item");
 }
 
-// How many menus a menu was opened from.
+// How deep a popup is below the window: a submenu is deeper than its menu.
 int depthOf(const QWidget* widget) {
     int depth = 0;
     for (; widget != nullptr; widget = widget->parentWidget()) {
@@ -108,7 +108,7 @@ QImage painted(QWidget& window) {
 }  // namespace
 
 Stage::Stage(Look look) : look_(look), size_(metrics::kFirstWidth, metrics::kFirstHeight) {
-    // Away from the place where the new window appears, which would be under the pointer otherwise.
+    // Moves the pointer away from where the new window will appear.
     QCursor::setPos(0, 0);
     install(kCatalogue);
     world.storeFavorites({"Calcolatrice", "Codice", "Terminale"});
@@ -271,8 +271,8 @@ QRect Stage::placeOf(const QWidget& widget) {
     return {window().mapFromGlobal(widget.mapToGlobal(QPoint())), widget.size()};
 }
 
-// The grid gives no sign when it has painted an icon. So the picture is checked for the icon's
-// colours.
+// Whether all icons in view are painted. The grid does not tell, so the picture of the grid is
+// checked for the icons' colours.
 bool Stage::iconsAreThere() {
     constexpr int kAcross = 20;  // a point beside the letter and away from the corners
     constexpr int kNear = 2;     // the tolerance for colours

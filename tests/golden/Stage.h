@@ -57,7 +57,7 @@ public:
     TileGrid& grid();
     SidebarList& categories();
 
-    // Sends the events of a user's input.
+    // Each of these sends the events of a user's input.
     void type(const QString& text);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void click(QWidget& widget, QPoint point, Qt::MouseButton button = Qt::LeftButton);
@@ -69,7 +69,7 @@ public:
     // Makes the last opening of an application fail with `message`.
     void failOpening(const std::string& message);
 
-    // The index of an application in the grid, and of a category in the sidebar.
+    // The index of an application in the grid, or of a category in the sidebar.
     int tileOf(const QString& application);
     int rowOf(const QString& category);
 
@@ -84,10 +84,10 @@ public:
     // Runs the event loop until the icons of all tiles in view are painted.
     void settle();
 
-    // The same, and waits until scroll bars have faded.
+    // Like settle(), and then waits until scroll bars have faded.
     void rest();
 
-    // A picture of the window and its popups on a plain desktop.
+    // A picture of the window and its popups on a plain background.
     QImage picture();
 
 private:
