@@ -119,7 +119,7 @@ TEST(PropertyList, deep_nesting_is_read_up_to_its_bound) {
     for (int i = 0; i < 61; ++i) {
         inner = "<array>" + inner + "</array>";
     }
-    // plist, dict, one value, 61 arrays: 64 levels.
+    // 64 levels, the most that are read: plist, dict, one value and 61 arrays.
     EXPECT_EQ(parsed(plist(kGood + "<key>n</key><array>" + inner + "</array>")),
               (Strings{{"a", "1"}}));
     EXPECT_EQ(parsed(plist(kGood + "<key>n</key><array><array>" + inner + "</array></array>")),
