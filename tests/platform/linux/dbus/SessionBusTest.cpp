@@ -26,7 +26,7 @@ public:
         changed_.notify_all();
     }
 
-    // None when it does not come.
+    // Waits for the value; nullopt when it does not come.
     std::optional<Value> take() {
         std::unique_lock lock(mutex_);
         changed_.wait_for(lock, kPatience, [this] { return value_.has_value(); });
@@ -67,7 +67,7 @@ protected:
         return state.take();
     }
 
-    // How long ending takes.
+    // Ends the bus. Returns how long that took.
     std::chrono::milliseconds end() {
         stopFollowing();
         const auto before = std::chrono::steady_clock::now();
@@ -155,7 +155,7 @@ TEST_F(SessionBusTest, a_bus_that_dies_while_it_is_asked_is_none) {
     EXPECT_EQ(state.take(), State::none);
 }
 
-// Each of these questions and calls is under way when the bus ends.
+// Each of the two buses has a question under way when the SessionBus is destroyed.
 TEST_F(SessionBusTest, ending_waits_for_no_bus_and_drops_what_is_under_way) {
     const processes::SilentSocket silent(folder_.path("silent"));
     const processes::PrivateBus bus(folder_);
