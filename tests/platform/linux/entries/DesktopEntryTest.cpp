@@ -17,7 +17,7 @@ std::optional<DesktopEntry> parse(std::string_view bytes) {
     return parseDesktopEntry(bytes, kLanguages);
 }
 
-// A C string literal with NULs in it.
+// The bytes of a string literal, which may contain NULs.
 template<std::size_t N>
 std::string bytesOf(const char (&literal)[N]) {
     return std::string(literal, N - 1);

@@ -13,7 +13,8 @@ int main() {
     for (const GList* link = all; link != nullptr; link = link->next) {
         GAppInfo* const info = G_APP_INFO(link->data);
         GDesktopAppInfo* const entry = G_DESKTOP_APP_INFO(info);
-        // GIO calls an entry without a Name "Unnamed"; the launcher does not list it.
+        // Reads Name itself: GIO calls an entry without a Name "Unnamed", and the launcher does not
+        // list it.
         char* const name = g_desktop_app_info_get_locale_string(entry, "Name");
         if (name != nullptr && g_app_info_should_show(info) != FALSE) {
             isAsExpected = isAsExpected && std::strcmp(name, g_app_info_get_name(info)) == 0;

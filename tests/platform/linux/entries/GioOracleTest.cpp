@@ -75,7 +75,8 @@ NamesByPath listedByGio() {
     return names;
 }
 
-// GIO knows the export folders only where XDG_DATA_DIRS names them.
+// Removes the folders to which Flatpak and snap export where XDG_DATA_DIRS does not name them: GIO
+// does not read them then.
 void removeFoldersUnknownToGio(std::vector<std::string>& dataDirs) {
     const char* const variable = std::getenv("XDG_DATA_DIRS");
     const auto named = splitAtColons(variable == nullptr ? "" : variable);
@@ -139,7 +140,7 @@ protected:
         return {kDesktops[index % kDesktops.size()]};
     }
 
-    // `check` is given the number of listed entries in each desktop.
+    // `check` is called for each desktop, with the number of entries that are listed in it.
     void expectSameInEachDesktop(const std::function<void(std::size_t)>& check) {
         for (const auto& desktop : desktops()) {
             SCOPED_TRACE(desktop.value_or("no desktop"));
@@ -154,11 +155,12 @@ protected:
 };
 
 TEST_P(GioOracleTest, installed_entries_are_listed_as_GIO_lists_them) {
-    // How many there are depends on the machine.
+    // Checks no number: how many entries there are depends on the machine.
     expectSameInEachDesktop([](std::size_t) {});
 }
 
-// Makes entries that differ in every rule of discovery; the same ones in each run.
+// Makes desktop entries that differ in whatever a rule of discovery looks at. Makes the same ones
+// in each run.
 class EntryMaker {
 public:
     explicit EntryMaker(const EntryTree& tree) : tree_(tree) {}
@@ -323,7 +325,7 @@ TEST_P(GioOracleTest, generated_entries_are_listed_as_GIO_lists_them) {
     variables_.set("XDG_DATA_DIRS", tree.path("system") + "/:" + tree.path("third"));
     variables_.set("PATH", tree.path("bin") + ':' + tree.path("nothing") + ':' + tree.path("bin2"));
     expectSameInEachDesktop([](std::size_t listed) {
-        // A comparison of nearly no entries would prove nothing, nor one of nearly all.
+        // If nearly no or nearly all entries were listed, the comparison would prove nothing.
         EXPECT_GT(listed, 100U);
         EXPECT_LT(listed, 600U);
     });

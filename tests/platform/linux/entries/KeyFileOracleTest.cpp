@@ -61,7 +61,8 @@ public:
     [[nodiscard]] bool boolean(const char* key) const {
         return g_key_file_get_boolean(file_, kGroup, key, nullptr) != FALSE;
     }
-    // Whether the plain Name is not UTF-8: there the two readers differ, by design.
+    // Whether the value of the key Name is not UTF-8. There GLib's reader and ours differ by
+    // design.
     [[nodiscard]] bool nameIsIllFormed() const {
         const auto raw = taken(g_key_file_get_value(file_, kGroup, "Name", nullptr));
         return raw && g_utf8_validate(raw->c_str(), -1, nullptr) == FALSE;
@@ -162,7 +163,7 @@ void mutate(std::string& bytes, std::mt19937& random) {
         case 2:
             bytes.erase(at, 1 + random() % 3);
             break;
-        case 3: {  // a stretch of it once more, somewhere else
+        case 3: {  // inserts a stretch of the bytes once more, somewhere else
             const std::string stretch = bytes.substr(at, random() % 40);
             bytes.insert(random() % (bytes.size() + 1), stretch);
             break;
@@ -179,7 +180,8 @@ TEST(KeyFileOracle, a_common_entry_reads_as_GLib_reads_it) {
     expectSame(kEntry);
 }
 
-// Tries each line that can be made of a few pieces, as the first group and as a later one.
+// Tries each group line that can be made of a few pieces, as the first one of a file and as a later
+// one.
 TEST(KeyFileOracle, group_lines_read_as_GLib_reads_them) {
     const std::vector<std::string> pieces = {
         "[Desktop Entry",    "[", "]", " ", "\t", "\r", "\x80", "\xc3", "\x01", "a",
@@ -226,7 +228,7 @@ TEST(KeyFileOracle, entries_changed_at_random_read_as_GLib_reads_them) {
         expectSame(bytes);
         entries += Oracle(bytes).isEntry() ? 1 : 0;
     }
-    // The comparison proves nothing unless both answers come often.
+    // The comparison proves nothing unless both many files are entries and many are not.
     EXPECT_GT(entries, runs / 6);
     EXPECT_LT(entries, runs * 5 / 6);
 }

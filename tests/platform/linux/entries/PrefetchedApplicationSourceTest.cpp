@@ -9,9 +9,9 @@
 namespace tavo {
 namespace {
 
-// What RecordingSource reports to the test that gave it away.
+// What a RecordingSource reports to its test, which no longer owns it.
 struct Record {
-    std::vector<std::thread::id> threads;  // of the calls
+    std::vector<std::thread::id> threads;  // the thread of each call
     bool ended = false;
 };
 

@@ -321,7 +321,7 @@ TEST_F(XdgApplicationSourceTest, folders_that_lead_back_to_themselves_end) {
 }
 
 TEST_F(XdgApplicationSourceTest, links_that_multiply_folders_end) {
-    // Thirty levels, each of which links twice to the next: 2^30 paths to the last one.
+    // Thirty levels of folders, each with two links to the next: 2^30 paths lead to the last one.
     for (int level = 0; level < 30; ++level) {
         const std::string folder = "levels/" + std::to_string(level);
         tree_.makeFolder(folder);
@@ -374,7 +374,7 @@ TEST_F(XdgApplicationSourceTest, many_entries_are_each_found_once) {
     std::set<FoundApplication,
              decltype([](const auto& a, const auto& b) { return a.path < b.path; })>
         expected;
-    for (int i = 0; i < 600; ++i) {  // enough for a second thread
+    for (int i = 0; i < 600; ++i) {  // so many that the scan uses a second thread
         const std::string name = "App " + std::to_string(i);
         const std::string file = "user/applications/app" + std::to_string(i) + ".desktop";
         expected.insert({name, tree_.write(file, entryText(name))});
