@@ -16,7 +16,7 @@ struct Entry {
     std::uint32_t suffixes;
 };
 
-// An index as gtk-update-icon-cache writes it, with three hash buckets.
+// The bytes of an icon-theme.cache as gtk-update-icon-cache writes it, with three hash buckets.
 std::string cacheBytes(const std::vector<std::string>& subfolders,
                        const std::map<std::string, std::vector<Entry>>& icons) {
     constexpr std::uint32_t kBuckets = 3;
@@ -134,7 +134,7 @@ TEST_F(GtkIconCacheTest, survives_any_broken_byte) {
 }
 
 TEST_F(GtkIconCacheTest, a_chain_that_leads_back_to_itself_ends) {
-    // One bucket, whose only icon is followed by itself.
+    // One hash bucket, in whose list the only icon is followed by itself.
     const std::string bytes = bigEndian16(1) + bigEndian16(0) + bigEndian(12) + bigEndian(32) +
                               bigEndian(1) + bigEndian(20) + bigEndian(20) + bigEndian(32) +
                               bigEndian(32) + bigEndian(0);

@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 
 constexpr std::uint32_t kRed = 0xffff0000U;
 
-// Our children that run, by their PIDs.
+// The PIDs of this process's children, zombies included.
 std::vector<pid_t> children() {
     std::vector<pid_t> found;
     for (const auto& task : fs::directory_iterator("/proc/self/task")) {
@@ -43,7 +43,7 @@ protected:
         return world_ / name;
     }
 
-    // A program that stands where the renderer should be.
+    // Writes a shell script that a test lets be started in place of the renderer.
     std::string impostor(const std::string& script) {
         const std::string path = file("impostor", "#!/bin/sh\n" + script + "\n");
         ::chmod(path.c_str(), 0700);
@@ -189,8 +189,9 @@ std::string repeated(int count, const std::string& text) {
     return all;
 }
 
-// Elements that each refer twice to the one before: two to the power of `count` in all.
-// In `twice`, "@" is the element's number and "%" the reference to the one before.
+// SVG elements: `first`, then `count` that each refer to the one before. If they refer to it twice,
+// drawing the last one draws `first` 2^count times. In the text `twice` of such an element, "@"
+// stands for its number and "%" for the reference.
 std::string doubling(int count, const std::string& first, const std::string& twice) {
     std::string all = first;
     for (int i = 1; i <= count; ++i) {

@@ -25,7 +25,7 @@ protected:
         return {world_.environment(), name, fallback};
     }
 
-    // The files found, relative to the world's folder.
+    // The files that the theme finds for an icon, relative to the world's folder.
     [[nodiscard]] std::vector<std::string> found(const IconTheme& theme, const std::string& name,
                                                  double scale = 1) const {
         std::vector<std::string> files =
@@ -86,7 +86,7 @@ TEST(IconThemeIndex, is_bounded) {
 TEST_F(IconThemeTest, the_best_size_is_chosen) {
     struct Case {
         const char* name;
-        Strings subfolders;  // of those below, the ones that have the icon
+        Strings subfolders;  // which of the theme's subfolders have the icon
         double scale;
         const char* best;
     };
@@ -299,8 +299,8 @@ TEST_F(IconThemeTest, the_index_of_gtk_gives_the_same_answers) {
         EXPECT_EQ(found(cached, name), found(listed, name)) << name;
     }
 
-    // A file that came later, with old dates that hide it: it must not be found, because the index
-    // answers.
+    // A file that is newer than the index, in folders with older dates: it is not found, because
+    // the index is taken to be up to date and does not list it.
     put("system/icons/Main/48/apps/late.png");
     for (const char* const part : {"/48/apps", "/128/apps", "/scalable/apps", ""}) {
         setDate(folder + part, 1'000'000'000);

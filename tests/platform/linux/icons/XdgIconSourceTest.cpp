@@ -63,7 +63,7 @@ private:
     std::unique_ptr<XdgIconSource> source_;
 };
 
-// Bundles with .icns files, without a cache.
+// Application bundles with .icns files; drawn icons are not cached.
 class BundleWorld {
 public:
     BundleWorld() {
@@ -287,7 +287,8 @@ TEST_F(XdgIconSourceTest, a_rendered_icon_is_kept_across_runs) {
     EXPECT_EQ(colour(path), kRed);
     EXPECT_EQ(cachedFiles(), 1U);
 
-    // A file with other pixels, but the same date and size: only decoding it shows the difference.
+    // Other pixels, but the same modification time and size: only decoding the file shows the
+    // change.
     const auto date = fs::last_write_time(file);
     const std::string red = readFile(file);
     std::string blue = pngBytes(128, 128, kBlue);
