@@ -24,7 +24,7 @@ const StartRequest kRequest = {.startupId = "panel-1_TIME42", .activationToken =
 constexpr int kPatienceMs = 20000;
 constexpr auto kAnswer = 1000ms;
 constexpr int kLongerThanAnswer = 1200;
-// For a first that is sure to answer, on a busy machine too.
+// For tests in which the first process is sure to answer, on a busy machine too.
 constexpr InstancePatience kPatient = {.answer = 20s, .start = 20s, .silence = 20s};
 
 class InstanceSocketTest : public testing::Test {
@@ -47,21 +47,21 @@ protected:
         return claimed;
     }
 
-    // The same, but a first does not listen yet.
+    // Like claim(), but a first process does not listen on its socket yet.
     InstanceClaimed claimWithoutListening(const StartRequest& request = {},
                                           const InstancePatience& patience = {}) const {
         return claimInstance({.runtimeFolder = run_, .temporaryFolder = temporary_}, request,
                              patience);
     }
 
-    // The connection of the next start, once its request can be read.
+    // Accepts the next start, and returns its connection once its request can be read.
     static FileDescriptor acceptOne(const InstanceSocket& socket) {
         FileDescriptor caller = await(socket.listener()) ? socket.accept() : FileDescriptor();
         EXPECT_TRUE(caller.valid() && await(caller.get()));
         return caller;
     }
 
-    // The request of the next start, which is confirmed.
+    // Reads the request of the next start, and confirms it.
     static std::optional<StartRequest> serveOne(const InstanceSocket& socket) {
         const FileDescriptor caller = acceptOne(socket);
         auto request = readStartRequest(caller.get());
@@ -127,7 +127,7 @@ TEST_F(InstanceSocketTest, a_start_waits_for_one_that_is_being_loaded) {
     const InstanceClaimed first = claimWithoutListening();
     std::optional<StartRequest> served;
     std::thread server([&] {
-        std::this_thread::sleep_for(20ms);  // the load
+        std::this_thread::sleep_for(20ms);  // stands for the time of loading
         first.socket->listen();
         served = serveOne(*first.socket);
     });
@@ -191,7 +191,7 @@ TEST_F(InstanceSocketTest, a_folder_that_others_may_write_is_not_used) {
 }
 
 TEST_F(InstanceSocketTest, a_runtime_folder_that_cannot_be_written_to_gives_way_to_the_users_own) {
-    // Even root cannot open a folder for writing.
+    // A folder in place of the lock file: even root cannot open it for writing.
     std::filesystem::create_directory(run_ + "/tavolauncher.lock");
     const InstanceClaimed first = claim();
     ASSERT_EQ(first.claim, InstanceClaim::First);

@@ -27,7 +27,7 @@ using processes::AwaitedMainQueue;
 
 const StartRequest kRequest = {.startupId = "panel-1_TIME42", .activationToken = "token"};
 
-// Long enough that a busy first is not taken for a stopped one.
+// Long enough that a busy first process is not taken for a stopped one.
 constexpr InstancePatience kPatient = {.answer = std::chrono::milliseconds(1000)};
 
 InstanceClaimed claim(const InstancePlaces& places, const StartRequest& request = {}) {
@@ -91,7 +91,7 @@ TEST_F(SingleInstanceTest, a_start_is_confirmed_before_its_request_is_served) {
     EXPECT_TRUE(first.awaitRequest(kRequest));
 }
 
-// For conditions that must not come true: waits longer than a start waits for an answer.
+// For conditions that must not come true: waits a little longer than a start waits for an answer.
 bool becomesTrueSoon(const std::function<bool()>& condition) {
     constexpr std::chrono::milliseconds kLonger{200};
     const auto end = std::chrono::steady_clock::now() + kPatient.answer + kLonger;
@@ -101,7 +101,7 @@ bool becomesTrueSoon(const std::function<bool()>& condition) {
     return condition();
 }
 
-// A start on a thread of its own, which waits for its answer.
+// A start of the program on a thread of its own, where it waits for its answer.
 struct WaitingStart {
     explicit WaitingStart(const InstancePlaces& places)
         : thread([this, places] {
@@ -166,7 +166,7 @@ TEST_F(SingleInstanceTest, a_process_that_a_start_waits_for_does_not_end) {
     EXPECT_FALSE(first.instance.endUnlessAsked());
 }
 
-// While this lives, the process can open no descriptor.
+// While an object lives, the process can open no file descriptor.
 class NoDescriptors {
 public:
     NoDescriptors() {
@@ -192,7 +192,7 @@ std::chrono::nanoseconds processorTime() {
 
 TEST_F(SingleInstanceTest, a_start_that_finds_no_descriptor_left_waits_without_work_for_one) {
     Process first(in("one"), "");
-    // A first round, for what opens descriptors only once.
+    // A start before the descriptors run out, for what opens descriptors only the first time.
     EXPECT_EQ(claim(in("one"), {}).claim, InstanceClaim::HandedOver);
     EXPECT_TRUE(first.awaitRequest({}));
     const FileDescriptor start(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
@@ -236,14 +236,14 @@ TEST_F(SingleInstanceTest, of_starts_that_share_only_the_bus_exactly_one_goes_on
     const processes::PrivateBus bus(folder_);
     Process one(in("one"), address());
     Process other(in("other"), address());
-    // The answers to both are known when one is superseded and the other is asked for its window.
+    // Each start learns what becomes of it: it is superseded, or is asked to show its window.
     EXPECT_TRUE(one.queue.runUntil([&] { return one.superseded || one.asked.has_value(); }));
     EXPECT_TRUE(other.queue.runUntil([&] { return other.superseded || other.asked.has_value(); }));
     EXPECT_NE(one.superseded, other.superseded);
 }
 
 TEST_F(SingleInstanceTest, the_name_is_claimed_when_the_bus_comes_and_again_when_it_returns) {
-    // Without a socket, so reachable() tells of the bus name alone.
+    // Without an instance socket, so that reachable() tells of the bus name alone.
     Process first({.runtimeFolder = "", .temporaryFolder = folder_.path("none")}, address());
     EXPECT_FALSE(first.instance.reachable());
     for (int round = 0; round < 2; ++round) {
