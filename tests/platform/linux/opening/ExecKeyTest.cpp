@@ -1,4 +1,4 @@
-// The words of the Exec key, against those with which GIO starts the same entry.
+// Compares the words that an Exec key comes to with those with which GIO starts the same entry.
 #include <random>
 
 #include <gio/gdesktopappinfo.h>
@@ -21,7 +21,7 @@ protected:
         pipe_ = FileDescriptor(::open(folder_.path("words").c_str(), O_RDWR | O_CLOEXEC));
     }
 
-    // An entry with this command, whose program reports its words.
+    // Writes a desktop entry with this command, whose program reports the words that it gets.
     std::string entry(const std::string& arguments) const {
         std::string escaped;
         for (const char c : program_ + ' ' + arguments) {
@@ -39,7 +39,7 @@ protected:
         return entry ? commandWords(*entry, path, address) : Words{"(no entry)"};
     }
 
-    // The words with which GIO starts the program; none when it does not start it.
+    // The words with which GIO starts the program; empty when GIO does not start it.
     Words gios(const std::string& path) {
         GDesktopAppInfo* const info = g_desktop_app_info_new_from_filename(path.c_str());
         if (info == nullptr) {
@@ -52,7 +52,7 @@ protected:
         return started != FALSE ? reportedWords() : Words();
     }
 
-    // The program and its arguments, as the next started program reports them.
+    // Waits for the next started program. Returns its path and the arguments that it reports.
     Words reportedWords() {
         Words words = {program_};
         std::string word;
@@ -149,7 +149,7 @@ TEST_F(ExecKey, gives_the_words_that_gio_gives_for_generated_commands) {
     }
 }
 
-// GIO would add quotation marks of its own here, so it is no oracle.
+// Not compared with GIO, which would add quotation marks of its own here.
 TEST_F(ExecKey, gives_texts_in_quotes_as_they_are_and_whole) {
     const processes::Variable variable("LANGUAGE", "it");
     const std::string name = "L'app \"è\" `$x`";

@@ -22,7 +22,8 @@ protected:
     }
     void show() { running_.running.push_back({{7, "app"}, {}}); }
 
-    // As a window system does; the queue's time stands still.
+    // Tells of changed windows as a window system does, and runs what is due; the time stands
+    // still.
     void tell() {
         running_.announceWindows();
         queue_.run();
@@ -38,7 +39,7 @@ protected:
 TEST_F(FirstWindowTest, a_window_that_is_there_is_seen_once_and_ends_the_start) {
     show();
     await();
-    EXPECT_EQ(seen_, 0);  // never inside the call
+    EXPECT_EQ(seen_, 0);  // never called inside await()
     queue_.run();
     EXPECT_EQ(seen_, 1);
     EXPECT_FALSE(start_->lasts());
@@ -49,11 +50,11 @@ TEST_F(FirstWindowTest, a_window_that_is_there_is_seen_once_and_ends_the_start) 
 TEST_F(FirstWindowTest, a_window_is_seen_as_soon_as_the_window_system_tells_of_it) {
     await();
     queue_.run();
-    tell();  // of another application's window
+    tell();  // as if another application's window had changed
     EXPECT_EQ(seen_, 0);
     show();
     running_.announceWindows();
-    EXPECT_EQ(seen_, 0);  // never inside the window system's call
+    EXPECT_EQ(seen_, 0);  // never called inside the window system's call
     queue_.run();
     EXPECT_EQ(seen_, 1);
     EXPECT_FALSE(running_.isSubscribedTo());

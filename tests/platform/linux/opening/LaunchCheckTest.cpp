@@ -9,7 +9,7 @@ using processes::Folder;
 
 class LaunchCheck : public testing::Test {
 protected:
-    // The text of the failure, or the path that was found.
+    // The path that findProgram() finds, or the text of its failure.
     std::string found(const std::string& program, const std::string& workingDirectory = {}) {
         const auto result = findProgram(ExecutableLookup(searchPath_), program, workingDirectory);
         return result ? result.value() : result.error().message;

@@ -1,4 +1,4 @@
-// Opening over a session bus of the test's own.
+// Opening entries that are D-Bus activatable, over a session bus of the test's own.
 #include <gio/gio.h>
 
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
@@ -18,7 +18,7 @@ protected:
     static constexpr const char* kName = "org.example.Activatable";
 
     BusOpening() {
-        // A critical message of GLib ends the test.
+        // Makes a critical message of GLib end the test program.
         before_ = g_log_set_always_fatal(
             static_cast<GLogLevelFlags>(G_LOG_FATAL_MASK | G_LOG_LEVEL_CRITICAL));
     }
@@ -36,7 +36,7 @@ protected:
                                     kName + " " + report_.path() + " " + behaviour);
     }
 
-    // An entry for the service. Its command reports if it is run.
+    // Writes an entry that activates the service. Its command, if it is run, reports that.
     std::string activatableEntry(const std::string& lines = {}) const {
         return entry("DBusActivatable=true\nExec=" +
                          folder_.script("program", "echo command >" + report_.path()) + "\n" +
@@ -49,7 +49,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    // Whether a click now activates the service, which then runs as `process_`.
+    // Whether a click now activates the service. Its process is `process_` then.
     bool clickActivates() {
         const Answer answer = open(activatableEntry());
         EXPECT_EQ(answer.text(), "(no error)");
@@ -79,7 +79,7 @@ TEST_F(BusOpening, an_activatable_entry_is_activated_instead_of_run) {
     EXPECT_EQ(answer.text(), "(no error)");
     ASSERT_TRUE(answer.running);
     EXPECT_EQ(answer.running->identifier, std::string(kName) + ".desktop");
-    // The process is the service's.
+    // The process that is answered is the service's.
     EXPECT_NE(commandLineOf(answer.running->processIdentifier).find(kName), std::string::npos);
     EXPECT_EQ(reported(), "Activate id= token=");
 }
@@ -114,7 +114,7 @@ TEST_F(BusOpening, a_click_while_the_services_window_is_to_come_does_not_activat
         EXPECT_FALSE(clickActivates());
     }
     queue_.run();
-    std::set<pid_t> asked;  // by its identifier, and by its process
+    std::set<pid_t> asked;  // once by identifier alone, once by process
     for (const RunningApplication& application : windows_.windowsAsked) {
         asked.insert(application.processIdentifier);
     }
@@ -178,7 +178,7 @@ TEST_F(BusOpening, a_service_that_cannot_start_is_told) {
 }
 
 TEST_F(BusOpening, a_service_that_says_nothing_is_told_when_its_time_is_over) {
-    patience_ = milliseconds(1);  // is for programs
+    patience_ = milliseconds(1);  // counts for programs, not for services
     busPatience_ = milliseconds(200);
     startBusWithService("silence");
     EXPECT_EQ(open(activatableEntry()).text(),
@@ -200,7 +200,7 @@ TEST(OpeningSettings, a_service_has_the_buss_own_time_to_answer) {
 }
 
 TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
-    startingTime_ = milliseconds(0);  // is for programs
+    startingTime_ = milliseconds(0);  // counts for programs, not for services
     startBusWithService("silence");
     Openings first(queue_);
     begin(activatableEntry(), first);
@@ -209,7 +209,7 @@ TEST_F(BusOpening, a_service_that_has_not_answered_is_not_activated_again) {
     EXPECT_EQ(second.text(), "(no error)");
     EXPECT_EQ(second.running, std::nullopt);
     EXPECT_EQ(first.now().calls, 0);
-    // The next report is from another entry, so the service was not activated twice.
+    // The next report comes from another entry: the service was not activated a second time.
     EXPECT_EQ(open(scriptEntry("echo other >" + report_.path())).text(), "(no error)");
     EXPECT_EQ(reported(), "other");
 }
@@ -287,7 +287,8 @@ TEST_F(BusOpening, losing_the_bus_ends_nothing_and_commands_are_run_from_then_on
     EXPECT_EQ(open(activatableEntry()).text(), "(no error)");
     EXPECT_EQ(reported(), "Activate id= token=");
     bus_->end();
-    // GLib learns of the loss while one of these openings runs.
+    // Opens the entry repeatedly, because GLib learns that the bus is gone only during one of the
+    // openings.
     EXPECT_TRUE(
         processes::becomesTrue([&] { return open(activatableEntry()).text() == "(no error)"; }));
     EXPECT_EQ(reported(), "command");

@@ -36,7 +36,7 @@ TEST_F(BundleOpening, is_answered_as_soon_as_the_program_has_begun) {
 }
 
 TEST_F(BundleOpening, the_program_starts_in_a_session_of_its_own_at_home_with_nothing_of_ours) {
-    const int leaked = ::open("/dev/null", O_RDONLY);  // without close-on-exec
+    const int leaked = ::open("/dev/null", O_RDONLY);  // no O_CLOEXEC: exec would keep it open
     ASSERT_GE(leaked, 3);
     added_ = {"KEPT=kept", "XDG_ACTIVATION_TOKEN=ours"};
     const Answer answer = open(

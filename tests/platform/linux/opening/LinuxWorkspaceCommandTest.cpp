@@ -1,4 +1,4 @@
-// What becomes of the command of an entry, started plainly and in a terminal.
+// What the command of an entry comes to, started plainly and in a terminal.
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 
 namespace tavo {

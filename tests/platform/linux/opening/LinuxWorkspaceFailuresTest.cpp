@@ -13,8 +13,8 @@ using processes::OpeningTest;
 
 struct Row {
     const char* name;
-    const char* lines;  // of the entry; @ stands for the test's folder
-    const char* text;   // likewise
+    const char* lines;  // more lines of the entry; @ stands for the test's folder
+    const char* text;   // what the user reads; @ stands for the test's folder
 };
 
 class EntryFailure : public OpeningTest, public testing::WithParamInterface<Row> {
@@ -147,7 +147,7 @@ TEST_F(OpeningFailure, a_missing_terminal_is_told) {
 }
 
 TEST_F(OpeningFailure, a_program_that_the_system_cannot_run_is_told_by_its_early_end) {
-    // An ELF file whose loader is missing: execve(2) then says that there is no such file.
+    // An ELF file that names a loader which does not exist: execve(2) then fails with ENOENT.
     std::string program;
     std::ifstream source(TAVO_TEST_PROGRAMS "/tavo_gio_lister", std::ios::binary);
     program.assign(std::istreambuf_iterator<char>(source), {});

@@ -14,13 +14,13 @@ using processes::becomesTrue;
 using processes::Openings;
 using processes::OpeningTest;
 
-// A file that hangs whoever runs it, as on a disk that does not answer: the kernel has its opening
-// wait until a write lease (fcntl(2)) is given up.
+// Makes starting a file hang, as on a disk that does not answer. While a process holds a write
+// lease (fcntl(2)) on a file, the kernel lets others that open the file wait.
 class HangingFile {
 public:
     explicit HangingFile(const std::string& path)
         : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        EXPECT_EQ(::fcntl(file_.get(), F_SETSIG, SIGURG), 0);  // which nothing dies of
+        EXPECT_EQ(::fcntl(file_.get(), F_SETSIG, SIGURG), 0);  // ignored unless it is handled
         EXPECT_EQ(::fcntl(file_.get(), F_SETLEASE, F_WRLCK), 0);
     }
 
@@ -30,7 +30,8 @@ private:
 
 class HangingOpening : public OpeningTest {
 protected:
-    // The bus thread is free, and everything ends in less than half a second.
+    // Checks that the bus thread still opens others, and that everything ends in less than 0.5
+    // seconds.
     void expectNothingWaits() {
         EXPECT_EQ(open(scriptEntry("echo other >" + report_.path())).text(), "(no error)");
         EXPECT_EQ(reported(), "other");
@@ -65,7 +66,8 @@ TEST_F(HangingOpening, an_x_server_that_hangs_holds_up_no_end) {
     EXPECT_TRUE(server.awaitClient());
     std::filesystem::remove(socket);
     expectQuickEnd();
-    // The start, which had not come that far, goes on.
+    // The program had not been started when the workspace ended. It is started now, on its own
+    // thread.
     EXPECT_TRUE(processes::children().empty());
     EXPECT_EQ(reported(), "ran");
 }

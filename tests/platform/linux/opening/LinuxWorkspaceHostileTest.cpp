@@ -23,7 +23,7 @@ protected:
         folder_.write("Foo.app/Contents/Info.plist", content);
     }
 
-    // The program is found by the bundle's name and runs, whatever Info.plist holds.
+    // Checks that the program is found by the bundle's name and runs, whatever Info.plist holds.
     void expectPlainBundle() {
         const auto facts = workspace().bundle(path());
         ASSERT_TRUE(facts);
@@ -65,7 +65,7 @@ TEST_F(HostileBundle, a_description_nested_a_hundred_thousand_deep_says_nothing)
             nested += tag;
         }
     }
-    // Within the size limit, so that only the depth is a reason to refuse it.
+    // Within the size limit, so that only the nesting is a reason to refuse the file.
     describe(nested.substr(0, 900000));
     expectPlainBundle();
 }
@@ -127,7 +127,7 @@ protected:
         }
     }
 
-    // Asks the launcher how many descriptors it has open and how many zombies it has left.
+    // Asks the launcher how many descriptors it has open and how many of its children are zombies.
     static std::pair<int, int> countsOf(ChildProgram& launcher) {
         std::istringstream line(launcher.ask(""));
         std::pair<int, int> counts{-1, -1};
@@ -167,7 +167,7 @@ TEST_F(ManyStarts, two_hundred_leave_no_zombie_and_no_descriptor_and_survive_a_k
         }
     }
     EXPECT_TRUE(becomesTrue([&] { return countsOf(launcher).second == 0; }));
-    // One pidfd for each program that still runs.
+    // The launcher keeps one pidfd open for each program that still runs.
     EXPECT_TRUE(becomesTrue(
         [&] { return countsOf(launcher).first <= before + static_cast<int>(running_.size()); }));
 
@@ -210,7 +210,8 @@ TEST_F(ManyStarts, two_hundred_that_end_leave_the_launcher_as_it_was) {
         open(path);
     }
     endLasting();
-    // The descriptors of a start are closed a little after its answer.
+    // Waits until the number of open descriptors no longer changes: those of a start are closed a
+    // little after its answer.
     int before = 0;
     EXPECT_TRUE(becomesTrue([&] {
         const int last = std::exchange(before, countsOf(launcher).first);

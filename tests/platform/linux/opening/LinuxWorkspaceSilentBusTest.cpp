@@ -69,7 +69,7 @@ TEST_F(SilentBus, fails_an_activation_with_a_clear_text_each_time) {
     }
 }
 
-// A real bus, stopped by SIGSTOP for a while.
+// A real session bus, stopped by SIGSTOP until goOn().
 class StoppedBus : public OpeningTest {
 protected:
     StoppedBus() : bus_(folder_), manager_(folder_) {
@@ -121,8 +121,8 @@ TEST_F(StoppedBus, of_what_has_ended_meanwhile_no_scope_is_asked_for) {
     ::kill(answer.running->processIdentifier, SIGKILL);
 }
 
-// A bus that did not answer when the launcher began, which has hidden its address from GLib and
-// libdbus for that reason.
+// A bus that did not answer when the launcher began. For that reason the launcher has hidden the
+// address of the bus from GLib and libdbus.
 class LateBus : public OpeningTest {
 protected:
     static constexpr const char* kName = "org.example.Activatable";
@@ -138,7 +138,7 @@ protected:
 
     void goOn() const { ::kill(bus_.process(), SIGCONT); }
 
-    // An entry for the service. Its command reports if it is run.
+    // Writes an entry that activates the service. Its command, if it is run, reports that.
     std::string activatableEntry() const {
         return entry("DBusActivatable=true\nExec=" +
                          folder_.script("command", "echo command >" + report_.path()) + "\n",
@@ -179,7 +179,8 @@ TEST_F(LateBus, that_was_lost_is_used_again_when_it_returns) {
     EXPECT_EQ(open(path).text(), "(no error)");
     EXPECT_EQ(reported(), "Activate id= token=");
     bus_.end();
-    // GLib learns of the loss while one of these openings runs.
+    // Opens the entry repeatedly, because GLib learns that the bus is gone only during one of the
+    // openings.
     EXPECT_TRUE(processes::becomesTrue([&] { return open(path).text() == "(no error)"; }));
     EXPECT_EQ(reported(), "command");
     std::filesystem::remove(folder_.path("bus"));

@@ -10,7 +10,7 @@ using processes::Openings;
 using processes::OpeningTest;
 using std::chrono::milliseconds;
 
-// Programs in these tests report that they run, and go on until the test lets them end.
+// The programs in these tests report their PID, and run until letEnd() ends them.
 class Starting : public OpeningTest {
 protected:
     Starting() {
@@ -44,7 +44,7 @@ protected:
         return process;
     }
 
-    // Lets the program end with this status. The workspace has learnt of it when this returns.
+    // Lets the program exit with `status`. Returns when the workspace has learnt of it.
     void letEnd(pid_t process, int status) {
         const std::string line = std::to_string(status) + "\n";
         EXPECT_EQ(::write(hold_.get(), line.data(), line.size()),

@@ -1,4 +1,5 @@
-// Entries that want a terminal. The terminals are scripts that report how they were called.
+// Opening entries that run in a terminal. The terminals are scripts that report how they were
+// called.
 #include "platform/linux/opening/TerminalCommand.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/XServer.h"
@@ -12,7 +13,8 @@ using processes::OpeningTest;
 
 class TerminalCommand : public testing::Test {
 protected:
-    // The words that are chosen when only these terminals are installed, without their folder.
+    // The words of the terminal command that is chosen when only these terminals are installed,
+    // without the terminal's folder.
     [[nodiscard]] std::string chosen(const std::vector<std::string>& installed,
                                      bool wayland = false) const {
         const Folder folder;
@@ -73,8 +75,8 @@ TEST_F(TerminalCommand, without_any_there_is_none) {
 
 class TerminalOpening : public OpeningTest {
 protected:
-    // A terminal that reports its arguments, of which there are `skipped` before the command, and
-    // then runs the command as terminals do.
+    // Installs a terminal that reports its arguments and then runs the command as terminals do. The
+    // command comes after the first `skipped` arguments.
     void install(const std::string& terminal, int skipped) {
         folder_.script("bin/" + terminal, "printf '[%s]' \"$@\" >" + folder_.path("arguments") +
                                               "\nshift " + std::to_string(skipped) +
@@ -132,7 +134,7 @@ TEST_F(TerminalOpening, the_terminals_process_is_marked_with_the_entry_it_was_st
     std::string marked;
     line >> file >> process >> marked;
     EXPECT_EQ(file, path);
-    EXPECT_EQ(marked, process);  // the scripts take each other's place
+    EXPECT_EQ(marked, process);  // exec keeps the PID
 }
 
 TEST_F(TerminalOpening, the_working_directory_is_the_entrys_or_home) {
@@ -151,7 +153,7 @@ TEST_F(TerminalOpening, an_early_failure_is_reported_with_the_programs_name) {
                   "» dell’app «App» si è chiuso subito dopo l’avvio con il codice di errore 4.");
 }
 
-// On an X11 server of its own.
+// Runs xfce4-terminal and xterm on an X11 server of the test's own.
 TEST_F(TerminalOpening, real_terminals_run_the_program_on_a_terminal_of_its_own) {
     const XServer server;
     added_ = {"DISPLAY=" + server.display()};

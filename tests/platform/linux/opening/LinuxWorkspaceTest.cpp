@@ -96,7 +96,7 @@ TEST_F(LinuxWorkspace, opening_uses_what_the_same_click_has_read_for_the_facts) 
     const auto time = std::filesystem::last_write_time(path);
     ASSERT_TRUE(workspace().bundle(path));
     entry(lines("two"));
-    std::filesystem::last_write_time(path, time);  // by which the second text goes unnoticed
+    std::filesystem::last_write_time(path, time);  // so that the change is not noticed
     open(path);
     EXPECT_EQ(reported(), "one");
     open(path);
@@ -132,11 +132,11 @@ TEST_F(LinuxWorkspace, a_started_program_has_a_session_of_its_own) {
 }
 
 TEST_F(LinuxWorkspace, a_started_program_inherits_no_descriptor_and_reads_nothing) {
-    const int leaked = ::open("/dev/null", O_RDONLY);  // without close-on-exec
+    const int leaked = ::open("/dev/null", O_RDONLY);  // no O_CLOEXEC: exec would keep it open
     ASSERT_GE(leaked, 3);
     open(scriptEntry(
         "input=$(readlink /proc/$$/fd/0); open=; for n in $(seq 3 60); do "
-        // The shell's own descriptor of the script is none of ours: it is not /dev/null.
+        // Only /dev/null counts: the shell itself has another descriptor open, for the script.
         "[ \"$(readlink /proc/$$/fd/$n)\" = /dev/null ] && open=\"$open $n\"; done; "
         "echo $input$open >" +
         report_.path()));
@@ -322,7 +322,7 @@ TEST_F(LinuxWorkspace, fifty_starts_leave_no_zombie_and_no_descriptor) {
         ASSERT_EQ(open(path).text(), "(no error)");
     }
     EXPECT_TRUE(children().empty());
-    // The first start's descriptors may have been closed only after its answer.
+    // `before` may be too large: a start's descriptors are closed a little after its answer.
     EXPECT_TRUE(becomesTrue([&] { return processes::openDescriptors().size() <= before.size(); }));
 }
 

@@ -33,7 +33,7 @@ TEST(PendingLaunches, once_a_start_is_over_the_next_one_begins) {
     const auto second = starts.begin("/a");
     ASSERT_TRUE(second);
     EXPECT_FALSE(starts.begin("/a"));
-    first->over();  // heard of late: not the second one's business
+    first->over();  // a late second call does not end the second start
     EXPECT_FALSE(starts.begin("/a"));
 }
 

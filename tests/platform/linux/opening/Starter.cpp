@@ -1,9 +1,11 @@
-// A launcher for tests, some of which kill it: opens what it is told and says how that went.
+// A launcher without a window for tests, some of which kill it: opens what it is told, and says
+// what came of it.
 //
-// For each line of standard input, the path of an application, one line of standard output: the
-// started process, 0 when nothing runs, or -1 after an error. For an empty line, how many
-// descriptors are open and how many of its children are zombies. For "open" and a web address, as
-// for the application that is associated with it.
+// For each line of standard input it prints one line. A path of an application is opened: the
+// answer is the PID of the started process, 0 when none runs, or -1 after an error. "open" and a
+// web address open the application that is associated with the address, with the same answer. An
+// empty line is answered with the number of open descriptors and the number of children that are
+// zombies.
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -43,7 +45,7 @@ int zombies() {
     return count;
 }
 
-// A main queue that waits for its next block.
+// A main queue whose runNext() waits for the next block.
 class WaitingQueue final : public tavo::MainQueue {
 public:
     void async(std::function<void()> block) override {
@@ -52,7 +54,7 @@ public:
         changed_.notify_one();
     }
 
-    // Drops the block: nothing here depends on one that is due later.
+    // Drops the block: no test of this program needs one that is due later.
     void asyncAfter(std::chrono::milliseconds /*delay*/, std::function<void()> /*block*/) override {
     }
 

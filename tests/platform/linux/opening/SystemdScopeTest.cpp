@@ -25,7 +25,7 @@ class ScopeOpening : public OpeningTest {
 protected:
     ScopeOpening() : bus_(folder_), manager_(folder_) {}
 
-    // The expected request for a scope for this process.
+    // The request that systemd must get for a scope for `process`.
     static std::string expected(const std::string& name, const std::string& process) {
         return "app-tavolauncher-" + name + "-" + process + ".scope fail [('PIDs', <[uint32 " +
                process + "]>), ('Slice', <'app.slice'>), ('CollectMode', <'inactive-or-failed'>)]";
@@ -43,7 +43,8 @@ TEST_F(ScopeOpening, an_entrys_program_gets_a_scope_of_its_own) {
 
 TEST_F(ScopeOpening, a_bundles_program_gets_a_scope_of_its_own) {
     manager_.start("answer");
-    // A bundle starts before the bus is connected, so its program has to last until then.
+    // The program runs long enough for the bus to be connected, which a bundle's start does not
+    // wait for.
     folder_.script("Foo.app/Foo", "echo $$ >" + report_.path() + "; exec sleep 1000");
     const Answer answer = open(folder_.path("Foo.app"));
     ASSERT_TRUE(answer.running);

@@ -1,4 +1,4 @@
-// Web addresses, opened by way of associations that the test makes.
+// Opening web addresses, by associations that the test makes.
 #include "tests/platform/linux/fixtures/ChildProgram.h"
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
 #include "tests/platform/linux/fixtures/PrivateBus.h"
@@ -21,7 +21,7 @@ protected:
                       "[Default Applications]\nx-scheme-handler/https=" + entry + "\n");
     }
 
-    // A browser that reports its arguments, if it runs in a session of its own.
+    // Writes a browser that reports its arguments if it runs in a session (setsid(2)) of its own.
     std::string browser() const {
         return folder_.script("browser",
                               "read -r pid name state parent group session rest </proc/$$/stat; "
@@ -29,7 +29,7 @@ protected:
                                   report_.path());
     }
 
-    // "-1" when the address is not opened.
+    // Opens a web address by the launcher; answers "-1" when it is not opened.
     static std::string open(const std::string& address) {
         ChildProgram launcher({std::string(TAVO_TEST_PROGRAMS) + "/tavo_starter"});
         return launcher.ask("open " + address);
