@@ -17,7 +17,8 @@
 namespace tavo {
 namespace {
 
-// How a child ended that ran `body` in confinement: an exit status, or 128 + the signal.
+// Runs `body` in a confined child process. Returns its exit status, or 128 + the signal that ended
+// it.
 int statusOf(const std::function<int()>& body) {
     const pid_t child = ::fork();
     if (child == 0) {

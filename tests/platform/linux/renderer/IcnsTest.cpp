@@ -6,7 +6,7 @@
 namespace tavo {
 namespace {
 
-// A chunk's content is taken for a PNG by these first bytes alone.
+// A picture that passes for a PNG: the reader of .icns files looks at these first bytes alone.
 std::string png(const std::string& content) {
     return "\x89PNG\r\n\x1a\n" + content;
 }

@@ -29,7 +29,7 @@ std::string svg(const std::string& content, const std::string& attributes = "vie
 
 const std::string kRedSquare = "<rect width='64' height='64' fill='#ff0000'/>";
 
-// The head of a PNG file of this size: signature and first chunk, with its checksum.
+// The beginning of a PNG file of this size: the signature and the chunk IHDR with its checksum.
 std::string pngHead(std::uint32_t width, std::uint32_t height) {
     const std::string head =
         "IHDR" + bigEndian(width) + bigEndian(height) + std::string("\x08\x06\x00\x00\x00", 5);
