@@ -26,7 +26,8 @@ TEST(WindowListing, on_x11_it_takes_a_window_manager) {
         const XDesktop desktop(manager);
         const std::string display = "DISPLAY=" + desktop.display();
         EXPECT_EQ(seen({display}), manager != Manager::none);
-        // The name of a compositor that is gone hides nothing.
+        // WAYLAND_DISPLAY is left over from a compositor that has ended: the X11 server is still
+        // used.
         EXPECT_EQ(seen({display, "WAYLAND_DISPLAY=/no/such/display"}), manager != Manager::none);
     }
 }
