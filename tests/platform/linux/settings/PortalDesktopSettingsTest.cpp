@@ -26,7 +26,8 @@ using std::chrono::milliseconds;
 constexpr char kAppearance[] = "org.freedesktop.appearance";
 constexpr char kInterface[] = "org.gnome.desktop.interface";
 
-// A session bus, a portal that enters it when the test wants it, and the settings under test.
+// A session bus, a portal that takes its bus name when the test wants it, and the settings under
+// test.
 class PortalWorld {
 public:
     void choose(const DesktopPreferences& preferences) {
@@ -46,7 +47,7 @@ public:
         return *settings_;
     }
 
-    // Leaves it to the test whether the portal is on the bus.
+    // Makes the settings; the test decides whether the portal is on the bus.
     DesktopSettings& make() {
         sessionBus_ = std::make_unique<SessionBus>(sessionBusAddress());
         settings_ = makePortalDesktopSettings(*sessionBus_, queue);
@@ -62,7 +63,7 @@ public:
         });
     }
 
-    // The preferences once the portal has answered every question.
+    // Waits until the portal has answered every question; returns the preferences.
     DesktopPreferences answered() {
         settings().awaitFirstAnswer(kPatience);
         return settings().preferences();
@@ -145,7 +146,8 @@ TEST_F(PortalDesktopSettingsTest, nonsense_counts_as_no_answer) {
         PortalWorld world;
         world.portal.set(row.group, row.name, row.value, false);
         EXPECT_EQ(world.answered(), DesktopPreferences());
-        // The same in signals. The last one makes sense, and shows that all have been heard.
+        // Sends the same value as a signal, then others. Only the last one makes sense; when it has
+        // arrived, so have those before.
         world.portal.set(row.group, row.name, row.value);
         world.portal.say("('org.gnome.desktop.interface', 'cursor-theme', <'Papirus'>)");
         world.portal.say("('org.freedesktop.appearance', 'color-scheme')");

@@ -14,7 +14,7 @@
 namespace tavo {
 
 // Connects to the bus that DBUS_SESSION_BUS_ADDRESS names. Each function returns once the bus
-// daemon has what it sends.
+// daemon has received what the function sends.
 class PortalStandIn {
 public:
     PortalStandIn();
@@ -22,26 +22,26 @@ public:
     PortalStandIn& operator=(const PortalStandIn&) = delete;
     ~PortalStandIn();
 
-    // Takes the portal's bus name; releases it.
+    // enter() takes the portal's bus name, leave() releases it.
     void enter();
     void leave();
 
-    // Sets a key to a value in GVariant's text form, such as "uint32 1"; "" removes the key.
-    // `told`: sends SettingChanged too.
+    // Gives a setting a value in GVariant's text form, such as "uint32 1"; "" removes it. Sends
+    // SettingChanged if `told`.
     void set(const std::string& group, const std::string& name, const std::string& value,
              bool told = true);
 
     // Sends SettingChanged with these parameters in GVariant's text form.
     void say(const std::string& parameters);
 
-    // Sets the methods that it has. At first: ReadOne and Read.
+    // Sets which methods the portal has. At first: ReadOne and Read.
     void haveMethods(std::set<std::string> methods);
 
     // Holds the answers to all calls until releaseAnswers().
     void holdAnswers();
     void releaseAnswers();
 
-    // The number of calls so far.
+    // How often the portal's methods were called so far.
     [[nodiscard]] int questions();
 
 private:
@@ -51,7 +51,7 @@ private:
     void answer(GDBusMethodInvocation* invocation);
     void callBus(const char* method, GVariant* parameters);
 
-    // The thread's.
+    // Used on `thread_` alone.
     GDBusConnection* bus_ = nullptr;
     std::map<std::pair<std::string, std::string>, std::string> values_;
     std::set<std::string> methods_ = {"ReadOne", "Read"};
