@@ -20,7 +20,8 @@ public:
     RawSqlite(const RawSqlite&) = delete;
     RawSqlite& operator=(const RawSqlite&) = delete;
 
-    // Runs any number of statements. The first column of the first row, "" when there is none.
+    // Runs any number of statements. Returns the first column of the first row, "" when there is
+    // none.
     std::string run(const std::string& text) {
         std::string answer;
         char* message = nullptr;

@@ -48,7 +48,7 @@ protected:
     [[nodiscard]] std::unique_ptr<DefaultsStore> open() const {
         return makeSqliteDefaultsStore(file_);
     }
-    // The permission bits; 0 where there is no file.
+    // The permission bits of a file; 0 where there is no file.
     static unsigned permissions(const std::string& path) {
         struct stat status {};
         return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
@@ -133,8 +133,8 @@ TEST_F(SqliteDefaultsStore, an_unreadable_value_stays_until_its_key_is_written) 
 
 struct ForeignRow {
     const char* name;
-    const char* type;   // as SQL
-    const char* value;  // as SQL
+    const char* type;   // an SQL expression for the type of the row
+    const char* value;  // an SQL expression for the value of the row
 };
 
 TEST_F(SqliteDefaultsStore, rows_that_this_program_would_not_write_read_as_absent) {
@@ -236,7 +236,7 @@ TEST_F(SqliteDefaultsStore, two_processes_that_write_at_once_lose_nothing) {
         return std::vector<std::string>{TAVO_TEST_PROGRAMS "/tavo_store_writer", "keys", file_,
                                         prefix, "300"};
     };
-    // Both begin without a file: only one may make it.
+    // Both writers begin without a file: only one of them may make it.
     ChildProgram a(writer("a"));
     ChildProgram b(writer("b"));
     EXPECT_EQ(a.wait(), 0);
@@ -248,7 +248,7 @@ TEST_F(SqliteDefaultsStore, two_processes_that_write_at_once_lose_nothing) {
     }
 }
 
-// While it lives, the variables have these values; one with "" is not set.
+// Sets environment variables; the destructor restores the former values. "" unsets a variable.
 class Environment {
 public:
     explicit Environment(std::initializer_list<std::pair<const char*, const char*>> variables) {

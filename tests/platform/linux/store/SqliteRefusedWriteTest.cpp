@@ -1,5 +1,5 @@
-// A write that fails is kept and answers reads, is said once on standard error, and is tried again.
-// Each test makes the failure really happen.
+// A write that fails is kept and answers reads, is reported once on standard error, and is tried
+// again. Each test makes the failure really happen.
 #include <algorithm>
 #include <csignal>
 #include <functional>
@@ -27,7 +27,7 @@ namespace {
 
 class RefusedWrite : public StoreFileFixture {
 protected:
-    // Checks that one line was said, with the file's name and `reason` in it.
+    // Checks that one line was printed, with the file's name and `reason` in it.
     void expectSaidOnce(const StandardError& said, const std::string& reason) const {
         const std::string text = said.text();
         EXPECT_TRUE(text.starts_with("tavolauncher: cannot write " + file_ + ": ")) << text;
@@ -83,7 +83,8 @@ TEST_F(RefusedWrite, is_kept_while_another_process_locks_out_readers_too) {
     });
 }
 
-// The caller took the old values for absent: what it writes now may be all that is left of them.
+// The program could not read the old values and took them for absent. When it then writes, it
+// overwrites them: the copy is all that is left of them.
 TEST_F(RefusedWrite, of_a_key_that_could_not_be_read_keeps_a_copy_of_the_store) {
     open()->set("key", Data{"old"});
     open()->set("second", Data{"old too"});
@@ -203,7 +204,7 @@ TEST_F(RefusedWrite, waits_for_a_lock_that_is_soon_given_up) {
     EXPECT_EQ(open()->data("key"), "new");
 }
 
-// File permissions bind all users but root.
+// These tests are skipped for root, whom file permissions do not bind.
 class RefusedByRights : public RefusedWrite {
 protected:
     void SetUp() override {
@@ -313,8 +314,8 @@ TEST_F(RefusedWrite, is_said_again_when_writes_had_succeeded_in_between) {
     }
 }
 
-// While it lives, no file of this process grows beyond `bytes`: a write fails halfway, as on a full
-// disk.
+// While an object lives, no file of this process grows beyond `bytes`: a write fails halfway, as on
+// a full disk.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -346,7 +347,7 @@ TEST_F(RefusedWrite, is_kept_when_the_file_cannot_grow_and_harms_nothing_that_wa
         expectSaidOnce(said, "disk I/O error");
         EXPECT_EQ(open()->data("key"), "old");
         EXPECT_EQ(open()->data("large"), std::nullopt);
-        // A value that there is room for is written nevertheless.
+        // The small value has room, and is written although the large one could not be.
         store->set("small", Data{"written"});
         EXPECT_EQ(open()->data("small"), "written");
         expectSaidOnce(said, "disk I/O error");
@@ -375,7 +376,7 @@ TEST_F(RefusedWrite, is_kept_when_there_is_no_room_to_make_the_file) {
     EXPECT_TRUE(putAside().empty());
 }
 
-// Fills a disk of 256 KiB while a store writes to it. What went wrong, "" when all is well.
+// Fills a disk of 256 KiB while a store writes to it. Returns what went wrong, "" when all is well.
 std::string troubleOnAFullDisk(const std::string& disk) {
     const std::string file = disk + "/tavolauncher/defaults.sqlite";
     const auto store = makeSqliteDefaultsStore(file);
@@ -409,7 +410,8 @@ std::string troubleOnAFullDisk(const std::string& disk) {
     return "";
 }
 
-// Gives this process mounts of its own, which other processes do not see.
+// Moves this process into a mount namespace of its own, so that other processes do not see its
+// mounts.
 bool leaveForMountsOfItsOwn() {
     if (geteuid() == 0) {
         return unshare(CLONE_NEWNS) == 0;

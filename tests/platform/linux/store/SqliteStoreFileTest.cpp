@@ -18,7 +18,8 @@ namespace {
 
 class StoreFile : public StoreFileFixture {
 protected:
-    // A store in another file, with "other" under "key.0" to "key.19" and a large value.
+    // Makes a store in another file, with "other" under "key.0" to "key.19" and a large value;
+    // returns its path.
     [[nodiscard]] std::string otherStore() const {
         const std::string file = folder_ / "other.sqlite";
         const auto store = makeSqliteDefaultsStore(file);
@@ -119,7 +120,8 @@ TEST_F(StoreFile, a_sound_store_in_utf16_is_a_store) {
     EXPECT_TRUE(putAside().empty());
 }
 
-// open(2) of a pipe waits for the other end: such a test would never end.
+// A store that opened the pipe with open(2) would wait for its other end, and this test would never
+// end.
 TEST_F(StoreFile, a_pipe_in_its_place_is_put_aside) {
     ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
     const auto store = open();
@@ -314,7 +316,8 @@ TEST_F(StoreFile, a_file_overwritten_in_place_by_one_of_its_size_is_noticed) {
     EXPECT_EQ(store->data("key"), "one");
     ASSERT_EQ(std::filesystem::file_size(file_), std::filesystem::file_size(other));
     overwrite(file_, contents(other));
-    // Two changes within one tick of the file system's clock cannot be told apart.
+    // Moves the modification time on: two changes within one tick of the file system's clock would
+    // have the same one.
     std::filesystem::last_write_time(
         file_, std::filesystem::last_write_time(file_) + std::chrono::seconds(1));
     EXPECT_EQ(store->data("key"), "two");
@@ -330,7 +333,7 @@ TEST_F(StoreFile, a_link_to_a_store_elsewhere_is_followed) {
     EXPECT_EQ(makeSqliteDefaultsStore(folder_ / "elsewhere/real.sqlite")->data("key"), "value");
 }
 
-// At start six values are read, and the window waits for them.
+// The start of the program reads six values before the window shows, and must not wait for each.
 TEST_F(StoreFile, of_several_reads_of_a_locked_file_only_the_first_waits) {
     open()->set("key", Data{"old"});
     ChildProgram other = holding({"BEGIN EXCLUSIVE"});

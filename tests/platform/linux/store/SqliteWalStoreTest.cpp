@@ -1,5 +1,5 @@
-// Stores of earlier versions, which used SQLite's WAL: nothing is lost, and the first opening gives
-// them a rollback journal.
+// Stores of earlier versions, which used SQLite's write-ahead log (WAL): nothing is lost, and the
+// first opening gives them a rollback journal instead.
 #include <gtest/gtest.h>
 
 #include "tests/platform/linux/fixtures/ChildProgram.h"

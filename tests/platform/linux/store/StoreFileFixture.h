@@ -33,8 +33,8 @@ protected:
         return makeSqliteDefaultsStore(file_);
     }
 
-    // Another process that runs the statements, says "held", and keeps the locks that they took
-    // until its input ends.
+    // Starts another process that runs the SQL statements, says "held", and keeps the locks that
+    // these took until its input ends.
     [[nodiscard]] ChildProgram holding(const std::vector<std::string>& statements) const {
         std::vector<std::string> command = {TAVO_TEST_PROGRAMS "/tavo_store_writer", "hold", file_};
         command.insert(command.end(), statements.begin(), statements.end());

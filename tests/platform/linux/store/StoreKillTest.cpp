@@ -15,11 +15,12 @@
 namespace tavo {
 namespace {
 
-// Each group of so many rounds begins with no file, so that kills interrupt its making too.
+// So many rounds in turn use the same file. The first of them finds none, so that kills interrupt
+// its making too.
 constexpr int kRoundsPerFile = 4;
 
-// The last mark of the writer, after a check that each key holds the mark written to it last,
-// whole. Absent after a failure.
+// The number of the writer's last mark. Checks that each key holds, unaltered, the mark that was
+// written to it last; nullopt if one is altered.
 std::optional<int> checkedMarks(const DefaultsStore& store, const std::string& writer) {
     const std::optional<int> last = lastMark(store, writer);
     if (!last) {
@@ -32,8 +33,8 @@ std::optional<int> checkedMarks(const DefaultsStore& store, const std::string& w
     return last;
 }
 
-// In memory where possible. Unlike a power failure, a kill loses nothing that was handed to the
-// kernel, so a disk would only add time.
+// A folder in memory where possible. Unlike a power failure, a kill loses nothing that was handed
+// to the kernel, so a disk would only add time.
 std::filesystem::path placeForKilling() {
     const char* const memory = "/dev/shm";
     return access(memory, W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
@@ -68,12 +69,13 @@ void expectNothingAcknowledgedLost(const std::vector<std::string>& writers) {
             ASSERT_EQ(promised, before[i] + static_cast<int>(said[i].size()));
             const std::optional<int> last = checkedMarks(*store, writers[i]);
             ASSERT_TRUE(last);
-            // The mark under way may have been written or not.
+            // The mark that was being written at the kill may be stored or not.
             EXPECT_GE(*last, promised);
             EXPECT_LE(*last, promised + 1);
             before[i] = *last;
         }
-        // The next write leaves no other file behind. SQLite writes nothing when nothing changes.
+        // Another write must remove the journal that the kill left. Its value changes each round,
+        // because SQLite writes nothing when nothing changes.
         store->set("checked", Data{std::to_string(round)});
         const std::filesystem::directory_iterator files(std::filesystem::path(file).parent_path());
         EXPECT_EQ(std::distance(begin(files), end(files)), 1);

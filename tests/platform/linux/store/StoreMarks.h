@@ -1,5 +1,6 @@
-// A numbered series of values for the defaults store, of all forms and many sizes. Each is made
-// from its number alone, so that a reader can tell whether it is whole.
+// Marks: values for the defaults store, of all forms and many sizes, which a writer stores in the
+// order of their numbers. Each is made from its number alone, so that a reader can tell whether it
+// is unaltered.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +11,7 @@
 
 namespace tavo {
 
-// The marks of a writer stand under so many keys of its own, the same form always under the same
-// key.
+// A writer stores its marks under so many keys in turn. A key always gets the same form of value.
 constexpr int kMarkKeys = 6;
 
 inline std::string markKey(const std::string& writer, int number) {
@@ -20,7 +20,7 @@ inline std::string markKey(const std::string& writer, int number) {
 
 inline DefaultsValue markValue(int number) {
     const std::string text = std::to_string(number);
-    // From a part of a database page to half a dozen pages.
+    // The values take from a part of a database page to half a dozen pages.
     const int size = number * 397 % 1000;
     switch (number % 3) {
         case 0: {
@@ -47,8 +47,8 @@ inline DefaultsValue markValue(int number) {
     }
 }
 
-// The number of the mark that is stored under the key of mark `number`; 0 when there is none;
-// absent when the stored value is not exactly a mark.
+// The number of the mark that is stored under the key of mark `number`; 0 when none is; nullopt
+// when the stored value is not exactly a mark.
 inline std::optional<int> storedMark(const DefaultsStore& store, const std::string& writer,
                                      int number) {
     const std::string key = markKey(writer, number);
@@ -76,7 +76,8 @@ inline std::optional<int> storedMark(const DefaultsStore& store, const std::stri
                                                                          : std::nullopt;
 }
 
-// The writer's last mark in the store, 0 for none; absent when any of its marks is broken.
+// The highest number of a mark that `writer` has stored, 0 for none; nullopt when one of the stored
+// values is not exactly a mark.
 inline std::optional<int> lastMark(const DefaultsStore& store, const std::string& writer) {
     int last = 0;
     for (int key = 0; key < kMarkKeys; ++key) {

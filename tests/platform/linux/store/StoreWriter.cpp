@@ -1,4 +1,4 @@
-// The other process of the store's tests.
+// The program that the store's tests run as another process.
 //
 //   StoreWriter marks FILE NAME           writes marks of the writer NAME after the last one in
 //                                         the file, and says the number of each once it is
