@@ -13,7 +13,7 @@ namespace {
 
 using processes::Folder;
 
-// A shell command that says its PID and then waits for its input to end.
+// A shell command that prints its PID and then becomes `program`, which ends with its input.
 std::vector<std::string> shell(const std::vector<std::string>& variables,
                                const std::string& program = "/bin/cat") {
     std::vector<std::string> words = {"/usr/bin/env"};
@@ -27,8 +27,8 @@ bool hasArguments(pid_t process) {
     return arguments.peek() != std::ifstream::traits_type::eof();
 }
 
-// The PID that the started program says, once it really runs `program`. During execve(2) the kernel
-// names the new program a moment before it has its arguments and environment.
+// Waits until the started program really runs `program`; returns its PID. During execve(2) the
+// kernel names the new program a moment before it has its arguments and environment.
 pid_t settled(ChildProgram& child, const std::string& program) {
     const pid_t process = std::stoi(child.readLine().value_or("0"));
     EXPECT_TRUE(processes::becomesTrue([&] {
@@ -46,7 +46,7 @@ TEST(ProcessInfo, a_start_time_stays_and_goes_with_the_process) {
     EXPECT_EQ(processStartTime(process), start);
     EXPECT_NE(*start, 0U);
     child.closeInput();
-    // A zombie.
+    // The process is a zombie now, which has no start time.
     EXPECT_TRUE(processes::becomesTrue([&] { return !processStartTime(process); }));
     child.wait();
     EXPECT_EQ(processStartTime(process), std::nullopt);

@@ -45,7 +45,7 @@ TEST_F(XdgFoldersTest, data_folders_follow_the_variables) {
         const char* name;
         Variable home;
         Variable dirs;
-        Strings expected;  // before the export folders
+        Strings expected;  // the folders before those to which Flatpak and snap export
     };
     const std::vector<Row> rows = {
         {"both set", "/d/home", "/a:/b", {"/d/home", "/a", "/b"}},
