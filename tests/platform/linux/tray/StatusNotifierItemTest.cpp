@@ -77,12 +77,12 @@ protected:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<StatusItemClick> clicks_;
-    StatusNotifierItem::Clock::time_point now_;  // the bus thread's, as the item is
+    StatusNotifierItem::Clock::time_point now_;  // used on the bus thread, as the item is
     std::unique_ptr<StatusNotifierItem> item_;
     SessionBus sessionBus_;
 };
 
-// The item that has registered with `panel`, as that panel calls it.
+// The item that has registered with `panel`, and calls of it as that panel makes them.
 struct Shown {
     explicit Shown(PanelStandIn& panel)
         : name(panel.awaitItem()), client(panel.client()), menu(menuPath()) {}
@@ -93,14 +93,14 @@ struct Shown {
     [[nodiscard]] Variant call(const char* method, GVariant* parameters) const {
         return client.call(name, kPath, kItem, method, parameters);
     }
-    // Calls the menu. The answer in GVariant's text form; "" for an error.
+    // Calls a method of the menu. Returns the answer in GVariant's text form; "" for an error.
     [[nodiscard]] std::string ask(const char* method, const char* parameters) const {
         const Variant answer =
             client.call(name, menu.c_str(), kMenu, method, g_variant_new_parsed(parameters));
         return answer ? Client::text(answer.get()) : "";
     }
     [[nodiscard]] std::string menuPath() const {
-        const std::string printed = property("Menu");  // (<'/path'>,)
+        const std::string printed = property("Menu");  // printed as (<'/path'>,)
         const std::size_t start = printed.find('\'') + 1;
         return printed.substr(start, printed.rfind('\'') - start);
     }
@@ -261,7 +261,8 @@ TEST_F(StatusNotifierItemTest, the_menu_answers_for_parts_of_itself) {
     };
     for (const Question& question : kQuestions) {
         SCOPED_TRACE(question.name);
-        // Empty arrays are printed with their type or without, depending on their neighbours.
+        // Removes the types, with which GVariant prints an empty array or not, depending on its
+        // neighbours.
         std::string answer = item.ask(question.method, question.parameters);
         for (const char* const type : {"@a{sv} ", "@av ", "@ai ", "@a(ia{sv}) "}) {
             for (std::size_t at = 0; (at = answer.find(type)) != std::string::npos;) {

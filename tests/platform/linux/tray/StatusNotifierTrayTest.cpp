@@ -70,7 +70,7 @@ TEST(StatusNotifierTray, of_a_silent_bus_it_is_not_known_whether_there_is_a_pane
     processes::AwaitedMainQueue queue;
     SessionBus bus("unix:path=" + folder.path("bus"));
     const StatusNotifierTray tray(bus, queue);
-    // The bus thread has done all that it can do by now.
+    // Waits until the bus thread has done all that it can do without an answer.
     bus.thread().postAndWait([] {});
     EXPECT_EQ(tray.host(), std::nullopt);
 }
