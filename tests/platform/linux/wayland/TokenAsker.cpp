@@ -1,5 +1,5 @@
-// Shows a window and, once it has the focus, says three times which activation token it gets:
-// "token TEXT", or "none".
+// Shows a window. Once that has the focus, asks three times for an activation token, and prints
+// each answer: "token TEXT", or "none".
 #include <QGuiApplication>
 #include <QRasterWindow>
 #include <cstdio>

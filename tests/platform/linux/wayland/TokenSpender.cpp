@@ -1,6 +1,7 @@
-// Shows a window and says "shown" once it had the focus; then brings it forward by the activation
-// token that comes as a line, and says what of it was in the environment: "in the environment:
-// TEXT", or "not in the environment".
+// Shows a window, and prints "shown" and its PID whenever the window gets the focus. For each line
+// of input, which is an activation token, brings the window forward by the token. Before that,
+// prints whether the program has put a token into its environment: "in the environment: TEXT", or
+// "not in the environment".
 #include <QGuiApplication>
 #include <QRasterWindow>
 #include <QSocketNotifier>
@@ -16,7 +17,7 @@
 
 int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
-    // No other road to the front than the token.
+    // Knows no windows, so that only the token can bring the window to the front.
     const auto running = tavo::makeNullRunningApplications();
     const auto management = tavo::makeSessionWindowManagement(*running);
     QRasterWindow window;

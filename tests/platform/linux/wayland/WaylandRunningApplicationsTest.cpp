@@ -27,7 +27,7 @@ struct WaylandRig {
     std::int32_t start(const std::string& identifier) {
         auto window = desktop_.open(identifier.substr(0, identifier.rfind('.')));
         const pid_t process = window.process;
-        // As the launcher does for each application that it has started.
+        // The launcher does this for each application that it has started.
         running_->activateAllWindows({process, identifier});
         windows_[process] = std::move(window);
         return process;
@@ -81,7 +81,7 @@ protected:
         return becomesTrue([&] { return desktop_.focused() == window.process; });
     }
 
-    // As a click in the launcher does on what it has found to run.
+    // Does what a click in the launcher on a running application does.
     void click(const char* identifier) {
         running_->noteUserRequest(identifier);
         ASSERT_TRUE(runs(identifier));
@@ -91,7 +91,7 @@ protected:
         desktop_.command("[pid=" + std::to_string(window.process) + "] focus");
         ASSERT_TRUE(becomesFocused(window));
     }
-    // The user is in another program, on another workspace.
+    // The user goes to another workspace, where another program has the focus.
     [[nodiscard]] WaylandDesktop::Window goToAnotherWorkspace() {
         desktop_.command("workspace 2");
         auto other = desktop_.open("other");
@@ -99,8 +99,8 @@ protected:
         return other;
     }
 
-    // The user clicked the tool in the launcher, which started it, and has gone elsewhere
-    // meanwhile.
+    // The windows after the user has clicked the tool in the launcher, which started it, and has
+    // gone elsewhere before its window showed.
     struct LeftStart {
         WaylandDesktop::Window launcher;
         WaylandDesktop::Window tool;
@@ -238,7 +238,7 @@ TEST(SessionRunningApplications, a_wayland_session_is_asked_before_an_x_server) 
     EXPECT_TRUE(isWaylandSession(environment));
     const auto running = makeSessionRunningApplications(environment, true,
                                                         std::make_shared<DesktopEntryIndex>(), {});
-    // Only on Wayland does a process without windows count.
+    // Shows that Wayland was asked: on X11 a process without windows does not count as running.
     EXPECT_TRUE(running->withProcess(::getpid()));
 }
 
