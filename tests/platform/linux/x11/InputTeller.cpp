@@ -1,5 +1,6 @@
-// Shows a window and says at each event which time of the user's last input is known: "ready TIME"
-// once it has the focus, then "key TIME", "button TIME", "move TIME", with "none" for no time.
+// Shows a window, and prints at each event which time of the user's last input is known: "ready
+// TIME" once it has the focus, then "key TIME", "button TIME", "move TIME", with "none" for no
+// time.
 #include <QEvent>
 #include <QGuiApplication>
 #include <QRasterWindow>

@@ -16,7 +16,7 @@ using processes::Openings;
 using processes::OpeningTest;
 using std::chrono::milliseconds;
 
-// Listens as a window manager does.
+// Listens for startup notification messages, as a window manager does.
 class Listener {
 public:
     explicit Listener(const std::string& display)
@@ -29,7 +29,7 @@ public:
         rest_ = atom("_NET_STARTUP_INFO");
     }
 
-    // The next message, once it is complete.
+    // Waits until the next message is complete, and returns it; "(nothing)" when none comes.
     std::string message() {
         std::string text;
         const auto giveUp = std::chrono::steady_clock::now() + processes::kPatience;
@@ -58,7 +58,7 @@ public:
     // Keeps the server from answering any other client.
     void grab() {
         xcb_grab_server(connection_.get());
-        atom("GRABBED");  // an answer means that all before it has been done
+        atom("GRABBED");  // its reply means that the server is grabbed
     }
     void release() {
         xcb_ungrab_server(connection_.get());
@@ -86,13 +86,13 @@ protected:
         listener_.emplace(server_.display());
     }
 
-    // An entry that wants to be announced and runs on.
+    // An entry that asks for startup notification, and whose program keeps running.
     std::string lastingEntry() const {
         return scriptEntry("echo \"$DESKTOP_STARTUP_ID\" >" + report_.path() + "; exec sleep 1000",
                            "StartupNotify=true\n");
     }
 
-    // The id in a message; it is between the first two quotation marks.
+    // The startup id in a message; it is between the first two quotation marks.
     static std::string idOf(const std::string& message) {
         const std::size_t begin = message.find('"') + 1;
         return message.substr(begin, message.find('"', begin) - begin);
@@ -182,7 +182,7 @@ TEST_F(StartupNotification, the_end_of_its_time_ends_the_announcement_while_the_
     const std::string id = reported();
     EXPECT_EQ(idOf(listener_->message()), id);
     EXPECT_EQ(listener_->message(), "remove: ID=\"" + id + "\"");
-    // And never again.
+    // The end of the program must not announce the end of its start a second time.
     ::kill(answer.running->processIdentifier, SIGKILL);
     EXPECT_TRUE(becomesTrue(
         [&] { return !processes::children().contains(answer.running->processIdentifier); }));

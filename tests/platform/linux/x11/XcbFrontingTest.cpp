@@ -20,7 +20,7 @@ using processes::becomesTrue;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-// A desktop with programs on it, for the contract.
+// A desktop with programs on it, the rig of RunningApplicationsContract.
 template<Manager manager>
 struct XcbRig {
     static constexpr bool kTellsProcesses = true;
@@ -85,7 +85,8 @@ protected:
         other_.emplace(desktop_);
     }
 
-    // A managed window, with the focus that window managers give to new ones.
+    // Opens a window of `program`; returns it when it is managed, with the focus that window
+    // managers give to new windows.
     xcb_window_t open(WindowedProgram& program, const std::string& options) {
         const xcb_window_t window = program.open(options);
         EXPECT_TRUE(becomesTrue([&] {
@@ -95,7 +96,7 @@ protected:
         return window;
     }
 
-    // As a click on the application does.
+    // Does what a click on the running application does.
     void click() {
         running_->noteUserRequest(kApp);
         const auto found = running_->withIdentifier(kApp);
@@ -105,7 +106,8 @@ protected:
 
     void settle() { EXPECT_TRUE(desktop_.settle()); }
 
-    // And stays so: whatever else was asked for has been done then, too.
+    // Whether `window` becomes active and stays so: before it looks, the window manager has done
+    // all else that was asked of it.
     [[nodiscard]] bool becomesActive(xcb_window_t window) {
         settle();
         return becomesTrue(
@@ -203,7 +205,8 @@ TEST_P(XcbFronting, minimised_windows_are_restored_beside_open_ones) {
     const auto before = desktop_.stacking();
     click();
     EXPECT_TRUE(becomesTrue([&] { return !desktop_.isMinimised(second); }));
-    // Where in the order a minimised window stands is the window manager's affair.
+    // The test does not say where a minimised window comes in the order: the window manager decides
+    // that.
     std::vector<xcb_window_t> expected;
     std::copy_if(before.begin(), before.end(), std::back_inserter(expected),
                  [&](xcb_window_t window) { return window != other; });
@@ -285,11 +288,12 @@ TEST_P(XcbFronting, windows_that_vanish_meanwhile_leave_the_rest_in_front) {
         std::thread closing([&] { app_->close(gone); });
         click();
         closing.join();
-        // One that vanished between the request and its being carried out took that with it, and
-        // which of the rest comes on top then is the window manager's choice.
+        // The request to come to the front is lost if it names the window that vanishes. The window
+        // manager then chooses which of the other windows is on top.
         settle();
         ASSERT_TRUE(becomesTrue([&] { return desktop_.stacking().size() == 3; }));
-        // A manager that gives the focus of the vanished one away late undoes one click, not two.
+        // A window manager may pass the focus of the vanished window on late, and so undo one
+        // click, but not two.
         const auto inFront = [&] {
             const auto stacking = desktop_.stacking();
             return stacking.front() == other && desktop_.active() == stacking.back();
@@ -303,7 +307,8 @@ TEST_P(XcbFronting, windows_that_vanish_meanwhile_leave_the_rest_in_front) {
     }
 }
 
-// Started programs: what the user did between the click and the first window.
+// Tests of programs that the user has started: what may happen between the click and the first
+// window.
 
 TEST_P(XcbFronting, a_started_program_comes_forward_while_the_user_waits) {
     userTime_ = desktop_.time();
@@ -360,7 +365,7 @@ TEST_P(XcbFronting, a_first_window_comes_forward_by_its_event_alone) {
     ASSERT_TRUE(desktop_.activate(launcher));
     userTime_ = desktop_.time();
     running_->noteUserRequest(kApp);
-    ManualMainQueue queue;  // its time stands still, so that events alone are questions
+    ManualMainQueue queue;  // its time stands still: only events make FirstWindow look
     const FirstWindow firstWindow(queue, running_.get());
     const auto start =
         std::make_shared<PendingLaunch>(PendingLaunch::Clock::now() + std::chrono::hours(1));
@@ -392,8 +397,8 @@ TEST_P(XcbFronting, the_later_of_two_clicks_keeps_the_front) {
     ASSERT_TRUE(desktop_.activate(launcher));
     const xcb_timestamp_t time = desktop_.time();
     userTime_ = time;
-    running_->noteUserRequest(kApp);  // the first click, on a slow program
-    userTime_ = time + 1;             // the second, on a quick one
+    running_->noteUserRequest(kApp);  // the first click, on a program that starts slowly
+    userTime_ = time + 1;             // the second click, on one that starts quickly
     WindowedProgram quick(desktop_);
     const xcb_window_t second = open(quick, "class=quick usertime=" + std::to_string(*userTime_));
     ASSERT_TRUE(desktop_.activate(second));

@@ -27,7 +27,7 @@ protected:
         program_.emplace(desktop_);
     }
 
-    // The processes that run as `identifier`, the one on top first.
+    // The processes that are found by `identifier`, the one with the topmost window first.
     std::vector<pid_t> processesOf(const char* identifier) {
         std::vector<pid_t> found;
         for (const RunningApplication& application : running_->withIdentifier(identifier)) {
@@ -37,7 +37,7 @@ protected:
         return found;
     }
 
-    // Whether a window made with `options` alone is one of the editor's.
+    // Whether a window that is made with `options` is taken for the editor's.
     bool isEditor(const std::string& options) {
         desktop_.claim({program_->open(options)});
         return !processesOf(kEditor).empty();
@@ -127,7 +127,8 @@ TEST_F(XcbRunningApplicationsTest, a_window_that_does_not_name_its_process_has_i
 }
 
 TEST_F(XcbRunningApplicationsTest, a_window_that_names_another_process_has_none) {
-    // As from inside a container, where processes are counted anew.
+    // A window from inside a container names a PID of the container's, which here is another
+    // process.
     desktop_.claim({program_->open("class=Editor pid=" + std::to_string(::getpid()))});
     EXPECT_EQ(running_->withProcess(::getpid()), std::nullopt);
     EXPECT_EQ(running_->withProcess(program_->process()), std::nullopt);
@@ -153,11 +154,12 @@ TEST_F(XcbRunningApplicationsTest, a_nameless_window_is_its_process_start) {
     EXPECT_THAT(processesOf(kTool), IsEmpty());
 }
 
-// A program that its wrapper waits for, as in Exec=sh -c "prog; true". The wrapper has a session
-// of its own, as whatever is started from an entry has.
+// Programs started by a wrapper that waits for them, as in Exec=sh -c "prog; true". The wrapper has
+// a session (setsid(2)) of its own, as whatever is started from an entry has.
 class XcbWrappedPrograms : public XcbRunningApplicationsTest {
 protected:
-    // Runs `body` in a shell that was started from the tool's entry; $1 is the program.
+    // Runs `body` in a shell that was started from the tool's entry; $1 in it is the program with
+    // windows.
     WindowedProgram startTool(const std::string& body) {
         const std::string number = std::to_string(++started_);
         const std::string wrapper = folder_.script("wrapper" + number, body);
@@ -170,7 +172,7 @@ protected:
                                folder_.script("start" + number, "exec setsid -w " + entry));
     }
 
-    // The processes of the tool when `program` has a window of that class.
+    // The processes that are found for the tool when `program` has a window made with `options`.
     std::vector<pid_t> toolWith(WindowedProgram& program, const std::string& options) {
         desktop_.claim({program.open(options)});
         return processesOf(kTool);
@@ -197,7 +199,7 @@ TEST_F(XcbWrappedPrograms, a_window_that_names_another_entry_is_that_ones) {
 }
 
 TEST_F(XcbWrappedPrograms, what_a_program_starts_itself_is_not_its_entrys) {
-    // perl stands for a program with windows of its own, which starts another.
+    // perl stands for a program with windows of its own that starts another program.
     const std::string child = "perl -e 'system(@ARGV)' ";
     for (const std::string& body : {child + "\"$1\"; true", "exec " + child + "\"$1\"",
                                     child + "sh -c \"'$1'; true\"; true"}) {
@@ -208,7 +210,8 @@ TEST_F(XcbWrappedPrograms, what_a_program_starts_itself_is_not_its_entrys) {
 }
 
 TEST_F(XcbWrappedPrograms, what_is_started_by_hand_in_a_session_of_its_own_is_not_the_entrys) {
-    // As the shell in a terminal that was started from an entry.
+    // A second session inside the entry's, as a terminal that was started from an entry makes for
+    // its shell.
     WindowedProgram program = startTool("setsid -w sh -c \"'$1'; true\"; true");
     EXPECT_THAT(toolWith(program, "class=Other"), IsEmpty());
 }
@@ -274,7 +277,7 @@ TEST(XcbRunningApplications, a_server_that_dies_ends_nothing_and_cannot_tell) {
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
 }
 
-// Grabs the server, which then answers no other client.
+// Grabs the X server, which then answers no other client.
 class Grab {
 public:
     explicit Grab(const XDesktop& desktop) : grabber_(XcbConnection::open(desktop.display())) {
@@ -307,7 +310,7 @@ TEST(XcbRunningApplications, a_grabbed_server_holds_up_no_question_for_long) {
 
     {
         const Grab grab(desktop);
-        // Returns, without an answer of the server.
+        // The call returns although the X server does not answer it.
         EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     }
     EXPECT_EQ(running->withIdentifier("a.desktop").size(), 1U);

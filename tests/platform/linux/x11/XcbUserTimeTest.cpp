@@ -23,7 +23,7 @@ protected:
         EXPECT_EQ(ChildProgram(desktop_.onDesktop(command)).wait(), 0);
     }
 
-    // Waits for the next event of that kind and returns the message that came with it.
+    // Waits for the next event of that kind and returns the time that was printed with it.
     std::string told(const std::string& kind) {
         for (auto line = teller_->readLine(); line; line = teller_->readLine()) {
             if (line->starts_with(kind + ' ')) {
@@ -33,7 +33,7 @@ protected:
         return "(it ended)";
     }
 
-    // Whether that is a time between the two, by the server's clock.
+    // Checks that `time` is between the two others, all by the X server's clock.
     static void expectBetween(xcb_timestamp_t begin, const std::string& time, xcb_timestamp_t end) {
         ASSERT_NE(time, "none");
         EXPECT_GE(std::stoul(time), begin);
