@@ -11,7 +11,7 @@ using processes::Folder;
 using processes::Report;
 using std::chrono::milliseconds;
 
-// A test that passes never waits so long.
+// A test that passes never waits for this long.
 constexpr ChildProcessLimits kPatient{.time = processes::kPatience};
 
 struct PosixChildProcessRig {
@@ -54,7 +54,7 @@ TEST(PosixChildProcess, closing_the_output_is_not_ending) {
 TEST(PosixChildProcess, what_an_overdue_child_started_ends_with_it) {
     const Folder folder;
     Report report(folder);
-    // The grandchild keeps the output open and would hold it for long after the shell has ended.
+    // The grandchild keeps the output pipe open, long after the shell has ended.
     EXPECT_EQ(shell("sleep 1000 & echo $! >" + report.path(), {.time = milliseconds(1500)}),
               std::nullopt);
     const auto grandchild = report.line();
@@ -75,7 +75,7 @@ TEST(PosixChildProcess, standard_input_is_empty) {
 }
 
 TEST(PosixChildProcess, a_child_has_the_standard_descriptors_alone) {
-    const int leaked = ::open("/dev/null", O_RDONLY);  // without close-on-exec
+    const int leaked = ::open("/dev/null", O_RDONLY);  // no O_CLOEXEC: exec would keep it open
     ASSERT_GE(leaked, 3);
     const auto open = shell("for n in $(seq 0 50); do [ -e /proc/$$/fd/$n ] && echo $n; done");
     EXPECT_EQ(open, "0\n1\n2\n");
@@ -101,7 +101,7 @@ TEST(PosixChildProcess, many_runs_leave_no_zombie_and_no_descriptor) {
     EXPECT_TRUE(processes::children().empty());
 }
 
-// While it lives, the signal has this disposition.
+// Gives a signal this disposition; the destructor restores the former one.
 class Disposition {
 public:
     Disposition(int signal, sighandler_t handler)
@@ -129,7 +129,7 @@ TEST(PosixChildProcess, children_start_with_default_signals) {
     std::istringstream lines(status);
     for (std::string name, bits; lines >> name >> bits;) {
         SCOPED_TRACE(name);
-        // glibc keeps signals 32 and 33 for itself.
+        // Leaves out signals 32 and 33, which glibc keeps for itself.
         EXPECT_EQ(std::stoull(bits, nullptr, 16) & 0x7fffffffU, 0U);
     }
     EXPECT_NE(status, "");

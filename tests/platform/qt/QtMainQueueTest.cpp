@@ -13,7 +13,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// Runs the event loop until the condition holds, and sleeps while no event comes.
+// Runs the event loop until the condition holds. Waits for events and does not poll.
 bool loopUntil(const std::function<bool()>& condition) {
     const auto giveUp = Clock::now() + std::chrono::seconds(60);
     QTimer watchdog;
