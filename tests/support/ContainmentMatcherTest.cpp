@@ -85,7 +85,8 @@ TEST(ContainmentMatcher, does_not_stop_at_a_match_that_a_mark_undoes) {
 
 TEST(ContainmentMatcher, finds_a_shorter_needle_where_a_longer_one_does_not_fit) {
     const TextRules rules("en_US");
-    // "ss" would begin in the middle of the letter, "s" does not.
+    // 'ß' folds to "ss". At the end of "aßs", a match of "ss" would begin in the middle of 'ß', but
+    // one of "s" begins at the letter s.
     const std::vector<std::string> needles{"ss", "s"};
     EXPECT_TRUE(ContainmentMatcher(rules, views(needles)).matchesAny("aßs"));
     const std::vector<std::string> longOnly{"ss"};

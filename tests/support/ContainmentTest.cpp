@@ -36,7 +36,7 @@ TEST(Containment, agrees_with_the_naive_rule_on_random_texts) {
             << (turkic ? " in Turkish" : "");
         ++(expected ? found : missed);
     }
-    // Neither answer may be so rare that the comparison says nothing about it.
+    // If one of the two answers were rare, the comparison would say nothing about it.
     EXPECT_GT(found, 2'000);
     EXPECT_GT(missed, 2'000);
 }
@@ -82,11 +82,12 @@ TEST(Containment, may_begin_with_any_mark_of_a_letter) {
 
 TEST(Containment, finds_marks_that_passed_a_letter) {
     const TextRules rules("en_US");
-    // The musical stem U+1D16D is no mark, but the voicing mark moves before it.
+    // The musical stem U+1D16D is no combining mark, but normalization moves the voicing mark
+    // U+3099 before it.
     EXPECT_TRUE(rules.contains("a\u3099\U0001D16D\u3099", "\u3099\u3099\U0001D16D"));
     EXPECT_TRUE(rules.contains("a\u3099\u3099\U0001D16D", "\u3099\U0001D16D\u3099"));
     EXPECT_FALSE(rules.contains("a\u3099\u3099\U0001D16D", "\U0001D16D\u3099\u3099\u3099"));
-    // The vowel sign U+0CC0 is no mark, but its decomposition begins with one.
+    // The vowel sign U+0CC0 is no combining mark, but its decomposition begins with one.
     EXPECT_TRUE(rules.contains("\u0C95\u0CC0", "\u0C95\u0CBF\u0CD5"));
     EXPECT_TRUE(rules.contains("\u0C95\u0CBF\u0CD5", "\u0CC0"));
     EXPECT_TRUE(rules.contains("\u0C95\u0301\u0CC0", "\u0301\u0CBF\u0CD5"));
@@ -117,8 +118,8 @@ TEST(Containment, treats_NUL_as_any_other_character) {
     EXPECT_TRUE(rules.contains(std::string_view("\0\u00E9", 3), std::string_view("\0", 1)));
 }
 
-// Each of these takes milliseconds when time grows with the length of the texts, and minutes or
-// more when it grows with its square.
+// Each of these cases takes milliseconds when time grows with the length of the texts, and minutes
+// or more when it grows with its square.
 TEST(Containment, takes_linear_time_on_hostile_texts) {
     const TextRules rules("en_US");
     constexpr std::size_t kMany = 100'000;

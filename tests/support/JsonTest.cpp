@@ -189,7 +189,7 @@ TEST(JsonReading, takes_512_levels_and_refuses_more) {
     };
     EXPECT_TRUE(readObjectArray(inside(512), {"id"}).has_value());
     EXPECT_EQ(readObjectArray(inside(513), {"id"}), std::nullopt);
-    // Siblings are not levels.
+    // Many elements side by side do not count as levels.
     std::string siblings = "[{}";
     for (int i = 0; i < 2'000; ++i) {
         siblings += ",{\"x\":[{}]}";

@@ -152,7 +152,7 @@ const std::vector<std::u32string>& trickyPieces() {
 }
 
 std::string randomText(std::mt19937& random, std::size_t pieces) {
-    // Few different pieces at a time, so that parts repeat and matches are frequent.
+    // Few different pieces in each text, so that parts repeat and matches are frequent.
     const auto& all = trickyPieces();
     std::vector<std::u32string> few;
     for (std::size_t count = 1 + below(random, 6); few.size() < count;) {

@@ -21,7 +21,7 @@
 namespace tavo {
 namespace {
 
-// Sets a variable of the environment, or removes it, and puts it back.
+// Sets or unsets an environment variable; the destructor restores the former value.
 class ScopedVariable {
 public:
     ScopedVariable(const char* name, const char* value) : name_(name) {
@@ -183,7 +183,7 @@ int combiningClass(char32_t scalar) {
     return u_getCombiningClass(static_cast<UChar32>(scalar));
 }
 
-// What lets a match that begins with a mark be looked for one run of marks at a time.
+// For this reason the search for a match that begins with a mark may go by whole runs of marks.
 TEST(Folding, makes_marks_of_marks_and_nothing_that_begins_with_a_movable_mark_of_the_rest) {
     for (char32_t scalar = 0; scalar <= 0x10FFFF; ++scalar) {
         if (isSurrogate(scalar)) {
@@ -259,7 +259,7 @@ TEST_P(SortedOrder, is_the_stable_order_of_compare) {
     std::mt19937 random(7);
     const TextRules rules(GetParam());
     std::vector<std::string> names = randomNames(random, 1500);
-    // Names longer than a usual sort key, which differ at their very end.
+    // Names that are longer than a usual ICU sort key, and differ at their very end.
     std::string longName;
     while (longName.size() < 2'000) {
         longName += "long ";
@@ -267,7 +267,7 @@ TEST_P(SortedOrder, is_the_stable_order_of_compare) {
     for (const char* end : {"b", "a", "B", "á", "10", "9"}) {
         names.push_back(longName + end);
     }
-    // Equal to the language, not to the eye of a computer.
+    // Names that the language takes for equal, though their characters differ.
     names.insert(names.end(), {"e\u0301", "é", "a\u00ADb", "ab", "02", "2", "ß", "ss", "\U0001F600",
                                "\uFB01", "fi", "\U0001F600", "\xFF", "\uFFFD", ""});
     const std::vector<std::string_view> views(names.begin(), names.end());
@@ -294,8 +294,8 @@ TEST_P(SortedOrder, comes_from_a_total_order) {
 
 TEST(Comparison, puts_names_that_the_language_finds_equal_in_the_order_of_their_utf_16_units) {
     const TextRules rules("en_US");
-    // All of these are ignored by the language. The tag U+E0001 has two units, of which the first
-    // is a surrogate: below U+FEFF, though the scalar is above.
+    // The language ignores all of these characters. The tag U+E0001 has two UTF-16 units, of which
+    // the first is a surrogate: that is below U+FEFF, though the code point is above.
     EXPECT_LT(rules.compare("\uFEFF", "\U000E0001"), 0);
     EXPECT_LT(rules.compare("\U000E0001", "\uFEFF\uFEFF"), 0);
     EXPECT_LT(rules.compare("\u00AD", "\uFEFF"), 0);
@@ -317,7 +317,7 @@ TEST(Comparison, finds_only_equal_texts_equal) {
     const TextRules rules("en_US");
     EXPECT_EQ(rules.compare("", ""), 0);
     EXPECT_LT(rules.compare("", "a"), 0);
-    // Ill-formed bytes are the text that they are read as.
+    // An ill-formed byte is read as U+FFFD, and so equals it.
     EXPECT_EQ(rules.compare("\xFF", "\uFFFD"), 0);
 }
 

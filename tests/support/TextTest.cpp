@@ -39,7 +39,7 @@ TEST(Trimmed, keeps_ill_formed_bytes_and_trims_around_them) {
     EXPECT_EQ(trimmed("\xE2\x80 a \xE2\x80"), "\xE2\x80 a \xE2\x80");
     EXPECT_EQ(trimmed("a\xE2\xE2\x80\x8B"), "a\xE2");
     EXPECT_EQ(trimmed("\x80\x8B"), "\x80\x8B");
-    // An overlong spelling of a space is none.
+    // An overlong encoding of a space is not a space.
     EXPECT_EQ(trimmed("\xC0\xA0"), "\xC0\xA0");
 }
 

@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// Its form: a hyphen for each hyphen, one X for each upper-case hexadecimal digit.
+// The pattern of a text: X for each upper-case hexadecimal digit, all other characters unchanged.
 std::string formOf(const std::string& text) {
     std::string form;
     for (const char character : text) {

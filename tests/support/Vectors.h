@@ -1,5 +1,5 @@
-// The recorded cases of the text rules, in tests/vectors: one file a rule, each an object with the
-// members "cases" and "count".
+// The recorded cases of the text rules, in tests/vectors. There is one file for each rule: an
+// object with the members "cases" and "count".
 #pragma once
 
 #include <fstream>
@@ -11,8 +11,8 @@
 
 namespace tavo {
 
-// All cases of one file, named without its extension. The running test fails unless there are as
-// many as the file says, and at least one.
+// All cases of the file of `rule`. The running test fails unless there are as many as the file
+// says, and at least one.
 inline std::vector<nlohmann::json> vectorCases(const std::string& rule) {
     const std::string path = TAVO_TEST_DATA "/vectors/" + rule + ".json";
     std::ifstream file(path);
@@ -27,7 +27,7 @@ inline std::vector<nlohmann::json> vectorCases(const std::string& rule) {
     return cases;
 }
 
-// What names a case when it fails: all of it, in ASCII.
+// The whole case as ASCII text, to name it when it fails.
 inline std::string described(const nlohmann::json& vectorCase) {
     return vectorCase.dump(-1, ' ', true);
 }

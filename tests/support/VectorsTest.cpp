@@ -23,7 +23,7 @@ int sign(int number) {
     return (number > 0) - (number < 0);
 }
 
-// "c3 28" as bytes.
+// The bytes that are written as hexadecimal numbers, such as "c3 28".
 std::string bytesOf(const std::string& hexadecimal) {
     std::istringstream numbers(hexadecimal);
     std::string bytes;
