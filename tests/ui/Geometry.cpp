@@ -36,7 +36,7 @@ bool isScrolled(const QWidget& widget) {
            static_cast<QAbstractScrollArea*>(parent->parentWidget())->viewport() == parent;
 }
 
-// Scroll bars are meant to cover the content.
+// Scroll bars are left out, because they are meant to cover the content.
 bool isScrollBar(const QWidget& widget) {
     return widget.inherits("QScrollBar") || widget.inherits("QAbstractSlider");
 }
@@ -68,7 +68,7 @@ void checkLabel(const QLabel& label, QStringList& problems) {
 void checkButton(const QAbstractButton& button, QStringList& problems) {
     QSize needed = button.sizeHint();
     if (const auto* const quiet = dynamic_cast<const SymbolButton*>(&button)) {
-        // A button's margins only make it easier to hit, and its text may be shortened with an
+        // The margins of a SymbolButton only make it easier to hit, and its text may end with an
         // ellipsis.
         needed -= QSize(SymbolButton::kMargin, 2 * SymbolButton::kMargin);
         if (quiet->shownText().endsWith(u'…') && !quiet->toolTip().isEmpty()) {

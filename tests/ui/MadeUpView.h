@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// In Italian, and not yet shown. Both outlive it.
+// Makes the view, in Italian and not yet shown. `world` and `icons` outlive it.
 inline std::unique_ptr<LauncherView> makeMadeUpView(ModelHarness& world, FakeIconSource& icons) {
     return std::make_unique<LauncherView>(
         LauncherView::World{.platform = world.platform(),

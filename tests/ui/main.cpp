@@ -24,10 +24,10 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
-    // The machine's other fonts draw the characters that Inter lacks.
+    // Inter first; the machine's other fonts draw the characters that it lacks.
     QApplication::setFont(QFont(QStringLiteral("Inter"), 10));
     tavo::installAccessibleItems();
-    // Every animation is at its end at once, so that no test waits for one.
+    // Ends every animation at once, so that no test waits for one.
     tavo::setReducedMotion(true);
     return RUN_ALL_TESTS();
 }

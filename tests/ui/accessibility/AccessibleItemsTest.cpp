@@ -148,7 +148,7 @@ TEST_F(AccessibleItemsTest, a_button_is_in_the_tree_only_while_it_is_shown) {
     act(*button, press());
     EXPECT_EQ(lines->done, QStringList{QStringLiteral("button of B")});
 
-    // The button stays but its name changes.
+    // The item keeps its button, whose name changes.
     lines->entries[1].button = kUnstar;
     announceItemDetails(*lines);
     EXPECT_EQ(item->child(0), button);

@@ -146,7 +146,8 @@ TEST(LauncherStyle, a_button_shows_each_of_its_states) {
     const QStyle::State states[] = {on, on | QStyle::State_MouseOver, on | QStyle::State_Sunken,
                                     on | focused, QStyle::State_None};
     for (std::size_t one = 0; one < std::size(states); ++one) {
-        // A disabled button looks the same whether or not it is the default button.
+        // Compares with an enabled button, because a disabled one looks the same as default button
+        // or not.
         EXPECT_NE(look(states[one], true), look(on, false)) << one;
         for (std::size_t other = 0; other < one; ++other) {
             EXPECT_NE(look(states[one], false), look(states[other], false)) << one << other;
@@ -172,7 +173,7 @@ TEST(LauncherStyle, a_long_choice_leaves_the_combo_boxs_triangle_free) {
     }
 }
 
-// Equal except for rounding in the antialiasing.
+// Whether two colours are equal except for rounding in the antialiasing.
 bool isAbout(const QColor& color, const QColor& expected) {
     return std::abs(color.red() - expected.red()) + std::abs(color.green() - expected.green()) +
                std::abs(color.blue() - expected.blue()) <=
@@ -194,7 +195,7 @@ TEST(LauncherStyle, the_lines_of_a_frame_lie_on_whole_pixels_at_every_scale) {
         image.setDevicePixelRatio(row.scale);
         image.fill(Qt::magenta);
         line.ensurePolished();
-        // At positions between two device pixels, at fractional scales.
+        // At fractional scales, (3, 5) is between two device pixels.
         line.render(&image, QPoint(3, 5), {}, QWidget::DrawChildren);
         const Appearance look(line.palette());
         int lines = 0;
@@ -253,7 +254,7 @@ TEST(LauncherStyle, the_menu_of_a_text_field_has_no_symbols_of_another_hand) {
     EXPECT_EQ(menu.font().pixelSize(), 13);
 }
 
-// Windows that belong to the window: menus and the lists of combo boxes.
+// Popup windows whose parent is the window: menus and the lists of combo boxes.
 class Popups : public testing::TestWithParam<bool> {
 protected:
     Popups() {

@@ -141,7 +141,7 @@ TEST_F(PopupMenuTest, a_click_on_an_entry_acts_once_after_the_menu_closed) {
 struct Walk {
     const char* name;
     std::vector<Qt::Key> keys;
-    const char* chosen;  // null while the menu is open
+    const char* chosen;  // null if the menu is still open after the keys
 };
 
 TEST_F(PopupMenuTest, is_walked_by_keyboard_alone) {

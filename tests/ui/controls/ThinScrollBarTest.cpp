@@ -65,7 +65,7 @@ protected:
                           Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(area.viewport(), &event);
     }
-    // Without waiting for the delay before the bar fades.
+    // Whether the bar fades. Ends the delay before that at once, by sending its timer events.
     bool fadesAway() {
         for (const auto& timer :
              QAbstractEventDispatcher::instance()->registeredTimers(&area.bar)) {
@@ -155,7 +155,7 @@ TEST_F(ThinScrollBarTest, a_touchpad_scrolls_by_pixels_and_a_wheel_by_three_line
     EXPECT_EQ(value(), 5);
     wheel({}, {0, -120});
     EXPECT_EQ(value(), 5 + 3 * 45);
-    // A high-resolution wheel, which reports an eighth of a notch.
+    // A high-resolution wheel, which here has turned by an eighth of a notch.
     wheel({}, {0, -15});
     EXPECT_NEAR(value(), 5 + 3 * 45 + 3 * 45 / 8, 1);
 }

@@ -312,7 +312,7 @@ TEST_F(CategoryEditorTest, tab_goes_through_the_rows_then_below_and_round_again)
         order << focused();
         QTest::keyClick(focused(), Qt::Key_Tab);
     }
-    // "Aggiungi" is disabled and so is left out.
+    // Tab skips the button "Aggiungi", which is disabled.
     const QList<QWidget*> expected = {&newName(),
                                       &button(QStringLiteral("Annulla")),
                                       &button(QStringLiteral("Salva")),

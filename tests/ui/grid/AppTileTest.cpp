@@ -148,7 +148,7 @@ TEST(AppTile, nothing_of_a_hostile_name_reaches_another_tile) {
         {"nothing", ""},
     };
     constexpr int kAround = 40;
-    // A name may be wider than a narrow tile, by up to half the space beside it.
+    // How far a name may extend beyond a narrow tile: half the space beside it.
     constexpr int kOverhang = metrics::kColumnSpacing / 2;
     const QRect place(kAround, kAround, 104, AppTile::height());
     for (const Name& row : names) {

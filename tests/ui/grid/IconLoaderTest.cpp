@@ -9,8 +9,7 @@
 namespace tavo {
 namespace {
 
-// The workers are real threads: await() runs what they have posted until the icon of `path` is
-// there.
+// The loader's workers are real threads. What they post to the main queue runs in awaitArrivals().
 class IconLoaderTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -84,7 +83,7 @@ TEST_F(IconLoaderTest, what_is_no_longer_wanted_and_not_begun_is_never_asked_for
         std::this_thread::yield();
     }
     EXPECT_NE(loader->find("/new"), nullptr);
-    // When the requests were replaced, each worker had begun at most one.
+    // When the requests were replaced, each of the two workers had begun at most one old one.
     EXPECT_LE(source.requests().size(), 3U);
 }
 
@@ -150,7 +149,7 @@ TEST_F(IconLoaderTest, an_icon_that_takes_long_is_the_generic_one_until_it_comes
     queue.advance(std::chrono::milliseconds(400));
     EXPECT_EQ(colourOf("/slow"), FakeIconSource::kGeneric);
     EXPECT_EQ(colourOf("/slower"), FakeIconSource::kGeneric);
-    // Others do the work of those that wait.
+    // New workers ask for the icons that wait behind those of the two late workers.
     ASSERT_TRUE(source.awaitRequests(4));
     source.releaseAll();
     ASSERT_TRUE(awaitArrivals(6));

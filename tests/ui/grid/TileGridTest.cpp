@@ -19,7 +19,7 @@ namespace {
 class TileGridTest : public testing::Test {
 protected:
     TileGridTest() {
-        QCursor::setPos(790, 590);  // over no tile
+        QCursor::setPos(790, 590);  // outside of the grid
         grid.onLeaveUp = [this] { ++leftUp; };
         grid.resize(780, 500);
     }
@@ -323,7 +323,7 @@ TEST_F(TileGridTest, tiles_scrolled_under_a_resting_pointer_get_the_star_but_not
     const Stars shown = stars();
     ASSERT_EQ(shown.size(), 2U);
     EXPECT_GT(shown[1], 500);
-    // Qt sends move events for a pointer that has not moved.
+    // Sends what Qt also sends when tiles scroll: a move event for a pointer that has not moved.
     const QPoint resting = grid.viewport()->mapFromGlobal(QCursor::pos());
     QMouseEvent move(QEvent::MouseMove, resting, QCursor::pos(), Qt::NoButton, Qt::NoButton,
                      Qt::NoModifier);
@@ -340,7 +340,8 @@ TEST_F(TileGridTest, a_pointer_that_moves_takes_the_keyboards_tile_along) {
     EXPECT_EQ(current(), 9);
     QTest::keyClick(&grid, Qt::Key_Return);
     EXPECT_EQ(launched, std::vector<std::string>{"App 9"});
-    // A tile that is half out of view is not scrolled into view: nothing moves under the pointer.
+    // The pointer moves to a tile that is half out of view. The grid does not scroll, so that
+    // nothing moves under the pointer.
     grid.verticalScrollBar()->setValue(60);
     pointAt(1);
     pointAt(2);

@@ -61,7 +61,8 @@ Appearance appearance(const QColor& window, const QColor& highlight) {
 
 using Color = QColor Appearance::*;
 
-// `front` is painted over `layers`, the lowest first, and these over whatever is behind the window.
+// `front` must be legible on `layers`, which are painted over one another, the lowest first, and
+// over whatever is behind the window.
 struct Pair {
     std::string name;
     Color front;

@@ -12,7 +12,8 @@
 namespace tavo {
 namespace {
 
-// Lets the event loop run once, because Qt tells widgets about a new palette in the next turn.
+// Whether the widget looks dark. Runs the event loop once first, because Qt tells widgets about a
+// new palette in the next turn.
 bool isDark(const QWidget& widget) {
     QCoreApplication::processEvents();
     return Appearance(widget.palette()).dark;

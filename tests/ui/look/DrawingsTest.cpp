@@ -26,8 +26,9 @@ QString readText(const QString& path) {
     return QString::fromUtf8(file.readAll());
 }
 
-// In ui/, string literals in lower case are names of symbols; texts for users begin with a capital
-// letter. The status item's symbol is named outside ui/.
+// The names of the symbols that the program uses. In ui/, they are the string literals in lower
+// case; texts for users begin with a capital letter. One symbol, the status item's, is named
+// outside ui/.
 QStringList symbolsNamedInTheSources() {
     const QRegularExpression literal(QStringLiteral("u\"([a-z0-9]+(?:\\.[a-z0-9]+)*)\""));
     QStringList names = {QStringLiteral("square.grid.3x3")};
@@ -94,7 +95,7 @@ TEST(SymbolFiles, all_are_drawn_on_one_grid_with_one_pen) {
         for (auto match = width.globalMatch(text); match.hasNext();) {
             EXPECT_EQ(match.next().captured(1).toStdString(), "1.5");
         }
-        // Lines have round ends and round corners.
+        // Checks that all lines have round ends and round corners.
         EXPECT_EQ(text.count(QStringLiteral("stroke=\"")),
                   text.count(QStringLiteral("stroke-linecap=\"round\"")));
         EXPECT_EQ(text.count(QStringLiteral("stroke=\"")),
@@ -146,8 +147,8 @@ TEST(SymbolFiles, each_is_drawn_and_tinted_at_every_scale) {
 TEST(SymbolFiles, straight_edges_are_sharp_at_scales_one_and_two) {
     struct Row {
         const char* symbol;
-        QPoint inside;   // inside the edge, in sixteenths of the drawing; must be opaque
-        QPoint outside;  // outside the edge; must be transparent
+        QPoint inside;   // a cell inside the edge, in sixteenths of the drawing; must be opaque
+        QPoint outside;  // the cell outside the edge; must be transparent
     };
     const Row rows[] = {
         {"square.grid.2x2.fill", {4, 6}, {4, 7}},
@@ -177,7 +178,7 @@ TEST(SymbolFiles, straight_edges_are_sharp_at_scales_one_and_two) {
                 resourcePath(QStringLiteral("symbols/%1.svg").arg(QLatin1String(row.symbol))),
                 16 * scale);
             const QPoint step = row.outside - row.inside;
-            // The two device pixels on either side of the edge.
+            // The device pixel of a cell that touches the edge.
             const auto nearEdge = [&](const QPoint& cell, const QPoint& towardsEdge) {
                 return QPoint(cell.x() * scale + (towardsEdge.x() > 0 ? scale - 1 : 0),
                               cell.y() * scale + (towardsEdge.y() > 0 ? scale - 1 : 0));
@@ -215,7 +216,7 @@ TEST(IconFiles, every_size_is_there_and_is_what_its_drawing_shows) {
                 const QRgb a = picture.pixel(x, y);
                 const QRgb b = wanted.pixel(x, y);
                 // The tolerance is for other versions of the SVG renderer, which may round
-                // otherwise.
+                // differently.
                 different += std::abs(qAlpha(a) - qAlpha(b)) > 12 ||
                                      std::abs(qRed(a) - qRed(b)) > 12 ||
                                      std::abs(qGreen(a) - qGreen(b)) > 12 ||
@@ -233,7 +234,8 @@ TEST(IconFiles, the_tiles_of_the_small_icons_have_sharp_edges) {
         SCOPED_TRACE(side);
         const QImage image(resourcePath(
             QStringLiteral("icons/%1/%2.png").arg(side).arg(QLatin1String(kApplicationId))));
-        // Along the middle of the first row of tiles each pixel is either background or tile.
+        // Looks at one line of pixels, through the middle of the first row of tiles in the drawing:
+        // each pixel is either background or tile.
         int row = 0;
         while (row < side && image.pixelColor(side / 2, row).red() < 235) {
             ++row;

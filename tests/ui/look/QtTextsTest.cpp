@@ -28,7 +28,7 @@ TEST(QtTexts, the_menu_of_a_text_field_is_italian) {
         QStringLiteral("Annulla,Ripeti,Taglia,Copia,Incolla,Elimina,Seleziona tutto").split(u','));
 }
 
-// A control with every action, whose names and descriptions Qt provides.
+// A control with every accessibility action, whose names and descriptions Qt provides.
 class Anything final : public QAccessibleActionInterface {
 public:
     QStringList actionNames() const override {

@@ -208,7 +208,7 @@ TEST_F(SidebarListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
           {"y", std::string(10'000, 'W') + "\n<b>", 3, false},
           {"z", "Ultima", 0, false}});
     const QImage image = list.grab().toImage();
-    // The space between two rows belongs to neither.
+    // Nothing of a row may be painted in the space between two rows.
     const int gap = list.itemRect(1).top() - 5;
     for (int x = 0; x < image.width(); ++x) {
         EXPECT_EQ(image.pixel(x, gap), image.pixel(0, gap)) << x;

@@ -33,7 +33,7 @@ namespace {
 
 using Categories = std::vector<LauncherCategory>;
 
-// Saves a picture of each case in the folder TAVO_PICTURES, if that is set.
+// Draws the widget, and saves the picture in the folder TAVO_PICTURES, if that is set.
 void keepPicture(QWidget& widget, const QString& name) {
     const QString folder = qEnvironmentVariable("TAVO_PICTURES");
     const QPixmap picture = widget.grab();
@@ -43,7 +43,7 @@ void keepPicture(QWidget& widget, const QString& name) {
     }
 }
 
-// Makes the interface font half as wide again, until it is destroyed.
+// Makes the interface font one and a half times as wide; the destructor restores it.
 class WideFont {
 public:
     WideFont() : before_(QApplication::font()) {
@@ -95,7 +95,7 @@ protected:
     }
     void openEditor() { press(QStringLiteral("Modifica categorie")); }
 
-    // Installs applications with these names, which come from desktop entries in reality.
+    // Installs desktop entries with these names, which may have any characters.
     void installNamed(const std::vector<std::string>& names) {
         int number = 0;
         for (const std::string& name : names) {
@@ -125,7 +125,7 @@ protected:
         expectApart(list<SidebarList>());
         keepPicture(view(), picture);
     }
-    // Items must not overlap, nor extend beyond the sides of their list.
+    // Checks that items do not overlap and do not extend beyond the sides of their list.
     template<typename List>
     static void expectApart(List& items) {
         const int width = items.viewport()->width();
@@ -219,7 +219,7 @@ TEST_P(HostileName, fits_into_the_menus) {
     keepPicture(*menu, picture(QStringLiteral("suggestions")));
     menu->actions()[3]->trigger();
     QCoreApplication::processEvents();
-    // The entry searches for the name, which this category has as well.
+    // The chosen entry of the menu puts the category's name after "cat:" into the search field.
     EXPECT_EQ(view().findChild<QLineEdit*>()->text().left(4), QStringLiteral("cat:"));
 
     world.mainQueue.run();
@@ -313,7 +313,8 @@ TEST_F(BadInputTest, a_damaged_tree_is_shown_whole_with_what_cannot_be_reached_a
     ASSERT_EQ(find<CategoryEditorList>()->rowCount(), 15);
     expectInOrder(QStringLiteral("tree-editor"));
     press(QStringLiteral("Salva"));
-    // The second category with the same id and those without a name are gone, and so is the circle.
+    // Saving has removed the second category with the same id and those without a name, and has
+    // broken the circle of parents.
     const auto stored = decodeCategories(*world.defaults.data(kCategoriesKey));
     ASSERT_TRUE(stored);
     EXPECT_EQ(stored->size(), 12U);
@@ -420,7 +421,7 @@ TEST_F(BadInputTest, five_thousand_categories_can_be_selected_suggested_assigned
 struct Frame {
     const char* what;
     QSize size;
-    bool wide;  // with the interface font made wider
+    bool wide;  // with a wider interface font
 };
 
 std::ostream& operator<<(std::ostream& out, const Frame& frame) {

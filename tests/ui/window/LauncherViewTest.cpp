@@ -52,7 +52,7 @@ protected:
         throw std::logic_error("no such list");
     }
 
-    // The texts that are shown after the event loop has run.
+    // The names of the tiles in the grid after the event loop has run.
     QStringList shown() {
         QCoreApplication::processEvents();
         QStringList names;
