@@ -6,8 +6,9 @@
 
 namespace tavo {
 
-// Whether TAVO_THOROUGH=1 is set, as in the machine's full run: then tests that compare with an
-// oracle try every product of their cases, and otherwise a part in which each case still occurs.
+// Whether TAVO_THOROUGH=1 is set, as `./test thorough` does. Then tests that compare with another
+// implementation try every combination of their cases, and otherwise a part in which each case
+// still occurs.
 inline bool isThorough() {
     const char* const variable = std::getenv("TAVO_THOROUGH");
     return variable != nullptr && std::string_view(variable) == "1";

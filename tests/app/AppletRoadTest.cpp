@@ -67,7 +67,7 @@ public:
         return windows_ + '/' + std::to_string(process);
     }
 
-    std::vector<std::int32_t> activated;  // on the main thread: applets are activated there alone
+    std::vector<std::int32_t> activated;  // applets are activated on the main thread alone
 
 private:
     const std::string windows_;
@@ -97,7 +97,7 @@ protected:
         std::filesystem::copy_file(std::filesystem::canonical("/bin/sh"), python());
     }
 
-    // The script's processes end here; those of the workspace are reaped with it.
+    // Ends the workspace, kills the interpreters that still run, and reaps all of them.
     ~AppletRoad() override {
         model_.reset();
         workspace_.reset();
@@ -117,7 +117,8 @@ protected:
     }
     [[nodiscard]] std::string startedMark() const { return folder_.path("applet-started"); }
 
-    // An applet that does `before` and then starts its script, which does `script` and goes on.
+    // An applet whose program runs the shell commands `before`, of which startScript() may be one.
+    // Its script runs the shell commands `script` and then waits until it is killed.
     AppItem applet(const std::string& before, const std::string& script) {
         folder_.script(name_ + ".app/Contents/MacOS/applet", ": >" + startedMark() + "\n" + before);
         folder_.write(name_ + ".app/Contents/Info.plist",
@@ -160,7 +161,8 @@ protected:
         });
     }
 
-    // How often the finder was run once the window of `process` had been there for a moment.
+    // How often the process finder was run later than 20 ms after the window of `process` had
+    // appeared.
     [[nodiscard]] long runsWithWindow(std::int32_t process) const {
         struct stat facts = {};
         EXPECT_EQ(::stat(running_.windowOf(process).c_str(), &facts), 0);
@@ -181,7 +183,7 @@ protected:
     }
 
     const Folder folder_;
-    // Nothing else on this machine runs a script of this name.
+    // Unique, because the process finder looks at all processes of the machine.
     const std::string name_ = "Prova (" + std::to_string(::getpid()) + ")";
     FakeDefaultsStore defaults_;
     FakeFileManager files_;
@@ -229,7 +231,7 @@ TEST_F(AppletRoad, a_script_that_runs_already_is_fronted_and_the_applet_not_star
     model().open(app);
     EXPECT_EQ(running_.activated, std::vector<std::int32_t>{process});
     model_.reset();
-    workspace_.reset();  // what it had to do is done
+    workspace_.reset();  // waits until its thread has done what came before
     EXPECT_FALSE(std::filesystem::exists(startedMark()));
 }
 
@@ -250,7 +252,7 @@ TEST_F(AppletRoad, an_editor_that_has_the_script_open_is_not_taken_for_it) {
 
 struct BadFinder {
     const char* name;
-    const char* script;  // none: it is missing
+    const char* script;  // null: there is no such program
 };
 
 class AppletRoadBadFinder : public AppletRoad, public testing::WithParamInterface<BadFinder> {};

@@ -34,7 +34,8 @@ TEST(LauncherQApplication, goes_on_when_its_last_window_is_closed) {
     QWidget window;
     window.show();
     QTimer::singleShot(0, &window, [&window] { window.close(); });
-    // Qt's quit for the last window would come in the next turn of the event loop.
+    // Late enough: if Qt quit for the last window, it would do so in the next turn of the event
+    // loop.
     QTimer::singleShot(100, qApp, [] { QCoreApplication::exit(3); });
     EXPECT_EQ(QCoreApplication::exec(), 3);
 }

@@ -11,11 +11,12 @@
 namespace tavo {
 namespace {
 
-// Each group of so many rounds begins with no store, so that kills interrupt its making too.
+// So many rounds in turn use the same file. The first of them finds none, so that kills interrupt
+// its making too.
 constexpr int kRoundsPerFile = 5;
 
-// In memory where possible. Unlike a power failure, a kill loses nothing that was handed to the
-// kernel, so a disk would only add time.
+// A folder in memory where possible. Unlike a power failure, a kill loses nothing that was handed
+// to the kernel, so a disk would only add time.
 std::filesystem::path placeForKilling() {
     const char* const memory = "/dev/shm";
     return access(memory, W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
@@ -44,7 +45,7 @@ TEST(MarksKill, no_mark_whose_operation_had_returned_is_lost_when_the_program_is
         for (int number = 1; number <= promised; ++number) {
             ASSERT_TRUE(hasMark(*model, number)) << "mark " << number << " of " << promised;
         }
-        // The mark under way may have been stored or not; later ones were not begun.
+        // The mark that was being made at the kill may be stored or not; later ones were not begun.
         before = hasMark(*model, promised + 1) ? promised + 1 : promised;
         EXPECT_FALSE(hasMark(*model, before + 1));
         EXPECT_FALSE(hasMark(*model, before + 2));

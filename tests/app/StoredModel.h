@@ -46,8 +46,8 @@ private:
     std::unique_ptr<LauncherModel> model_;
 };
 
-// A numbered series of marks: each hides, favours or assigns an application of its own, or adds a
-// category with a keyword.
+// The application of mark `number`. A mark is a change that the model stores: it hides, favours or
+// assigns an application of its own, or adds a category with a keyword.
 inline AppItem markedApp(int number) {
     return {"App " + std::to_string(number), {"/Applications/" + std::to_string(number) + ".app"}};
 }

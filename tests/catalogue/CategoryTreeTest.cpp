@@ -44,7 +44,7 @@ TEST(CategoryTree, a_circle_of_two_has_depth_two) {
 }
 
 TEST(CategoryTree, depths_asked_for_together_are_those_asked_for_one_by_one) {
-    // Chains, circles, orphans and doubled ids, as many as a list may hold of them.
+    // A long list with chains, circles, parents that do not exist, and ids that occur twice.
     Categories custom;
     for (int i = 0; i < 200; ++i) {
         const std::string id = std::to_string(i % 150);

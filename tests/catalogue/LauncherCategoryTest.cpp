@@ -16,7 +16,7 @@ std::vector<std::string> linesOf(const std::vector<LauncherCategory>& categories
     return lines;
 }
 
-// RFC 4648, with its padding.
+// Decodes base64 with padding (RFC 4648).
 std::string decodeBase64(std::string_view encoded) {
     constexpr std::string_view kAlphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

@@ -28,8 +28,8 @@ inline constexpr char kRecentsKey[] = "mirvo.recentApps.v1";
 inline constexpr char kRulesKey[] = "mirvo.categoryRules.v1";
 inline constexpr char kFavoritesKey[] = "mirvo.favoriteApps";
 
-// Stands in for a view: arranges the world, makes the model when it is first asked for, and counts
-// its announcements.
+// Stands in for a view: arranges the fakes, makes the model when it is first asked for, and counts
+// the model's announcements.
 class ModelHarness {
 public:
     explicit ModelHarness(std::string_view locale = "en_US") : text_(locale) {
@@ -71,7 +71,8 @@ public:
     void store(const std::vector<LauncherCategory>& categories) {
         defaults.holdValue(kCategoriesKey, Data{*encodeCategories(categories)});
     }
-    // By category id, the names of installed applications.
+    // Stores that applications are assigned to categories. `names`: installed applications by
+    // category id.
     void storeAssignments(const std::map<std::string, std::vector<std::string>>& names) {
         json::StringArrayDictionary paths;
         for (const auto& [id, assigned] : names) {

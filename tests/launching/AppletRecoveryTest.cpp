@@ -11,7 +11,7 @@ using std::chrono::milliseconds;
 constexpr const char* kMessage =
     "Velumo non ha mostrato la sua finestra. Controlla che la sua installazione sia completa.";
 
-// A world with one applet that is not running.
+// An installed applet, "Velumo", which is not running, and another one.
 class AppletRecovery : public testing::Test {
 protected:
     AppletRecovery() {
@@ -27,7 +27,7 @@ protected:
 
     void open(const std::string& name = "Velumo") { harness_.model().open(harness_.app(name)); }
 
-    // Opens the applet, answered at once; what that leads to has happened.
+    // Opens the applet; the workspace answers at once, and what is due after that has run.
     void openAndAnswer(std::optional<Error> error = std::nullopt) {
         open();
         harness_.workspace.complete(harness_.workspace.openings.size() - 1, std::nullopt,
@@ -42,7 +42,7 @@ protected:
         return application;
     }
 
-    // From now on the process finder finds these.
+    // From now on the process finder gives this output.
     void find(const std::string& output) { harness_.processes.answerAnything(output); }
 
     [[nodiscard]] std::size_t checks() const { return harness_.processes.runs.size(); }
@@ -77,7 +77,8 @@ TEST_P(AppletTest, decides_how_a_bundle_is_opened) {
         .executablePath = GetParam().executable};
     harness.model().open(harness.app("A"));
     ASSERT_EQ(harness.workspace.openings.size(), 1U);
-    // An applet is not activated, is looked for by its script, and never by its identifier.
+    // Only an applet is opened without being activated, and is looked for by its script instead of
+    // its identifier.
     EXPECT_EQ(harness.workspace.openings[0].activates, !GetParam().applet);
     EXPECT_EQ(harness.processes.runs.size(), GetParam().applet ? 1U : 0U);
     EXPECT_EQ(harness.running.identifiersAsked.size(), GetParam().applet ? 0U : 1U);
@@ -128,7 +129,7 @@ TEST_F(AppletRecovery, a_name_that_begins_with_a_metacharacter_gets_its_backslas
 struct OutputRow {
     const char* name;
     std::string output;
-    std::int32_t found;  // 0: none
+    std::int32_t found;  // a process id; 0 for none
 };
 
 class ProcessOutput : public AppletRecovery, public testing::WithParamInterface<OutputRow> {};
@@ -204,7 +205,7 @@ TEST_F(AppletRecovery, an_applet_whose_script_runs_is_brought_forward_and_not_op
 TEST_F(AppletRecovery, nothing_is_looked_for_until_the_workspace_has_answered) {
     open();
     harness_.mainQueue.advance(milliseconds(60000));
-    EXPECT_EQ(checks(), 1U);  // the one before the start
+    EXPECT_EQ(checks(), 1U);  // the check before the start
     harness_.workspace.complete(0, std::nullopt, std::nullopt);
     EXPECT_EQ(checks(), 2U);
 }

@@ -48,7 +48,8 @@ TEST(Opening, is_recorded_before_anything_else_happens) {
     std::vector<std::size_t> writesBefore;
     harness.workspace.onCall = [&] { writesBefore.push_back(harness.defaults.writes.size()); };
     harness.model().open(app);
-    // Both times the workspace was asked: for the facts, and to open.
+    // The workspace was called twice, for the facts of the bundle and to open it, each time after
+    // the write.
     EXPECT_EQ(writesBefore, (std::vector<std::size_t>{1, 1}));
     ASSERT_EQ(harness.workspace.openings.size(), 1U);
     harness.workspace.complete(0, std::nullopt, Error{"no"});
