@@ -15,8 +15,9 @@ struct FoundApplication {
     bool operator==(const FoundApplication&) const = default;
 };
 
-// One call at a time, on any thread; answers when the scan is done. The first answer may be from a
-// scan already begun; each later call looks anew. In no order, each path once.
+// applications() may be called on any thread, one call at a time; it returns when the scan is done.
+// The first call may return a scan that had already begun; each later call scans again. The answer
+// is in no order and has each path once.
 class ApplicationSource {
 public:
     virtual ~ApplicationSource() = default;

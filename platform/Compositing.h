@@ -23,15 +23,15 @@ class Compositing {
 public:
     virtual ~Compositing() = default;
 
-    // Whether windows are blended at all. Where they are not, a window with round corners cuts them
-    // out of its shape. Cheap enough for every resize.
+    // Whether windows are blended at all. Where they are not, a window can have round corners by
+    // its shape only. Cheap enough to ask at every resize.
     [[nodiscard]] virtual bool active() const = 0;
 
     // Whether the desktop can blur the windows behind a translucent one.
     [[nodiscard]] virtual bool blurs() const = 0;
 
-    // Asks for blurring behind this region of the window; empty: nowhere. `window` is the window
-    // system's id. The request ends with the window, and has no effect unless blurs().
+    // Asks the desktop to blur what is behind `region` of the window; empty: nowhere. `window` is
+    // the window system's id. The request ends with the window, and has no effect unless blurs().
     virtual void blurBehind(std::uintptr_t window, const std::vector<PixelRect>& region) = 0;
 
     // The answer of active() or blurs() has changed.

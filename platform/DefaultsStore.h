@@ -1,4 +1,4 @@
-// The user's defaults: small typed values under string keys that survive everything.
+// The user's defaults: small typed values under string keys, kept from one run to the next.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@
 
 namespace tavo {
 
-// Bytes without a meaning of their own to the store.
+// Bytes that the store does not interpret.
 struct Data {
     std::string bytes;
 
@@ -19,10 +19,10 @@ struct Data {
 
 using DefaultsValue = std::variant<Data, StringArray, StringDictionary>;
 
-// A reader answers only when the stored value is exactly of the form asked for; an array or a
-// dictionary with one element of another type is absent as a whole. Every read sees what is
-// stored now, also by another process. A value that cannot be read stays where it is until its
-// key is next written.
+// data(), stringArray() and stringDictionary() are absent unless the stored value is exactly of
+// that type; an array or a dictionary with one element of another type is absent as a whole. Every
+// read sees what is stored now, also by another process. A value that cannot be read stays in the
+// store until its key is next written.
 //
 // Main thread. No call fails: a write that the system refuses is kept as pending, answers reads,
 // and is tried again later, at the latest with the next write.
@@ -35,7 +35,8 @@ public:
     [[nodiscard]] virtual std::optional<StringDictionary> stringDictionary(
         std::string_view key) const = 0;
 
-    // Replaces whatever stands under `key`. On disk when it returns, unless refused.
+    // Replaces whatever stands under `key`. The value is on disk when set() returns, unless the
+    // system refused the write.
     virtual void set(std::string_view key, const DefaultsValue& value) = 0;
 };
 

@@ -19,22 +19,22 @@ struct DesktopPreferences {
     bool operator==(const DesktopPreferences&) const = default;
 };
 
-// Main thread. The desktop is asked from the moment this exists; awaitFirstAnswer() alone waits for
-// it.
+// Main thread. The settings are asked for as soon as this object exists; only awaitFirstAnswer()
+// waits for the answer.
 class DesktopSettings {
 public:
     virtual ~DesktopSettings() = default;
 
-    // What is known now; what the desktop has not answered, or answers nonsense to, is at its
-    // default. Returns at once.
+    // The settings known now. One that the desktop has not answered, or has answered with an
+    // invalid value, has its default. Returns at once.
     [[nodiscard]] virtual DesktopPreferences preferences() const = 0;
 
-    // Waits until the desktop has answered, or it is certain that it will not soon, and at most
-    // for `patience`. Afterwards preferences() is what was answered; `changed` may still come for
-    // it.
+    // Waits until the desktop has answered, or certainly will not soon, and at most for `patience`.
+    // preferences() then has the answer; `changed` may still be emitted for it.
     virtual void awaitFirstAnswer(std::chrono::milliseconds patience) = 0;
 
-    // preferences() has changed: by the first answer, later by the user. Never inside a call.
+    // preferences() has changed: by the first answer, later by the user. Never emitted inside a
+    // call.
     Signal<> changed;
 };
 

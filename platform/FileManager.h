@@ -12,8 +12,8 @@ class FileManager {
 public:
     virtual ~FileManager() = default;
 
-    // The names of the direct entries of `folder`, hidden ones included, "." and ".." not, in no
-    // order. Absent when the folder cannot be listed, for whatever reason.
+    // The names of the direct entries of `folder`, hidden ones included, without "." and "..", in
+    // no order. Absent when the folder cannot be listed, for whatever reason.
     [[nodiscard]] virtual std::optional<std::vector<std::string>> contentsOfDirectory(
         const std::string& folder) const = 0;
 

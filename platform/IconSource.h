@@ -16,25 +16,25 @@ struct IconImage {
     bool operator==(const IconImage&) const = default;
 };
 
-// Any thread, several at once.
+// All functions may be called on any thread, also at the same time.
 class IconSource {
 public:
     virtual ~IconSource() = default;
 
-    // The icon of the application at `path`, `size` logical pixels at `scale`. Never empty: what
-    // has no icon of its own, or one that cannot be read, gets the generic one. Reads files, and
-    // so takes milliseconds, or for ever where a disk does not answer.
+    // The icon of the application at `path`, `size` logical pixels at `scale`. Never empty: without
+    // an icon that can be read, it is the generic one. Reads files, so it takes milliseconds, or
+    // for ever where a disk does not answer.
     [[nodiscard]] virtual IconImage icon(const std::string& path, int size, double scale) = 0;
 
-    // An icon for what has none, of the same size. Reads no file.
+    // The icon of applications that have none. Reads no file.
     [[nodiscard]] virtual IconImage genericIcon(int size, double scale) = 0;
 
-    // Icons may have come, gone or changed: what is known of them is looked at anew with the next
-    // one asked for. Until it is called, changes need not be seen. Returns at once.
+    // Tells that icons may have come, gone or changed: the next call of icon() looks at the files
+    // again. Without refresh(), changes need not be noticed. Returns at once.
     virtual void refresh() = 0;
 
-    // No icon was asked for in a while: lets go of what serves only to draw them, until the next
-    // one is asked for.
+    // Tells that no icon was asked for in a while: frees what serves only to draw icons, until the
+    // next one is asked for.
     virtual void rest() = 0;
 };
 

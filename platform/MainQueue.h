@@ -6,9 +6,9 @@
 
 namespace tavo {
 
-// Both calls may be made from any thread and return at once; the block runs on the main thread,
-// never inside the call. Blocks given for the same moment run in the order given. Blocks still
-// waiting when the queue ends are dropped.
+// async() and asyncAfter() may be called on any thread and return at once; the block runs on the
+// main thread, never inside the call. Blocks given for the same moment run in the order given.
+// Blocks that still wait when the queue is destroyed are dropped.
 class MainQueue {
 public:
     virtual ~MainQueue() = default;

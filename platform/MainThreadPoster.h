@@ -10,14 +10,15 @@
 
 namespace tavo {
 
-// Posts blocks to a main queue until it ends; those still waiting then are dropped. So a block may
-// use what ends later than this. Made and ended on the main thread.
+// Posts blocks to a main queue. Its destructor drops the blocks that still wait, so a block may use
+// whatever is destroyed after the poster. Construct and destroy it on the main thread.
 class MainThreadPoster {
 public:
-    // `queue` outlives this.
+    // `queue` must outlive this object.
     explicit MainThreadPoster(MainQueue& queue) : queue_(queue) {}
 
-    // Any thread, while this lives; as the queue's own functions.
+    // Like MainQueue::async() and asyncAfter(). May be called on any thread while this object
+    // lives.
     void post(std::function<void()> block) { queue_.async(whileAlive(std::move(block))); }
     void postAfter(std::chrono::milliseconds delay, std::function<void()> block) {
         queue_.asyncAfter(delay, whileAlive(std::move(block)));

@@ -11,7 +11,7 @@ class MainQueue;
 class RunningApplications;
 class Workspace;
 
-// References to one adapter a port; all outlive the model.
+// One adapter for each port. All must outlive the model.
 struct Platform {
     DefaultsStore& defaults;
     FileManager& files;

@@ -11,8 +11,8 @@
 
 namespace tavo {
 
-// One running application as the system named it. A value: the application may be gone by the
-// time it is used, which every call here survives.
+// One running application, as the system names it. The application may have ended by the time this
+// value is used; every function here allows for that.
 struct RunningApplication {
     std::int32_t processIdentifier = 0;  // 0: known by its identifier alone
     std::string identifier;              // empty: known by its process alone
@@ -20,17 +20,18 @@ struct RunningApplication {
     bool operator==(const RunningApplication&) const = default;
 };
 
-// Main thread. A system that cannot tell answers none, and the application is then opened.
+// Main thread. Where the system cannot tell what runs, the answers are empty, and the model opens
+// the application anew.
 class RunningApplications {
 public:
     virtual ~RunningApplications() = default;
 
-    // The user has just asked for this application, by a click. An activation that comes later,
-    // when the application has started, is carried out only if the user has not turned to another
-    // application since. The only call that records anything about the user.
+    // Call when the user has clicked on this application. An activation that comes later, when the
+    // application has started, is carried out only if the user has not turned to another
+    // application since. No other function here records anything about the user.
     virtual void noteUserRequest(const std::string& identifier) = 0;
 
-    // In the system's own order.
+    // The running applications with this identifier, in the system's own order.
     [[nodiscard]] virtual std::vector<RunningApplication> withIdentifier(
         const std::string& identifier) = 0;
 
@@ -41,10 +42,9 @@ public:
     // whichever is known.
     [[nodiscard]] virtual bool showsWindow(const RunningApplication& application) = 0;
 
-    // Calls `changed`, never inside another call of this port, when showsWindow() may have become
-    // true for some application; also when it has not. Each call may be a wake-up of the program:
-    // the subscription is kept only while an application starts. Empty where windows cannot be
-    // seen.
+    // Calls `changed` when showsWindow() may have become true for some application, but never
+    // inside another call of this port. Each such call may wake the program up, so keep the
+    // subscription only while an application starts. Empty where the system lists no windows.
     [[nodiscard]] virtual Subscription onWindowsChanged(std::function<void()> changed) = 0;
 
     // The path of the program that the application runs.

@@ -1,4 +1,4 @@
-// What a panel shows of a status item that the panel draws itself.
+// The pictures, texts and menu of a status item that the panel itself draws.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The system's way of opening an application, and the facts it reads from one.
+// Opens applications in the system's own way, and reads facts about them.
 #pragma once
 
 #include <functional>
@@ -29,12 +29,13 @@ class Workspace {
 public:
     virtual ~Workspace() = default;
 
-    // Main thread; answers at once. Absent when nothing at `path` is a bundle or an entry.
+    // Facts about the bundle or the desktop entry at `path`; absent when there is neither. Main
+    // thread; returns at once.
     [[nodiscard]] virtual std::optional<BundleFacts> bundle(const std::string& path) = 0;
 
     // Main thread; returns at once. `completion` is called once, later, on the main thread; not at
-    // all when the workspace ends before.
-    // An error's message is complete, plain, and in the user's language where the system's is.
+    // all when the workspace is destroyed before. An error's message is a complete text to show to
+    // the user. What it quotes from the system may be in another language.
     virtual void openApplication(const std::string& path, OpenConfiguration configuration,
                                  OpenCompletion completion) = 0;
 };
