@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-// No valid ends: the system has no more descriptors.
+// Both ends are invalid when the system has no more descriptors.
 struct Pipe {
     FileDescriptor reading;
     FileDescriptor writing;

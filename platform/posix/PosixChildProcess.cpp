@@ -46,7 +46,7 @@ bool reapIfEnded(pid_t process) {
 }
 
 // POSIX offers no descriptor that becomes readable when a child ends, so waitpid is repeated every
-// millisecond. The child has closed its output by then and is about to end.
+// millisecond. When this is called, the child has closed its output and is about to end.
 bool endsBefore(pid_t process, Clock::time_point deadline) {
     while (!reapIfEnded(process)) {
         if (Clock::now() >= deadline) {

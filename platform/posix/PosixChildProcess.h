@@ -16,7 +16,7 @@ struct ChildProcessLimits {
 
 // A child that still runs when its time is over, or that writes more than allowed, is killed with
 // all that it started, and its answer is absent. Every child has been reaped when the call returns.
-// Works whether or not SIGCHLD is ignored. Children get the process's environment.
+// Works whether or not SIGCHLD is ignored. Children inherit the environment of this process.
 std::unique_ptr<ChildProcess> makePosixChildProcess(ChildProcessLimits limits = {});
 
 }  // namespace tavo

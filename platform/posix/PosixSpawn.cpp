@@ -21,14 +21,14 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
     return result;
 }
 
-// Closes our own descriptors in the child. glibc 2.34 and FreeBSD have this; macOS has the
-// attribute POSIX_SPAWN_CLOEXEC_DEFAULT instead.
+// Closes our own descriptors in the child. glibc 2.34 and FreeBSD have addclosefrom_np; macOS has
+// the attribute POSIX_SPAWN_CLOEXEC_DEFAULT instead.
 int addCloseOwnDescriptors(posix_spawn_file_actions_t* actions) {
     constexpr int kFirstOwnDescriptor = 3;
     return posix_spawn_file_actions_addclosefrom_np(actions, kFirstOwnDescriptor);
 }
 
-// glibc 2.29, musl, FreeBSD and macOS have this; POSIX has it since 2024, as addchdir.
+// glibc 2.29, musl, FreeBSD and macOS have addchdir_np; POSIX has had it as addchdir since 2024.
 int addWorkingDirectory(posix_spawn_file_actions_t* actions, const std::string& folder) {
     return posix_spawn_file_actions_addchdir_np(actions, folder.c_str());
 }
@@ -40,7 +40,8 @@ public:
     Actions& operator=(const Actions&) = delete;
     ~Actions() { posix_spawn_file_actions_destroy(&actions_); }
 
-    // The output comes first: its descriptor may be 0, 1 or 2.
+    // Duplicates the output first: its descriptor may be 0, 1 or 2, which the other actions
+    // replace.
     int prepare(const SpawnRequest& request) {
         int failure = 0;
         const auto add = [&failure](int result) { failure = failure != 0 ? failure : result; };

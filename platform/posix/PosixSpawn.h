@@ -22,14 +22,14 @@ struct SpawnRequest {
     std::vector<std::string> arguments;    // from argv[1] on
     std::vector<std::string> environment;  // "NAME=value"
     std::string workingDirectory;          // empty: ours
-    // Becomes the child's standard output, and its standard error goes to the null device. -1: the
-    // child shares ours.
+    // The descriptor that becomes the child's standard output; its standard error then goes to the
+    // null device. -1: the child shares our standard output and error.
     int output = -1;
     Group group = Group::ownSession;
 };
 
-// 0 and the child's PID in `process`, or the errno value that says why no program runs. exec(2)
-// itself has succeeded when it is 0. Any thread.
+// Returns 0 and puts the child's PID into `process`, or returns the errno value that says why no
+// program runs. After 0, exec(2) has succeeded, too. Any thread.
 [[nodiscard]] int spawnProgram(const SpawnRequest& request, pid_t& process);
 
 }  // namespace tavo
