@@ -24,14 +24,15 @@ using Moment = std::pair<Clock::time_point, std::uint64_t>;
 // mutex hands a block from one thread to another.
 class WaitingBlocks {
 public:
-    // True when no event is on its way to the main thread, which the caller must then send.
+    // True when no event is on its way to the main thread: the caller must then send one.
     bool add(Clock::time_point when, Block block) {
         const std::lock_guard lock(mutex_);
         blocks_.emplace(Moment(when, nextTurn_++), std::move(block));
         return !std::exchange(eventPosted_, true);
     }
 
-    // The answer is for takeDue(): blocks added from now on wait for the next turn.
+    // Begins a turn of the event loop. Pass the answer to takeDue(), which leaves blocks added from
+    // now on to the next turn.
     std::uint64_t beginTurn() {
         const std::lock_guard lock(mutex_);
         eventPosted_ = false;
@@ -74,7 +75,7 @@ private:
     std::mutex mutex_;
     std::map<Moment, Block> blocks_;
     std::uint64_t nextTurn_ = 0;
-    bool eventPosted_ = false;  // and not delivered yet
+    bool eventPosted_ = false;  // posted and not delivered yet
     bool ended_ = false;
 };
 

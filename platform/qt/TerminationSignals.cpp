@@ -15,7 +15,8 @@ namespace {
 
 constexpr std::array<int, 3> kSignals = {SIGTERM, SIGINT, SIGHUP};
 
-// The pipe's writing end: a signal handler may use nothing but such a variable and write(2).
+// The writing end of the listener's pipe. A signal handler may use little more than such a variable
+// and write(2).
 volatile std::sig_atomic_t writingEnd = -1;
 
 void handle(int /*signal*/) {

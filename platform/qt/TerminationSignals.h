@@ -6,10 +6,11 @@
 
 namespace tavo {
 
-// Calls `asked` on the main thread, in Qt's event loop, after each of these signals that comes for
-// the first time. Coming again, it ends the process at once. A signal that was ignored at the
-// start, as under nohup, stays ignored. Ends with the answer, which must be the only one at a time
-// and must not outlive the QCoreApplication. Started programs do not inherit any of this.
+// Calls `asked` on the main thread, in Qt's event loop, when one of these signals arrives for the
+// first time. The same signal a second time ends the process at once. A signal that was ignored at
+// the start, as under nohup, stays ignored. Listens until the returned object is destroyed; only
+// one may exist at a time, and it must not outlive the QCoreApplication. Started programs do not
+// inherit the handlers.
 std::shared_ptr<void> listenForTermination(std::function<void()> asked);
 
 }  // namespace tavo
