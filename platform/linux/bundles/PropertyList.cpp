@@ -29,7 +29,7 @@ public:
     }
 
 private:
-    // False ends the reading.
+    // Handles one token; false ends the reading.
     bool take(QXmlStreamReader::TokenType token) {
         switch (token) {
             case QXmlStreamReader::StartElement:
@@ -64,7 +64,7 @@ private:
             element_ = xml_.name().toString();
             text_.clear();
         }
-        // Keys and strings hold text alone.
+        // Elements are not allowed inside <key> and <string>.
         return depth_ <= kValueDepth || !(isKey() || isString());
     }
 
@@ -87,7 +87,7 @@ private:
     [[nodiscard]] bool isKey() const { return element_ == u"key"; }
     [[nodiscard]] bool isString() const { return element_ == u"string"; }
 
-    // Inside plist (1) and dict (2).
+    // The depth of keys and values, which are inside <plist> (1) and <dict> (2).
     static constexpr int kValueDepth = 3;
 
     QXmlStreamReader xml_;
@@ -95,7 +95,7 @@ private:
     bool sawRoot_ = false;
     QString element_;  // the innermost element at kValueDepth
     QString text_;
-    std::optional<std::string> key_;  // the last one, until its value has been read
+    std::optional<std::string> key_;  // the last key, until its value has been read
     Strings strings_;
 };
 
