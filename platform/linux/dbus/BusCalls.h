@@ -27,23 +27,26 @@ struct BusMethod {
 };
 
 // The interface by which desktops activate programs (Desktop Entry Specification, "D-Bus
-// Activation"), and the last argument of its methods: floating, of type a{sv}. Leaves out what is
-// empty, and what is not UTF-8, because D-Bus cannot carry that.
+// Activation").
 inline constexpr char kApplicationInterface[] = "org.freedesktop.Application";
+// The last argument of that interface's methods: floating, of type a{sv}. Leaves out texts that are
+// empty or not UTF-8, which D-Bus cannot carry.
 GVariant* platformData(const std::string& startupId, const std::string& activationToken);
 
 // Calls a method of the bus daemon and ignores the reply. Takes floating parameters.
 void callBus(GDBusConnection* bus, const char* method, GVariant* parameters);
 
-// The calls of one object. Those under way when it ends are cancelled, and their callers are not
-// told. Lives on the thread of the GMainContext that answers arrive in.
+// Makes method calls for its owner. Calls under way when this object is destroyed are cancelled,
+// and `answered` is not called for them. Use it on the thread of the GMainContext that replies
+// arrive in.
 class BusCalls {
 public:
-    // One of the two is null. Called on the same thread, never inside call().
+    // Either `reply` or `error` is null. Called on the thread of the call, never inside it.
     using Answered = std::function<void(Variant reply, GError* error)>;
 
-    // D-Bus's own, 25 seconds; none at all.
+    // The usual time limit of D-Bus, 25 seconds.
     static constexpr std::chrono::milliseconds kUsualPatience{-1};
+    // No time limit.
     static constexpr std::chrono::milliseconds kNoLimit{G_MAXINT};
 
     BusCalls();
@@ -51,18 +54,18 @@ public:
     BusCalls& operator=(const BusCalls&) = delete;
     ~BusCalls() { cancel(); }
 
-    // Takes floating parameters. A service that does not run is not started for the call. A reply
-    // of another type than `replyType` is an error; null takes any.
+    // Takes floating parameters. The bus does not start a service that does not run. A reply of
+    // another type than `replyType` is an error; null takes any type.
     void call(GDBusConnection* bus, const BusMethod& method, GVariant* parameters,
               const char* replyType, Answered answered,
               std::chrono::milliseconds patience = kUsualPatience);
 
-    // The same, but the bus starts the service if it can.
+    // Like call(), but the bus starts the service if it can.
     void callStarting(GDBusConnection* bus, const BusMethod& method, GVariant* parameters,
                       const char* replyType, Answered answered,
                       std::chrono::milliseconds patience = kUsualPatience);
 
-    // Ends the calls under way. More can be made afterwards.
+    // Cancels the calls under way. More can be made afterwards.
     void cancel();
 
 private:

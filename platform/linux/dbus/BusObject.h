@@ -8,8 +8,8 @@
 
 namespace tavo {
 
-// GDBus refuses calls that do not fit the description before they come here. Lives on the thread
-// that offers it.
+// GDBus itself refuses calls that do not fit the description. Use the object on one thread only:
+// GDBus delivers calls on the thread that calls offer().
 class BusObject {
 public:
     struct Behaviour {
@@ -17,18 +17,20 @@ public:
         std::function<void(const char* method, GVariant* parameters,
                            GDBusMethodInvocation* invocation)>
             call;
-        // The value of a property, floating; null when there is none. May be empty when the
-        // description has no properties.
+        // The value of a property, floating; null when there is no such property. The function may
+        // be empty when the description has no properties.
         std::function<GVariant*(const char* property)> property = {};
     };
 
-    // `description`: a node with one interface (D-Bus Specification, "Introspection Data Format").
+    // `description`: the XML of a node with one interface (D-Bus Specification, "Introspection Data
+    // Format").
     BusObject(const char* description, Behaviour behaviour);
     BusObject(const BusObject&) = delete;
     BusObject& operator=(const BusObject&) = delete;
     ~BusObject() { withdraw(); }
 
-    // Registers the object; where it was registered before, it is no longer. `path` is kept.
+    // Registers the object at `path`, and ends an earlier registration. The characters of `path`
+    // must stay valid: only the pointer is kept.
     void offer(GDBusConnection* bus, const char* path);
 
     void withdraw();
@@ -48,7 +50,7 @@ private:
     guint registration_ = 0;
 };
 
-// Answers with org.freedesktop.DBus.Error.InvalidArgs: arguments of the right type whose values
+// Answers with org.freedesktop.DBus.Error.InvalidArgs, for arguments of the right type whose values
 // make no sense here.
 void refuse(GDBusMethodInvocation* invocation, const char* why);
 

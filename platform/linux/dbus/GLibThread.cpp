@@ -67,7 +67,7 @@ void GLibThread::run() {
         }
         g_main_context_iteration(context_.get(), TRUE);
     }
-    // Calls that were cancelled free what they hold.
+    // Cancelled calls free what they hold in their callbacks.
     while (g_main_context_iteration(context_.get(), FALSE) != FALSE) {
     }
     g_main_context_pop_thread_default(context_.get());

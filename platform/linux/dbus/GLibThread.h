@@ -12,7 +12,8 @@
 
 namespace tavo {
 
-// An attached GSource, destroyed when this ends. Lives on the thread of its GMainContext.
+// An attached GSource, destroyed together with this object. Use it on the thread of its
+// GMainContext.
 class ScopedSource {
 public:
     ScopedSource() = default;
@@ -31,8 +32,8 @@ private:
 };
 
 // Runs jobs and serves its GMainContext, which is the thread's default one. No wake-ups while there
-// is nothing to do. No job waits for a disk or a server: others are served meanwhile, and the end
-// of the program waits for the job that runs.
+// is nothing to do. A job must not wait for a disk or a server: other jobs and the end of the
+// program would wait for it.
 class GLibThread {
 public:
     GLibThread();
@@ -41,20 +42,20 @@ public:
     // Waits for the job that runs, and drops those that wait.
     ~GLibThread();
 
-    // Any thread. `job` runs on this one, after all jobs posted before.
+    // Any thread. `job` runs on the GLib thread, after all jobs posted before.
     void post(std::function<void()> job);
 
-    // Any other thread. The same, and returns when `job` has run.
+    // Like post(), but returns when `job` has run. Any thread but the GLib thread.
     void postAndWait(const std::function<void()>& job);
 
-    // What follows is for jobs and callbacks on this thread.
+    // Only jobs and callbacks on the GLib thread may call the functions below.
 
-    // Calls `callback` once, unless the source ends before.
+    // Calls `callback` once, after `delay`, unless the returned object is destroyed before.
     [[nodiscard]] ScopedSource after(std::chrono::milliseconds delay,
                                      std::function<void()> callback);
 
-    // Calls `readable` whenever `descriptor` can be read, until the source ends, which may be
-    // inside the callback. The descriptor stays open until then.
+    // Calls `readable` whenever `descriptor` can be read, until the returned object is destroyed,
+    // which may happen inside the callback. The descriptor must stay open until then.
     [[nodiscard]] ScopedSource whenReadable(int descriptor, std::function<void()> readable);
 
     // Serves the GMainContext, but no jobs, until `condition` holds or `patience` has passed.

@@ -17,7 +17,8 @@ namespace {
 constexpr int kTries = 8;
 constexpr std::chrono::milliseconds kFirstPause{5};
 
-// For an attempt to connect that heeds its cancelling late, and for a connection's last messages.
+// How long the destructor waits for a cancelled attempt to connect to end, and how long for the
+// last messages of a connection to be sent.
 constexpr std::chrono::milliseconds kFarewell{200};
 
 }  // namespace
@@ -73,7 +74,7 @@ void SessionBus::answerQuestions() {
     }
 }
 
-// Every bus answers this method, and an error is an answer too.
+// Every bus answers GetId, and an error is an answer too.
 void SessionBus::ping() {
     calls_.call(
         bus_.get(), {kBusName, kBusPath, kBusName, "GetId"}, nullptr, nullptr,
@@ -127,7 +128,8 @@ void SessionBus::closed(GDBusConnection* bus, gboolean /*vanished*/, GError* /*e
                         gpointer data) {
     SessionBus& self = *static_cast<SessionBus*>(data);
     g_signal_handler_disconnect(bus, self.closedHandler_);
-    // Those who follow the bus still unregister from this connection.
+    // Kept until this function returns: followers still unregister their objects from the lost
+    // connection.
     const auto lost = std::move(self.bus_);
     self.calls_.cancel();
     self.watchSocketFile();
@@ -152,7 +154,7 @@ void SessionBus::watchSocketFile() {
         return;
     }
     folderChanges_ = thread_.whenReadable(folder_.get(), [this] { readSocketEvents(); });
-    // The file may have come back before it was watched.
+    // The socket file may have come back before its folder was watched.
     if (::access(file.c_str(), F_OK) == 0) {
         triesLeft_ = kTries;
         tryAgainSoon();
@@ -193,7 +195,7 @@ void SessionBus::leave() {
     if (!bus_) {
         return;
     }
-    // Closing sends what is waiting to be sent.
+    // Closing the connection first sends the messages that still wait.
     g_signal_handler_disconnect(bus_.get(), closedHandler_);
     g_dbus_connection_close(bus_.get(), nullptr, nullptr, nullptr);
     thread_.runUntil([this] { return g_dbus_connection_is_closed(bus_.get()) != FALSE; },

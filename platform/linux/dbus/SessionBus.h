@@ -21,34 +21,34 @@ namespace tavo {
 // tells of its return.
 //
 // Constructor, destructor and thread() are for the main thread, all else is for the bus thread.
-// Parts that follow the bus end before this does.
+// Objects that follow the bus must be destroyed before this one.
 class SessionBus {
 public:
     // `address` as sessionBusAddress() gives it; "" for no bus.
     explicit SessionBus(std::string address);
     SessionBus(const SessionBus&) = delete;
     SessionBus& operator=(const SessionBus&) = delete;
-    // Takes 0.4 seconds at most, even if the bus does not react: no job on its thread waits for
+    // Takes 0.4 seconds at most, even if the bus does not react: no job on the bus thread waits for
     // anything else.
     ~SessionBus();
 
-    // Lives as long as this. Connections deliver answers and signals in its GMainContext.
+    // Lives as long as this object. Connections deliver answers and signals in its GMainContext.
     [[nodiscard]] GLibThread& thread() { return thread_; }
 
-    // `changed` is called with each new connection, and with null when there turns out to be none
-    // and when it is lost: inside this call with what is known already, later until the
-    // subscription ends.
+    // Calls `changed` with each new connection, and with null when there turns out to be no bus or
+    // the connection is lost. Calls it inside this function if the state is known already, and
+    // afterwards until the subscription ends.
     [[nodiscard]] Subscription follow(std::function<void(GDBusConnection*)> changed);
 
-    // Null while there is none.
+    // Null while there is no connection.
     [[nodiscard]] GDBusConnection* connection() const { return bus_.get(); }
 
     enum class State { connected, none, silent };
 
-    // Asks whether the bus reacts, and connects first if need be. `answered` is called once, within
-    // `patience` and perhaps inside this call: with `silent` when the bus has left the question
-    // unanswered for so long. Patience counts from the first unanswered question, so that a bus
-    // which stands still is waited for once. Not called when this ends first.
+    // Asks whether the bus reacts, and connects first if need be. Calls `answered` once, within
+    // `patience` and perhaps inside this function; with `silent` when the bus did not react in that
+    // time. `patience` counts from the first question that is still unanswered, so that a hanging
+    // bus is waited for only once. `answered` is not called when this object is destroyed first.
     void ask(std::chrono::milliseconds patience, std::function<void(State)> answered);
 
 private:
@@ -76,17 +76,17 @@ private:
     const GObjectPointer<GCancellable> cancellable_;
     GObjectPointer<GDBusConnection> bus_;
     gulong closedHandler_ = 0;
-    bool known_;  // whether there is a bus
+    bool known_;  // whether it is known if there is a bus
     bool attempting_ = false;
     bool leaving_ = false;
     Signal<GDBusConnection*> changed_;
 
-    bool asking_ = false;  // an attempt or a ping, of this time
+    bool asking_ = false;  // an attempt or a ping is under way, since asked_
     Clock::time_point asked_;
     std::list<Question> questions_;
     BusCalls calls_;
 
-    FileDescriptor folder_;  // inotify, of the folder that the socket file is in
+    FileDescriptor folder_;  // inotify(7), which watches the socket file's folder
     ScopedSource folderChanges_;
     ScopedSource retry_;
     int triesLeft_ = 0;

@@ -78,7 +78,8 @@ bool busAnswers(const std::string& address) {
     if (file.empty()) {
         return true;
     }
-    // EAGAIN: the bus accepts no connections and the socket's backlog is full.
+    // Non-blocking: connect(2) then fails with EAGAIN when the bus accepts no connections and the
+    // socket's backlog is full.
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!connectTo(socket.get(), file)) {
         return errno != EAGAIN;

@@ -14,8 +14,8 @@ namespace tavo {
 [[nodiscard]] std::string socketFileOf(const std::string& address);
 
 // Whether the bus at `address` answers the first message of D-Bus's authentication within a second;
-// it usually does so in less than a millisecond. True without asking for addresses other than a
-// unix socket's file.
+// it usually does so in less than a millisecond. Other addresses than a unix socket's file are not
+// asked; the answer is true for them.
 [[nodiscard]] bool busAnswers(const std::string& address);
 
 }  // namespace tavo
