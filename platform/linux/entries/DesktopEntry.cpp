@@ -88,7 +88,7 @@ std::optional<std::string_view> groupName(std::string_view line, std::string_vie
     return name;
 }
 
-// Whether the character at the front of `text` may stand in a locale.
+// Whether the character at the front of `text` may stand in the name of a locale.
 bool isInLocale(std::string_view text) {
     const char c = text.front();
     if (static_cast<unsigned char>(c) < 0x80) {
@@ -99,7 +99,8 @@ bool isInLocale(std::string_view text) {
     return scalar <= 0x10ffff && g_unichar_isalnum(scalar) != FALSE;
 }
 
-// The end of the locale that starts at `from`. Like GLib, takes stray continuation bytes along.
+// The end of the locale that starts at `from`. Like GLib, takes stray UTF-8 continuation bytes
+// along.
 std::size_t localeEnd(std::string_view text, std::size_t from) {
     while (from < text.size() && isInLocale(text.substr(from))) {
         do {
@@ -149,7 +150,7 @@ std::string stringOf(const RawValue& raw) {
     return raw && isUtf8(*raw) ? decoded(*raw) : std::string();
 }
 
-// The pieces between ";". Absent also when the list has an unknown escape.
+// The elements of a list, separated by ";". Absent also when the list has an unknown escape.
 std::optional<std::vector<std::string>> listOf(const RawValue& raw) {
     if (!raw || !isUtf8(*raw)) {
         return std::nullopt;
@@ -302,7 +303,7 @@ bool Scan::pair(std::string_view text) {
     return keep(key, value);
 }
 
-// GLib reads no Encoding but UTF-8.
+// Keeps the value of a known key. False for an Encoding other than UTF-8, which GLib does not read.
 bool Scan::keep(std::string_view key, std::string_view value) {
     if (const auto* const known = std::ranges::find(kKeyNames, key); known != kKeyNames.end()) {
         values_[static_cast<std::size_t>(known - kKeyNames.begin())] = value;

@@ -21,8 +21,8 @@
 
 namespace tavo {
 
-// A value. Strings are UTF-8 with their escapes decoded. A key that is absent, or whose value is
-// not UTF-8, is an empty string, an absent list, or false.
+// Strings are UTF-8 with their escapes decoded. A key that is absent, or whose value is not UTF-8,
+// is an empty string, an absent list, or false.
 struct DesktopEntry {
     std::string type;  // "Application", "Link", "Directory", or what the file says
 
@@ -51,7 +51,7 @@ struct DesktopEntry {
     bool operator==(const DesktopEntry&) const = default;
 };
 
-// A longer file is no entry.
+// The largest file that is read as a desktop entry.
 inline constexpr std::size_t kLargestDesktopEntry = kLargestKeyFile;  // bytes
 
 // Absent when `bytes` are not a well-formed key file whose first group is "Desktop Entry". Any type

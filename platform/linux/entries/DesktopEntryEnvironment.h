@@ -7,7 +7,7 @@
 
 namespace tavo {
 
-// A value, independent of what happens to the process's own environment later.
+// A copy, which later changes of the process's own environment do not affect.
 struct DesktopEntryEnvironment {
     std::vector<std::string> dataDirs;         // as in XdgFolders; "applications" is below each
     std::vector<std::string> currentDesktops;  // XDG_CURRENT_DESKTOP, split at ":"

@@ -10,10 +10,11 @@
 namespace tavo {
 
 // The part of a desktop entry by which its windows are recognised. Kept apart from DesktopEntry,
-// which is several times larger: thousands of these stay in memory. Empty: the entry does not say.
+// which is several times larger: thousands of these stay in memory. An empty string: the entry does
+// not say.
 struct ListedEntry {
     std::string identifier;      // the desktop-file id, "org.example.App.desktop"
-    std::string path;            // of its file
+    std::string path;            // of the entry's file
     std::string startupWmClass;  // StartupWMClass
     std::string program;         // the base name of the first word of Exec
 };

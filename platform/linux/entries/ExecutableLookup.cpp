@@ -18,7 +18,8 @@ using State = ExecutableMatch::State;
 
 constexpr std::string_view kDefaultSearchPath = "/usr/local/bin:/usr/bin:/bin";
 
-// Of the file at `file`, relative to the open folder `folder` (or AT_FDCWD). Links are followed.
+// The state of the file at `file`, relative to the open folder `folder` (or AT_FDCWD). Links are
+// followed.
 State stateOf(int folder, const std::string& file) {
     struct stat facts {};
     const bool permitted = faccessat(folder, file.c_str(), X_OK, 0) == 0;
@@ -38,7 +39,8 @@ bool isPath(const std::string& program) {
     return program.find('/') != std::string::npos;
 }
 
-// The path of a program that is given as one; empty when it is relative to an unknown folder.
+// The path of `program`, which has a '/'. A relative one starts at `workingDirectory`; empty when
+// that is not known.
 std::string located(const std::string& program, const std::string& workingDirectory) {
     if (program.front() == '/') {
         return program;
@@ -49,7 +51,7 @@ std::string located(const std::string& program, const std::string& workingDirect
 }  // namespace
 
 std::optional<std::string> programOf(const std::string& exec) {
-    // Nearly every line is free of what a shell reads specially.
+    // Nearly every line is free of what a shell reads specially, and needs no parser.
     if (exec.find_first_of("\"'\\#\n") == std::string::npos) {
         const std::size_t start = exec.find_first_not_of(" \t");
         if (start == std::string::npos) {
@@ -111,7 +113,8 @@ bool ExecutableLookup::finds(const std::string& program, const std::string& work
         known->second = stateOf(AT_FDCWD, key) == State::executable;
         return known->second;
     }
-    // Any folder will do, so the one that had the last program comes first.
+    // Any folder that has the program will do, so the folder in which the last one was found comes
+    // first.
     for (std::size_t i = 0; i < folders_.size() && !known->second; ++i) {
         const std::size_t at = (latest_ + i) % folders_.size();
         if (stateOf(folders_[at].descriptor.get(), program) == State::executable) {

@@ -1,5 +1,5 @@
-// Finding the programs that desktop entries name. The list of applications and their start share
-// these rules, so that an entry which is listed is not refused for its program.
+// Finds the programs that desktop entries name. The scan and the start of applications share these
+// rules, so that an entry which is listed is not refused for its program.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ namespace tavo {
 std::optional<std::string> programOf(const std::string& exec);
 
 struct ExecutableMatch {
-    // The later ones are nearer to an executable file.
+    // Each state is nearer to an executable file than the one before it.
     enum class State {
         missing,
         unreachable,  // in a folder that the user may not search
@@ -30,8 +30,8 @@ struct ExecutableMatch {
     std::string path;  // empty when missing
 };
 
-// Looks programs up in a search path. One object a scan, or a start: what is installed later may
-// not be seen. One thread.
+// Looks programs up in a search path. Make a new object for each scan and each start: it may not
+// see what is installed later. One thread.
 class ExecutableLookup {
 public:
     // `searchPath` as in PATH; empty: the system's usual folders, as where PATH is not set. Items
@@ -44,7 +44,8 @@ public:
 
     // The file that the command word `program` means: an absolute path, a path from
     // `workingDirectory` (the entry's Path) when it holds a slash, else the first executable file
-    // of that name in the search path. Without an executable file, the nearest to one.
+    // of that name in the search path. Where there is no executable file, the match that is nearest
+    // to one.
     [[nodiscard]] ExecutableMatch find(const std::string& program,
                                        const std::string& workingDirectory = {}) const;
 

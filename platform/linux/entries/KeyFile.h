@@ -13,7 +13,7 @@
 
 namespace tavo {
 
-// Walks through the lines of a text that must outlive it.
+// Walks through the lines of a text, which must outlive this object.
 class KeyFileLines {
 public:
     explicit KeyFileLines(std::string_view text) : rest_(text) {}
@@ -33,7 +33,7 @@ private:
     std::string_view value_;
 };
 
-// A longer file is not read. Real ones have a few kilobytes.
+// The largest file that is read. Real ones have a few kilobytes.
 inline constexpr std::size_t kLargestKeyFile = std::size_t{1} << 20;  // bytes
 
 // The value of `key` in the file at `path`; the last one where the key is repeated. Absent also

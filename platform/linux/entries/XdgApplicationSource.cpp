@@ -23,14 +23,14 @@
 namespace tavo {
 namespace {
 
-// Limits on what symbolic links can make of a few folders; no real menu comes near them.
+// Limits for folders that symbolic links multiply; no real menu comes near them.
 constexpr std::size_t kDeepestFolder = 32;
 constexpr std::size_t kMostFolders = 10'000;
 
 constexpr std::size_t kWorthASecondThread = 500;  // files
 constexpr std::size_t kShare = 32;                // files that a thread takes at a time
 
-// The file that counts for a desktop-file id.
+// The file that a desktop-file id stands for.
 struct EntryFile {
     std::size_t dataDir;
     std::string name;  // relative to the data folder's "applications"
@@ -39,8 +39,8 @@ struct EntryFile {
 // Finds the file of each desktop-file id, without opening any.
 class EntryFiles {
 public:
-    // `applications` is the open folder of the data folder; an invalid one adds nothing. The most
-    // important data folder is added first.
+    // `applications` is the open folder "applications" of the data folder; an invalid one adds
+    // nothing. Call it for the most important data folder first.
     void addDataDir(std::size_t dataDir, const FileDescriptor& applications) {
         dataDir_ = dataDir;
         folders_ = 0;
@@ -54,7 +54,8 @@ public:
 private:
     using Identity = std::pair<dev_t, ino_t>;
 
-    // Closes `folder`. `path` and `idPrefix` precede the names in it: "kde/" and "kde-".
+    // Lists `folder`, and closes it. `path` and `idPrefix` go before the names in it, for instance
+    // "kde/" and "kde-".
     void listFolder(int folder, const std::string& path, const std::string& idPrefix);
     void listEntry(int folder, const dirent& entry, const std::string& path,
                    const std::string& idPrefix);
@@ -210,7 +211,8 @@ private:
         return found;
     }
 
-    // Takes share after share of `files`, from `next` on, until none is left.
+    // Reads `files` in shares until none is left. `next`, where the next share begins, is common to
+    // both threads.
     Found readShares(const std::vector<EntryFile>& files,
                      const std::vector<FileDescriptor>& folders,
                      std::atomic<std::size_t>& next) const {

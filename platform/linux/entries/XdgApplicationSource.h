@@ -22,8 +22,8 @@ namespace tavo {
 // files that cannot be read, or vanish meanwhile, contribute nothing. Any thread, one call at a
 // time; a call for 500 files or more reads half of them on a second thread.
 //
-// Each call replaces the contents of `listed`, where given, by what the windows of the listed
-// entries are recognised by.
+// Each call replaces the contents of `listed`, unless it is null, by the facts by which the windows
+// of the listed entries are recognised.
 std::unique_ptr<ApplicationSource> makeXdgApplicationSource(
     DesktopEntryEnvironment environment, std::shared_ptr<DesktopEntryIndex> listed = nullptr);
 
