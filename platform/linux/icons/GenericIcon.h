@@ -1,4 +1,4 @@
-// The icon of what has none, drawn by the launcher itself.
+// The icon of applications that have none, drawn by the launcher itself.
 #pragma once
 
 #include "platform/IconSource.h"

@@ -112,7 +112,7 @@ std::optional<std::uint32_t> GtkIconCache::number32(std::uint64_t offset) const 
            std::uint32_t{bytes[2]} << 8U | bytes[3];
 }
 
-// The text that ends with a NUL; cut off after 255 bytes, which is longer than any file name.
+// The text at `offset`, which ends with a NUL; cut off after 255 bytes, the longest file name.
 std::string GtkIconCache::text(std::uint64_t offset) const {
     std::array<char, 256> bytes = {};
     const ssize_t got =

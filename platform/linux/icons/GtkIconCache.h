@@ -30,7 +30,7 @@ public:
 
     [[nodiscard]] const std::vector<std::string>& subfolders() const { return subfolders_; }
 
-    // Every image of the icon `name`. Empty also when the file is broken at the name's place.
+    // Every image of the icon `name`. Empty also when the file is damaged there.
     [[nodiscard]] std::vector<Image> images(std::string_view name) const;
 
 private:

@@ -13,7 +13,7 @@
 namespace tavo {
 namespace {
 
-// Beside this program in the build tree, else where it is installed.
+// The path of the icon renderer: beside this program in the build tree, else where it is installed.
 std::string rendererPath() {
     const std::string program = processExecutable(::getpid()).value_or("");
     const std::string folder = program.substr(0, program.rfind('/') + 1);

@@ -6,7 +6,7 @@
 
 namespace tavo {
 
-// A value. Folders are absolute, the most important first, and need not exist.
+// Folders are absolute, the most important first, and need not exist.
 struct IconEnvironment {
     std::vector<std::string> iconFolders;    // hold one folder for each icon theme
     std::vector<std::string> pixmapFolders;  // hold single pictures

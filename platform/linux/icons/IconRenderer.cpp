@@ -24,8 +24,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-// The renderer's own limit is a second. These end the wait for one that is stopped, or that waits
-// for a disk which does not answer.
+// The renderer's own limit is one second. These limits are for a renderer that is stopped
+// (SIGSTOP), or that waits for a disk which does not answer.
 constexpr auto kPatience = 2s;
 constexpr auto kPatienceAtStart = 4s;
 
@@ -39,7 +39,7 @@ std::vector<std::string> ownEnvironment() {
 
 }  // namespace
 
-// A running renderer, and our end of its socket. Ending it closes the socket and reaps the process.
+// A running renderer, and our end of its socket. The destructor kills and reaps the process.
 class IconRenderer::Process {
 public:
     // Absent, with the reason in errno, when no process can be started.
@@ -74,7 +74,8 @@ public:
         if (pid_ <= 0) {
             return;
         }
-        // By its pidfd, because its PID is free for others at once where SIGCHLD is ignored.
+        // Killed by its pidfd: where SIGCHLD is ignored, its PID may already belong to another
+        // process.
         if (handle_.valid()) {
             ::syscall(SYS_pidfd_send_signal, handle_.get(), SIGKILL, nullptr, 0);
         }
@@ -91,7 +92,7 @@ public:
                                      static_cast<std::uint32_t>(path.size())};
         std::string message(reinterpret_cast<const char*>(&request), sizeof request);
         message += path;
-        // An empty socket takes a whole request at once.
+        // The empty buffer of the socket takes a whole request at once.
         if (::send(socket_.get(), message.data(), message.size(), MSG_NOSIGNAL | MSG_DONTWAIT) !=
             static_cast<ssize_t>(message.size())) {
             return false;
@@ -140,7 +141,7 @@ private:
     pid_t pid_ = 0;
     FileDescriptor handle_;
     FileDescriptor socket_;
-    Clock::time_point deadline_;  // of the question under way
+    Clock::time_point deadline_;  // of the request under way
     bool fresh_ = true;           // nothing was asked yet
 };
 

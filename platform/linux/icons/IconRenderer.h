@@ -13,9 +13,9 @@ namespace tavo {
 // Starts the icon renderer when a picture is wanted, one process for each thread that waits for a
 // picture, and keeps them for the next ones until rest().
 //
-// A renderer ends itself where one picture takes longer than a second. One that ends, keeps silent
-// or answers what it was not asked for is ended and reaped, which prints one line on standard
-// error; the next picture has a new one. Any thread, several at once.
+// A renderer ends itself where one picture takes longer than a second. A renderer that ends, keeps
+// silent or gives an invalid answer is killed and reaped, and one line on standard error tells of
+// it; the next picture gets a new renderer. Any thread, several at once.
 class IconRenderer {
 public:
     // `program`: the path of the icon renderer.
@@ -32,7 +32,7 @@ public:
     };
 
     // The picture in the file at `path`, in a square of `side` pixels, 1 to 2,048. Waits for two
-    // seconds at most, while a renderer starts for four.
+    // seconds at most, or for four when the renderer has just been started.
     Answer draw(const std::string& path, int side);
 
     // Ends the renderers that draw nothing at the moment.
@@ -46,7 +46,7 @@ private:
     const std::string program_;
     std::mutex mutex_;
     std::vector<Process> idle_;
-    bool missing_ = false;  // the program could not be started, which was said
+    bool missing_ = false;  // the program could not be started; a line on standard error said so
 };
 
 }  // namespace tavo

@@ -11,10 +11,10 @@ namespace tavo {
 
 struct IconEnvironment;
 
-// An icon theme and all that it inherits, then a fallback theme and all that this inherits, then
-// "hicolor", then single pictures in the icon and pixmap folders. The constructor reads the
-// index.theme files and the dates of the folders; a folder's contents are read once, at the first
-// look-up that needs them.
+// Searches an icon theme and all that it inherits, then a fallback theme and all that this
+// inherits, then "hicolor", then the single pictures in the icon and pixmap folders. The
+// constructor reads the index.theme files and the modification times of the folders; a folder's
+// contents are read once, at the first look-up that needs them.
 //
 // Shows the folders as they were when it was made: to see changes, make a new one and compare the
 // fingerprints. Immutable; any thread.
@@ -28,7 +28,8 @@ public:
 
     [[nodiscard]] const std::string& name() const { return name_; }
 
-    // The same in every process, until a file comes into or goes from one of the folders.
+    // A hash that is the same in every process, until a file is added to or removed from one of the
+    // folders.
     [[nodiscard]] std::uint64_t fingerprint() const { return fingerprint_; }
 
     // Existing files for the icon `name` in the first theme that has any, the best one first, to

@@ -82,8 +82,8 @@ std::optional<IconThemeFolder> IconThemeFolder::open(const std::string& path,
             newest = std::max(newest, stamp.modified);
         }
     }
-    // GTK compares with the date of the theme's folder alone and so misses a file that was copied
-    // into a subfolder by hand.
+    // The index must be as new as every subfolder. GTK compares it with the theme's folder alone,
+    // and so misses a file that was copied into a subfolder by hand.
     const FileStamp cache = fileStamp(folder.get(), kCacheName);
     opened.hasCache_ = cache.exists() && cache.modified >= newest;
     fingerprint.add(static_cast<std::uint64_t>(cache.modified));

@@ -16,9 +16,9 @@
 
 namespace tavo {
 
-// open() reads dates only. The first call of pictures() reads which files there are: from GTK's
-// index "icon-theme.cache" where it is up to date, else by listing each subfolder. Concurrent calls
-// wait for it. Any thread.
+// open() reads modification times only. The first call of pictures() finds out which files there
+// are: from GTK's index "icon-theme.cache" where it is up to date, else by listing each subfolder.
+// Concurrent calls wait for that first one. Any thread.
 class IconThemeFolder {
 public:
     enum class Format : std::uint8_t { Png, Svg, Svgz, Xpm };
@@ -32,13 +32,14 @@ public:
     static std::optional<IconThemeFolder> open(const std::string& path,
                                                const std::vector<IconSubfolder>& subfolders);
 
-    // The same in every process, until a file comes into or goes from one of the subfolders.
+    // A hash that is the same in every process, until a file is added to or removed from one of the
+    // subfolders.
     [[nodiscard]] std::uint64_t fingerprint() const { return fingerprint_; }
 
     // Every picture of the icon `name`, in no order.
     [[nodiscard]] std::vector<Picture> pictures(std::string_view name) const;
 
-    // The path of such a picture. The file may have gone meanwhile.
+    // The path of the icon `name` as `picture`. The file may have gone meanwhile.
     [[nodiscard]] std::string file(std::string_view name, const Picture& picture) const;
 
 private:
@@ -68,8 +69,8 @@ private:
     std::unique_ptr<Contents> contents_ = std::make_unique<Contents>();
 };
 
-// The format by the ending of `fileName`. Sets `stem` to the name without the ending; leaves it
-// alone where there is no such ending.
+// The format by the ending of `fileName`. Sets `stem` to the name without the ending. Absent for
+// any other ending, which leaves `stem` unchanged.
 std::optional<IconThemeFolder::Format> pictureFormat(std::string_view fileName,
                                                      std::string_view& stem);
 

@@ -32,7 +32,7 @@ std::vector<std::string_view> split(std::string_view list) {
     return parts;
 }
 
-// Zero for a text that is no sensible size.
+// The size that `text` states; 0 when it is no sensible one.
 int sizeFrom(std::string_view text) {
     constexpr int kLargest = 65536;
     int number = 0;

@@ -91,7 +91,8 @@ std::string sessionIconTheme(const IconEnvironment& environment, const std::stri
     const auto fromPortal = [&](const IconEnvironment&) { return preferred; };
     using Source = std::function<std::string(const IconEnvironment&)>;
     std::vector<Source> sources = {fromXSettings, fromPortal, fromGtk, fromKde, fromLxqt};
-    // Without a choice of the user's KDE shows Breeze, whatever its portal and its X settings name.
+    // Where the user has chosen no theme, KDE shows Breeze, whatever its portal and its X settings
+    // name.
     const auto breeze = [](const IconEnvironment&) { return "breeze"; };
     if (runs(environment, "KDE")) {
         sources.insert(sources.begin(), {fromKde, breeze});

@@ -8,9 +8,9 @@ namespace tavo {
 
 struct IconEnvironment;
 
-// The first installed theme that one of these names, in this order: the desktop's own file, if it
-// is KDE or LXQt; XSETTINGS; `preferred`; GTK's settings.ini; the files of KDE and LXQt. Else the
-// desktop's usual theme, else fallbackIconTheme().
+// The first installed theme that one of these sources names, in this order: the desktop's own file,
+// if the desktop is KDE or LXQt; XSETTINGS; `preferred`; GTK's settings.ini; the files of KDE and
+// LXQt. Else the desktop's usual theme, else fallbackIconTheme().
 //
 // `preferred` is the theme that the settings portal names, "" for none. It comes after XSETTINGS
 // because the portal answers with GNOME's default on desktops that keep their settings elsewhere.

@@ -20,8 +20,8 @@
 namespace tavo {
 namespace {
 
-// The format of the file. A file from a machine with the other byte order, or from a version that
-// drew icons differently, has another number and is ignored.
+// Stands for the format of the file. A file from a machine with the other byte order, or from a
+// version that drew icons differently, has another number and is ignored.
 constexpr std::uint32_t kMagic = 0x54764902;
 constexpr std::size_t kLongestPath = 4096;
 constexpr int kLargestSide = 4096;
@@ -167,8 +167,8 @@ void RenderedIconCache::write(std::string_view key, const RenderedIcon& icon) {
 }
 
 // Removes the oldest files down to three quarters of a limit that is exceeded, so that the next
-// file does not exceed it again. Others may do the same at once: a file that they removed first is
-// no failure.
+// file does not exceed it again. Other processes may do so at the same time: a file that is already
+// gone is no failure.
 void RenderedIconCache::trim() {
     struct File {
         std::string name;

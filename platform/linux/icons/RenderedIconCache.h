@@ -31,7 +31,7 @@ public:
         std::uint64_t bytes = std::uint64_t{128} << 20U;  // of all files together
     };
 
-    // `folder` is made by the first write; "" keeps nothing.
+    // `folder` is made by the first write; with "" nothing is kept.
     explicit RenderedIconCache(std::string folder)
         : RenderedIconCache(std::move(folder), Limits()) {}
     RenderedIconCache(std::string folder, Limits limits)
@@ -41,7 +41,8 @@ public:
     // it is still current.
     [[nodiscard]] std::optional<RenderedIcon> read(std::string_view key, int side) const;
 
-    // At one write in 256 also removes the oldest files, if a limit is exceeded.
+    // Keeps `icon` under `key`. One write in 256 also removes the oldest files, if a limit is
+    // exceeded.
     void write(std::string_view key, const RenderedIcon& icon);
 
 private:

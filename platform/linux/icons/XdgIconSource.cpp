@@ -25,12 +25,12 @@ namespace tavo {
 namespace {
 
 constexpr int kLargestSide = 2048;
-constexpr std::size_t kMostTries = 4;  // files of one icon, when the better ones are broken
+constexpr std::size_t kMostTries = 4;  // files tried for one icon, when the better ones are broken
 constexpr char kGenericName[] = "application-x-executable";
 
 int sideOf(int size, double scale) {
     const double side = std::round(size * scale);
-    return side >= 1 ? static_cast<int>(std::min<double>(side, kLargestSide)) : 1;  // NaN too
+    return side >= 1 ? static_cast<int>(std::min<double>(side, kLargestSide)) : 1;  // 1 for NaN too
 }
 
 // Where an application's icon comes from. Nothing of it is looked up yet.
@@ -72,8 +72,8 @@ Subject subjectOf(const std::string& path, const std::vector<std::string>& langu
     return {icon.empty() ? Subject::Kind::None : Subject::Kind::Themed, std::move(icon), 0};
 }
 
-// The icon file that the bundle declares, with ".icns" appended and as it is written; without one,
-// the first .icns file among its resources.
+// The files that may show the bundle's icon: the one that the bundle declares, with ".icns"
+// appended and as it is written; without one, the first .icns file among its resources.
 std::vector<std::string> bundleFiles(const std::string& bundle, const BundleIconFile& iconFile) {
     const std::string folder = bundle + "/Contents/Resources";
     std::vector<std::string> files;
@@ -142,7 +142,7 @@ private:
             const std::lock_guard lock(mutex_);
             session = theme_;
         }
-        // Without the mutex, for this reads folders and may wait for the X server.
+        // Not under the mutex, because this reads folders and may wait for the X server.
         std::call_once(session->read, [&] {
             session->theme.emplace(environment_, sessionIconTheme(environment_, session->preferred),
                                    fallbackIconTheme(environment_));
@@ -152,8 +152,8 @@ private:
 
     [[nodiscard]] std::vector<std::string> filesFor(const Subject& subject, const IconTheme& theme,
                                                     int side, double scale) const;
-    // Whether the icon is final is in `final`: not when the renderer failed, which it may do for
-    // another reason than the file.
+    // Sets `final` to false when the renderer failed: the reason may lie outside the file, so the
+    // icon must not be kept.
     RenderedIcon render(const std::vector<std::string>& files, const IconTheme& theme, int side,
                         double scale, bool& final);
 
@@ -162,7 +162,7 @@ private:
     RenderedIconCache cache_;
     IconRenderer renderer_;
 
-    std::mutex mutex_;  // guards the pointer alone
+    std::mutex mutex_;  // guards theme_, but not what it points to
     std::shared_ptr<SessionTheme> theme_ = std::make_shared<SessionTheme>("");
 };
 
@@ -233,7 +233,7 @@ std::vector<std::string> ThemedIconSource::filesFor(const Subject& subject, cons
 }
 
 // Records the best file, even if another one had to stand in for it: once the best one is repaired,
-// its new date makes the cached icon invalid.
+// its new modification time makes the cached icon invalid.
 RenderedIcon ThemedIconSource::render(const std::vector<std::string>& files, const IconTheme& theme,
                                       int side, double scale, bool& final) {
     RenderedIcon rendered;

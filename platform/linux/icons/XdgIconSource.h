@@ -14,7 +14,7 @@ namespace tavo {
 class XdgIconSource : public IconSource {
 public:
     // Sets the theme that the settings portal names, for sessions whose XSETTINGS manager names
-    // none; "" for no theme. Refreshes. Any thread; returns at once.
+    // none; "" for no theme. Then refreshes, as refresh() does. Any thread; returns at once.
     virtual void preferTheme(const std::string& name) = 0;
 };
 
