@@ -21,7 +21,8 @@ constexpr char kDescription[] =
 constexpr guint32 kPrimaryOwner = 1;
 constexpr guint32 kAlreadyOwner = 4;
 
-// The owner may end between the answer to RequestName and our call of it.
+// How often the name is asked for: its owner may end between the answer to RequestName and our call
+// of it.
 constexpr int kTries = 3;
 constexpr std::chrono::milliseconds kOwnerPatience{2000};
 
@@ -58,7 +59,7 @@ void InstanceBusName::follow(GDBusConnection* bus) {
         events_.owned(false);
         return;
     }
-    // First, because a caller that waits for the name calls at once.
+    // The object comes before the name, because a caller that waits for the name calls it at once.
     object_.offer(bus, kObjectPath);
     triesLeft_ = kTries;
     askForName();
@@ -87,7 +88,7 @@ void InstanceBusName::handOver() {
         bus_.connection(), {kApplicationId, kObjectPath, kApplicationInterface, "Activate"},
         g_variant_new("(@a{sv})", platformData(ours_.startupId, ours_.activationToken)), nullptr,
         [this](const Variant& reply, GError* error) {
-            // An owner that is too busy to answer has the call all the same.
+            // An owner that is too busy to answer has received the call all the same.
             if (reply || g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
                 events_.superseded();
             } else if (triesLeft_ > 0) {
@@ -97,8 +98,8 @@ void InstanceBusName::handOver() {
         kOwnerPatience);
 }
 
-// Files and actions mean nothing to a launcher, so each method shows it. The platform data is the
-// last argument of them all.
+// Files and actions mean nothing to a launcher, so each method just shows the launcher. The
+// platform data is the last argument of each method.
 void InstanceBusName::called(GVariant* parameters, GDBusMethodInvocation* invocation) {
     const Variant platformData(
         g_variant_get_child_value(parameters, g_variant_n_children(parameters) - 1));

@@ -12,7 +12,7 @@
 
 namespace tavo {
 
-// Claims the name on each connection of the bus. Lives on the bus thread.
+// Claims the name on each new connection to the bus. Use on the bus thread.
 class InstanceBusName {
 public:
     struct Events {
@@ -20,19 +20,19 @@ public:
         std::function<void(const StartRequest&)> activated;
         // Another process has the name and has been told of our start.
         std::function<void()> superseded;
-        // Whether this process has the name.
+        // Called with whether this process has the name, each time that this is learnt.
         std::function<void(bool)> owned;
     };
 
-    // `bus` outlives this. `ours` is what another process is told if it has the name.
+    // `bus` must outlive this object. `ours` is passed to the process that already has the name.
     InstanceBusName(SessionBus& bus, StartRequest ours, Events events);
     InstanceBusName(const InstanceBusName&) = delete;
     InstanceBusName& operator=(const InstanceBusName&) = delete;
     // Gives up the name. Callers still unanswered learn of it when the connection closes.
     ~InstanceBusName();
 
-    // Answers the callers so far, and from now on each at once. Until then they wait, because the
-    // window might never come.
+    // Answers the method calls so far, and later ones at once. Callers wait until then, because
+    // this process might never show its window.
     void confirmCallers();
 
 private:

@@ -7,11 +7,12 @@
 namespace tavo {
 namespace {
 
-// A start sends its request at the moment at which it connects.
+// How long a connected start may take to send its request, which it does at once.
 constexpr std::chrono::milliseconds kRequestPatience{1000};
 
-// Without a free descriptor no connection can be accepted. Starts wait in the socket's backlog
-// meanwhile, together with their requests. Shorter than a start waits for its answer.
+// How long to pause while there is no free descriptor to accept a connection with. Starts wait in
+// the socket's backlog meanwhile, together with their requests. Shorter than a start waits for its
+// answer.
 constexpr std::chrono::milliseconds kDescriptorPause{100};
 
 bool isReadable(int descriptor) {

@@ -12,22 +12,22 @@
 
 namespace tavo {
 
-// Lives on the thread that it is given.
+// Use on the constructor's `thread` only.
 class InstanceListener {
 public:
-    // Listens from now on. `asked` hears what each start asks.
+    // Listens from now on. Calls `asked` with the request of each start.
     InstanceListener(GLibThread& thread, std::unique_ptr<InstanceSocket> socket,
                      std::function<void(const StartRequest&)> asked);
     InstanceListener(const InstanceListener&) = delete;
     InstanceListener& operator=(const InstanceListener&) = delete;
     ~InstanceListener() = default;
 
-    // Confirms the starts so far, and from now on each at once. Until then they are told to wait,
-    // because the window might never come. A start that still waits when this ends tries to become
-    // the first.
+    // Tells the starts so far, and each later one at once, that they may end. Until then they are
+    // told to wait, because this process might never show its window. A start that still waits when
+    // this object is destroyed tries to become the first.
     void confirmStarts();
 
-    // Hears every start whose request has arrived. A start does not wait long for an answer, and
+    // Handles every request that has arrived already. A start does not wait long for an answer, and
     // takes its request for served even without one.
     void hearAll();
 

@@ -26,7 +26,7 @@ constexpr int kWaiting = 64;
 constexpr std::size_t kLongestToken = 1024;
 constexpr std::chrono::milliseconds kBetweenTries{1};
 
-// The answers of the first, a byte each.
+// The answers of the first start, one byte each.
 constexpr char kTaken = 1;
 constexpr char kStarting = 2;
 
@@ -44,7 +44,8 @@ FileDescriptor openOwn(const std::string& folder) {
     return opened;
 }
 
-// Through /proc/self/fd, because the folder's own path may be too long for sockaddr_un.
+// The address of the socket in `folder`. Through /proc/self/fd, because the folder's own path may
+// be too long for sockaddr_un.
 sockaddr_un addressIn(int folder) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -67,7 +68,7 @@ FileDescriptor makeSocket() {
 std::string messageOf(const StartRequest& request) {
     std::string message;
     for (const std::string* const token : {&request.startupId, &request.activationToken}) {
-        // Longer ones are left out: no desktop makes them.
+        // Longer tokens are left out: no desktop makes them.
         message += token->size() <= kLongestToken ? *token : std::string();
         message += '\0';
     }
@@ -76,8 +77,8 @@ std::string messageOf(const StartRequest& request) {
 
 enum class HandOver : std::uint8_t { NotThere, GivenUp, Done };
 
-// The answer of the first: "" when it closed the connection, absent when it did not answer within
-// `patience`.
+// The answer of the first start: "" when it closed the connection, absent when it did not answer
+// within `patience`.
 std::optional<std::string> hear(int socket, std::chrono::milliseconds patience) {
     pollfd wait = {.fd = socket, .events = POLLIN, .revents = 0};
     if (::poll(&wait, 1, static_cast<int>(patience.count())) == 0) {
@@ -109,12 +110,13 @@ HandOver handOver(int folder, const StartRequest& request, const InstancePatienc
     return starting ? HandOver::GivenUp : HandOver::NotThere;
 }
 
-// Fails for a start that has ended meanwhile, which needs no answer.
+// Sends one answer. That fails when the start has ended meanwhile, and then it needs none.
 void say(int connection, char what) {
     [[maybe_unused]] const ssize_t sent = ::send(connection, &what, 1, MSG_NOSIGNAL);
 }
 
-// Called with the lock held, so that no other start does the same.
+// Replaces a socket file that was left over. Called with the lock held, so that no other start does
+// the same.
 FileDescriptor bindIn(int folder) {
     ::unlinkat(folder, kSocket, 0);
     FileDescriptor socket = makeSocket();
@@ -154,7 +156,8 @@ InstanceClaimed claimIn(FileDescriptor folder, const StartRequest& request,
             return {};
         }
         if (done == HandOver::GivenUp) {
-            // Another start that waited for the same one has taken its place.
+            // Another start that waited for the same first one has taken its place, and gets the
+            // full time.
             end = std::chrono::steady_clock::now() + patience.silence;
         }
         std::this_thread::sleep_for(kBetweenTries);

@@ -20,7 +20,8 @@ namespace tavo {
 
 class StartEnvironment;
 
-// The place of the first start: the lock and the socket, which are removed when this ends.
+// The place of the first start: the lock, and the socket. The destructor removes the socket and
+// releases the lock.
 class InstanceSocket {
 public:
     InstanceSocket(FileDescriptor folder, FileDescriptor lock, FileDescriptor listener);
@@ -28,15 +29,15 @@ public:
     InstanceSocket& operator=(const InstanceSocket&) = delete;
     ~InstanceSocket();
 
-    // Called once. Until then other starts wait.
+    // Call once. Other starts wait until then.
     void listen() const;
 
     // The listening descriptor: readable when a start has connected.
     [[nodiscard]] int listener() const { return listener_.get(); }
 
     // The connection of a start that wants to hand over. Invalid when there is none, when it is
-    // another user's, and when this process has no descriptor left. Its request can be read as soon
-    // as it is readable.
+    // another user's, and when this process has no descriptor left. The request can be read as soon
+    // as the connection is readable.
     [[nodiscard]] FileDescriptor accept() const;
 
 private:
@@ -79,20 +80,21 @@ struct InstancePlaces {
     static InstancePlaces in(const StartEnvironment& environment);
 };
 
-// How long a start waits for the first.
+// How long a start waits for the first start.
 struct InstancePatience {
-    // For its first answer, which comes at once whatever it is doing. A first that is stopped
-    // (SIGSTOP) finds the request when it goes on.
+    // For the first start's first answer, which comes at once whatever that process is doing. If it
+    // is stopped (SIGSTOP), it finds the request when it goes on.
     std::chrono::milliseconds answer = std::chrono::milliseconds(250);
-    // For its second answer, after holdStartRequest(). If its display does not answer, it ends
-    // sooner than this.
+    // For the first start's second answer, after holdStartRequest(). If its display does not
+    // answer, the first start ends sooner than this.
     std::chrono::milliseconds start = std::chrono::seconds(15);
-    // While it does not listen, because it is being loaded from a slow disk or about to end.
+    // While the first start does not listen, because it is being loaded from a slow disk or about
+    // to end.
     std::chrono::milliseconds silence = std::chrono::seconds(10);
 };
 
-// Either claims the place of the first or hands the request over to it. Relative paths do not
-// count. Any thread.
+// Either claims the place of the first start for this process, or hands `request` over to the first
+// start. Relative paths in `places` do not count. Any thread.
 [[nodiscard]] InstanceClaimed claimInstance(const InstancePlaces& places,
                                             const StartRequest& request,
                                             const InstancePatience& patience = {});

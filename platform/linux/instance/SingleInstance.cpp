@@ -89,7 +89,7 @@ void SingleInstance::deliver() {
 
 bool SingleInstance::endUnlessAsked() {
     bool asked = false;
-    // On the thread on which requests arrive, so that none arrives in between.
+    // On the thread on which requests arrive, so that none arrives between the check and the end.
     bus_.thread().postAndWait([&] {
         if (listener_) {
             listener_->hearAll();

@@ -21,15 +21,16 @@ class SessionBus;
 // A second start reaches the first over the socket (InstanceSocket), which is quick and needs no
 // bus, or over the bus name (InstanceBusName), by which desktops activate the program and two
 // starts find each other that share no runtime folder. Both are served on the bus thread, so a
-// start is heard at any time. It is confirmed once this process is sure to show a window; a start
-// that finds the first failing, for want of a display, takes its place.
+// start is heard at any time. A start is confirmed, which lets it end, once this process is sure to
+// show its window. A start whose first one fails before that, for want of a display, takes its
+// place.
 //
 // Constructor, destructor and all functions are for the main thread.
 class SingleInstance {
 public:
     // Listens and claims the bus name from now on. `socket` is what claimInstance() gave this
-    // process, null where there is no folder for one; `request` is for another owner of the name.
-    // `bus` outlives this.
+    // process, null where there is no folder for one; `request` is passed to another process that
+    // owns the name. `bus` must outlive this object.
     SingleInstance(SessionBus& bus, std::unique_ptr<InstanceSocket> socket,
                    const StartRequest& request);
     SingleInstance(const SingleInstance&) = delete;
@@ -37,14 +38,15 @@ public:
     ~SingleInstance();
 
     struct Events {
-        // Another start wants the window. Of several that came in between, the latest.
+        // Another start wants the window. Of several starts since the last call, the latest one's
+        // request.
         std::function<void(const StartRequest&)> activated;
         // Another process owns the bus name, and has been told to show its window.
         std::function<void()> superseded;
     };
 
     // Confirms starts from now on. Events come on the main thread, also for what happened before,
-    // until stopServing(). `mainQueue` lives until then.
+    // until stopServing(). `mainQueue` must live until then.
     void serve(MainQueue& mainQueue, Events events);
     void stopServing();
 
@@ -71,12 +73,12 @@ private:
     std::mutex mutex_;
     std::vector<StartRequest> requests_;  // under the mutex; not delivered yet
 
-    // The bus thread's.
+    // The members down to serving_ are used on the bus thread only.
     std::unique_ptr<InstanceListener> listener_;
     std::unique_ptr<InstanceBusName> name_;
     bool serving_ = false;
 
-    // The main thread's. The bus thread posts while serving_ is true.
+    // Used on the main thread; the bus thread posts by poster_ while serving_ is true.
     Events events_;
     std::optional<MainThreadPoster> poster_;
 };
