@@ -19,8 +19,8 @@
 namespace tavo {
 namespace {
 
-// Why nothing at `path` can be looked at. A link that leads nowhere, or to itself, is told as a
-// missing application.
+// The error for a `path` that stat(2) refused with the errno value `code`. A symbolic link that
+// leads nowhere, or to itself, counts as a missing application.
 Error unreachable(const std::string& path, int code) {
     if (code != EACCES) {
         return messages::applicationMissing(path);

@@ -14,12 +14,13 @@
 
 namespace tavo {
 
-// Read once a click: all that is asked of the application is answered from here.
+// Read once for each click; whatever is asked about the application afterwards is answered from
+// here.
 struct ApplicationFile {
     std::string path;
-    std::optional<BundleFacts> bundle;  // of a bundle
-    DesktopEntry entry;                 // of an entry, type Application
-    std::string busName;                // by which an entry can be activated; empty: by none
+    std::optional<BundleFacts> bundle;  // set for a bundle only
+    DesktopEntry entry;                 // set for an entry only, of type Application
+    std::string busName;                // the D-Bus name to activate an entry by; may be empty
 };
 
 // `languages`: names of translations, the preferred one first, as in DesktopEntryEnvironment. A
@@ -27,16 +28,16 @@ struct ApplicationFile {
 Result<ApplicationFile> readApplicationFile(const std::string& path,
                                             std::span<const std::string> languages);
 
-// The program of an application, which is there and would run.
+// The program of an application, which exists and can be run.
 struct ProgramToStart {
     std::string program;             // as the entry calls it; of a bundle, the path of its file
-    std::string executable;          // the path of its file
+    std::string executable;          // the path of the program's file
     std::vector<std::string> words;  // the entry's whole command; empty for a bundle
 };
 
-// Everything else that the start needs (TryExec, Path) is looked for, too. An entry without a
-// command has no program, and an error unless it can be activated over the bus. `address`: what the
-// entry's command is to open; may be empty.
+// Checks everything else that the start needs (TryExec, Path), too. For an entry without a command,
+// the program is empty if the entry can be activated over the session bus, else it is an error.
+// `address`: the web address that the entry's command is to open; may be empty.
 Result<ProgramToStart> programToStart(const ApplicationFile& file, const ExecutableLookup& lookup,
                                       const std::string& address);
 

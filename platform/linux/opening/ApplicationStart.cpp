@@ -14,15 +14,17 @@
 namespace tavo {
 namespace {
 
-// How long a start waits for the session bus, at most once: an activation needs it; a program
-// starts without it all the same, but gets its scope late, perhaps after it has handed over.
+// How long a program's start waits for a session bus that does not answer. The program starts
+// without the bus all the same, but then gets its systemd scope late, perhaps after it has handed
+// over to another process.
 constexpr std::chrono::milliseconds kBusPatience{250};
+// How long an activation waits for the bus, which it cannot do without.
 constexpr std::chrono::milliseconds kActivationBusPatience{2000};
 
 using Start = std::shared_ptr<const ApplicationStart>;
 using Job = OpeningThread::Job;
 
-// How long a program without a scope waits for a bus that does not answer.
+// How long a bus that does not answer is waited for to give a running program its systemd scope.
 constexpr std::chrono::seconds kScopePatience{60};
 
 // A started program that is watched for an early end.
@@ -50,8 +52,8 @@ Job failing(const Start& start, Error error) {
     return [answer = start->answer, error = std::move(error)] { answer->fail(error); };
 }
 
-// What there is to do about the child `running` while it runs. `ended` is called as
-// OpeningThread::watchChild says.
+// Looks after the child `running`: tells that it has begun, watches for its end and gets it a
+// systemd scope. Calls `ended` as OpeningThread::watchChild() does.
 void superviseProgram(OpeningThread& thread, const ApplicationStart& start,
                       const RunningApplication& running,
                       std::function<void(std::optional<int>)> ended) {
@@ -75,15 +77,16 @@ void superviseProgram(OpeningThread& thread, const ApplicationStart& start,
                   });
 }
 
-// Tells an X11 desktop of the start (Startup Notification), if the entry wants that: in the
-// background. The end of what was announced is told when the program shows a window or ends, and
-// after the starting time at the latest.
+// Tells an X11 desktop of the start (Startup Notification Protocol), if the entry wants that. Runs
+// in the background. When it answers true, announceEndLater() must follow.
 bool announce(const ApplicationStart& start, const std::string& executable) {
     return start.file.entry.startupNotify && !start.startupId.empty() &&
            announceStart(start.conditions->display,
                          {start.startupId, start.file.entry.name, executable, start.identifier});
 }
 
+// Announces the end of the start when the program shows a window or ends, and after the starting
+// time at the latest.
 void announceEndLater(OpeningThread& thread, const ApplicationStart& start) {
     start.answer->whenOver(
         [&thread, display = start.conditions->display, id = start.startupId] {
@@ -103,14 +106,16 @@ void watchProgram(OpeningThread& thread, const ApplicationStart& start, const st
     watch->answer = start.answer;
     watch->program = program;
     watch->name = start.file.entry.name;
-    // Holds the watch too: where the system refuses a pidfd, the process's end is not told.
+    // The timer also owns the watch: where the kernel refuses a pidfd, watchChild() does not keep
+    // the callback that owns it.
     watch->patience = thread.after(start.conditions->patience,
                                    [watch, running] { watch->answer->succeed(running); });
     superviseProgram(thread, start, running,
                      [watch](std::optional<int> status) { judge(*watch, status); });
 }
 
-// In the background, as are the other functions that answer with a job.
+// Runs in the background, like all functions here that return a Job; the job runs on the bus
+// thread.
 Job startBundle(OpeningThread& thread, const Start& start, const std::string& executable) {
     SpawnRequest program;
     program.executable = executable;
@@ -145,7 +150,8 @@ std::vector<std::string> variablesThatShellsDrop(const std::vector<std::string>&
 
 // Runs the command of an entry, `words`. GIO_LAUNCHED_DESKTOP_FILE_PID says that the entry named in
 // GIO_LAUNCHED_DESKTOP_FILE was started as this very process, and not as an ancestor. Only the
-// child knows its PID before it runs, so a shell sets it. Answers as spawnProgram() does.
+// child knows its PID before the program runs, so a shell sets the variable. Returns what
+// spawnProgram() returns.
 int startCommand(const ApplicationStart& start, const std::vector<std::string>& words,
                  pid_t& process) {
     const std::string& folder = start.file.entry.path;
@@ -210,7 +216,8 @@ Job serviceAnswered(OpeningThread& thread, const Start& start, std::int32_t proc
     const auto& listing = start->conditions->seesWindows;
     return [&thread, start, running = RunningApplication{process, start->identifier},
             seesWindows = listing && listing()] {
-        // First, so that a click that follows the answer finds the start as it is then.
+        // Before the answer, so that a click that follows the answer finds the start in its new
+        // state.
         awaitServiceWindow(thread, *start, running, seesWindows);
         start->answer->succeed(running);
     };

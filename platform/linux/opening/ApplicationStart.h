@@ -16,8 +16,8 @@
 
 namespace tavo {
 
-// The answer to one opening, which several events can give: the first one counts. On the
-// bus thread.
+// The answer to one call of openApplication(). Several events can give it; the first counts. Use it
+// on the bus thread.
 class OpenAnswer {
 public:
     OpenAnswer(OpenCompletion completion, std::shared_ptr<PendingLaunch> start)
@@ -25,7 +25,7 @@ public:
 
     void succeed(const std::optional<RunningApplication>& running) { answer(running, {}); }
 
-    // A failure ends the start, too.
+    // Ends the start, and answers with an error.
     void fail(Error error) {
         over();
         answer({}, std::move(error));
@@ -38,7 +38,8 @@ public:
         timeIsUp();
     }
 
-    // Calls the callback of whenOver(), though the start itself may go on until a service answers.
+    // Calls the callback of whenOver(), though the start itself may last until an activated service
+    // answers.
     void timeIsUp() {
         time_.end();
         if (const auto told = std::exchange(whenOver_, nullptr)) {
@@ -69,13 +70,13 @@ private:
 
 // What all starts of one workspace have in common.
 struct StartConditions {
-    std::string searchPath;  // PATH as children have it
-    std::string display;     // of an X11 session, else empty
+    std::string searchPath;  // PATH of started programs
+    std::string display;     // DISPLAY of an X11 session, else empty
     bool wayland = false;
-    std::chrono::milliseconds patience{0};      // for an early end
-    std::chrono::milliseconds busPatience{0};   // for an activation's answer
-    std::chrono::milliseconds startingTime{0};  // for the first window
-    std::function<bool()> seesWindows;          // called on any thread; may be empty
+    std::chrono::milliseconds patience{0};      // how long an early end is watched for
+    std::chrono::milliseconds busPatience{0};   // how long a service may take to answer
+    std::chrono::milliseconds startingTime{0};  // how long the first window may take
+    std::function<bool()> seesWindows;          // as in OpeningSettings
 };
 
 struct ApplicationStart {
@@ -86,16 +87,13 @@ struct ApplicationStart {
     std::string home;                      // a folder that exists
     std::vector<std::string> environment;  // of the program, complete
     std::string startupId;                 // also in the environment; may be empty
-    std::string activationToken;           // likewise
+    std::string activationToken;           // also in the environment; may be empty
     std::shared_ptr<OpenAnswer> answer;
-    std::function<void(const RunningApplication&)> began;  // called when it has begun
+    std::function<void(const RunningApplication&)> began;  // called when the program runs
 };
 
-// Any thread; returns at once. What may wait happens in the background of `thread`, all else on it.
-//
-// A bundle's program and an entry's command are started, the latter in a terminal if the entry
-// wants one. An entry that can be activated over the session bus is activated instead, and fails
-// when the bus does not answer: its command might start a second instance.
+// Starts the application. Any thread; returns at once. What may block runs in the background of
+// `thread`, everything else on the bus thread.
 void startApplication(OpeningThread& thread, const std::shared_ptr<const ApplicationStart>& start);
 
 }  // namespace tavo

@@ -59,7 +59,7 @@ void identify(OpeningThread& thread, const std::string& name, Done done) {
 
 void activateOverBus(OpeningThread& thread, const BusActivation& activation, Done done) {
     const std::string path = objectPath(activation.name);
-    // Older toolkits look for a Wayland token where X11 has the startup id, so it is sent there,
+    // Older toolkits look for a Wayland token in "desktop-startup-id", so the token is sent there,
     // too.
     const std::string& token = activation.activationToken;
     const std::string& id = activation.startupId.empty() ? token : activation.startupId;

@@ -1,5 +1,6 @@
 // Activating an application over the session bus (Desktop Entry Specification 1.5, "D-Bus
-// Activation"): the bus starts its service unless that runs, and the service shows its window.
+// Activation"): the bus starts the application's service unless it runs, and the service shows its
+// window.
 #pragma once
 
 #include <chrono>
@@ -17,7 +18,7 @@ struct BusActivation {
     std::string address;                    // for the service to open; may be empty
     std::string startupId;                  // of X11; may be empty
     std::string activationToken;            // of Wayland; may be empty
-    std::chrono::milliseconds patience{0};  // for the service's answer
+    std::chrono::milliseconds patience{0};  // how long the service may take to answer
 };
 
 struct ActivatedService {
@@ -25,9 +26,9 @@ struct ActivatedService {
     std::int32_t process = 0;  // PID of the owner; 0 when the bus does not say
 };
 
-// On `thread`, connected to the session bus; returns at once. `done` is called once, later, on
-// this thread, with the service that has answered or the reason why none has; never when the
-// workspace ends first.
+// Call on the bus thread, while `thread` has a connection to the bus; returns at once. `done` is
+// called once, later, on this thread, with the service that has answered or the reason why none
+// has; never when the workspace ends first.
 void activateOverBus(OpeningThread& thread, const BusActivation& activation,
                      std::function<void(Result<ActivatedService>)> done);
 

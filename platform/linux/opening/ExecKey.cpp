@@ -10,7 +10,7 @@ namespace {
 // The shell quotation in which a part of a command stands.
 enum class Quotes { none, simple, twofold };
 
-// `text` in a form that a shell reads as `text` where it stands.
+// `text` escaped so that a shell reads it unchanged inside such quotes.
 std::string escaped(const std::string& text, Quotes quotes) {
     if (quotes == Quotes::none) {
         char* const quoted = g_shell_quote(text.c_str());

@@ -8,12 +8,13 @@
 
 namespace tavo {
 
-// The words of the command of `entry`, whose file is at `path`, to open the web address `address`,
-// or nothing where that is empty.
+// The words of the command of `entry`, whose file is at `path`. The command is to open the web
+// address `address`; empty: nothing.
 //
-// They are GIO's, with one exception: within quotes %c, %i and %k stand for the text itself, where
-// GIO adds quotation marks of its own. Codes for files, deprecated and unknown ones stand for
-// nothing ("%f" in quotes for an empty word). Empty when the command cannot be split into words.
+// The words are those that GIO makes, with one exception: within quotes %c, %i and %k stand for the
+// bare text, to which GIO adds quotation marks of its own. Codes for files, deprecated and unknown
+// codes stand for nothing (a quoted "%f" for an empty word). Empty when the command cannot be split
+// into words.
 [[nodiscard]] std::vector<std::string> commandWords(const DesktopEntry& entry,
                                                     const std::string& path,
                                                     const std::string& address);

@@ -12,7 +12,8 @@ constexpr std::chrono::seconds kBetweenUntoldChecks{5};
 
 }  // namespace
 
-// Main thread, but for addSoon().
+// The applications whose first window is awaited. Use on the main thread only; addSoon() may be
+// called on any thread.
 class FirstWindow::Waiting {
 public:
     struct Wait {
@@ -24,7 +25,7 @@ public:
     Waiting(MainQueue& mainQueue, RunningApplications& running)
         : mainThread_(mainQueue), running_(running) {}
 
-    // Any thread.
+    // Adds `wait`, later, on the main thread. May be called on any thread.
     void addSoon(Wait wait) {
         mainThread_.post([this, wait = std::move(wait)] {
             if (waits_.empty()) {
@@ -37,7 +38,7 @@ public:
     }
 
 private:
-    // One check for all that the window system tells at once.
+    // Makes one check for all changes that the window system reports together.
     void checkSoon() {
         if (!std::exchange(checksSoon_, true)) {
             mainThread_.post([this] {

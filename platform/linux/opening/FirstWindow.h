@@ -10,16 +10,17 @@
 
 namespace tavo {
 
-// Asks for the window when the window system tells of a change, and every five seconds besides:
-// some programs name their window only after it is shown, which is no change to the list of
+// Looks for the window when the window system reports a change, and every five seconds besides:
+// some programs give their window its name only after showing it, which does not change the list of
 // windows. Subscribed to the window system only while something starts.
 class FirstWindow {
 public:
-    // Made and ended on the main thread. Both outlive it; without `running` no window is ever seen.
+    // Construct and destroy on the main thread. Both arguments must outlive the object; when
+    // `running` is null, no window is ever seen.
     FirstWindow(MainQueue& mainQueue, RunningApplications* running);
 
-    // Any thread. When the application shows a window, `start` is over and `seen` is called, on
-    // the main thread. Not called when the start is over before, nor after this has ended.
+    // When the application shows a window, ends `start` and calls `seen` on the main thread. Does
+    // not call it when the start is over before, nor after this object is destroyed. Any thread.
     void await(const RunningApplication& application, const std::shared_ptr<PendingLaunch>& start,
                std::function<void()> seen) const;
 

@@ -11,10 +11,10 @@
 namespace tavo {
 namespace {
 
-// As much of a script's first line as the kernel reads.
+// How much of a script's first line the kernel reads, in bytes.
 constexpr std::size_t kScriptHead = 256;
 
-// The words of a script's first line after "#!", none when it has none.
+// The words that follow "#!" in the first line of the script at `path`; none without "#!".
 std::vector<std::string> interpreterWords(const std::string& path) {
     const std::string head = readFileHead(path, kScriptHead);
     if (!head.starts_with("#!")) {
@@ -35,18 +35,20 @@ bool isExecutable(const ExecutableMatch& match) {
     return match.state == ExecutableMatch::State::executable;
 }
 
-// The interpreter of the script at `path` that is not there; empty for anything that can run.
+// The interpreter that the script at `path` names but that does not exist; empty when there is no
+// such problem.
 std::string missingInterpreter(const std::string& path, const ExecutableLookup& lookup) {
     const std::vector<std::string> words = interpreterWords(path);
     if (words.empty()) {
         return {};
     }
-    // The kernel takes the word for a path, relative to a working folder that is not known here.
+    // The kernel takes the word for a path. A relative one starts at a working folder that is not
+    // known here, so it counts as missing.
     const bool absolute = words[0].starts_with('/');
     if (!absolute || !isExecutable(lookup.find(words[0]))) {
         return words[0];
     }
-    // What env would make of an option or of an assignment is left to env.
+    // Options and assignments are left to env(1) itself.
     const bool namesProgram = words[0].ends_with("/env") && words.size() > 1 &&
                               words[1].front() != '-' && words[1].find('=') == std::string::npos;
     return namesProgram && !isExecutable(lookup.find(words[1])) ? words[1] : std::string();

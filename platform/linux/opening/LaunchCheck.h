@@ -1,7 +1,7 @@
 // Whether a program would run, found out before it is started.
 //
-// A start through a shell or a terminal loses the reason why nothing runs, so the reasons are
-// looked for while they can still be told. Any thread.
+// A shell or a terminal would not pass on why a program does not run, so the reason is looked for
+// beforehand. Any thread.
 #pragma once
 
 #include <string>
@@ -11,14 +11,14 @@
 
 namespace tavo {
 
-// The path of the file that the command word `program` means to `lookup`. The error says what is
-// there instead of an executable file.
+// The path of the file that `lookup` finds for `program`, the first word of a command. The error
+// says what is there instead of an executable file.
 Result<std::string> findProgram(const ExecutableLookup& lookup, const std::string& program,
                                 const std::string& workingDirectory = {});
 
-// The same. It is also an error when the kernel would refuse to run the file, because it is a
-// script whose first line ("#!", as execve(2) reads it) names an interpreter that is not there;
-// also by way of env(1).
+// Like findProgram(), but it is also an error when the kernel would refuse to run the file, because
+// it is a script whose first line ("#!", as execve(2) reads it) names an interpreter that does not
+// exist. An interpreter that env(1) is to run is looked for, too.
 Result<std::string> checkProgram(const ExecutableLookup& lookup, const std::string& program,
                                  const std::string& workingDirectory = {});
 

@@ -14,7 +14,7 @@ std::string quoted(const std::string& text) {
     return "«" + repairedUtf8(text) + "»";
 }
 
-// A text of the system's, with a full stop at its end.
+// `text`, which the system gave, with a full stop at its end.
 std::string sentence(const std::string& text) {
     const std::string words = repairedUtf8(text);
     return words.ends_with('.') ? words : words + '.';

@@ -10,7 +10,7 @@
 
 namespace tavo::messages {
 
-// The file or folder itself.
+// Errors of the application's file or folder.
 Error applicationMissing(const std::string& path);
 Error applicationNotReadable(const std::string& path, int code);  // an errno value
 Error notAnApplication(const std::string& path);
@@ -20,7 +20,7 @@ Error entryHidden(const std::string& path);
 Error entryWithoutCommand(const std::string& path);
 Error entryCommandUnreadable(const std::string& path, const std::string& command);
 
-// Its program.
+// Errors of the application's program.
 Error programNotFound(const std::string& program, const std::string& searchPath);
 Error programMissing(const std::string& program);
 Error programIsFolder(const std::string& program);
@@ -30,14 +30,15 @@ Error workingDirectoryMissing(const std::string& program, const std::string& fol
 Error terminalMissing(const std::string& program);
 Error bundleWithoutProgram(const std::string& path);
 
-// The start.
+// The system refused the start.
 Error startRefused(const std::string& program, int code);  // an errno value
 
-// Its early end. `name`: the application's, which is told where the program has another ("sh").
+// The program ended early. `name` is the application's name, which the text adds where the program
+// is called otherwise ("sh").
 Error endedWithStatus(const std::string& program, const std::string& name, int status);
 Error endedBySignal(const std::string& program, const std::string& name, int signal);
 
-// Activation over the session bus.
+// Errors of an activation over the session bus.
 Error serviceMissing(const std::string& name);
 Error activationFailed(const std::string& name, const std::string& systemText);
 Error activationUnanswered(const std::string& name);

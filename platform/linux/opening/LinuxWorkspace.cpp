@@ -61,8 +61,9 @@ public:
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
         OpenCompletion onMainThread = this->onMainThread(std::move(completion));
-        // No window is awaited of what is not to come forward, so its start has no end. An address
-        // is for an application that is starting already, too.
+        // An application that is not to come forward is not watched for a window, so its start
+        // could not end with the first window. An address is passed on even to an application that
+        // is still starting.
         const auto launch = configuration.activates && configuration.address.empty()
                                 ? launches_.begin(path)
                                 : launches_.beginUnnoticed();
@@ -80,7 +81,7 @@ public:
     }
 
 private:
-    // What a click has read for its facts, which its opening needs next.
+    // What bundle() has read for a click, kept for the openApplication() that follows.
     struct Latest {
         ApplicationFile file;
         FileStamp stamp;
@@ -94,7 +95,8 @@ private:
         return readApplicationFile(path, languages_);
     }
 
-    // Calls `completion` on the main thread. For `thread_`, on which nothing answers later than it.
+    // A completion that calls `completion` on the main thread. It may use `this`: only jobs on
+    // thread_ call it, and thread_ ends before all other members.
     OpenCompletion onMainThread(OpenCompletion completion) {
         return [this, completion = std::move(completion)](
                    const std::optional<RunningApplication>& running,
@@ -115,7 +117,7 @@ private:
         return facts;
     }
 
-    // Of what started applications inherit; empty when unset.
+    // The value of `variable` in the environment of started applications; empty when unset.
     [[nodiscard]] std::string value(const char* variable) const {
         return settings_.environment.value(variable).value_or("");
     }
@@ -163,7 +165,7 @@ private:
         return start;
     }
 
-    // The window is seen on the main thread; the answer belongs to the workspace's thread.
+    // The window is seen on the main thread, but `answer` may be used on the bus thread only.
     void awaitWindow(const RunningApplication& running, const std::shared_ptr<OpenAnswer>& answer) {
         firstWindow_.await(running, answer->start(), [this, answer, running] {
             thread_.post([answer, running] {
@@ -180,8 +182,8 @@ private:
                                                                                          : "/";
     }
 
-    // In the form of the Startup Notification specification, unique in this user's session. Empty
-    // outside X11, where no desktop understands it.
+    // A startup id in the form of the Startup Notification specification, unique in this user's
+    // session. Empty outside X11, where no desktop understands it.
     std::string newStartupId() {
         if (conditions_->display.empty()) {
             return {};

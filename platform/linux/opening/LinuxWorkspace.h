@@ -18,7 +18,7 @@ namespace tavo {
 class SessionBus;
 
 struct OpeningSettings {
-    // Outlives the workspace.
+    // Must outlive the workspace.
     MainQueue& mainQueue;
 
     // What started applications inherit. Its PATH is where programs are looked for.
@@ -27,7 +27,7 @@ struct OpeningSettings {
     // Whether this is a Wayland session (isWaylandSession); else an X11 one, at DISPLAY.
     bool wayland = false;
 
-    // Outlives the workspace, whose openings run on its thread.
+    // Outlives the workspace, whose openings run on the bus's thread.
     SessionBus& bus;
 
     // The folders in which desktop entries lie ("/usr/share/applications" and the like, without a
@@ -46,8 +46,9 @@ struct OpeningSettings {
     // while something starts. Outlives the workspace; null: no first window is ever seen.
     RunningApplications* running = nullptr;
 
-    // Whether the session lists windows at all. Called on a thread of its own, perhaps later than
-    // the workspace ends, when a service has been activated; empty: it does not.
+    // Whether the session lists windows at all. Called when a service has been activated, on a
+    // thread of its own, perhaps after the workspace has ended. Empty: the session does not list
+    // them.
     std::function<bool()> seesWindows = {};
 
     // How long a started program is watched for an early end.
@@ -60,40 +61,42 @@ struct OpeningSettings {
     std::chrono::milliseconds startingTime{15000};
 };
 
-// An entry (a file "*.desktop") has its desktop-file id as identifier ("org.example.App.desktop",
-// '-' for '/') and the program of its command as executable; a folder has what readBundleFolder()
-// says. The file is read once a click: opening uses what bundle() has just read.
+// bundle() answers for an entry (a file "*.desktop") its desktop-file id as identifier
+// ("org.example.App.desktop", '-' for '/') and the program of its command as executable; for a
+// folder, what readBundleFolder() says. The file is read once for each click: openApplication()
+// uses what bundle() has just read.
 //
 // An entry is activated over the session bus where it can be, else started, in a terminal of
 // terminalCommand() if it wants one. Completion:
 //   - with an error, soon, when anything that the start needs is missing;
 //   - with an error when the program ends within `patience` by a signal or with a status that is
 //     not 0, when the bus refuses the activation, or the service does not answer in `busPatience`;
-//   - without error, and with nothing running, when it ends in `patience` with status 0: it handed
-//     over to another process;
+//   - without error, and with nothing running, when the program ends within `patience` with
+//     status 0: it handed over to another process;
 //   - without error and with the running application otherwise: when it shows its first window,
 //     at the end of `patience`, or when the activated service has answered.
-// A bundle's program is started directly; completion as soon as it has begun. A session bus that
-// does not answer delays bundles not at all, entries by 0.25 s once, and makes activations fail
-// until it does.
+// A bundle's program is started directly; its completion is called as soon as it has begun. A
+// session bus that does not answer does not delay bundles, delays entries by 0.25 s once, and makes
+// activations fail until it answers.
 //
 // While an application is starting, it is not started again: the completion comes without error
 // and with nothing running. It is starting until it shows a window, it ends, or `startingTime` has
 // passed and, with a service, its answer has come. Where windows cannot be listed, the answer ends
-// the start of a service. This holds only for openings that activate, and have no address: the
-// others are started each time.
+// the start of a service. This holds only for openings that are to come to the front and
+// have no address; the others are started each time.
 //
 // An address is put in place of %u and %U in an entry's command, or given to its service; bundles
 // know nothing of it.
 //
-// On X11 what is to be activated gets a startup id of its own (DESKTOP_STARTUP_ID), and the desktop
-// is told of the start, and of its end, when the entry wants that (StartupNotify).
+// On X11 an application that is to come to the front gets a startup id of its own
+// (DESKTOP_STARTUP_ID), and the desktop is told of the start, and of its end, when the entry wants
+// that (StartupNotify).
 //
 // Started programs have a session of their own (and, under systemd, a scope), the null device as
-// standard input, no descriptor of ours but the standard two, and outlive us; the home folder is
-// their working directory unless an entry says another. They are reaped for as long as the
-// workspace lives, and by the system afterwards. Made and ended on the main thread; completions
-// that are due when it ends are dropped.
+// standard input, no descriptor of ours but standard output and error, and outlive us; the home
+// folder is their working directory unless an entry says another. They are reaped for as long as
+// the workspace lives, and by the system afterwards. Construct and destroy it on the main thread;
+// completions that are due then are dropped.
 std::unique_ptr<Workspace> makeLinuxWorkspace(OpeningSettings settings);
 
 }  // namespace tavo

@@ -13,7 +13,7 @@
 namespace tavo {
 namespace {
 
-// Whether the child is gone; its status, if waitpid gave it.
+// Whether the child has ended. Sets `status` if waitpid(2) gave one.
 bool reap(pid_t process, std::optional<int>& status) {
     int word = 0;
     const pid_t result = ::waitpid(process, &word, WNOHANG);
@@ -45,7 +45,7 @@ OpeningThread::~OpeningThread() {
 void OpeningThread::inBackground(std::function<Job()> work) {
     auto run = [wayBack = wayBack_, work = std::move(work)]() mutable {
         Job job = work();
-        work = nullptr;  // what it holds ends on the bus thread, with the job
+        work = nullptr;  // so that what it shares with the job ends on the bus thread
         const std::lock_guard lock(wayBack->mutex);
         if (job && wayBack->thread != nullptr) {
             wayBack->thread->post(std::move(job));
@@ -54,7 +54,7 @@ void OpeningThread::inBackground(std::function<Job()> work) {
     try {
         std::thread(run).detach();
     } catch (const std::system_error&) {
-        run();  // the user has as many threads as the system allows
+        run();  // the system allows no further thread
     }
 }
 

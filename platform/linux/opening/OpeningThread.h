@@ -1,5 +1,5 @@
-// What the openings of one workspace have on the bus thread: timers, children and bus calls. What
-// may wait for anything else runs in the background.
+// The timers, child processes and bus calls of one workspace's openings, which live on the bus
+// thread. What may wait for anything else runs in the background.
 #pragma once
 
 #include <chrono>
@@ -19,12 +19,12 @@ namespace tavo {
 
 class OpeningThread {
 public:
-    // `bus` outlives this.
+    // `bus` must outlive this object.
     explicit OpeningThread(SessionBus& bus) : bus_(bus) { wayBack_->thread = &bus.thread(); }
     OpeningThread(const OpeningThread&) = delete;
     OpeningThread& operator=(const OpeningThread&) = delete;
-    // Waits for the jobs posted so far, but not for work in the background; then ends children's
-    // watches and calls. Not on the bus thread.
+    // Waits for the jobs posted so far, but not for work in the background. Then stops watching
+    // children and cancels bus calls. Do not destroy it on the bus thread.
     ~OpeningThread();
 
     using Job = std::function<void()>;
@@ -32,39 +32,39 @@ public:
     // Any thread.
     void post(Job job) { bus_.thread().post(std::move(job)); }
 
-    // For what may wait for a disk or an X server. Runs `work` on a thread of its own, then the job
-    // that it returns, if any, on the bus thread; that one is dropped when this has ended, and the
-    // work goes on. Any thread.
+    // For work that may block on a disk or an X server. Runs `work` on a thread of its own, then
+    // the job that it returns, if any, on the bus thread. If this object is destroyed meanwhile,
+    // `work` still runs to its end, but its job is dropped. Any thread.
     void inBackground(std::function<Job()> work);
 
-    // What follows is for the bus thread.
+    // The functions below are for the bus thread only.
 
-    // As GLibThread does; not called once this has ended.
+    // Like GLibThread::after(), but `callback` is not called once this object is destroyed.
     [[nodiscard]] ScopedSource after(std::chrono::milliseconds delay,
                                      std::function<void()> callback);
 
-    // Reaps the child `process` when it ends, and then tells how (a status as waitpid gives it;
-    // none when the system reaped it first, because SIGCHLD is ignored); that may be inside the
-    // call. Should the system refuse a pidfd, the child is reaped at one of the next calls, and
-    // nothing is told. Of a process that is no child of ours the end alone is told. Of several
+    // Reaps the child `process` when it ends, and then calls `ended`, perhaps inside this function.
+    // `status` is what waitpid(2) gave; absent when the system reaped the child first, because
+    // SIGCHLD is ignored, and for a process that is no child of ours. Where the kernel refuses a
+    // pidfd for a running child, a later call reaps it, and `ended` is not called. Of several
     // watches of one process the last one counts.
     void watchChild(pid_t process, std::function<void(std::optional<int> status)> ended);
 
-    // As SessionBus does; not answered once this has ended.
+    // Like SessionBus::ask(), but `answered` is not called once this object is destroyed.
     void askBus(std::chrono::milliseconds patience,
                 std::function<void(SessionBus::State)> answered);
 
-    // Null while there is none.
+    // Null while there is no connection to the bus.
     [[nodiscard]] GDBusConnection* connection() { return bus_.connection(); }
 
-    // They end with this.
+    // The calls are cancelled when this object is destroyed.
     [[nodiscard]] BusCalls& calls() { return *calls_; }
 
 private:
-    // To the bus thread, for work that may outlast this.
+    // Leads to the bus thread, for background work that may outlast this object.
     struct WayBack {
         std::mutex mutex;
-        GLibThread* thread = nullptr;  // under the mutex; null once this has ended
+        GLibThread* thread = nullptr;  // under the mutex; null once the object is destroyed
     };
     struct Child;
 

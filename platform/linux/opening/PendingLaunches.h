@@ -12,7 +12,7 @@
 
 namespace tavo {
 
-// One start. Any thread.
+// One start of an application. Any thread.
 class PendingLaunch {
 public:
     using Clock = std::chrono::steady_clock;
@@ -26,7 +26,7 @@ public:
     // bus is in flight.
     void awaitAnswer() { awaited_ = true; }
 
-    // Resumes the time limit, which has gone on meanwhile.
+    // Ends the suspension; the time limit has run on meanwhile.
     void answered() { awaited_ = false; }
 
     [[nodiscard]] bool lasts() const { return !over_ && (awaited_ || Clock::now() < end_); }
@@ -37,7 +37,7 @@ private:
     std::atomic<bool> awaited_ = false;
 };
 
-// One thread.
+// The starts of one workspace's applications. Use on one thread only.
 class PendingLaunches {
 public:
     // `time`: how long a start lasts unless over() is called before.

@@ -35,7 +35,7 @@ GVariant* scopeParameters(const std::string& identifier, pid_t process) {
     g_variant_builder_add(&properties, "(sv)", "PIDs",
                           g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, &pid, 1, sizeof pid));
     g_variant_builder_add(&properties, "(sv)", "Slice", g_variant_new_string("app.slice"));
-    // The scope goes with its last process, also when that failed.
+    // systemd removes the scope after its last process has ended, even if that failed.
     g_variant_builder_add(&properties, "(sv)", "CollectMode",
                           g_variant_new_string("inactive-or-failed"));
     return g_variant_new("(ssa(sv)a(sa(sv)))", scopeName(identifier, process).c_str(), "fail",

@@ -17,10 +17,10 @@ namespace tavo {
 // does.
 std::string scopeName(const std::string& identifier, pid_t process);
 
-// On `thread`, connected to the session bus; returns at once. Asks systemd to move the running
-// child `process` into a scope of its own. Without systemd, or when it refuses, the program stays
-// where it is; the first refusal is reported on standard error. The call does not make the bus
-// start systemd: one that does not run manages no session.
+// Call on the bus thread, while `thread` has a connection to the bus; returns at once. Asks systemd
+// to move the running child `process` into a scope of its own. Without systemd, or when it refuses,
+// the program stays where it is; the first refusal is reported on standard error. The call does not
+// make the bus start systemd: if systemd does not run, it does not manage the session.
 void moveToScope(OpeningThread& thread, const std::string& identifier, pid_t process);
 
 }  // namespace tavo
