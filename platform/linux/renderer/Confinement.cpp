@@ -27,8 +27,9 @@ void limit(__rlimit_resource_t resource, rlim_t most) {
     ::setrlimit(resource, &both);
 }
 
-// Landlock: of the file system nothing but reading. No rule is added, so that what is handled is
-// refused everywhere. Without Landlock (Linux before 5.13, or switched off) this does nothing.
+// Allows nothing but reading in the file system, by Landlock. The ruleset has no rule, so every
+// access that it handles is refused everywhere. Without Landlock (Linux before 5.13, or switched
+// off) this does nothing.
 void refuseChangesOfFiles() {
     const long version =
         ::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
@@ -49,9 +50,9 @@ void refuseChangesOfFiles() {
     }
 }
 
-// seccomp: the system calls with which a process reaches others, the network or what is not its
-// own. A filter sees numbers, not what pointers point to: so calls that pass their flags in a
-// structure are said not to exist, and the C library takes the older ones.
+// Refuses, by seccomp, the system calls with which a process reaches other processes, the network
+// or the rest of the system. A filter sees numbers, but not what pointers point to. So calls that
+// pass their flags in a structure fail with ENOSYS, and the C library uses the older ones.
 void refuseSystemCalls() {
     const scmp_filter_ctx filter = ::seccomp_init(SCMP_ACT_ALLOW);
     if (filter == nullptr) {
@@ -86,7 +87,7 @@ void refuseSystemCalls() {
             SCMP_SYS(mount), SCMP_SYS(umount2), SCMP_SYS(unshare), SCMP_SYS(setns), SCMP_SYS(bpf),
             SCMP_SYS(keyctl), SCMP_SYS(add_key), SCMP_SYS(request_key), SCMP_SYS(perf_event_open),
             SCMP_SYS(userfaultfd), SCMP_SYS(shmget), SCMP_SYS(msgget), SCMP_SYS(semget)});
-    // Threads are allowed: librsvg draws filters with several.
+    // clone(2) may make threads: librsvg draws filters with several.
     ::seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(clone), 1,
                        SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0));
     for (const std::uint64_t flag : {O_WRONLY, O_RDWR, O_CREAT, O_TRUNC}) {
@@ -111,7 +112,7 @@ void confineRenderer() {
     limit(RLIMIT_FSIZE, 0);
     limit(RLIMIT_NOFILE, kMostDescriptors);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    // The sanitizers reserve terabytes of addresses.
+    // Not with sanitizers, which reserve terabytes of addresses.
     limit(RLIMIT_AS, kMostAddresses);
 #endif
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);

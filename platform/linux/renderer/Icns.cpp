@@ -8,7 +8,7 @@
 namespace tavo {
 namespace {
 
-// Types whose content may be a PNG file, each for pictures of one size in pixels.
+// Chunk types whose content may be a PNG file, each for pictures of one size in pixels.
 struct PngType {
     std::string_view type;
     int side;
@@ -36,7 +36,8 @@ struct Chunk {
     std::string_view content;
 };
 
-// Of the chunk, or the file, at the start of `bytes`: the big-endian number after the type.
+// The length of the chunk, or of the file, at the start of `bytes`: the big-endian number after the
+// type.
 std::size_t length(std::string_view bytes) {
     std::size_t number = 0;
     for (const char byte : bytes.substr(4, 4)) {

@@ -44,7 +44,7 @@ public:
         return pixels_[static_cast<std::size_t>(y * side_ + x)];
     }
 
-    // Empty when nothing can be seen.
+    // The pixels; empty when all are transparent.
     [[nodiscard]] std::vector<std::uint32_t> take() {
         cairo_surface_flush(surface_);
         const bool seen =
@@ -80,8 +80,8 @@ void sizePrepared(GdkPixbufLoader* /*loader*/, int width, int height, gpointer t
     *static_cast<bool*>(tooLarge) = width > kLargestPictureSide || height > kLargestPictureSide;
 }
 
-// For the usual formats by their first bytes. gdk-pixbuf tells the others by the session's MIME
-// database, which may lack them, or not be there at all.
+// A loader for `bytes`. The usual formats are told by their first bytes here, because gdk-pixbuf
+// tells formats by the session's MIME database, which may lack them or be missing.
 GdkPixbufLoader* loaderFor(std::string_view bytes) {
     struct Format {
         std::string_view start;
@@ -101,7 +101,7 @@ GdkPixbufLoader* loaderFor(std::string_view bytes) {
 
 // The picture that gdk-pixbuf finds in `bytes`; null: none.
 ObjectPointer<GdkPixbuf> decode(std::string_view bytes) {
-    // In pieces, so that a picture that is too large is given up after its head.
+    // Decodes in pieces, so that a picture that is too large is given up after its head.
     constexpr std::size_t kPiece = 4096;
     const ObjectPointer<GdkPixbufLoader> loader(loaderFor(bytes));
     if (loader == nullptr) {
@@ -116,7 +116,7 @@ ObjectPointer<GdkPixbuf> decode(std::string_view bytes) {
         sound = gdk_pixbuf_loader_write(loader.get(), reinterpret_cast<const guchar*>(piece.data()),
                                         piece.size(), nullptr) != FALSE;
     }
-    // A loader has to be closed before it goes.
+    // A loader must be closed before it is released.
     sound = gdk_pixbuf_loader_close(loader.get(), nullptr) != FALSE && sound && !tooLarge;
     GdkPixbuf* const picture = sound ? gdk_pixbuf_loader_get_pixbuf(loader.get()) : nullptr;
     return ObjectPointer<GdkPixbuf>(picture != nullptr ? GDK_PIXBUF(g_object_ref(picture))

@@ -16,8 +16,9 @@ inline constexpr int kLargestPictureSide = 4096;
 // large, or one of which nothing can be seen. The format is told by the content: SVG, plain or
 // gzipped; .icns; what gdk-pixbuf has a loader for (PNG, XPM, JPEG, ICO and others).
 //
-// A drawing gets nothing from outside itself: librsvg refuses other files and addresses where it is
-// given no base. May take any time and any memory; see confineRenderer(). One thread.
+// An SVG drawing loads nothing else: librsvg refuses other files and addresses when it is given no
+// base URI. May take any time and any memory, which confineRenderer() and setTimeLimit() limit. One
+// thread.
 std::vector<std::uint32_t> drawPicture(std::string_view bytes, int side);
 
 }  // namespace tavo

@@ -22,7 +22,7 @@ namespace {
 constexpr int kSocket = STDOUT_FILENO;
 constexpr std::size_t kLargestFile = std::size_t{16} << 20U;  // bytes
 
-// To receive nothing would wait for something.
+// Does not ask for 0 bytes: recv(2) would then wait for others to arrive.
 bool receive(void* into, std::size_t count) {
     return count == 0 || ::recv(kSocket, into, count, MSG_WAITALL) == static_cast<ssize_t>(count);
 }
@@ -46,7 +46,7 @@ std::vector<std::uint32_t> draw(const std::string& path, int side) {
     return bytes != nullptr ? drawPicture(*bytes, side) : std::vector<std::uint32_t>();
 }
 
-// False when the launcher has closed the socket, or says what it never says.
+// False when the launcher has closed the socket, or has sent an invalid request.
 bool answerOne() {
     IconRequest request;
     if (!receive(&request, sizeof request) || request.side < 1 || request.side > kLargestIconSide ||
@@ -71,6 +71,6 @@ int main() {
     tavo::confineRenderer();
     while (tavo::answerOne()) {
     }
-    // Without the destructors of the libraries: nothing is left to be kept.
+    // Skips the destructors of the libraries, which have nothing to save.
     ::_exit(0);
 }
