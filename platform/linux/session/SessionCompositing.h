@@ -8,7 +8,7 @@
 namespace tavo {
 
 // For the window system that Qt's application object uses; anything but X11 counts as Wayland. The
-// application object outlives it. Main thread.
+// application object must outlive the result. Main thread.
 std::unique_ptr<Compositing> makeSessionCompositing();
 
 }  // namespace tavo

@@ -11,8 +11,8 @@
 namespace tavo {
 
 // `wayland`: in a Wayland session (isWaylandSession) the compositor is asked, else the X server at
-// DISPLAY; without either nothing runs. Connects at the first question, so that a start costs
-// nothing.
+// DISPLAY; without either nothing runs. Connects at the first question, so that it does not delay
+// the program's start.
 std::unique_ptr<RunningApplications> makeSessionRunningApplications(
     const StartEnvironment& environment, bool wayland, std::shared_ptr<DesktopEntryIndex> listed,
     UserTime userTime);

@@ -11,7 +11,7 @@
 namespace tavo {
 namespace {
 
-// How long a bus that does not answer keeps the item from the X11 system tray.
+// How long a bus that does not answer keeps the status item out of the X11 system tray.
 constexpr std::chrono::seconds kBusPatience{2};
 
 class SessionStatusItemHosts final : public StatusItemHosts {

@@ -11,7 +11,7 @@ namespace tavo {
 class MainQueue;
 class SessionBus;
 
-// Within the life of the application object; `bus` and `mainQueue` outlive the result.
+// Use while the application object exists; `bus` and `mainQueue` must outlive the result.
 std::unique_ptr<StatusItemHosts> makeSessionStatusItemHosts(SessionBus& bus, MainQueue& mainQueue);
 
 }  // namespace tavo

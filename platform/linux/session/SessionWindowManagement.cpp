@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// Without a window manager, as on Qt's offscreen platform.
+// For a platform without a window manager, such as Qt's "offscreen".
 class NullWindowManagement final : public WindowManagement {
 public:
     void prepareToShow(std::uintptr_t /*window*/, const StartRequest& /*request*/) override {}

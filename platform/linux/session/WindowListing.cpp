@@ -9,7 +9,8 @@
 namespace tavo {
 namespace {
 
-// A window manager that follows the Extended Window Manager Hints names a window of its own there.
+// A window manager that follows the Extended Window Manager Hints names a window of its own in
+// _NET_SUPPORTING_WM_CHECK.
 bool hasWindowManager(const std::string& display) {
     const auto connection = display.empty() ? nullptr : XcbConnection::open(display);
     if (!connection) {
