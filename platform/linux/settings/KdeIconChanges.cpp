@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    // What follows is for the bus thread.
+    // The functions below run on the bus thread.
 
     void follow(GDBusConnection* connection) {
         unsubscribe();

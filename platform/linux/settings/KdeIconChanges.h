@@ -20,8 +20,8 @@ public:
 };
 
 // Listens on the session bus for what KDE's own programs listen for: the signal iconChanged of
-// org.kde.KIconLoader, and ConfigChanged of org.kde.kconfig.notify about kdeglobals. Nothing is
-// asked, and nothing is heard on other desktops. Both outlive the result.
+// org.kde.KIconLoader, and ConfigChanged of org.kde.kconfig.notify about kdeglobals. Calls no
+// method. Other desktops do not send these signals. `bus` and `mainQueue` must outlive the result.
 std::unique_ptr<KdeIconChanges> watchKdeIcons(SessionBus& bus, MainQueue& mainQueue);
 
 }  // namespace tavo

@@ -21,7 +21,7 @@ constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char kSettings[] = "org.freedesktop.portal.Settings";
 
-// The first window is painted by then.
+// Long enough for the first window to be painted before.
 constexpr std::chrono::milliseconds kBeforeStartingThePortal{500};
 
 struct Key {
@@ -97,11 +97,11 @@ Variant unwrapped(GVariant* value) {
     return inner;
 }
 
-// Asks the portal, on each connection of the bus. Lives on the bus thread.
+// Asks the portal, on each new connection to the bus. Use on the bus thread only.
 class Portal {
 public:
-    // `learn` hears what is known after each answer, and whether all questions asked so far have
-    // been answered.
+    // Called after each answer with what is known then, and with whether all questions asked so far
+    // have been answered.
     using Learn = std::function<void(const DesktopPreferences&, bool all)>;
 
     Portal(SessionBus& bus, Learn learn)
@@ -176,7 +176,7 @@ private:
         tell();
     }
 
-    // What is asked again when the portal has its name. The reply adds nothing to that.
+    // Ignores the reply: ownerChanged() asks the portal once it owns its name.
     void startSoon() {
         if (!std::exchange(startTried_, true)) {
             start_ = thread_.after(kBeforeStartingThePortal, [this] {
@@ -286,7 +286,7 @@ private:
     DesktopPreferences preferences_;  // under the mutex
     bool answered_ = false;           // under the mutex
     bool announcing_ = false;         // under the mutex
-    std::unique_ptr<Portal> portal_;  // the bus thread's
+    std::unique_ptr<Portal> portal_;  // used on the bus thread only
 };
 
 }  // namespace

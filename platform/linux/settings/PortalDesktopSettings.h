@@ -16,12 +16,12 @@ class SessionBus;
 // too. Motion is reduced when either key says so.
 //
 // A portal that runs is asked at once. One that does not run yet is started over the bus, once,
-// half a second later, which is after the first frame. A portal that comes later, or anew, is asked
-// then; one that goes leaves what it said. Without a bus, and as long as one does not answer, every
-// preference is at its default.
+// half a second later, which is after the first frame. A portal that starts later, or again, is
+// asked then. When it ends, its answers are kept. Without a bus, and as long as one does not
+// answer, every preference is at its default.
 //
-// Both outlive the result. Made as early as can be, so that the answer comes before the first
-// frame.
+// `bus` and `mainQueue` must outlive the result. Make it as early as possible, so that the answer
+// comes before the first frame.
 std::unique_ptr<DesktopSettings> makePortalDesktopSettings(SessionBus& bus, MainQueue& mainQueue);
 
 }  // namespace tavo
