@@ -14,8 +14,8 @@ namespace {
 
 using Kind = SqliteOutcome::Kind;
 
-// Tries often, unlike SQLite's own busy timeout: between two writes of a process that writes
-// without a pause, the database is free for some 50 microseconds only.
+// SQLite's busy handler. Tries often, unlike SQLite's own busy timeout: between two writes of a
+// process that writes without a pause, the database is free for some 50 microseconds only.
 int sleepUnlessLate(void* until, int /*tries*/) {
     if (std::chrono::steady_clock::now() >= *static_cast<const Deadline*>(until)) {
         return 0;
@@ -39,14 +39,14 @@ private:
     sqlite3_stmt* statement_;
 };
 
-// The bytes must stay until the statement is reset.
+// The bytes must stay valid until the statement is reset.
 int bindText(sqlite3_stmt* statement, int position, std::string_view text) {
     // A null pointer would bind NULL, which is not the empty text.
     const char* const bytes = text.data() != nullptr ? text.data() : "";
     return sqlite3_bind_text64(statement, position, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8);
 }
 
-// In UTF-8, whatever the encoding of the database.
+// The text of a column, in UTF-8 whatever the encoding of the database.
 std::string columnText(sqlite3_stmt* statement, int column) {
     const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
@@ -103,8 +103,8 @@ SqliteOutcome SqliteDatabase::inspect() {
     if (!outcome.done()) {
         return outcome;
     }
-    // Earlier versions of this program used WAL. Another process may still do: it is not waited
-    // for, and WAL serves as well until a later opening.
+    // Earlier versions of this program used WAL mode. While another process still does, the change
+    // fails without waiting for it, and WAL mode serves as well until a later opening.
     const Deadline until = std::exchange(until_, Deadline());
     run("PRAGMA journal_mode = DELETE");
     until_ = until;
@@ -131,12 +131,12 @@ SqliteOutcome SqliteDatabase::inspectLocked() {
                 "ON CONFLICT (key) DO UPDATE SET type = excluded.type, value = excluded.value",
                 replace_);
         }
-        // Otherwise a damaged page would show only when the key that stands on it is asked for.
+        // Without this check a damaged page would show only when a key on it is read.
         if (code == SQLITE_OK) {
             code = run("PRAGMA quick_check(1)", &verdict);
         }
     }
-    // A plain error is a missing column or unique key, or a file format newer than this SQLite.
+    // SQLITE_ERROR means a missing column or unique key, or a file format newer than this SQLite.
     if (code == SQLITE_ERROR) {
         return {Kind::NotAStore, sqlite3_errmsg(database_.get())};
     }
@@ -149,7 +149,8 @@ SqliteOutcome SqliteDatabase::inspectLocked() {
     if (verdict != "ok") {
         return {Kind::NotAStore, "it is damaged"};
     }
-    // SQLite reads what is missing of the last page as zeros.
+    // A file that was cut short must be noticed here: SQLite reads what is missing of the last page
+    // as zeros.
     struct stat status {};
     std::int64_t bytes = 0;
     std::from_chars(pageSize.data(), pageSize.data() + pageSize.size(), bytes);
@@ -224,7 +225,8 @@ int SqliteDatabase::prepare(const char* text, Statement& statement) {
     return code;
 }
 
-// SQLITE_OK, or what went wrong. `answer`: the first column of the first row.
+// Runs one statement. Returns SQLITE_OK, or the code of what went wrong. `answer` gets the first
+// column of the first row.
 int SqliteDatabase::run(const char* text, std::string* answer) {
     Statement statement;
     if (const int code = prepare(text, statement); code != SQLITE_OK) {

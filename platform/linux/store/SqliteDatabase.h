@@ -48,18 +48,19 @@ public:
 
     // Opens the database in `file`, which must exist, rolls back what a killed writer left
     // unfinished, and checks the whole content. A database in WAL mode gets a rollback journal,
-    // unless another process uses it. Done: the table is sound. Blank: create() is next.
-    // Otherwise the object is of no use. Where the file cannot be written it is open for reading.
+    // unless another process uses it. Done: the table is sound. Blank: create() is next. After any
+    // other outcome the object is of no use. Where the file cannot be written, the database is open
+    // for reading only.
     SqliteOutcome open(const std::string& file, Deadline until);
 
     SqliteOutcome create(Deadline until);
 
-    // `row` stays absent when there is none, or when its value is neither TEXT nor BLOB.
+    // `row` stays absent when the key has none, or when its value is neither TEXT nor BLOB.
     SqliteOutcome read(std::string_view key, std::optional<SqliteRow>& row, Deadline until);
 
     SqliteOutcome write(std::string_view key, const SqliteRow& row, Deadline until);
 
-    // Writes all that the database holds into `file`, which must be empty or not there.
+    // Writes all that the database holds into `file`, which must be empty or not exist.
     SqliteOutcome copyTo(const std::string& file, Deadline until);
 
     [[nodiscard]] bool isReadOnly() const;
@@ -81,7 +82,8 @@ private:
 
     std::string file_;
     Deadline until_;  // of the call that is under way
-    // Declared before the statements, which SQLite wants finalized first.
+    // Declared before the statements, and so destroyed after them: SQLite wants them finalized
+    // before the database is closed.
     std::unique_ptr<sqlite3, CloseDatabase> database_;
     Statement select_;
     Statement replace_;

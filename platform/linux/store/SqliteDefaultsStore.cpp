@@ -19,7 +19,7 @@ constexpr const char* kData = "data";
 constexpr const char* kArray = "array";
 constexpr const char* kDictionary = "dictionary";
 
-// Absent when the value holds text that has no JSON form.
+// The row for `value`; absent when it holds text that has no JSON form.
 std::optional<SqliteRow> rowOf(const DefaultsValue& value) {
     if (const auto* const data = std::get_if<Data>(&value)) {
         return SqliteRow{kData, data->bytes, false};
@@ -90,7 +90,8 @@ private:
         return read(row->value);
     }
 
-    // Goes on after a refusal: a disk with no room for one value may have room for another.
+    // Tries every pending value, also after a refusal: a disk with no room for one value may have
+    // room for another.
     void writePending(std::chrono::milliseconds patience) {
         const Deadline until = std::chrono::steady_clock::now() + patience;
         std::optional<std::string> refusal;
@@ -119,8 +120,8 @@ private:
         }
     }
 
-    // Writes the values that were refused. Does not wait for a lock, because the window would stand
-    // still for an earlier action of the user.
+    // Later writes the values that were refused. Does not wait for a lock then, because the window
+    // would freeze long after the user's action.
     void tryAgainLater() {
         if (!mainThread_ || std::exchange(trying_, true)) {
             return;
@@ -136,7 +137,7 @@ private:
     // The values that the file does not hold yet, mostly none.
     std::map<std::string, DefaultsValue, std::less<>> pending_;
     bool said_ = false;
-    bool trying_ = false;  // a block waits for the main thread
+    bool trying_ = false;  // the next try waits in the main queue
     std::optional<MainThreadPoster> mainThread_;
 };
 

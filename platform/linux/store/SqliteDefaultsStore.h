@@ -24,14 +24,14 @@
 
 namespace tavo {
 
-// tavolauncher/defaults.sqlite in XDG_DATA_HOME, which counts only when absolute (XDG Base
-// Directory Specification), else in .local/share of the home folder. Empty when there is no home
-// folder.
+// The path of tavolauncher/defaults.sqlite in XDG_DATA_HOME, which counts only when absolute (XDG
+// Base Directory Specification), else in .local/share of the home folder. Empty when there is no
+// home folder.
 std::string defaultStoreFile();
 
 // Nothing is made or opened before the first call. Any number of stores, in any number of
-// processes, may share a file. `queue` runs the tries between two writes; null: there are none.
-// It must live longer than the store.
+// processes, may share a file. `queue` runs the tries every 30 seconds and must outlive the store;
+// null: there are no such tries.
 std::unique_ptr<DefaultsStore> makeSqliteDefaultsStore(const std::string& file,
                                                        MainQueue* queue = nullptr);
 

@@ -30,15 +30,16 @@ std::string folderOf(const std::string& file) {
     return std::filesystem::path(file).parent_path().string();
 }
 
-// SQLite keeps its side files beside the file itself, not beside a link to it.
+// `file` without symbolic links: SQLite keeps its side files beside the file itself, not beside a
+// link to it.
 std::string resolved(const std::string& file) {
     const std::unique_ptr<char, decltype(&std::free)> path(realpath(file.c_str(), nullptr),
                                                            &std::free);
     return path != nullptr ? path.get() : file;
 }
 
-// Whether SQLite may open what lies beside the file: it would wait for the other end of a pipe.
-// https://www.sqlite.org/tempfiles.html
+// Whether the side files beside `file` are regular files, where they exist. SQLite would open a
+// pipe too, and wait for its other end. https://www.sqlite.org/tempfiles.html
 bool hasSoundSideFiles(const std::string& file) {
     for (const char* const suffix : {"-journal", "-wal"}) {
         struct stat status {};
@@ -53,8 +54,8 @@ FileDescriptor openFolder(const std::string& folder) {
     return FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-// Missing folders are for the owner alone (XDG Base Directory Specification). The parent is synced
-// so that the new name survives a power failure.
+// Makes the missing folders, for the owner alone (XDG Base Directory Specification). The parent is
+// synced so that the new name survives a power failure.
 bool makeFolders(const std::string& folder) {
     if (mkdir(folder.c_str(), 0700) != 0) {
         if (errno == EEXIST) {
@@ -70,9 +71,8 @@ bool makeFolders(const std::string& folder) {
     return true;
 }
 
-// A lock on the folder, given up with the object or by the end of the process. False when another
-// process holds it until `until`. On a file system without such locks
-// the lock counts as held.
+// Locks the folder, until the descriptor is closed or the process ends. False when another process
+// holds the lock until `until`. On a file system without such locks the lock counts as held.
 bool lockFolder(const FileDescriptor& folder, Deadline until) {
     while (flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
@@ -86,7 +86,7 @@ bool lockFolder(const FileDescriptor& folder, Deadline until) {
     return true;
 }
 
-// `what`: why the name is needed, "unreadable" or "unread".
+// A dated name that no file has yet. `what` tells why it is needed: "unreadable" or "unread".
 std::string freeName(const std::string& file, const char* what) {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
@@ -146,8 +146,8 @@ SqliteOutcome SqliteStoreFile::write(std::string_view key, const SqliteRow& row,
         return {Kind::Refused, "there is no home folder"};
     }
     SqliteOutcome outcome;
-    // Again when the file was replaced during the write, or turned out to be damaged: a fresh look
-    // then decides what to do.
+    // Tries again when the file was replaced during the write, or turned out to be damaged: a fresh
+    // look then decides what to do.
     for (int attempt = 0; attempt < 3; ++attempt) {
         outcome = connectToWrite(until);
         if (outcome.done() && unread_.contains(key)) {
@@ -223,8 +223,8 @@ SqliteOutcome SqliteStoreFile::connectToWrite(Deadline until) {
     return outcome.kind == Kind::Blank ? create(until) : outcome;
 }
 
-// The folder's lock keeps a second process that found the same ruin from moving the first one's
-// new store.
+// Renames the file, which is no store. The lock on the folder keeps a second process that found the
+// same file from renaming the new store that this one makes.
 SqliteOutcome SqliteStoreFile::putAside(Deadline until) {
     const FileDescriptor folder = openFolder(folderOf(file_));
     if (!lockFolder(folder, until)) {
@@ -243,10 +243,10 @@ SqliteOutcome SqliteStoreFile::putAside(Deadline until) {
     return {Kind::Blank, {}};
 }
 
-// Before a key is written that could not be read.
+// Copies the whole store, before a key is written that could not be read.
 SqliteOutcome SqliteStoreFile::keepCopy(Deadline until) {
     const std::string name = freeName(file_, "unread");
-    // SQLite would make the file readable for others. It takes one that is empty.
+    // SQLite would make the file readable for others. It accepts one that exists and is empty.
     if (!FileDescriptor(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600))
              .valid()) {
         return refused("no copy of what could not be read can be made", errno);
@@ -262,8 +262,7 @@ SqliteOutcome SqliteStoreFile::keepCopy(Deadline until) {
     return {};
 }
 
-// Makes the table in a file that is not there yet, or has nothing in it. Two processes may do so at
-// once.
+// Makes the table in a file that does not exist yet, or is empty. Two processes may do so at once.
 SqliteOutcome SqliteStoreFile::create(Deadline until) {
     if (!makeFolders(folderOf(file_))) {
         return refused("its folder cannot be made", errno);

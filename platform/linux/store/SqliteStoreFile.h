@@ -2,8 +2,8 @@
 // yet, appears, is replaced, deleted, locked, not writable, damaged, or never was a store.
 //
 // Keeps one connection open. Before each use it checks with one stat(2) that the connection still
-// leads to the file of that name. Reads make nothing. The first write makes the folders (0700) and
-// the file (0600; SQLite gives its journal the same permissions). What is not a store reads as
+// leads to the file of that name. Reads create nothing. The first write makes the folders (0700)
+// and the file (0600; SQLite gives its journal the same permissions). What is not a store reads as
 // empty, and the first write moves it aside under a dated name
 // ("defaults.sqlite.unreadable-2026-11-21T10-15-30"). A file that is merely locked, unreadable or
 // out of space never moves. A key that could not be read then may be written later by a caller that
@@ -33,11 +33,12 @@ public:
     // With an empty name nothing can be read or written.
     explicit SqliteStoreFile(const std::string& file);
 
-    // Absent also when the file cannot be read now. Waits for a lock for kPatience; after a wait
-    // without success the next reads wait for kShortPatience, until one of them succeeds.
+    // The row of `key`; absent also when the file cannot be read now. Waits for a lock for
+    // kPatience; after a wait without success the next reads wait for kShortPatience, until one of
+    // them succeeds.
     std::optional<SqliteRow> read(std::string_view key);
 
-    // On disk when it answers Done. Waits for a lock until `until`.
+    // The row is on disk when the outcome is Done. Waits for a lock until `until`.
     SqliteOutcome write(std::string_view key, const SqliteRow& row, Deadline until);
 
     [[nodiscard]] const std::string& name() const { return file_; }
@@ -58,7 +59,7 @@ private:
     };
     static std::optional<Identity> identityOf(const std::string& file);
 
-    enum class Missing { Report, Create };  // the table
+    enum class Missing { Report, Create };  // what open() does without a table
 
     SqliteOutcome connect(Deadline until);
     SqliteOutcome open(const Identity& identity, Deadline until, Missing missing);
