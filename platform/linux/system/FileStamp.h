@@ -15,8 +15,8 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
-// Links are followed. A relative `path` starts at the open folder `folder`. The default value also
-// when the file cannot be reached. Any thread.
+// Links are followed. A relative `path` starts at the open folder `folder`. A file that cannot be
+// reached has the stamp of one that does not exist. Any thread.
 FileStamp fileStamp(const std::string& path);
 FileStamp fileStamp(int folder, const char* path);
 

@@ -22,7 +22,8 @@ std::string procFile(pid_t process, const char* name) {
     return "/proc/" + std::to_string(process) + '/' + name;
 }
 
-// What the file holds, up to a block beyond `limit` bytes. stat(2) tells no size of files in /proc.
+// The bytes of the file, at most one block more than `limit`. stat(2) reports no size for files in
+// /proc.
 std::string contents(const std::string& path, std::size_t limit) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     std::string bytes;
@@ -83,7 +84,7 @@ std::optional<std::uint64_t> field(const std::string& fieldsFromState, int numbe
 }
 
 // Programs that run another one, wait for it, and have no window. Sorted. env and nice are missing
-// because exec(2) makes them the other program; interpreters are missing because a program in
+// because they become the other program by exec(2); interpreters are missing because a program in
 // Python more likely has windows itself.
 constexpr auto kWrappers = std::to_array<std::string_view>({
     "ash",
@@ -142,7 +143,8 @@ std::optional<std::string> processExecutable(pid_t process) {
     path.resize(static_cast<std::size_t>(length));
     constexpr std::string_view kDeleted = " (deleted)";
     struct stat facts = {};
-    // The kernel adds this to the path of a removed file, but a file may also really be called so.
+    // The kernel adds " (deleted)" to the path of a removed file, but a file may also really be
+    // called so.
     if (path.ends_with(kDeleted) && ::stat(link.c_str(), &facts) == 0 && facts.st_nlink == 0) {
         path.resize(path.size() - kDeleted.size());
     }
@@ -165,7 +167,7 @@ pid_t sessionLeader(pid_t process) {
 }
 
 bool isWrappedBy(pid_t process, pid_t wrapper) {
-    // Ends the loop if parents change meanwhile; real wrappers are a few levels deep.
+    // Ends the loop if processes get new parents meanwhile; real wrappers are a few levels deep.
     constexpr int kDeepest = 16;
     pid_t ancestor = process;
     for (int depth = 0; depth < kDeepest && ancestor > 1; ++depth) {

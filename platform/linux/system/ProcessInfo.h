@@ -12,30 +12,30 @@
 
 namespace tavo {
 
-// In clock ticks since boot; absent also for a zombie.
+// When the process started, in clock ticks since boot; absent also for a zombie.
 std::optional<std::uint64_t> processStartTime(pid_t process);
 
-// The PID of its parent; 0: none.
+// The PID of the process's parent; 0: none.
 pid_t processParent(pid_t process);
 
-// Whether its user is the one that this process runs as.
+// Whether `process` belongs to the effective user of this process.
 [[nodiscard]] bool isOwnProcess(pid_t process);
 
-// The path of the program that it runs, or ran before the file was replaced or removed. Absent for
-// processes of other users and of the kernel.
+// The path of the program that `process` runs; where the file has been replaced or removed since,
+// the path that it had. Absent for processes of other users and of the kernel.
 std::optional<std::string> processExecutable(pid_t process);
 
-// The path of the desktop entry that it was started from: GIO_LAUNCHED_DESKTOP_FILE in its
-// environment, if GIO_LAUNCHED_DESKTOP_FILE_PID is its own PID. With another PID it has only
-// inherited the variables. "": not known.
+// The path of the desktop entry that `process` was started from: GIO_LAUNCHED_DESKTOP_FILE in its
+// environment, if GIO_LAUNCHED_DESKTOP_FILE_PID is its own PID. With another PID the process has
+// only inherited the variables. "": not known.
 std::string processDesktopFile(pid_t process);
 
-// The PID of its session leader (setsid(2)); 0: none.
+// The PID of the process's session leader (setsid(2)); 0: none.
 pid_t sessionLeader(pid_t process);
 
-// Whether `wrapper` is an ancestor of `process` that only runs it and waits for it. So are shells,
-// timeout(1) and the like; they, and nothing else, may stand between the two. False once the
-// wrapper has ended.
+// Whether `wrapper` is an ancestor of `process` that only runs it and waits for it, as shells and
+// timeout(1) do. Every process between the two must be such a wrapper, too. False once `wrapper`
+// has ended.
 [[nodiscard]] bool isWrappedBy(pid_t process, pid_t wrapper);
 
 }  // namespace tavo

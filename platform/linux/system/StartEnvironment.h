@@ -14,14 +14,16 @@ namespace tavo {
 
 class StartEnvironment {
 public:
-    // The process's environment now. main calls it first, because Qt removes variables.
+    // The environment of this process now. main() calls capture() first, because Qt removes
+    // variables.
     static StartEnvironment capture();
 
-    // `variables` are "NAME=value". One without a name or '=' is left out; of a name that comes
-    // twice the first one counts.
+    // `variables` are "NAME=value". An element without a name or '=' is left out; of several with
+    // one name the first counts.
     explicit StartEnvironment(std::vector<std::string> variables);
 
-    // Absent when it was not set. Answers the one-shot variables too.
+    // The value of a variable, also of one that forChildren() leaves out. Absent when it was not
+    // set.
     [[nodiscard]] std::optional<std::string> value(std::string_view name) const;
 
     // For started applications: all variables but the one-shot ones. DESKTOP_STARTUP_ID (Startup

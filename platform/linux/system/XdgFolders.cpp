@@ -20,7 +20,8 @@ std::string withoutTrailingSlashes(std::string folder) {
     return folder;
 }
 
-// What the variable says where it is absolute, else `rest` below the home, if there is one.
+// The folder that the variable `name` holds, if that is absolute; else `rest` below the home
+// folder. Empty when there is no home folder.
 std::string userFolder(const char* name, const std::string& home, const char* rest) {
     if (std::string folder = variable(name); folder.starts_with('/')) {
         return withoutTrailingSlashes(std::move(folder));
@@ -35,8 +36,8 @@ void addOnce(std::vector<std::string>& folders, std::string folder) {
     }
 }
 
-// `user`, then the folders in the list that the variable has, or in `otherwise` where it is unset
-// or empty.
+// `user`, then the folders listed in the variable `name`, or in `otherwise` where it is unset or
+// empty.
 std::vector<std::string> searchFolders(const std::string& user, const char* name,
                                        const char* otherwise) {
     std::vector<std::string> folders;

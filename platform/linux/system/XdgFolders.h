@@ -8,10 +8,11 @@
 
 namespace tavo {
 
-// A value. Folders are absolute, without a trailing slash, and need not exist. What a variable has
-// that is not absolute is ignored.
+// All folders are absolute, without a trailing slash, and need not exist. Relative paths in the
+// environment variables are ignored.
 struct XdgFolders {
-    // The user's own. Empty when neither a variable nor the user's record tells where the home is.
+    // The user's own folders. Empty when neither a variable nor the password database tells where
+    // the home folder is.
     std::string home;
     std::string dataHome;
     std::string cacheHome;
@@ -22,7 +23,7 @@ struct XdgFolders {
     std::vector<std::string> dataDirs;
     std::vector<std::string> configDirs;
 
-    // By the environment of this process as it is now. Main thread.
+    // Reads the environment of this process as it is now. Main thread.
     static XdgFolders fromProcess();
 };
 
