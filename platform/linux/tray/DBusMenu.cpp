@@ -66,7 +66,7 @@ GVariant* property(const std::string& name) {
     return name == "IconThemePath" ? g_variant_new_strv(nullptr, 0) : nullptr;
 }
 
-// In labels an underscore marks the access key, and two stand for one.
+// In labels of dbusmenu an underscore marks the access key, and two underscores stand for one.
 std::string label(const std::string& text) {
     std::string escaped;
     for (const char c : text) {
@@ -85,7 +85,7 @@ GVariant* shortcut(const std::string& controlKey) {
     return g_variant_builder_end(&keys);
 }
 
-// GDBus has checked the number and the types of the arguments.
+// One argument of a call. GDBus has already checked the number and the types of the arguments.
 template<typename Value>
 Value argument(GVariant* parameters, gsize index, const char* type) {
     Value value = {};

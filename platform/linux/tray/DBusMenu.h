@@ -10,11 +10,12 @@
 
 namespace tavo {
 
-// A constant list without submenus. The root has id 0, the entries have the ids from 1 on. Lives on
-// the thread that offers it.
+// A menu that never changes and has no submenus. The root has id 0, the entries have the ids from 1
+// on. Use on the thread that calls offer().
 class DBusMenu {
 public:
-    // `chosen` hears the index of the entry that the user chose, which is no divider.
+    // `chosen` is called with the index of the entry that the user chose, never with that of a
+    // separator.
     DBusMenu(std::vector<StatusItemMenuEntry> entries, std::function<void(std::size_t)> chosen);
 
     void offer(GDBusConnection* bus, const char* path) { object_.offer(bus, path); }
@@ -39,7 +40,7 @@ private:
     // The properties of an entry, a{sv}: those that `names` lists, or all if it is empty.
     [[nodiscard]] GVariant* properties(gint32 id, GVariant* names) const;
 
-    // An event on an entry, such as "clicked". False when there is no such entry.
+    // Handles an event on an entry, such as "clicked". False when there is no such entry.
     [[nodiscard]] bool take(gint32 id, const std::string& event) const;
 
     const std::vector<StatusItemMenuEntry> entries_;

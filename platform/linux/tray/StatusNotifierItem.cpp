@@ -15,7 +15,7 @@ constexpr char kWatcherPath[] = "/StatusNotifierWatcher";
 constexpr char kPath[] = "/StatusNotifierItem";
 constexpr char kMenuPath[] = "/StatusNotifierItem/Menu";
 constexpr char kId[] = "tavolauncher";
-// The tokens of compositors have some dozens of characters.
+// In bytes. The tokens of compositors have some dozens.
 constexpr std::size_t kLongestToken = 4096;
 constexpr std::chrono::seconds kTokenHolds{5};
 
@@ -59,7 +59,8 @@ std::string newName() {
            std::to_string(++made);
 }
 
-// Alpha, red, green, blue: network byte order (StatusNotifierItem, "IconPixmap").
+// The bytes of each pixel are alpha, red, green, blue: network byte order (StatusNotifierItem,
+// "IconPixmap").
 GVariant* pixelBytes(const StatusItemImage& image) {
     std::vector<guint8> bytes;
     bytes.reserve(image.pixels.size() * 4);
@@ -104,7 +105,8 @@ void StatusNotifierItem::follow(GDBusConnection* bus) {
         return;
     }
     bus_ = bus;
-    // First, because a panel that hears of the name asks at once.
+    // The objects come before the name, because a panel that hears of the name asks for them at
+    // once.
     object_.offer(bus, kPath);
     menu_.offer(bus, kMenuPath);
     callBus(bus, "RequestName", g_variant_new("(su)", name_.c_str(), kDoNotQueue));
@@ -127,7 +129,7 @@ void StatusNotifierItem::leave() {
     bus_ = nullptr;
 }
 
-// The bus daemon serves requests in order, so the name is ours by now.
+// Registers the item. The bus daemon serves requests in order, so we have the name by now.
 void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*name*/,
                                          const gchar* /*owner*/, gpointer data) {
     const StatusNotifierItem& self = *static_cast<StatusNotifierItem*>(data);
@@ -136,7 +138,7 @@ void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*na
                            G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
 }
 
-// ContextMenu is for items without a Menu property, and Scroll has nothing to change here.
+// Does nothing for ContextMenu, which is for items without a Menu property, and for Scroll.
 void StatusNotifierItem::called(const std::string& method, GVariant* parameters,
                                 GDBusMethodInvocation* invocation) {
     if (method == "Activate" || method == "SecondaryActivate") {

@@ -15,21 +15,22 @@
 
 namespace tavo {
 
-// Offered on each connection of the bus, to the watcher (org.kde.StatusNotifierWatcher) that is
-// there and to each that comes later. Lives on the bus thread.
+// Offers itself on each new connection to the bus, to the watcher (org.kde.StatusNotifierWatcher)
+// that is there and to each that comes later. Use on the bus thread.
 class StatusNotifierItem {
 public:
     using Clock = std::chrono::steady_clock;
 
-    // `bus` outlives this. `clicked` hears what the user did. An activation token that the panel
-    // hands over goes with the next click, if that comes within five seconds: the user may choose
-    // from the menu first. No later click gets it. `now` tells the time.
+    // `bus` must outlive this object. `clicked` is called when the user has clicked on the item or
+    // on an entry of its menu. An activation token that the panel hands over goes with the next
+    // click, if that comes within five seconds: the user may choose from the menu first. No later
+    // click gets it. `now` tells the time.
     StatusNotifierItem(SessionBus& bus, StatusItemContent item,
                        std::function<void(const StatusItemClick&)> clicked,
                        std::function<Clock::time_point()> now = Clock::now);
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
-    // Panels remove the item.
+    // Makes the panels remove the item.
     ~StatusNotifierItem() { leave(); }
 
 private:
@@ -45,7 +46,7 @@ private:
     StatusItemContent item_;
     const std::function<void(const StatusItemClick&)> clicked_;
     const std::function<Clock::time_point()> now_;
-    // Panels remove an item when its name goes, so each item has a name of its own.
+    // Panels remove an item when its bus name goes, so each item has a name of its own.
     const std::string name_;
     BusObject object_;
     DBusMenu menu_;

@@ -15,10 +15,10 @@ class SessionBus;
 class StatusNotifierItem;
 class StatusNotifierWatch;
 
-// Follows the bus through loss and return. Main thread.
+// Follows the session bus when it is lost and when it returns. Main thread.
 class StatusNotifierTray {
 public:
-    // Both outlive this.
+    // `bus` and `mainQueue` must outlive this object.
     StatusNotifierTray(SessionBus& bus, MainQueue& mainQueue);
     StatusNotifierTray(const StatusNotifierTray&) = delete;
     StatusNotifierTray& operator=(const StatusNotifierTray&) = delete;
@@ -27,13 +27,14 @@ public:
     // Whether a panel takes such items; absent until the bus has answered.
     [[nodiscard]] std::optional<bool> host() const { return host_; }
 
-    // host() answers otherwise.
+    // host() has changed.
     Signal<> changed;
 
     // The user clicked on the item or chose from its menu.
     Signal<const StatusItemClick&> clicked;
 
-    // The item is on each bus and panel that comes, until withdraw(). One item at a time.
+    // Offers the item to the panels that are there and to those that come later, until withdraw().
+    // One item at a time.
     void offer(StatusItemContent item);
     void withdraw();
 
@@ -44,7 +45,7 @@ private:
     std::optional<bool> host_;
     MainThreadPoster poster_;
 
-    // The bus thread's.
+    // The members below are used on the bus thread only.
     std::unique_ptr<StatusNotifierWatch> watch_;
     std::unique_ptr<StatusNotifierItem> item_;  // while it is offered
 };

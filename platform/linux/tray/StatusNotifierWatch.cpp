@@ -48,7 +48,7 @@ void StatusNotifierWatch::vanished(GDBusConnection* /*bus*/, const gchar* /*name
     static_cast<StatusNotifierWatch*>(data)->host_(false);
 }
 
-// The watcher's signals about items change nothing.
+// Only the watcher's signals about hosts matter, not those about items.
 void StatusNotifierWatch::signalled(GDBusConnection* /*bus*/, const gchar* /*sender*/,
                                     const gchar* /*path*/, const gchar* /*interface*/,
                                     const gchar* signal, GVariant* /*parameters*/, gpointer data) {

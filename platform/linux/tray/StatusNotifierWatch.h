@@ -10,11 +10,12 @@
 
 namespace tavo {
 
-// Asks org.kde.StatusNotifierWatcher, on each connection of the bus. Lives on the bus thread.
+// Asks org.kde.StatusNotifierWatcher, on each new connection to the bus. Use on the bus thread.
 class StatusNotifierWatch {
 public:
-    // `bus` outlives this. `host` is told whether a panel has registered as host: when that is
-    // known, and whenever it may have changed. False without a watcher, and without a bus.
+    // `bus` must outlive this object. Calls `host` with whether a panel has registered as host:
+    // when that is known, and whenever it may have changed. Without a watcher, and without a bus,
+    // it is false.
     StatusNotifierWatch(SessionBus& bus, std::function<void(bool host)> host);
     StatusNotifierWatch(const StatusNotifierWatch&) = delete;
     StatusNotifierWatch& operator=(const StatusNotifierWatch&) = delete;
@@ -34,7 +35,7 @@ private:
 
     const std::function<void(bool host)> host_;
     BusCalls calls_;
-    GDBusConnection* bus_ = nullptr;  // that is watched
+    GDBusConnection* bus_ = nullptr;  // while it is watched
     guint watch_ = 0;
     guint signals_ = 0;
     Subscription connections_;

@@ -7,7 +7,7 @@
 
 namespace tavo {
 
-// Qt asks its platform theme for a StatusNotifierItem. The plain theme offers none.
+// Qt asks its platform theme for a StatusNotifierItem. A plain QPlatformTheme offers none.
 void withXEmbedTrayIcons(const std::function<void()>& make) {
     QPlatformTheme plain;
     QPlatformTheme* const usual = std::exchange(QGuiApplicationPrivate::platform_theme, &plain);
