@@ -38,8 +38,8 @@ public:
         if (token_ != nullptr) {
             xdg_activation_token_v1_destroy(token_);
         }
-        // Released, since Qt's connection stays and the compositor would go on sending their
-        // events.
+        // Keyboard and seat are released because Qt's connection stays, and the compositor would go
+        // on sending their events.
         if (keyboard_ != nullptr) {
             wl_keyboard_release(keyboard_);
         }
@@ -86,7 +86,7 @@ public:
     }
 
 private:
-    // For a round trip, in the time that is left.
+    // Waits for one round trip, no longer than until end_; false when no answer came.
     bool wait() const {
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
@@ -174,7 +174,7 @@ wl_display* connection() {
             : native->nativeResourceForIntegration("wl_display"));
 }
 
-// Null for a window that is not shown; only on Wayland.
+// The surface of `window`; null when it is not shown. Only for Wayland.
 wl_surface* surfaceOf(QWindow* window) {
     return static_cast<wl_surface*>(
         window == nullptr || window->handle() == nullptr

@@ -15,14 +15,15 @@ class ActivationTokens {
 public:
     virtual ~ActivationTokens() = default;
 
-    // Main thread, at the user's click: the token names the window with the focus and its latest
-    // input. `appId` is the desktop-file id of the application to start, without ".desktop"; may be
-    // empty. None where the compositor gives none within 0.25 s, and on X11.
+    // Call on the main thread, at the user's click: the token names the window with the focus and
+    // the latest input there. `appId` is the desktop-file id of the application to start, without
+    // ".desktop"; may be empty. Absent where the compositor gives no token within 0.25 s, and on
+    // X11.
     [[nodiscard]] virtual std::optional<std::string> token(const std::string& appId) = 0;
 };
 
-// Over Qt's connection, because only the client that shows a window can ask for a token that names
-// it. Made after the application object; keeps nothing between two tokens.
+// Uses Qt's connection, because only the client that shows a window can ask for a token that names
+// it. Make it after the application object. Keeps no Wayland object between two calls.
 std::unique_ptr<ActivationTokens> makeWaylandActivationTokens();
 
 // Main thread. Asks the compositor to bring our window with this QWindow::winId() forward by a

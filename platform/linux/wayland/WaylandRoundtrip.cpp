@@ -24,7 +24,7 @@ int prepareRead(wl_display* display, wl_event_queue* queue) {
                             : wl_display_prepare_read_queue(display, queue);
 }
 
-// Reads the events that come before `end`; false when there are none.
+// Waits for events until `end` and reads them; false when none came.
 bool readEvents(wl_display* display, Clock::time_point end) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
     pollfd input = {wl_display_get_fd(display), POLLIN, 0};

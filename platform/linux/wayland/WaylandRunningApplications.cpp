@@ -50,7 +50,7 @@ public:
         return RunningApplication{processIdentifier, ""};
     }
 
-    // By the identifier alone: every live process counts as running, with a window or without.
+    // Looks for windows of the identifier alone: a window does not tell its process.
     bool showsWindow(const RunningApplication& application) override {
         click_ = {};
         const auto toplevels = WaylandToplevels::ask(display_);
@@ -98,14 +98,14 @@ public:
 private:
     using Windows = std::vector<const WaylandToplevel*>;
 
-    // A click on an application that runs is a request, a question and an activation, one right
-    // after the other. The windows that answered the question serve the activation.
+    // A click on a running application calls noteUserRequest(), withIdentifier() and
+    // activateAllWindows() in turn. The last one uses the windows that withIdentifier() has found.
     struct Click {
         std::string identifier;
-        std::unique_ptr<WaylandToplevels> toplevels;  // once the question has found the application
+        std::unique_ptr<WaylandToplevels> toplevels;  // set by withIdentifier()
     };
 
-    // In the compositor's order; no identifier has none.
+    // The windows of `identifier`, in the compositor's order; none for an empty identifier.
     [[nodiscard]] Windows windowsOf(const std::string& identifier,
                                     const WaylandToplevels& toplevels) {
         if (identifier.empty()) {
@@ -145,7 +145,7 @@ private:
     const std::string ownAppId_;
 
     ProcessRegistry processes_;
-    Click click_;                                                   // until the next call
+    Click click_;  // kept until a call that is not the click's next one
     std::unordered_map<std::string, std::string> activeAtRequest_;  // by identifier
 };
 

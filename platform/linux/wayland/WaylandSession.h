@@ -6,8 +6,8 @@
 namespace tavo {
 
 // Whether a compositor accepts connections at WAYLAND_DISPLAY. A variable that is left over from
-// another session does not count, because it must not hide a working X server. Asked once a run,
-// and the answer passed on. Any thread.
+// another session does not count, because it must not hide a working X server. Ask once in a run,
+// and pass the answer on. Any thread.
 [[nodiscard]] bool isWaylandSession(const StartEnvironment& environment);
 
 }  // namespace tavo

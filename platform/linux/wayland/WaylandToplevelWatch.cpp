@@ -58,7 +58,8 @@ private:
         }
     }
 
-    // The handle goes at once, so that titles and states of windows are no wake-ups.
+    // Destroys the handle at once, so that changes of the window's title and state cause no
+    // wake-ups.
     static void toplevel(void* data, zwlr_foreign_toplevel_manager_v1* /*manager*/,
                          zwlr_foreign_toplevel_handle_v1* handle) {
         zwlr_foreign_toplevel_handle_v1_destroy(handle);

@@ -8,10 +8,11 @@
 
 namespace tavo {
 
-// Calls `changed` from Qt's event loop after the compositor at `display` has listed windows: those
-// that are there at first, later each new one, for as long as the answer is kept. Has a connection
-// of its own for that time, so that there are no wake-ups otherwise. Main thread. Empty without a
-// compositor; no calls where it does not list windows, or any more after the connection broke.
+// Calls `changed` from Qt's event loop after the compositor at `display` has listed windows: first
+// those that are there, later each new one, for as long as the subscription is kept. Has a
+// connection of its own for that time only, so that there are no wake-ups otherwise. Main thread.
+// Empty without a compositor. `changed` is not called where the compositor does not list windows,
+// nor after the connection broke.
 Subscription watchWaylandToplevels(const std::string& display, std::function<void()> changed);
 
 }  // namespace tavo

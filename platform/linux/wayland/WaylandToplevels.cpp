@@ -55,8 +55,8 @@ struct WaylandToplevels::Listeners {
         told(data).activated = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED);
     }
 
-    // The handle stays valid until we destroy it; the compositor ignores requests on it. Without a
-    // name the window matches no application.
+    // The handle of a closed window stays valid until we destroy it; the compositor ignores
+    // requests on it. Without a name the window matches no application.
     static void closed(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/) {
         told(data).appId.clear();
     }

@@ -23,8 +23,8 @@ struct WaylandToplevel {
     const WaylandToplevel* parent = nullptr;  // the listed window that it is a dialog of
 };
 
-// The windows as they are when it is made, over a connection of its own. It is not kept for long: a
-// connection is woken up by every change of every window. One thread.
+// The windows as they are when the object is made, over a connection of its own. Do not keep it for
+// long: the compositor sends every change of every window to it. Use on one thread only.
 class WaylandToplevels {
 public:
     // Null when no compositor listens at `display`.
@@ -39,7 +39,8 @@ public:
     // In the compositor's order; empty unless tells().
     [[nodiscard]] const std::deque<WaylandToplevel>& windows() const { return windows_; }
 
-    // Activates each, the last one last, and restores minimised ones. Returns when that is done.
+    // Activates each window in this order, and restores minimised ones. Returns when the compositor
+    // has done so, or after 0.5 s.
     void front(const std::vector<const WaylandToplevel*>& windows);
 
 private:

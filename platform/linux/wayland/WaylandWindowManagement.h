@@ -9,9 +9,9 @@
 
 namespace tavo {
 
-// Brings the window forward by the activation token of the request, and where the compositor lets a
-// task bar activate windows, by `running` and the launcher's own application id besides. `running`
-// outlives it. Main thread, within the life of the application object.
+// Brings the window forward by the activation token of the request. Where the compositor lets a
+// task bar activate windows, also activates it through `running`, by the application id `ownAppId`.
+// `running` must outlive the result. Main thread, while the application object exists.
 std::unique_ptr<WindowManagement> makeWaylandWindowManagement(RunningApplications& running,
                                                               std::string ownAppId);
 
