@@ -1,4 +1,4 @@
-// PIDs that we have handed out, with their start times, so that a recycled PID is never taken for
+// Remembers PIDs with the start times of their processes, so that a recycled PID is never taken for
 // the old process.
 #pragma once
 
@@ -16,7 +16,8 @@
 
 namespace tavo {
 
-// One thread at a time. A process that has ended is forgotten when its PID is used again.
+// One thread at a time. What is known of a process that has ended is dropped when its PID is next
+// remembered.
 class ProcessRegistry {
 public:
     // The start time of the process that has the PID; absent when there is none.
@@ -28,7 +29,8 @@ public:
     // Remembers the process that has the PID now, instead of any earlier one.
     void remember(pid_t process) { now(process); }
 
-    // Remembers also the application that the process was started as, unless one is known already.
+    // Like remember(), and also stores that the process was started as the application
+    // `identifier`, unless that is known already.
     void rememberStart(pid_t process, const std::string& identifier);
 
     // False when the PID was remembered and now belongs to another process.
@@ -42,7 +44,8 @@ public:
     // The path of the program that the process runs; absent unless isSame().
     [[nodiscard]] std::optional<std::string> executable(pid_t process) const;
 
-    // The identifier that rememberStart() gave; empty when there is none, and unless isSame().
+    // The identifier that rememberStart() stored for `process`. Empty when none was stored, or when
+    // the PID now belongs to another process.
     [[nodiscard]] std::string startedAs(pid_t process) const;
 
 private:
@@ -51,25 +54,27 @@ private:
         std::string startedAs;
     };
 
-    // Null when there is no such process.
+    // The record of the process that has the PID now, made if need be; null when there is no such
+    // process.
     Known* now(pid_t process);
 
     StartTime startTime_;
     std::unordered_map<pid_t, Known> known_;
 };
 
-// The applications that processes were started as, for many processes at a time. The arguments of
-// its constructor outlive it.
+// Finds the applications that processes were started as. Keeps what it learns of session leaders,
+// so make a new one for each pass over the windows. The constructor's arguments must outlive it.
 class ProcessStarts {
 public:
     ProcessStarts(const ProcessRegistry& processes, const WindowMatcher& matcher)
         : processes_(processes), matcher_(matcher) {}
 
-    // The identifier that rememberStart() gave, else that of the listed entry that GIO started the
-    // process from (GIO_LAUNCHED_DESKTOP_FILE). Where both are missing, the same of the leader of
-    // the process's session, if the leader only wraps the process (Exec=sh -c "prog; true"). A
-    // program that is started from an entry has a session of its own, and so has the shell in a
-    // terminal: programs started by hand there are not the entry's. Empty when not known.
+    // The identifier that rememberStart() stored, else that of the listed entry that GIO started
+    // the process from (GIO_LAUNCHED_DESKTOP_FILE). Where both are missing, the identifier of the
+    // process's session leader, if the leader only wraps the process (Exec=sh -c "prog; true"). The
+    // leader is asked because a program that is started from an entry has a session of its own. So
+    // has the shell in a terminal, so that programs started there by hand are not taken for the
+    // terminal's entry. Empty when not known.
     [[nodiscard]] std::string of(pid_t process);
 
 private:

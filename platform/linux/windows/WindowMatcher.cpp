@@ -10,7 +10,8 @@
 namespace tavo {
 namespace {
 
-// Sorted. Names are looked up as they are, then without a version at the end.
+// The programs that isGenericProgram() knows. Sorted. Names are looked up as they are, then without
+// a version at the end.
 constexpr auto kGenericPrograms = std::to_array<std::string_view>({
     // clang-format off
     "alacritty", "ash", "aterm", "bash", "bubblewrap", "bun", "busybox", "bwrap",
@@ -75,7 +76,7 @@ WindowMatcher::WindowMatcher(std::shared_ptr<const DesktopEntryIndex::Entries> e
     }
 }
 
-// The match of one window.
+// Finds the application of one window.
 class WindowMatcher::Search {
 public:
     Search(const WindowMatcher& matcher, const WindowNames& names, const LaunchedFrom& launchedFrom,
@@ -112,7 +113,7 @@ public:
     }
 
 private:
-    // The index of the asked-for application, which is not in entries_.
+    // Stands for the application `asked`, which is not in entries_.
     static constexpr std::size_t kAsked = static_cast<std::size_t>(-1);
 
     static bool contains(const std::vector<std::size_t>& entries, std::size_t entry) {

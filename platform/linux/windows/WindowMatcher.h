@@ -75,13 +75,13 @@ public:
     explicit LatestWindowMatcher(std::shared_ptr<const DesktopEntryIndex> listed)
         : listed_(std::move(listed)) {}
 
-    // Made anew at the first call after a scan: a scan runs at start, which has no time for it.
-    // Valid until the next call.
+    // Makes a new matcher at the first call after a scan, not during it: a scan runs while the
+    // program starts, and must not take longer. The answer is valid until the next call.
     [[nodiscard]] const WindowMatcher& get();
 
 private:
     const std::shared_ptr<const DesktopEntryIndex> listed_;
-    std::shared_ptr<const DesktopEntryIndex::Entries> entries_;  // those of matcher_
+    std::shared_ptr<const DesktopEntryIndex::Entries> entries_;  // what matcher_ was made of
     std::unique_ptr<const WindowMatcher> matcher_;
 };
 
