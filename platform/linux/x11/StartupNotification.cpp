@@ -14,7 +14,8 @@
 namespace tavo {
 namespace {
 
-// Bytes. Longer than any real name; a message of this size fits into the socket without waiting.
+// Bytes. Longer than any real name; a message with such values fits into the socket's buffer, so
+// sending does not wait.
 constexpr std::size_t kLongestValue = 4096;
 
 // `key` with its value, quoted as the protocol wants it.
@@ -31,7 +32,7 @@ std::string field(std::string_view key, const std::string& value) {
     return text + '"';
 }
 
-// Sends messages from a window of its own, which goes with the connection.
+// Sends messages from a window of its own, which the server destroys when the connection ends.
 class Sender {
 public:
     explicit Sender(const std::string& display) : connection_(XcbConnection::open(display)) {
@@ -54,8 +55,8 @@ public:
     }
     [[nodiscard]] int screen() const { return connection_->screen(); }
 
-    // In client messages of 20 bytes each; the last one ends with at least one zero. Answers
-    // whether the server has taken them.
+    // Sends `message` as client messages of 20 bytes each, of which the last one ends with at least
+    // one zero byte. True if the server has received them.
     bool send(const std::string& message) {
         for (std::size_t at = 0; at <= message.size(); at += kPiece) {
             xcb_client_message_event_t event = {};

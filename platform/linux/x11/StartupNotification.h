@@ -11,13 +11,13 @@ namespace tavo {
 struct StartAnnouncement {
     std::string id;           // the program's DESKTOP_STARTUP_ID
     std::string name;         // as the user reads it
-    std::string program;      // its executable file
+    std::string program;      // the path of its executable file
     std::string application;  // the desktop-file id
 };
 
-// Any thread; to the X server of `display` (the form of DISPLAY). False when there is none or it
-// does not answer in the time that XcbConnection gives it, in which case nothing may have arrived.
-// Text that is not UTF-8 is repaired, long text cut.
+// Announces the start on the X server `display` (in the form of DISPLAY). False when there is no
+// server, or it does not answer within XcbConnection::kPatience: then the announcement may not have
+// arrived. Invalid UTF-8 is repaired, long text is cut. Any thread.
 bool announceStart(const std::string& display, const StartAnnouncement& start);
 
 // Announces that the start is over: the application shows a window, or has failed.

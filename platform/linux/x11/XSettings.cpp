@@ -8,7 +8,8 @@
 namespace tavo {
 namespace {
 
-// Takes numbers and texts off the front; once it ran short, everything is zero and empty.
+// Reads numbers and texts from the front of the property. Once its bytes have run out, numbers are
+// zero and texts empty.
 class PropertyReader {
 public:
     explicit PropertyReader(std::string_view bytes) : rest_(bytes) {

@@ -7,13 +7,14 @@
 
 namespace tavo {
 
-// The string setting `name` in the bytes of a _XSETTINGS_SETTINGS property. Absent when it is not
-// there, is no string, or when the bytes before it are not what the protocol has.
+// The string setting `name` in the bytes of a _XSETTINGS_SETTINGS property. Absent when there is no
+// string setting of that name, or when the bytes before it do not follow the protocol.
 std::optional<std::string> xSetting(std::string_view property, std::string_view name);
 
-// The bytes of the property that the settings manager of `display` publishes for the display's
-// screen. Empty without a display, a manager, a property of at most 256 KiB, and when the server
-// does not answer in the time that XcbConnection gives it. Any thread but one that paints.
+// The bytes of the property that the settings manager publishes for the screen of `display`. Empty
+// when there is no display, no settings manager or no property, when the property is longer than
+// 256 KiB, and when the server does not answer within XcbConnection::kPatience. May block for that
+// time, so any thread but one that paints.
 std::string readXSettings(const std::string& display);
 
 }  // namespace tavo

@@ -17,7 +17,7 @@ namespace {
 class QtXSettingsWatch final : public XSettingsWatch, private QAbstractNativeEventFilter {
 public:
     explicit QtXSettingsWatch(xcb_connection_t* connection) : x11_(connection) {
-        // Of screen 0, the only one that X servers have today.
+        // The selection of screen 0, the only one that X servers have today.
         constexpr std::array kNames = {"_XSETTINGS_S0", "_XSETTINGS_SETTINGS"};
         const auto atoms = x11_.atoms(kNames);
         selection_ = atoms[0];
@@ -36,7 +36,8 @@ private:
             xcb_get_selection_owner(x11_.get(), selection_));
         manager_ = owner ? owner->owner : xcb_window_t{XCB_WINDOW_NONE};
         if (manager_ != XCB_WINDOW_NONE) {
-            // Qt asks for the same on this connection, which has one set of events for a window.
+            // Exactly the events that Qt selects here: X keeps one event mask for each client and
+            // window, and this connection is Qt's.
             constexpr std::uint32_t kEvents =
                 XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
             xcb_change_window_attributes(x11_.get(), manager_, XCB_CW_EVENT_MASK, &kEvents);

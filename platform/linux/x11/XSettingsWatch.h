@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-// Main thread, within the life of the QGuiApplication.
+// Use on the main thread, while the QGuiApplication exists.
 class XSettingsWatch {
 public:
     virtual ~XSettingsWatch() = default;
@@ -17,7 +17,7 @@ public:
     Signal<> changed;
 };
 
-// Listens on Qt's connection to the X server. Null in a session of another kind.
+// Listens on Qt's connection to the X server. Null where Qt does not use X11.
 std::unique_ptr<XSettingsWatch> watchXSettings();
 
 }  // namespace tavo

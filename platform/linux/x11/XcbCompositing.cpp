@@ -18,12 +18,13 @@ namespace {
 class XcbCompositing final : public Compositing, private QAbstractNativeEventFilter {
 public:
     explicit XcbCompositing(xcb_connection_t* connection) : x11_(connection) {
-        // Of screen 0, the only one that X servers have today.
+        // The selection of screen 0, the only one that X servers have today.
         constexpr std::array kNames = {"_NET_WM_CM_S0", "_KDE_NET_WM_BLUR_BEHIND_REGION"};
         const auto atoms = x11_.atoms(kNames);
         selection_ = atoms[0];
         region_ = atoms[1];
-        // Qt has asked for events about the root window's properties.
+        // Only the selection needs a request: Qt has already selected the events for changes of the
+        // root window's properties.
         selectionEvent_ = x11_.watchSelection(selection_);
         active_ = findActive();
         blurs_ = findBlurs();

@@ -13,7 +13,7 @@ namespace tavo {
 // It blurs when it lists _KDE_NET_WM_BLUR_BEHIND_REGION on the root window, as KWin does; the same
 // property on a window is the region. The server tells of every change.
 //
-// `connection` is Qt's. Within the life of the application object; main thread.
+// `connection` is Qt's. Use on the main thread, while the application object exists.
 std::unique_ptr<Compositing> makeXcbCompositing(xcb_connection_t* connection);
 
 }  // namespace tavo

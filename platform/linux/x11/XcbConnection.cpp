@@ -13,8 +13,8 @@
 
 namespace tavo {
 
-// xcb_connect() waits for the server's greeting without a limit, so a thread of its own calls it. A
-// greeting that comes too late ends the connection with that thread.
+// xcb_connect() waits for the server's greeting without a limit, so a thread of its own calls it.
+// If the greeting comes too late, that thread closes the connection and ends.
 std::unique_ptr<XcbConnection> XcbConnection::open(const std::string& display) {
     using Greeting = std::pair<Connection, int>;
     std::promise<Greeting> promise;
@@ -45,7 +45,7 @@ std::optional<xcb_timestamp_t> XcbConnection::now() {
                           XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
     }
     time_.reset();
-    // Appending nothing to a property is a change, and its event holds the time.
+    // Appending nothing to a property is a change, and the event about it holds the server's time.
     xcb_change_property(get(), XCB_PROP_MODE_APPEND, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
                         0, nullptr);
     xcb_flush(get());

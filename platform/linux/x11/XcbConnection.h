@@ -14,22 +14,23 @@ namespace tavo {
 
 // Used instead of Qt's connection where the server may keep us waiting (another program has grabbed
 // it), where requests may fail (windows of other programs go at any time), on threads other than
-// the main thread, and without a QGuiApplication. When it breaks, nothing but itself ends. Its
-// events are dropped while replies are waited for.
+// the main thread, and without a QGuiApplication. When it breaks, the program goes on. Its events
+// are dropped while replies are waited for.
 class XcbConnection final : public XcbRequests {
     using Connection = std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)>;
 
 public:
-    // The longest wait for all replies of one exchange together, and for the connection.
+    // The longest time to wait for the connection, and for all replies of one exchange together.
     static constexpr std::chrono::milliseconds kPatience{500};
 
-    // Absent when there is no such server, or when it does not answer within kPatience.
+    // Null when there is no such server, or when it does not answer within kPatience.
     static std::unique_ptr<XcbConnection> open(const std::string& display);
 
-    // A connection that broke stays so.
+    // Whether the connection has broken; it never recovers.
     [[nodiscard]] bool broken() const { return xcb_connection_has_error(get()) != 0; }
 
-    // Replies are waited for until kPatience from now; after that there are none.
+    // Begins an exchange of requests and replies. Replies are waited for until kPatience from now;
+    // those that come later count as missing.
     void beginExchange() { end_ = std::chrono::steady_clock::now() + kPatience; }
 
     // The server's clock, in milliseconds, which restarts from 0 every 49 days. Absent when the
@@ -41,13 +42,13 @@ private:
 
     [[nodiscard]] void* wait(unsigned int sequence) const override;
 
-    // Whether the reply, or the failure, has come; both are for the caller to free.
+    // Whether the reply or the error has come, into `reply` or `error`; the caller frees it.
     bool hasCome(unsigned int sequence, void** reply, xcb_generic_error_t** error) const;
 
-    // Drops all events but one: a change to a property of window_ sets time_.
+    // Drops all events, after taking time_ from one about a changed property.
     void drain() const;
 
-    // Until there is something to read; false when the exchange ends first.
+    // Waits until there is something to read; false when the exchange ends first.
     [[nodiscard]] bool awaitInput() const;
 
     const Connection connection_;

@@ -21,15 +21,17 @@ struct FreeReply {
 template<typename Reply>
 using XcbReply = std::unique_ptr<Reply, FreeReply>;
 
-// Over a connection that it does not own, such as Qt's. Each reply is waited for without a limit,
-// and events stay in their queue; XcbConnection has a limit. One thread at a time.
+// Sends requests over a connection that it does not own, such as Qt's. Waits for each reply without
+// a time limit, and leaves events in the connection's queue; XcbConnection has a limit. One thread
+// at a time.
 //
-// The server answers requests in their order: send all, then take the replies.
+// To wait for one round trip only, send all requests first, then take the replies: the server
+// answers in order.
 class XcbRequests {
 public:
     static constexpr std::uint32_t kLongestProperty = 4096;  // bytes
 
-    // `connection` outlives it. `screen` is one of its screens.
+    // `connection` must outlive this object. `screen` is the number of one of its screens.
     explicit XcbRequests(xcb_connection_t* connection, int screen = 0);
     XcbRequests(const XcbRequests&) = delete;
     XcbRequests& operator=(const XcbRequests&) = delete;
@@ -39,13 +41,15 @@ public:
     [[nodiscard]] xcb_window_t root() const { return root_; }
     [[nodiscard]] int screen() const { return screen_; }
 
-    // None when the request failed (its window is gone) or the connection broke.
+    // The reply to the request of `cookie`; null when the request failed (its window is gone) or
+    // the connection broke.
     template<typename Reply, typename Cookie>
     [[nodiscard]] XcbReply<Reply> reply(Cookie cookie) const {
         return XcbReply<Reply>(static_cast<Reply*>(wait(cookie.sequence)));
     }
 
-    // In the order of the names; XCB_ATOM_NONE for a name that the server does not answer.
+    // The atoms of `names`, in the same order; XCB_ATOM_NONE for each that the server does not
+    // answer.
     [[nodiscard]] std::vector<xcb_atom_t> atoms(std::span<const char* const> names) const;
 
     // Asks for the first `bytes` of a property.
@@ -55,20 +59,21 @@ public:
         return xcb_get_property(connection_, 0, window, property, type, 0, bytes / 4);
     }
 
-    // The values of a property of 32 bits; none when the window or the property is missing, or the
-    // property has another type or size.
+    // The values of a property of 32-bit numbers; none when the window or the property is missing,
+    // or the property has another type or size.
     [[nodiscard]] std::vector<std::uint32_t> numbers(xcb_get_property_cookie_t cookie) const;
     [[nodiscard]] std::optional<std::uint32_t> number(xcb_get_property_cookie_t cookie) const;
 
     // The bytes of a property; empty also when it is longer than was asked for.
     [[nodiscard]] std::string text(xcb_get_property_cookie_t cookie) const;
 
-    // Has the server tell when `selection` gets another owner or none. The type of the event,
-    // xcb_xfixes_selection_notify_event_t; -1 where the server lacks the XFixes extension.
+    // Makes the server send an event when `selection` gets another owner or none. Returns the type
+    // of that event, an xcb_xfixes_selection_notify_event_t; -1 where the server lacks the XFixes
+    // extension.
     [[nodiscard]] int watchSelection(xcb_atom_t selection) const;
 
     // Sends a client message about `window` to the window manager (Extended Window Manager Hints,
-    // "Root Window Messages"). Flushed by the caller.
+    // "Root Window Messages"). The caller flushes the connection.
     void tellManager(xcb_window_t window, xcb_atom_t type,
                      const std::array<std::uint32_t, 5>& data) const;
 

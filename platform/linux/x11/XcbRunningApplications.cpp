@@ -16,7 +16,7 @@
 namespace tavo {
 namespace {
 
-// Times of the server turn around.
+// Compares times of the X server, which restart from 0 every 49 days.
 bool isLater(xcb_timestamp_t time, xcb_timestamp_t than) {
     return static_cast<std::int32_t>(time - than) > 0;
 }
@@ -121,8 +121,8 @@ private:
         std::optional<xcb_timestamp_t> input;   // the user's last input to the launcher
     };
 
-    // The active window at a click was asked for, and the reply not yet read: the click does not
-    // wait for a round trip of its own.
+    // A request for the active window, sent at a click, with the reply not read yet: so the click
+    // does not wait for a round trip of its own.
     struct Asked {
         std::string identifier;
         xcb_get_property_cookie_t active;
@@ -134,11 +134,12 @@ private:
         }
     }
 
-    // A click on an application that runs is a request, a question and an activation, one right
-    // after the other. The list that answered the question serves the activation.
+    // A click on a running application calls noteUserRequest(), withIdentifier() and
+    // activateAllWindows() in turn. The last one uses the window list that withIdentifier() has
+    // read.
     struct Click {
         std::string identifier;
-        std::optional<XcbWindowList> list;  // once the question has found the application
+        std::optional<XcbWindowList> list;  // set by withIdentifier()
     };
 
     XcbWindowList listFor(const std::string& identifier) {
@@ -169,7 +170,7 @@ private:
         return userTime_ ? userTime_() : std::nullopt;
     }
 
-    // The bottom one first; no identifier and no process have none.
+    // The windows of `identifier`, the bottom one first; none for an empty identifier.
     Windows windowsOf(const std::string& identifier, const XcbWindowList& list) {
         if (identifier.empty()) {
             return {};
@@ -187,6 +188,7 @@ private:
         return found;
     }
 
+    // The windows of `process`, the bottom one first; none for 0.
     static Windows windowsOf(pid_t process, const XcbWindowList& list) {
         Windows found;
         for (const XcbWindow& window : list.windows) {
@@ -227,7 +229,7 @@ private:
     ProcessRegistry processes_;
     std::unordered_map<std::string, Request> requests_;  // by identifier
     std::optional<Asked> asked_;
-    std::optional<Click> click_;  // until the next call that is not its next step
+    std::optional<Click> click_;  // kept until a call that is not the click's next one
 };
 
 }  // namespace

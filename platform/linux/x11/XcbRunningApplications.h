@@ -22,9 +22,9 @@ using UserTime = std::function<std::optional<std::uint32_t>()>;
 //
 // Activation brings forward all windows of the identifier, or of the process where that alone is
 // known: their order kept, the topmost one active, minimised ones restored. Windows on other
-// desktops come only when there is none on the current one, which is then left. The request has the
-// source indication of a pager (2) and the server's present time, because the server may refuse the
-// focus to an older one.
+// desktops stay there; only when there is none on the current desktop, the desktop changes to that
+// of the topmost one. The request has the source indication of a pager (2) and the server's present
+// time, because the server may refuse the focus to an older time.
 //
 // Not every window manager checks whether the user still wants the window, so this does: nothing
 // happens when the user has turned to another program since the click, that is when the active
@@ -34,12 +34,12 @@ using UserTime = std::function<std::optional<std::uint32_t>()>;
 //     `userTime`), or does not say.
 // With an empty `userTime` the user counts as still waiting.
 //
-// An activation with process and identifier that was not answered here tells that the process was
-// started as the identifier; so does GIO_LAUNCHED_DESKTOP_FILE in the process's environment. A PID
-// that another process has by now is neither described nor brought forward.
+// An activation with a process and an identifier that no function here has answered tells that the
+// process was started as that identifier; so does GIO_LAUNCHED_DESKTOP_FILE in the process's
+// environment. A PID that another process has by now is neither described nor brought forward.
 //
-// Connects to `display` at the first question, again after the connection broke, and answers none
-// without one. A server that does not answer within half a second cannot tell.
+// Connects to `display` at the first call, and again after the connection broke. Without a
+// connection, and when the server does not answer within half a second, the answers are empty.
 std::unique_ptr<RunningApplications> makeXcbRunningApplications(
     std::string display, std::shared_ptr<DesktopEntryIndex> listed, UserTime userTime);
 

@@ -7,7 +7,7 @@
 namespace tavo {
 namespace {
 
-// Set in the type of an event that a client has sent.
+// This bit is set in the type of an event that a client has sent.
 constexpr std::uint8_t kSentByClient = 0x80;
 
 }  // namespace

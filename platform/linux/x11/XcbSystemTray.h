@@ -1,5 +1,5 @@
-// The system tray of an X11 server, which takes windows of other programs in (System Tray Protocol
-// 0.4).
+// The system tray of an X11 server, which shows small windows of other programs (System Tray
+// Protocol 0.4).
 #pragma once
 
 #include <QAbstractNativeEventFilter>
@@ -11,10 +11,10 @@
 
 namespace tavo {
 
-// Uses Qt's own connection, within the life of the QApplication. Main thread.
+// Uses Qt's connection. Main thread, while the QApplication exists.
 class XcbSystemTray final : QAbstractNativeEventFilter {
 public:
-    // Calls `appeared`, never inside a call, each time that a tray has come.
+    // Calls `appeared` each time that a tray has come, but never inside a call of this class.
     XcbSystemTray(xcb_connection_t* connection, std::function<void()> appeared);
     XcbSystemTray(const XcbSystemTray&) = delete;
     XcbSystemTray& operator=(const XcbSystemTray&) = delete;

@@ -24,7 +24,7 @@ struct InputEvent {
     xcb_timestamp_t time;
 };
 
-// Types of the X Input Extension 2.
+// Event types of the X Input Extension 2.
 constexpr std::uint16_t kKeyPress = 2;
 constexpr std::uint16_t kButtonRelease = 5;
 constexpr std::uint16_t kTouchBegin = 18;
@@ -47,7 +47,7 @@ public:
         }
         const auto* const event = static_cast<const xcb_generic_event_t*>(message);
         const int kind = event->response_type & 0x7f;
-        // Pressed and released keys and buttons have their time in the same place.
+        // Events about pressed and released keys and buttons have their time at the same place.
         if (kind >= XCB_KEY_PRESS && kind <= XCB_BUTTON_RELEASE) {
             time_ = static_cast<const xcb_key_press_event_t*>(message)->time;
         } else if (kind == XCB_GE_GENERIC) {

@@ -7,9 +7,9 @@
 
 namespace tavo {
 
-// Watches Qt's input events from now on. The answer tells the time, in milliseconds of the server's
-// clock, of the user's latest key, button or touch in this program; none before the first, and on
-// Wayland. Main thread, within the life of the application object.
+// Watches Qt's X11 input events from now on. The returned function gives the time, in milliseconds
+// of the server's clock, of the user's latest key, button or touch in this program; nothing before
+// the first one, and on Wayland. Main thread, while the application object exists.
 std::function<std::optional<std::uint32_t>()> watchXcbUserTime();
 
 }  // namespace tavo

@@ -25,8 +25,8 @@ public:
         constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(connection_->get(), connection_->root(), XCB_CW_EVENT_MASK,
                                      &kEvents);
-        // Both are watched: xfwm4 announces some windows in the stacking list alone. The server
-        // answers requests in order, so events come once these replies have come.
+        // Both lists are watched: xfwm4 announces some windows in the stacking list alone. The
+        // server answers requests in order, so after these replies it reports every change.
         constexpr std::array kNames = {"_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"};
         lists_ = connection_->atoms(kNames);
         QObject::connect(&readable_, &QSocketNotifier::activated, [this] { read(); });

@@ -22,7 +22,7 @@ public:
 
     void prepareToShow(std::uintptr_t window, const StartRequest& /*request*/) override {
         // The states of a window that is not mapped are in its property, and Qt adds its own to
-        // them when it maps the window. Those of a mapped window are the window manager's.
+        // them when it maps the window. The states of a mapped window belong to the window manager.
         const std::array<xcb_atom_t, 2> states = {atoms_[kSkipTaskbar], atoms_[kSkipPager]};
         const auto id = static_cast<xcb_window_t>(window);
         if (!mapped(id)) {
@@ -33,12 +33,12 @@ public:
 
     void bringToFront(std::uintptr_t window, const StartRequest& request) override {
         const auto id = static_cast<xcb_window_t>(window);
-        // A window manager that had yet to carry out the last hiding has deleted the property since
-        // prepareToShow().
+        // Sets the states once more: a window manager that had yet to carry out the last hiding has
+        // deleted the property since prepareToShow().
         x11_.tellManager(id, atoms_[kState],
                          {kAdd, atoms_[kSkipTaskbar], atoms_[kSkipPager], kApplication, 0});
-        // Clears the state below: a window that is kept below others would become active behind
-        // them.
+        // Clears _NET_WM_STATE_BELOW, because a window that is kept below others would become
+        // active behind them.
         x11_.tellManager(id, atoms_[kState],
                          {kRemove, atoms_[kBelow], atoms_[kAbove], kApplication, 0});
         moveToCurrentDesktop(id);

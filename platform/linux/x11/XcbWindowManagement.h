@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// Over Qt's connection, which outlives it. Main thread.
+// `connection` is Qt's and must outlive the result. Main thread.
 std::unique_ptr<WindowManagement> makeXcbWindowManagement(xcb_connection_t* connection);
 
 }  // namespace tavo

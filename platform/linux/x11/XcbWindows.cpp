@@ -41,14 +41,14 @@ constexpr std::array kAtomNames = {
     "_NET_WM_WINDOW_TYPE_DND",
 };
 
-// Longer than any name that an entry could state; a longer one matches no entry.
+// Longer than any name in a desktop entry, so a longer name of a window matches no entry.
 constexpr std::uint32_t kLongestText = 1024;  // bytes
 constexpr std::uint32_t kLongestList = 64;    // atoms
 constexpr std::uint32_t kMostWindows = 8192;
 
 constexpr std::uint32_t kAllDesktops = 0xffffffff;
 
-// Instead of the PID of a window on another host.
+// Stands for the PID of a process on another host.
 constexpr pid_t kElsewhere = -1;
 
 // Source indication of requests that a pager sends for the user.
@@ -97,7 +97,7 @@ XcbWindows::XcbWindows(XcbConnection& connection) : connection_(connection), hos
     if (!works()) {
         return;
     }
-    // Asked for before the atoms: this does not wait.
+    // Does not wait: the extension was asked for before the atoms.
     const xcb_query_extension_reply_t* const extension =
         xcb_get_extension_data(connection_.get(), &xcb_res_id);
     if (extension != nullptr && extension->present != 0) {
@@ -189,8 +189,8 @@ XcbWindowList XcbWindows::list() {
         connection_.property(root, atom(kClientList), XCB_ATOM_WINDOW, kMostWindows * 4);
     const auto active = connection_.property(root, atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
     std::vector<std::uint32_t> ids = connection_.numbers(stacking);
-    // xfwm4 4.18 leaves an only window out of the list by stacking, so it is taken from the other
-    // one.
+    // xfwm4 4.18 leaves an only window out of _NET_CLIENT_LIST_STACKING, so it is taken from
+    // _NET_CLIENT_LIST.
     const std::unordered_set<std::uint32_t> stacked(ids.begin(), ids.end());
     for (const std::uint32_t id : connection_.numbers(mapped)) {
         if (!stacked.contains(id)) {
@@ -286,8 +286,9 @@ void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t 
     }
 }
 
-// As an event to the window manager. The server refuses a ConfigureWindow request with a sibling
-// once window managers have put frames around both windows (ICCCM, "Configuring the Window").
+// Asks by an event to the window manager. The server refuses a ConfigureWindow request with a
+// sibling once window managers have put frames around both windows (ICCCM, "Configuring the
+// Window").
 void XcbWindows::placeAbove(xcb_window_t window, xcb_window_t sibling) {
     xcb_configure_request_event_t event = {};
     event.response_type = XCB_CONFIGURE_REQUEST;
@@ -313,9 +314,9 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     if (!now || top == at.rend()) {
         return;
     }
-    // The first request has the time, the later ones have none: the window manager may focus
-    // another window at each request but the last, at a later time, and refuse a request with this
-    // one.
+    // Only the first request has the server's time. At each request but the last, the window
+    // manager may focus another window, at a later time, and would refuse a further request with
+    // this one.
     xcb_timestamp_t time = *now;
     std::uint32_t desktop = connection_.number(current).value_or(kAllDesktops);
     const auto isThere = [&](const Place& place) {

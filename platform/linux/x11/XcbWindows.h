@@ -22,7 +22,7 @@ struct XcbWindow {
     WindowNames names;                            // empty where longer than 1024 bytes
     pid_t process = 0;                            // 0: not known, or not of this host
     xcb_window_t transientFor = XCB_WINDOW_NONE;  // WM_TRANSIENT_FOR
-    const XcbWindow* parent = nullptr;            // the same, where that window is listed
+    const XcbWindow* parent = nullptr;            // the window transientFor, where it is listed
     bool ofDesktop = false;  // a panel, the desktop itself, a tool tip: no application's window
 };
 
@@ -47,7 +47,8 @@ public:
     // `connection` must outlive it.
     explicit XcbWindows(XcbConnection& connection);
 
-    // Whether the server has answered the atoms. If not, no other function may be called.
+    // Whether the server has answered the constructor's request for atoms. If not, no other
+    // function may be called.
     [[nodiscard]] bool works() const {
         return std::find(atoms_.begin(), atoms_.end(), xcb_atom_t{XCB_ATOM_NONE}) == atoms_.end();
     }
@@ -60,17 +61,17 @@ public:
 
     // Asks for the active window without waiting; active() waits for the reply.
     [[nodiscard]] xcb_get_property_cookie_t askActive() const;
-    // XCB_WINDOW_NONE when there is none.
+    // The active window, from the reply to askActive(); XCB_WINDOW_NONE when there is none.
     [[nodiscard]] xcb_window_t active(xcb_get_property_cookie_t asked);
 
     // The server's time of the user's last input in `window` (_NET_WM_USER_TIME), where it is set.
     [[nodiscard]] std::optional<xcb_timestamp_t> userTime(xcb_window_t window);
 
     // Brings `windows` (the bottom one first) above all others, their order kept, and makes the
-    // last one active. When none of them is on the current desktop it is left for the desktop of
-    // the last one; windows on other desktops stay as they are. Minimised ones are restored.
-    // Returns when everything is sent; going to another desktop, and the focus that restored
-    // windows take, are waited for up to 0.1 s each.
+    // last one active. When none of them is on the current desktop, goes to the desktop of the last
+    // one; windows on other desktops stay as they are. Minimised ones are restored. Returns when
+    // everything is sent; going to another desktop, and the focus that restored windows take, are
+    // waited for up to 0.1 s each.
     void front(const std::vector<xcb_window_t>& windows);
 
 private:
