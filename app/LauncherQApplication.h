@@ -5,15 +5,15 @@
 
 namespace tavo {
 
-// Quits at once when the session ends or the desktop asks for it. Qt would ask the window first,
-// which is only hidden by closing. Tells the session manager not to restart the program at the next
+// Quits at once when the session ends or the desktop asks for it. Qt would ask the window to close
+// first, which only hides it. Tells the session manager not to restart the program at the next
 // login: only an autostart entry of the user does that.
 class LauncherQApplication final : public QApplication {
 public:
     LauncherQApplication(int& argc, char** argv);
 
-    // For the session's signals: ends the event loop, even if another start has just asked for the
-    // window. wasToldToEnd() is true from then on.
+    // Ends the event loop, even if another start has just asked for the window. For signals that
+    // end the program, such as SIGTERM. wasToldToEnd() is true from then on.
     void endAtOnce();
     [[nodiscard]] bool wasToldToEnd() const { return toldToEnd_; }
 

@@ -109,8 +109,8 @@ void TavoLauncherMenuController::escape() {
     }
 }
 
-// exit() asks no window whether it may close, which the launcher window would refuse. Hidden first,
-// so that nothing is typed into it while the program ends.
+// exit() asks no window whether it may close; the launcher window would refuse. The window is
+// hidden first, so that nothing is typed into it while the program ends.
 void TavoLauncherMenuController::quit() {
     window_.hide();
     QCoreApplication::exit(0);

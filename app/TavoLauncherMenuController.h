@@ -22,7 +22,8 @@ class WindowManagement;
 // nothing. Main thread.
 class TavoLauncherMenuController {
 public:
-    // `reachable` answers whether another start would find this process. All outlive this.
+    // `reachable` answers whether another start would find this process. The references must
+    // outlive this object.
     TavoLauncherMenuController(LauncherWindow& window, WindowManagement& management,
                                StatusItemHosts& hosts, std::function<bool()> reachable);
     TavoLauncherMenuController(const TavoLauncherMenuController&) = delete;
@@ -34,20 +35,21 @@ public:
     void applicationDidFinishLaunching();
 
     // Brings the window to the front, active and with the keyboard focus, from wherever it is:
-    // closed, minimised, behind others, on another desktop. `request` has what lets it come there.
+    // closed, minimised, behind others, on another desktop. `request` is what lets the window come
+    // to the front.
     void showLauncher(const StartRequest& request = {});
 
-    // For the close button of the window.
+    // Call when the window's close button is clicked.
     void closeLauncher();
 
-    // For Esc where there is no search to clear.
+    // Call when Esc is pressed and there is no search to clear.
     void escape();
 
-    // Ends the program. Everything that is stored is written already.
+    // Ends the program. Nothing has to be saved: each change was written at once.
     void quit();
 
 private:
-    // Makes the item for the kind of panel that there is now, and drops that for another kind.
+    // Makes the item for the kind of panel that there is now, and removes an item for another kind.
     void followHost();
 
     void statusButtonClicked(bool right);

@@ -21,16 +21,17 @@ namespace {
 
 constexpr int kNoDisplay = 1;
 
-// Less than another start waits for one that is starting (InstancePatience).
+// Less than another start waits for this one (InstancePatience::start).
 constexpr unsigned kSilenceSeconds = 12;
 
-// What follows is global for Qt's message handler and the signal handler, which take no argument.
+// The variables below are global for Qt's message handler and the signal handler, which take no
+// argument.
 
 // The real standard error and the held one; the latter is invalid while nothing is held.
 int realError = STDERR_FILENO;
 int heldError = -1;
 
-// Qt has said that the display refused the connection, or that a plug-in is missing.
+// Whether Qt has said that the display refused the connection, or that a plug-in is missing.
 std::atomic<bool> displayRefused = false;
 std::atomic<bool> pluginMissing = false;
 
@@ -38,7 +39,7 @@ std::string silenceLine;
 
 std::atomic<bool> endsWithDisplay = false;
 
-// The displays that the environment names, as its variables are called.
+// The displays that the environment names, each as "NAME=value" of the variable.
 std::string displays() {
     std::string text;
     for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
@@ -54,7 +55,7 @@ std::string failureLine(const char* what) {
     return std::string("tavolauncher: ") + what + " (" + displays() + ")\n";
 }
 
-// Async-signal-safe.
+// Writes `line` and ends the process. Async-signal-safe.
 [[noreturn]] void endWith(const std::string& line) {
     [[maybe_unused]] const ssize_t written = ::write(realError, line.data(), line.size());
     ::_exit(kNoDisplay);
@@ -97,7 +98,8 @@ void leave() {
 
 }  // namespace
 
-// Standard error, kept in memory. Not held where a descriptor for that is refused.
+// Keeps what is written to standard error in memory. Does nothing where the system has no
+// descriptor for that.
 class StartGuard::HeldError {
 public:
     HeldError() {

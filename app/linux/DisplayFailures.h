@@ -5,15 +5,15 @@
 
 namespace tavo {
 
-// While this lives, Qt comes up, or the process ends with status 1 and a line on standard error
-// that names the display:
+// While this object lives, Qt connects to a display, or the process ends with status 1 and a line
+// on standard error that names the display:
 //   - no display could be opened. Where that is not the display's fault but Qt's, as when a
 //     platform plug-in is missing, Qt's own reason comes before that line;
 //   - the display takes the connection and does not answer for twelve seconds. Qt would wait for
 //     ever.
 // Standard error is held back meanwhile, because Qt, libxcb and libwayland each write lines of
-// their own about a missing display. What they wrote is printed when this ends. One at a time, on
-// the main thread. Uses SIGALRM.
+// their own about a missing display. What they wrote is printed when this object is destroyed. One
+// at a time, on the main thread. Uses SIGALRM.
 class StartGuard {
 public:
     StartGuard();
@@ -27,7 +27,8 @@ private:
 };
 
 // When the display goes away, Qt writes a line on standard error and calls exit(1), on any thread.
-// While this lives that ends the process at once: other threads are at work, so no destructors run.
+// While this object lives, that ends the process at once and without destructors, because other
+// threads are still running.
 class DisplayLossGuard {
 public:
     DisplayLossGuard();

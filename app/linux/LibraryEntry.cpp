@@ -23,8 +23,9 @@
 namespace {
 
 // Qt and the accessibility libraries wait for a session bus that does not answer, without limit,
-// and start one where there is none. This keeps them from both; applications get the environment
-// as it was. Our own connection is made to the address returned, whenever the bus answers.
+// and start one where there is none. The variable that is set here keeps them from both;
+// applications get the environment as it was. SessionBus connects to the returned address whenever
+// the bus answers.
 std::string chooseBus() {
     std::string address = tavo::sessionBusAddress();
     if (address.empty() || !tavo::busAnswers(address)) {
@@ -37,8 +38,9 @@ std::string chooseBus() {
 
 int runTavoLauncher(tavo::LaunchArguments& launch) {
     using namespace tavo;
-    // The environment is changed here alone, before the first thread: libraries may read it on any.
-    // Qt would use the activation token by itself, and unset it later.
+    // The environment is changed here alone, before the first thread starts: afterwards a library
+    // may read it on any thread. Qt would use the activation token by itself, and unset the
+    // variable later.
     ::unsetenv("XDG_ACTIVATION_TOKEN");
     SessionBus bus(chooseBus());
     SingleInstance instance(bus, std::move(launch.socket), launch.request);

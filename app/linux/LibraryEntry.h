@@ -24,7 +24,7 @@ struct LaunchArguments {
 
 }  // namespace tavo
 
-// Runs the program, to its exit status. `launch` lives until the process ends. Both sides are built
-// together, so the C++ types agree.
+// Runs the program and returns its exit status. `launch` must live until the process ends. The
+// executable and the library are built together, so the C++ types agree.
 extern "C" __attribute__((visibility("default"))) int runTavoLauncher(
     tavo::LaunchArguments& launch);

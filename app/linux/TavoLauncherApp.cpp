@@ -65,7 +65,7 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
     return icon == values.end() ? std::nullopt : std::optional(icon->second);
 }
 
-// Why it does not open is told on standard error.
+// Opens a web address. Reports on standard error why it does not open.
 void openLink(Workspace& workspace, const std::string& address) {
     const std::string application = applicationForAddress(address);
     if (application.empty()) {
@@ -93,7 +93,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     QCoreApplication::installTranslator(new QtTexts(qApp));
 
     mainQueue_ = makeQtMainQueue();
-    // The portal is asked while the rest is made.
+    // Early, so that the settings portal answers while the other parts are made.
     settings_ = makePortalDesktopSettings(bus, *mainQueue_);
     defaults_ = makeSqliteDefaultsStore(defaultStoreFile(), mainQueue_.get());
     Favorites::shared().use(*defaults_);
@@ -150,7 +150,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     controller_ = std::make_unique<TavoLauncherMenuController>(
         *window_, *management_, *hosts_, [&instance] { return instance.reachable(); });
 
-    // Everything exists now that events may reach.
+    // Only here does everything exist that events may reach.
     view->onClose = [this] { controller_->closeLauncher(); };
     view->onEscape = [this] { controller_->escape(); };
     view->onLink = [this](const std::string& address) { openLink(*workspace_, address); };
@@ -175,7 +175,7 @@ TavoLauncherApp::~TavoLauncherApp() {
 
 void TavoLauncherApp::show(const std::string& activationToken) {
     look_->awaitDesktop();
-    // Qt itself ends the startup notification of the startup id.
+    // Without the startup id, whose startup notification Qt itself ends.
     controller_->showLauncher({.startupId = "", .activationToken = activationToken});
 }
 

@@ -34,11 +34,11 @@ class Workspace;
 class XSettingsWatch;
 class XdgIconSource;
 
-// Made after the application object, a LauncherQApplication. Main thread.
+// Make it after the application object, a LauncherQApplication. Main thread.
 class TavoLauncherApp {
 public:
     // Applications are started with `environment`. `applications` may be scanning already, and puts
-    // what it finds into `entries`. `bus` and `instance` outlive this.
+    // what it finds into `entries`. `bus` and `instance` must outlive this object.
     TavoLauncherApp(const StartEnvironment& environment, SessionBus& bus,
                     std::unique_ptr<ApplicationSource> applications,
                     std::shared_ptr<DesktopEntryIndex> entries, SingleInstance& instance);
@@ -51,7 +51,8 @@ public:
     void show(const std::string& activationToken);
 
 private:
-    // In the order in which they are made: each uses some of those above it.
+    // The parts of the program, in the order in which they are made: each uses some of those above
+    // it.
     SingleInstance& instance_;
     const std::unique_ptr<ApplicationSource> applications_;
     std::unique_ptr<MainQueue> mainQueue_;

@@ -19,8 +19,8 @@ namespace {
 constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
 
-// For a line on a terminal: printable ASCII as it is, all other bytes in hexadecimal, and at most a
-// hundred of them.
+// `argument` for a line on a terminal: printable ASCII as it is, all other bytes in hexadecimal,
+// and a hundred bytes at most.
 std::string quoted(std::string_view argument) {
     constexpr std::size_t kMost = 100;
     std::string shown = "\"";
@@ -37,7 +37,7 @@ std::string quoted(std::string_view argument) {
     return shown + (argument.size() > kMost ? "\"..." : "\"");
 }
 
-// Prints what the arguments ask for. The exit status, or none where the program goes on.
+// Prints what the arguments ask for. Returns the exit status, or nothing where the program goes on.
 std::optional<int> answerArguments(int argc, char** argv) {
     if (argc <= 1) {
         return std::nullopt;

@@ -9,7 +9,7 @@
 namespace tavo {
 
 // Gives the panel the symbol, the tool tip and the menu's entries. The panel opens the menu itself.
-// When it tells of a click is up to the panel: some do so as soon as the button is pressed.
+// When a click is reported is up to the panel: some panels do so as soon as the button is pressed.
 class NotifierStatusItem final : public StatusItem {
 public:
     struct Actions {
@@ -17,7 +17,7 @@ public:
         std::function<void()> quit;
     };
 
-    // `hosts` outlives this.
+    // `hosts` must outlive this object.
     NotifierStatusItem(StatusItemHosts& hosts, Actions actions);
     ~NotifierStatusItem() override;
 

@@ -3,7 +3,7 @@
 
 namespace tavo {
 
-// Made for one kind of host, and shown there for as long as it lives. Main thread.
+// Made for one kind of panel, and shown there for as long as the object lives. Main thread.
 class StatusItem {
 public:
     StatusItem() = default;
@@ -11,7 +11,7 @@ public:
     StatusItem& operator=(const StatusItem&) = delete;
     virtual ~StatusItem() = default;
 
-    // Opens the menu at the item's edge, where the host leaves that to the program.
+    // Opens the menu at the item's edge, where the panel leaves that to the program.
     virtual void openMenu() {}
 };
 

@@ -29,7 +29,7 @@ bool menusWouldClose() {
     return focused != nullptr && !focused->isVisible();
 }
 
-// Qt's window in the tray can be told by the name of its private class alone.
+// Whether `object` is Qt's window in the tray, which only the name of its private class tells.
 bool isEmbedded(const QObject* object) {
     return object->isWidgetType() && object->inherits("QSystemTrayIconSys");
 }
@@ -45,8 +45,8 @@ XEmbedStatusItem::XEmbedStatusItem(QMenu& menu, std::function<void(bool)> clicke
         icon.addPixmap(QPixmap::fromImage(statusSymbol(side)));
     }
     icon_->setIcon(icon);
-    // The window that Qt makes in the tray, and makes again when the tray returns, cannot be
-    // reached in any other way.
+    // Filters the events of all objects: the window that Qt makes in the tray, and makes again when
+    // the tray returns, cannot be reached in any other way.
     qApp->installEventFilter(this);
     icon_->show();
 }

@@ -18,8 +18,8 @@ namespace tavo {
 // not when it is pressed. When the tray goes away and returns, the item is there again.
 class XEmbedStatusItem final : public QObject, public StatusItem {
 public:
-    // `menu` outlives this. `clicked` is called with true for the right button, with false for the
-    // left one.
+    // `menu` must outlive this object. `clicked` is called with true for the right button, with
+    // false for the left one.
     XEmbedStatusItem(QMenu& menu, std::function<void(bool right)> clicked);
     ~XEmbedStatusItem() override;
 
@@ -32,7 +32,7 @@ private:
     QMenu& menu_;
     const std::function<void(bool right)> clicked_;
     std::unique_ptr<QSystemTrayIcon> icon_;
-    int delays_ = 0;  // so far, of the menu that is about to open
+    int delays_ = 0;  // how often the menu that is about to open was put off
 };
 
 }  // namespace tavo
