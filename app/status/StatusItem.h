@@ -3,7 +3,8 @@
 
 namespace tavo {
 
-// Made for one kind of panel, and shown there for as long as the object lives. Main thread.
+// The tray item, shown as long as the object lives: one derived class for panels that draw
+// StatusNotifierItems themselves, one for those that embed windows (XEmbed). Main thread.
 class StatusItem {
 public:
     StatusItem() = default;

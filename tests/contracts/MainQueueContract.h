@@ -1,8 +1,9 @@
-// What every main queue promises.
+// Tests of what every implementation of the port MainQueue promises.
 //
-// A rig has: MainQueue& queue(); void end(), which ends the queue; bool runUntil(condition), which
-// lets the main thread work until the condition holds and answers whether it came to hold;
-// void settle(), which lets it do all that is due now.
+// They are given a rig, which sets one implementation up for them. A rig has: MainQueue& queue();
+// void end(), which ends the queue; bool runUntil(condition), which lets the main thread work until
+// the condition holds and answers whether it came to hold; void settle(), which lets it do all that
+// is due now.
 #pragma once
 
 #include <atomic>

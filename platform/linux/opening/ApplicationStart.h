@@ -38,8 +38,8 @@ public:
         timeIsUp();
     }
 
-    // Calls the callback of whenOver(), though the start itself may last until an activated service
-    // answers.
+    // The start took too long to count as under way: calls the callback of whenOver(). The object
+    // lives on until a service that is being activated over D-Bus has answered.
     void timeIsUp() {
         time_.end();
         if (const auto told = std::exchange(whenOver_, nullptr)) {

@@ -299,7 +299,8 @@ TEST(PortalDesktopSettings, the_bus_in_the_runtime_folder_is_found_without_a_var
     PortalWorld world;
     world.choose({ColorScheme::Dark, false, ""});
     world.portal.enter();
-    // The socket of the private bus is called "bus", like that in a runtime folder.
+    // An empty address makes D-Bus look for the socket "bus" in XDG_RUNTIME_DIR, where the private
+    // bus has its own.
     const Variable address("DBUS_SESSION_BUS_ADDRESS", "");
     const Variable runtime("XDG_RUNTIME_DIR", world.folder.path());
     world.make().awaitFirstAnswer(kPatience);
