@@ -166,10 +166,13 @@ class LiveThemes(IconTest):
         self.kde_theme("Rosso")
         launcher = self.launch(XDG_CURRENT_DESKTOP="KDE")
         self.await_colour(launcher, "Ananas", RED)
-        self.kde_theme("Blu")
-        self.desktop.run("dbus-send", "--session", "--type=signal", "/KIconLoader",
-                         "org.kde.KIconLoader.iconChanged", "int32:0")
-        self.await_colour(launcher, "Ananas", BLUE)
+        for theme, colour, signal in (
+                ("Blu", BLUE, ("/KIconLoader", "org.kde.KIconLoader.iconChanged", "int32:0")),
+                ("Rosso", RED, ("/kdeglobals", "org.kde.kconfig.notify.ConfigChanged"))):
+            with self.subTest(signal=signal):
+                self.kde_theme(theme)
+                self.desktop.run("dbus-send", "--session", "--type=signal", *signal)
+                self.await_colour(launcher, "Ananas", colour)
 
     def kde_theme(self, name):
         folder = self.desktop.home / ".config"
@@ -218,6 +221,11 @@ class HostilePictures(IconTest):
         rules = "".join(f"g{i} > rect:first-child{{fill:red}}" for i in range(30_000))
         yield "1 MB of style rules", put("rules.svg", svg(
             f"<style>{rules}</style>" + "<g><rect/></g>" * 5000))
+        gradients = "".join(f"<linearGradient id='g{i}' xlink:href='#g{i - 1}'/>"
+                            for i in range(1, 20_000))
+        yield "chained gradients", put("gradients.svg", svg(
+            f"<linearGradient id='g0'/>{gradients}"
+            "<rect width='64' height='64' fill='url(#g19999)'/>"))
         entities = "".join(f"<!ENTITY a{i} '{f'&a{i - 1};' * 10}'>" for i in range(1, 10))
         yield "an entity bomb", put("entities.svg", svg(
             "<title>&a9;</title>", f"<!DOCTYPE svg [<!ENTITY a0 'aaaaaaaaaa'>{entities}]>"))

@@ -41,7 +41,8 @@ public:
         std::unique_lock lock(mutex_);
         requests_.push_back({path, size, scale});
         changed_.notify_all();
-        changed_.wait(lock, [this] { return !held_ || released_ > 0; });
+        changed_.wait(lock,
+                      [&] { return (!held_ || released_ > 0) && !heldPaths_.contains(path); });
         if (held_) {
             --released_;
         }
@@ -92,6 +93,12 @@ public:
         released_ = 0;
     }
 
+    // From now on a request for the icon of `path` waits until releaseAll() is called.
+    void holdPath(const std::string& path) {
+        const std::lock_guard lock(mutex_);
+        heldPaths_.insert(path);
+    }
+
     // Lets `count` held requests be answered: those that wait, then later ones.
     void release(int count) {
         const std::lock_guard lock(mutex_);
@@ -103,6 +110,7 @@ public:
     void releaseAll() {
         const std::lock_guard lock(mutex_);
         held_ = false;
+        heldPaths_.clear();
         changed_.notify_all();
     }
 
@@ -131,6 +139,7 @@ private:
     std::condition_variable changed_;
     std::vector<Request> requests_;
     std::set<std::string> iconless_;
+    std::set<std::string> heldPaths_;
     bool held_ = false;
     int refreshes_ = 0;
     int rests_ = 0;

@@ -70,9 +70,27 @@ struct IconLoader::Shared {
     [[nodiscard]] unsigned lateWorkers() const {
         return static_cast<unsigned>(std::ranges::count_if(underWay, &Work::late));
     }
+    // Whether a worker has begun with it or, late, with an earlier request for the same icon.
     [[nodiscard]] bool hasBegun(const Request& request) const {
-        return std::ranges::find(underWay, request, &Work::request) != underWay.end() ||
+        return std::ranges::any_of(underWay,
+                                   [&](const Work& work) {
+                                       return work.request == request ||
+                                              (work.late() && work.request.path == request.path);
+                                   }) ||
                std::ranges::find(answers, request, &Answer::request) != answers.end();
+    }
+    // The requests that wait for a disk: the late ones, and all when no worker is left for them.
+    [[nodiscard]] std::vector<Request> stuck() const {
+        std::vector<Request> found;
+        for (const Work& work : underWay) {
+            if (work.late()) {
+                found.push_back(work.request);
+            }
+        }
+        if (workers == found.size()) {
+            found.insert(found.end(), requests.begin(), requests.end());
+        }
+        return found;
     }
 };
 
@@ -100,18 +118,16 @@ void IconLoader::want(const std::vector<std::string>& paths, double scale) {
             requests.push_back({path, scale, generation_});
         }
     }
-    const std::lock_guard lock(shared_->mutex);
-    std::erase_if(requests, [this](const Request& request) { return shared_->hasBegun(request); });
-    shared_->requests = std::move(requests);
-    if (shared_->requests.empty()) {
-        return;
+    std::vector<Request> stuck;
+    {
+        const std::lock_guard lock(shared_->mutex);
+        std::erase_if(requests,
+                      [this](const Request& request) { return shared_->hasBegun(request); });
+        shared_->requests = std::move(requests);
+        startWorkers();
+        stuck = shared_->stuck();
     }
-    const unsigned most = std::clamp(std::thread::hardware_concurrency(), 1U, kMostWorkers);
-    while (shared_->workers - shared_->lateWorkers() < most) {
-        startWorker();
-    }
-    shared_->changed.notify_all();
-    watchWorkers();
+    showGenericIcons(stuck);
 }
 
 const QImage* IconLoader::find(const std::string& path) const {
@@ -125,11 +141,22 @@ void IconLoader::refresh() {
     want(std::exchange(wanted_, {}), scale_);
 }
 
-// To be called with the mutex locked.
-void IconLoader::startWorker() {
-    ++shared_->workers;
-    // Not joined: the thread may still wait for a disk when the program ends.
-    std::thread([shared = shared_] { work(shared); }).detach();
+// Starts the workers that the requests need, and looks after them. To be called with the mutex
+// locked.
+void IconLoader::startWorkers() {
+    if (shared_->requests.empty()) {
+        return;
+    }
+    const unsigned late = shared_->lateWorkers();
+    while (late < kMostLate && shared_->workers - late < kMostWorkers) {
+        ++shared_->workers;
+        // Not joined: the thread may still wait for a disk when the program ends.
+        std::thread([shared = shared_] { work(shared); }).detach();
+    }
+    shared_->changed.notify_all();
+    if (shared_->workers > late) {
+        watchWorkers();
+    }
 }
 
 void IconLoader::work(const std::shared_ptr<Shared>& shared) {
@@ -139,7 +166,7 @@ void IconLoader::work(const std::shared_ptr<Shared>& shared) {
     // and one ends.
     while (shared->workers - shared->lateWorkers() <= kMostWorkers) {
         if (!shared->changed.wait_for(lock, kIdleTime, needed)) {
-            if (shared->workers > 1) {
+            if (shared->workers - shared->lateWorkers() > 1) {
                 break;
             }
             lock.unlock();
@@ -159,6 +186,11 @@ void IconLoader::work(const std::shared_ptr<Shared>& shared) {
         lock.unlock();
         const IconImage icon =
             shared->source->icon(request.path, metrics::kIconSide, request.scale);
+        lock.lock();
+        if (shared->ended) {
+            break;  // Qt may be ending, too
+        }
+        lock.unlock();
         QImage image = withShadow(toImage(icon), request.scale);
         lock.lock();
         shared->underWay.erase(work);
@@ -177,8 +209,14 @@ void IconLoader::takeAnswers() {
         const std::lock_guard lock(shared_->mutex);
         answers.swap(shared_->answers);
     }
+    bool outdated = false;
     for (Answer& answer : answers) {
+        outdated |= answer.request.generation != generation_ || answer.request.scale != scale_;
         keep(std::move(answer));
+    }
+    // A late answer has kept a newer request for the same icon from being made.
+    if (outdated) {
+        want(std::exchange(wanted_, {}), scale_);
     }
 }
 
@@ -207,25 +245,28 @@ void IconLoader::watchWorkers() {
 }
 
 void IconLoader::replaceLateWorkers() {
-    std::vector<Request> late;
+    std::vector<Request> stuck;
     {
         const std::lock_guard lock(shared_->mutex);
         for (Shared::Work& work : shared_->underWay) {
-            if (++work.looks == kMostLooks) {
-                late.push_back(work.request);
-                if (shared_->lateWorkers() <= kMostLate) {
-                    startWorker();
-                }
-            }
+            ++work.looks;
         }
-        if (!shared_->requests.empty() || shared_->underWay.size() > shared_->lateWorkers()) {
+        startWorkers();
+        if (shared_->underWay.size() > shared_->lateWorkers()) {
             watchWorkers();
         }
+        stuck = shared_->stuck();
     }
-    for (const Request& request : late) {
-        if (!icons_.contains(request.path)) {
-            const IconImage icon = shared_->source->genericIcon(metrics::kIconSide, request.scale);
-            keep({request, withShadow(toImage(icon), request.scale)});
+    showGenericIcons(stuck);
+}
+
+// For what is wanted and has no icon yet.
+void IconLoader::showGenericIcons(const std::vector<Request>& requests) {
+    for (const Request& request : requests) {
+        if (!icons_.contains(request.path) &&
+            std::ranges::find(wanted_, request.path) != wanted_.end()) {
+            const IconImage icon = shared_->source->genericIcon(metrics::kIconSide, scale_);
+            keep({{request.path, scale_, generation_}, withShadow(toImage(icon), scale_)});
         }
     }
 }

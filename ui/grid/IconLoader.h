@@ -65,12 +65,13 @@ private:
     };
     struct Shared;
 
-    void startWorker();
+    void startWorkers();
     static void work(const std::shared_ptr<Shared>& shared);
     void takeAnswers();
     void watchWorkers();
     void replaceLateWorkers();
     void keep(Answer answer);
+    void showGenericIcons(const std::vector<Request>& requests);
     void dropSurplus();
 
     MainThreadPoster poster_;

@@ -345,7 +345,16 @@ CategoryEditor* LauncherView::makeCategoryEditor() {
 }
 
 void LauncherView::refreshIcons() {
-    icons_.refresh();
+    // Desktops tell of one change several times.
+    if (!std::exchange(iconsPending_, true)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                iconsPending_ = false;
+                icons_.refresh();
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 void LauncherView::reload() {

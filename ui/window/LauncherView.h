@@ -73,6 +73,7 @@ private:
     IconLoader icons_;
     Subscription modelChanges_;
     bool refreshPending_ = false;
+    bool iconsPending_ = false;
     // The search and the category that the grid shows. When one changes, the grid scrolls to its
     // start.
     std::string shownQuery_;

@@ -1,5 +1,7 @@
 #include "platform/linux/icons/IconRenderer.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -8,6 +10,7 @@
 #include <utility>
 
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -70,18 +73,35 @@ public:
           socket_(std::move(other.socket_)),
           fresh_(other.fresh_) {}
     Process& operator=(Process&&) = delete;
-    ~Process() {
+    ~Process() { end(); }
+
+    // Ends the process and reaps it. True when it had ended itself because a picture took a second
+    // of the processor's time. A process that waits for a disk cannot be ended and is left alone.
+    bool end() {
         if (pid_ <= 0) {
-            return;
+            return false;
         }
+        const pid_t process = std::exchange(pid_, 0);
         // Killed by its pidfd: where SIGCHLD is ignored, its PID may already belong to another
         // process.
         if (handle_.valid()) {
             ::syscall(SYS_pidfd_send_signal, handle_.get(), SIGKILL, nullptr, 0);
         }
         socket_.close();
-        while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+        pollfd ended = {handle_.get(), POLLIN, 0};
+        if (handle_.valid() && ::poll(&ended, 1, 200) == 0) {
+            return false;
         }
+        int status = 0;
+        rusage used = {};
+        pid_t reaped = 0;
+        while ((reaped = ::wait4(process, &status, 0, &used)) < 0 && errno == EINTR) {
+        }
+        const auto milliseconds = [](const timeval& time) {
+            return time.tv_sec * 1000 + time.tv_usec / 1000;
+        };
+        return reaped == process && WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM &&
+               milliseconds(used.ru_utime) + milliseconds(used.ru_stime) >= 800;
     }
 
     // Sends the request and receives the answer. False when that fails; the process is of no use
@@ -180,8 +200,12 @@ IconRenderer::Answer IconRenderer::draw(const std::string& path, int side) {
     }
     Answer answer;
     if (!process->ask(path, side, answer.image)) {
-        std::fprintf(stderr, "tavolauncher: the icon %s was not drawn\n", path.c_str());
-        answer.failed = true;
+        // A picture that used up its second is to blame itself, and not a busy machine.
+        answer.failed = !process->end();
+        std::string shown = path;
+        std::ranges::replace_if(
+            shown, [](unsigned char letter) { return std::iscntrl(letter) != 0; }, '?');
+        std::fprintf(stderr, "tavolauncher: the icon %s was not drawn\n", shown.c_str());
         return answer;
     }
     const std::lock_guard lock(mutex_);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <memory>
 
 #include <cairo.h>
@@ -59,6 +58,33 @@ private:
     cairo_t* context_;
 };
 
+// A drawing that says neither its size nor its view box is scaled so that all that it shows fits.
+void scaleWithoutSize(RsvgHandle* drawing, const RsvgRectangle& viewport, cairo_t* context) {
+    gboolean hasWidth = FALSE;
+    gboolean hasHeight = FALSE;
+    gboolean hasViewBox = FALSE;
+    RsvgLength width = {};
+    RsvgLength height = {};
+    RsvgRectangle viewBox = {};
+    RsvgRectangle ink = {};
+    rsvg_handle_get_intrinsic_dimensions(drawing, &hasWidth, &width, &hasHeight, &height,
+                                         &hasViewBox, &viewBox);
+    const auto isFixed = [](gboolean has, const RsvgLength& length) {
+        return has != FALSE && length.unit != RSVG_UNIT_PERCENT;
+    };
+    if (hasViewBox != FALSE || (isFixed(hasWidth, width) && isFixed(hasHeight, height)) ||
+        rsvg_handle_get_geometry_for_layer(drawing, nullptr, &viewport, &ink, nullptr, nullptr) ==
+            FALSE ||
+        ink.width <= 0 || ink.height <= 0) {
+        return;
+    }
+    const double scale = viewport.width / std::max(ink.width, ink.height);
+    cairo_translate(context, (viewport.width - ink.width * scale) / 2,
+                    (viewport.height - ink.height * scale) / 2);
+    cairo_scale(context, scale, scale);
+    cairo_translate(context, -ink.x, -ink.y);
+}
+
 std::vector<std::uint32_t> drawSvg(std::string_view bytes, int side) {
     const ObjectPointer<GInputStream> stream(g_memory_input_stream_new_from_data(
         bytes.data(), static_cast<gssize>(bytes.size()), nullptr));
@@ -69,6 +95,7 @@ std::vector<std::uint32_t> drawSvg(std::string_view bytes, int side) {
     }
     Square square(side);
     const RsvgRectangle viewport = {0, 0, static_cast<double>(side), static_cast<double>(side)};
+    scaleWithoutSize(drawing.get(), viewport, square.context());
     if (rsvg_handle_render_document(drawing.get(), square.context(), &viewport, nullptr) == FALSE) {
         return {};
     }
@@ -168,7 +195,9 @@ bool isSvg(std::string_view bytes) {
         bytes.remove_prefix(kByteOrderMark.size());
     }
     const std::size_t start = bytes.find_first_not_of(" \t\r\n");
-    return bytes.starts_with(kGzip) || (start != std::string_view::npos && bytes[start] == '<');
+    const bool isUtf16 = bytes.starts_with("\xff\xfe") || bytes.starts_with("\xfe\xff");
+    return bytes.starts_with(kGzip) || isUtf16 ||
+           (start != std::string_view::npos && bytes[start] == '<');
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // icon-renderer: draws picture files for the launcher, in a process that may do little else, so
 // that a picture which is hostile or broken costs one icon. Its standard output is the socket of
 // Protocol.h.
-#include <array>
-#include <cerrno>
 #include <cstdint>
 #include <string>
 #include <variant>

@@ -157,6 +157,58 @@ TEST_F(IconLoaderTest, an_icon_that_takes_long_is_the_generic_one_until_it_comes
     EXPECT_EQ(colourOf("/b"), FakeIconSource::colourOf("/b"));
 }
 
+TEST_F(IconLoaderTest, an_icon_that_is_stuck_is_not_asked_for_again) {
+    source.holdPath("/slow");
+    loader->want({"/slow"}, 1);
+    ASSERT_TRUE(source.awaitRequests(1));
+    queue.advance(std::chrono::milliseconds(1200));
+    for (int i = 0; i < 5; ++i) {
+        loader->refresh();
+        loader->want({"/slow"}, i % 2 == 0 ? 2 : 1);
+    }
+    loader->want({"/slow", "/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(2));
+    EXPECT_EQ(source.requests().size(), 2U);
+    EXPECT_EQ(colourOf("/slow"), FakeIconSource::kGeneric);
+    // Once the disk answers, the icon is loaded as it is then.
+    source.change();
+    source.releaseAll();
+    while (colourOf("/slow") != FakeIconSource::colourOf("/slow") + 1) {
+        ASSERT_TRUE(awaitArrivals(arrived.size() + 1));
+    }
+}
+
+TEST_F(IconLoaderTest, where_every_worker_waits_all_icons_are_generic_and_nothing_is_looked_after) {
+    source.hold();
+    std::vector<std::string> paths;
+    for (int i = 0; i < 30; ++i) {
+        paths.push_back("/" + std::to_string(i));
+    }
+    loader->want(paths, 1);
+    std::size_t begun = 2;
+    while (queue.waiting() > 0) {
+        ASSERT_TRUE(source.awaitRequests(begun));
+        queue.advance(std::chrono::milliseconds(1200));
+        begun = source.requests().size();
+    }
+    for (const std::string& path : paths) {
+        EXPECT_EQ(colourOf(path), FakeIconSource::kGeneric);
+    }
+    EXPECT_LE(source.requests().size(), 10U);
+    source.releaseAll();
+    while (colourOf("/29") != FakeIconSource::colourOf("/29")) {
+        ASSERT_TRUE(awaitArrivals(arrived.size() + 1));
+    }
+}
+
+TEST_F(IconLoaderTest, the_source_rests_although_one_icon_is_stuck) {
+    source.holdPath("/slow");
+    loader->want({"/slow", "/a"}, 1);
+    ASSERT_TRUE(awaitArrivals(1));
+    queue.advance(std::chrono::milliseconds(1200));
+    EXPECT_TRUE(source.awaitRest());
+}
+
 TEST_F(IconLoaderTest, its_end_does_not_wait_for_a_disk) {
     source.hold();
     loader->want({"/slow"}, 1);

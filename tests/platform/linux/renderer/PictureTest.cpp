@@ -259,7 +259,8 @@ TEST(Picture, a_drawing_that_uses_itself_is_drawn_once) {
 }
 
 TEST(Picture, drawings_without_a_view_box_fill_the_square) {
-    for (const char* const attributes : {"width='32' height='32'", "width='32px' height='32px'"}) {
+    for (const char* const attributes :
+         {"width='32' height='32'", "width='32px' height='32px'", "", "width='100%'"}) {
         SCOPED_TRACE(attributes);
         expectRed(svg("<rect width='32' height='32' fill='#ff0000'/>", attributes));
     }
