@@ -40,7 +40,8 @@ public:
     [[nodiscard]] int side() const { return side_; }
     [[nodiscard]] cairo_t* context() const { return context_; }
     [[nodiscard]] std::uint32_t& at(int x, int y) {
-        return pixels_[static_cast<std::size_t>(y * side_ + x)];
+        return pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(side_) +
+                       static_cast<std::size_t>(x)];
     }
 
     // The pixels; empty when all are transparent.
