@@ -28,7 +28,7 @@ public:
                         std::move(block));
     }
 
-    // Runs the blocks that are due now, and those that they add for now, until none is left.
+    // Runs the blocks that are due, and those that they add without a delay, until none is left.
     void run() { advance(Milliseconds(0)); }
 
     // Moves the clock on by `time`, and runs each block when the clock reaches its time.
