@@ -58,8 +58,9 @@ public:
             return std::nullopt;
         }
         // A new wl_keyboard receives an enter event for the window with the focus. Its serial is
-        // the proof of input that a token needs.
-        if (seat_ != nullptr && surface != nullptr) {
+        // the proof of input that a token needs. The seat's capabilities come with the first round
+        // trip, so a keyboard exists after it, and its enter event comes with the next one.
+        if (seat_ != nullptr && surface != nullptr && wait() && keyboard_ != nullptr && !serial_) {
             wait();
         }
         token_ = xdg_activation_v1_get_activation_token(activation_);
