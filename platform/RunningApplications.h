@@ -35,6 +35,9 @@ public:
     [[nodiscard]] virtual std::vector<RunningApplication> withIdentifier(
         const std::string& identifier) = 0;
 
+    // Whether windows could be listed when they were last asked for; false before that.
+    [[nodiscard]] virtual bool listsWindows() = 0;
+
     [[nodiscard]] virtual std::optional<RunningApplication> withProcess(
         std::int32_t processIdentifier) = 0;
 

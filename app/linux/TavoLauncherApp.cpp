@@ -23,7 +23,6 @@
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
-#include "platform/linux/session/WindowListing.h"
 #include "platform/linux/settings/KdeIconChanges.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
@@ -103,20 +102,19 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     const bool wayland = isWaylandSession(environment);
     const UserTime userTime = watchXcbUserTime();
     tokens_ = makeWaylandActivationTokens();
-    running_ = makeSessionRunningApplications(environment, wayland, std::move(entries), userTime);
-    workspace_ = makeLinuxWorkspace(
-        {.mainQueue = *mainQueue_,
-         .environment = environment,
-         .wayland = wayland,
-         .bus = bus,
-         .applicationFolders = applicationFolders(),
-         .userTime = userTime,
-         .activationToken =
-             [&tokens = *tokens_](const std::string& identifier) {
-                 return activationToken(tokens, identifier);
-             },
-         .running = running_.get(),
-         .seesWindows = [environment, wayland] { return canListWindows(environment, wayland); }});
+    running_ =
+        makeSessionRunningApplications(environment, wayland, bus, std::move(entries), userTime);
+    workspace_ = makeLinuxWorkspace({.mainQueue = *mainQueue_,
+                                     .environment = environment,
+                                     .wayland = wayland,
+                                     .bus = bus,
+                                     .applicationFolders = applicationFolders(),
+                                     .userTime = userTime,
+                                     .activationToken =
+                                         [&tokens = *tokens_](const std::string& identifier) {
+                                             return activationToken(tokens, identifier);
+                                         },
+                                     .running = running_.get()});
     icons_ = makeXdgIconSource(IconEnvironment::fromProcess(wayland), bundleIconFile);
 
     compositing_ = makeSessionCompositing();

@@ -42,6 +42,8 @@ public:
 
     std::vector<RunningApplication> withIdentifier(const std::string&) override { return {}; }
 
+    bool listsWindows() override { return true; }
+
     std::optional<RunningApplication> withProcess(std::int32_t process) override {
         return std::filesystem::exists(windowOf(process))
                    ? std::optional(RunningApplication{process, ""})

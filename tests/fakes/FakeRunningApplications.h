@@ -31,6 +31,8 @@ public:
         return found;
     }
 
+    bool listsWindows() override { return lists; }
+
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
         processesAsked.push_back(processIdentifier);
         for (const Known& known : running) {
@@ -81,6 +83,7 @@ public:
     }
     [[nodiscard]] bool isSubscribedTo() const { return !subscribers().empty(); }
 
+    bool lists = true;           // what listsWindows() answers
     std::vector<Known> running;  // in the order in which they are answered
 
     // What the functions of the port were called with so far, the oldest call first.

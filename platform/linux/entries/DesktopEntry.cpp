@@ -30,6 +30,7 @@ enum Key : std::size_t {
     kTerminal,
     kStartupNotify,
     kDBusActivatable,
+    kSingleMainWindow,
     kStartupWmClass,
     kKeyCount
 };
@@ -47,6 +48,7 @@ constexpr std::array<std::string_view, kKeyCount> kKeyNames = {"Type",
                                                                "Terminal",
                                                                "StartupNotify",
                                                                "DBusActivatable",
+                                                               "SingleMainWindow",
                                                                "StartupWMClass"};
 
 using RawValue = std::optional<std::string_view>;
@@ -348,6 +350,7 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view bytes,
     entry.terminal = isTrue(scan.value(kTerminal));
     entry.startupNotify = isTrue(scan.value(kStartupNotify));
     entry.dbusActivatable = isTrue(scan.value(kDBusActivatable));
+    entry.singleMainWindow = isTrue(scan.value(kSingleMainWindow));
     return entry;
 }
 

@@ -47,6 +47,7 @@ struct DesktopEntry {
     bool terminal = false;
     bool startupNotify = false;
     bool dbusActivatable = false;
+    bool singleMainWindow = false;
 
     bool operator==(const DesktopEntry&) const = default;
 };

@@ -197,11 +197,9 @@ Job startEntry(OpeningThread& thread, const Start& start, const ProgramToStart& 
 
 // Keeps the start of an activated service under way until its window shows.
 void awaitServiceWindow(OpeningThread& thread, const ApplicationStart& start,
-                        const RunningApplication& service, bool seesWindows) {
+                        const RunningApplication& service) {
     start.answer->start()->answered();
-    // Where windows cannot be listed, a click can bring the service's window forward only by
-    // activating it again, so the start ends here.
-    if (!seesWindows) {
+    if (!start.seesWindows) {
         start.answer->over();
         return;
     }
@@ -210,17 +208,6 @@ void awaitServiceWindow(OpeningThread& thread, const ApplicationStart& start,
         thread.watchChild(service.processIdentifier,
                           [answer = start.answer](std::optional<int>) { answer->over(); });
     }
-}
-
-Job serviceAnswered(OpeningThread& thread, const Start& start, std::int32_t process) {
-    const auto& listing = start->conditions->seesWindows;
-    return [&thread, start, running = RunningApplication{process, start->identifier},
-            seesWindows = listing && listing()] {
-        // Before the answer, so that a click that follows the answer finds the start in its new
-        // state.
-        awaitServiceWindow(thread, *start, running, seesWindows);
-        start->answer->succeed(running);
-    };
 }
 
 void callService(OpeningThread& thread, const Start& start) {
@@ -241,9 +228,11 @@ void callService(OpeningThread& thread, const Start& start) {
             if (!service) {
                 answer.fail(service.error());
             } else if (service.value().runs) {
-                thread.inBackground([&thread, start, process = service.value().process] {
-                    return serviceAnswered(thread, start, process);
-                });
+                const RunningApplication running{service.value().process, start->identifier};
+                // Before the answer, so that a click that follows the answer finds the start in its
+                // new state.
+                awaitServiceWindow(thread, *start, running);
+                answer.succeed(running);
             } else {
                 answer.over();
                 answer.succeed(std::nullopt);

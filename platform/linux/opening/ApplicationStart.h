@@ -76,7 +76,6 @@ struct StartConditions {
     std::chrono::milliseconds patience{0};      // how long an early end is watched for
     std::chrono::milliseconds busPatience{0};   // how long a service may take to answer
     std::chrono::milliseconds startingTime{0};  // how long the first window may take
-    std::function<bool()> seesWindows;          // as in OpeningSettings
 };
 
 struct ApplicationStart {
@@ -88,6 +87,7 @@ struct ApplicationStart {
     std::vector<std::string> environment;  // of the program, complete
     std::string startupId;                 // also in the environment; may be empty
     std::string activationToken;           // also in the environment; may be empty
+    bool seesWindows = false;              // whether its first window can be seen
     std::shared_ptr<OpenAnswer> answer;
     std::function<void(const RunningApplication&)> began;  // called when the program runs
 };

@@ -61,18 +61,18 @@ public:
     void openApplication(const std::string& path, OpenConfiguration configuration,
                          OpenCompletion completion) override {
         OpenCompletion onMainThread = this->onMainThread(std::move(completion));
+        const Result<ApplicationFile> file = fileOfClick(path);
         // An application that is not to come forward is not watched for a window, so its start
         // could not end with the first window. An address is passed on even to an application that
         // is still starting.
         const auto launch = configuration.activates && configuration.address.empty()
-                                ? launches_.begin(path)
+                                ? launches_.begin(path, !comesForwardByStarting(file))
                                 : launches_.beginUnnoticed();
         if (!launch) {
             thread_.post([completion = std::move(onMainThread)] { completion({}, {}); });
             return;
         }
         const auto answer = std::make_shared<OpenAnswer>(std::move(onMainThread), launch);
-        const Result<ApplicationFile> file = fileOfClick(path);
         if (!file) {
             thread_.post([answer, error = file.error()] { answer->fail(error); });
             return;
@@ -86,6 +86,17 @@ private:
         ApplicationFile file;
         FileStamp stamp;
     };
+
+    // Where windows are not listed, a click brings the one window of such an application forward by
+    // starting the application again.
+    [[nodiscard]] bool comesForwardByStarting(const Result<ApplicationFile>& file) const {
+        return file && !seesWindows() &&
+               (file.value().entry.singleMainWindow || file.value().entry.dbusActivatable);
+    }
+
+    [[nodiscard]] bool seesWindows() const {
+        return settings_.running != nullptr && settings_.running->listsWindows();
+    }
 
     Result<ApplicationFile> fileOfClick(const std::string& path) {
         const std::optional<Latest> latest = std::exchange(latest_, std::nullopt);
@@ -129,8 +140,7 @@ private:
                             .wayland = settings_.wayland,
                             .patience = settings_.patience,
                             .busPatience = settings_.busPatience,
-                            .startingTime = settings_.startingTime,
-                            .seesWindows = settings_.seesWindows});
+                            .startingTime = settings_.startingTime});
     }
 
     std::shared_ptr<const ApplicationStart> describeStart(
@@ -143,6 +153,7 @@ private:
         start->identifier = entryIdentifier(file.path, settings_.applicationFolders);
         start->home = home();
         start->environment = settings_.environment.forChildren();
+        start->seesWindows = seesWindows();
         start->answer = answer;
         start->began = [](const RunningApplication&) {};
         if (configuration.activates) {
@@ -156,8 +167,11 @@ private:
         if (!file.bundle) {
             start->environment.push_back("GIO_LAUNCHED_DESKTOP_FILE=" + file.path);
         }
-        if (!start->startupId.empty()) {
-            start->environment.push_back("DESKTOP_STARTUP_ID=" + start->startupId);
+        // GTK 3.24.38 takes an activation token from DESKTOP_STARTUP_ID alone.
+        const std::string& id =
+            start->startupId.empty() ? start->activationToken : start->startupId;
+        if (!id.empty()) {
+            start->environment.push_back("DESKTOP_STARTUP_ID=" + id);
         }
         if (!start->activationToken.empty()) {
             start->environment.push_back("XDG_ACTIVATION_TOKEN=" + start->activationToken);

@@ -42,14 +42,9 @@ struct OpeningSettings {
     // (xdg-activation); empty when there is none. Called on the main thread; may be empty.
     std::function<std::string(const std::string& identifier)> activationToken = {};
 
-    // Tells when a started application shows its first window; used on the main thread, and only
-    // while something starts. Outlives the workspace; null: no first window is ever seen.
+    // Tells whether windows are listed, and when a started application shows its first one; used on
+    // the main thread. Outlives the workspace; null: windows are not listed.
     RunningApplications* running = nullptr;
-
-    // Whether the session lists windows at all. Called when a service has been activated, on a
-    // thread of its own, perhaps after the workspace has ended. Empty: the session does not list
-    // them.
-    std::function<bool()> seesWindows = {};
 
     // How long a started program is watched for an early end.
     std::chrono::milliseconds patience{2000};
@@ -81,9 +76,11 @@ struct OpeningSettings {
 //
 // While an application is starting, it is not started again: the completion comes without error
 // and with nothing running. It is starting until it shows a window, it ends, or `startingTime` has
-// passed and, with a service, its answer has come. Where windows cannot be listed, the answer ends
-// the start of a service. This holds only for openings that are to come to the front and
-// have no address; the others are started each time.
+// passed and, with a service, its answer has come. This holds only for openings that are to come to
+// the front and have no address; the others are started each time. Where windows
+// are not listed, an entry that shows one main window however often it is started
+// (SingleMainWindow=true, DBusActivatable=true) counts as starting only until its service has
+// answered: there a click can bring its window forward only by starting it again.
 //
 // An address is put in place of %u and %U in an entry's command, or given to its service; bundles
 // know nothing of it.

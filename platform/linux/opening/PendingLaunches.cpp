@@ -2,12 +2,13 @@
 
 namespace tavo {
 
-std::shared_ptr<PendingLaunch> PendingLaunches::begin(const std::string& path) {
+std::shared_ptr<PendingLaunch> PendingLaunches::begin(const std::string& path, bool last) {
     std::erase_if(starts_, [](const auto& start) { return !start.second->lasts(); });
     if (starts_.contains(path)) {
         return nullptr;
     }
-    auto start = beginUnnoticed();
+    auto start = last ? beginUnnoticed()
+                      : std::make_shared<PendingLaunch>(PendingLaunch::Clock::time_point());
     starts_.emplace(path, start);
     return start;
 }

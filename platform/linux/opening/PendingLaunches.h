@@ -43,8 +43,9 @@ public:
     // `time`: how long a start lasts unless over() is called before.
     explicit PendingLaunches(std::chrono::milliseconds time) : time_(time) {}
 
-    // A new start of the application at `path`; null while an earlier one lasts.
-    [[nodiscard]] std::shared_ptr<PendingLaunch> begin(const std::string& path);
+    // A new start of the application at `path`; null while an earlier one lasts. A start that does
+    // not `last` is over at once, but for the time in which it awaits an answer.
+    [[nodiscard]] std::shared_ptr<PendingLaunch> begin(const std::string& path, bool last = true);
 
     // A start that does not prevent others of the same application.
     [[nodiscard]] std::shared_ptr<PendingLaunch> beginUnnoticed() const;

@@ -10,11 +10,14 @@
 
 namespace tavo {
 
-// `wayland`: in a Wayland session (isWaylandSession) the compositor is asked, else the X server at
-// DISPLAY; without either nothing runs. Connects at the first question, so that it does not delay
-// the program's start.
+class SessionBus;
+
+// `wayland`: in a Wayland session (isWaylandSession) the compositor is asked, by its list of
+// toplevel windows, else over the session bus. Otherwise the X server at DISPLAY is asked; without
+// either nothing runs. Connects at the first question, so that it does not delay the program's
+// start. `bus` must outlive the result.
 std::unique_ptr<RunningApplications> makeSessionRunningApplications(
-    const StartEnvironment& environment, bool wayland, std::shared_ptr<DesktopEntryIndex> listed,
-    UserTime userTime);
+    const StartEnvironment& environment, bool wayland, SessionBus& bus,
+    std::shared_ptr<DesktopEntryIndex> listed, UserTime userTime);
 
 }  // namespace tavo

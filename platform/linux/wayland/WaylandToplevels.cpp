@@ -34,15 +34,15 @@ struct WaylandToplevels::Listeners {
 
     static void toplevel(void* data, zwlr_foreign_toplevel_manager_v1* /*manager*/,
                          zwlr_foreign_toplevel_handle_v1* handle) {
-        WaylandToplevel& window = self(data).windows_.emplace_back();
+        Toplevel& window = self(data).windows_.emplace_back();
         window.handle = handle;
         zwlr_foreign_toplevel_handle_v1_add_listener(handle, &kHandle, &window);
     }
 
-    static WaylandToplevel& told(void* data) { return *static_cast<WaylandToplevel*>(data); }
+    static Toplevel& told(void* data) { return *static_cast<Toplevel*>(data); }
 
     static void appId(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/, const char* appId) {
-        told(data).appId = appId;
+        told(data).names.appId = appId;
     }
 
     static void state(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/, wl_array* states) {
@@ -52,13 +52,13 @@ struct WaylandToplevels::Listeners {
             return std::find(all.begin(), all.end(), state) != all.end();
         };
         told(data).minimised = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_MINIMIZED);
-        told(data).activated = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED);
+        told(data).active = has(ZWLR_FOREIGN_TOPLEVEL_HANDLE_V1_STATE_ACTIVATED);
     }
 
     // The handle of a closed window stays valid until we destroy it; the compositor ignores
     // requests on it. Without a name the window matches no application.
     static void closed(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/) {
-        told(data).appId.clear();
+        told(data).names.appId.clear();
     }
 
     static void parent(void* data, zwlr_foreign_toplevel_handle_v1* /*handle*/,
@@ -66,7 +66,7 @@ struct WaylandToplevels::Listeners {
         // The compositor lists a parent before its dialogs, and a closed window stays in windows_.
         told(data).parent = parent == nullptr
                                 ? nullptr
-                                : static_cast<const WaylandToplevel*>(
+                                : static_cast<const Toplevel*>(
                                       zwlr_foreign_toplevel_handle_v1_get_user_data(parent));
     }
 
@@ -97,12 +97,21 @@ std::unique_ptr<WaylandToplevels> WaylandToplevels::ask(const std::string& displ
 WaylandToplevels::WaylandToplevels(wl_display* display)
     : display_(display), registry_(wl_display_get_registry(display)) {
     wl_registry_add_listener(registry_, &Listeners::kRegistry, this);
-    // The first round trip brings the globals, the second one all windows.
-    tells_ = waitForCompositor(display_, nullptr) && seat_ != nullptr && manager_ != nullptr &&
-             waitForCompositor(display_, nullptr);
-    if (!tells_) {
+    state_ = readWindows();
+    if (state_ != State::listed) {
         dropWindows();
     }
+}
+
+// The first round trip brings the globals, the second one all windows.
+WaylandToplevels::State WaylandToplevels::readWindows() {
+    if (!waitForCompositor(display_, nullptr)) {
+        return State::silent;
+    }
+    if (seat_ == nullptr || manager_ == nullptr) {
+        return State::notListed;
+    }
+    return waitForCompositor(display_, nullptr) ? State::listed : State::silent;
 }
 
 WaylandToplevels::~WaylandToplevels() {
@@ -118,18 +127,27 @@ WaylandToplevels::~WaylandToplevels() {
 }
 
 void WaylandToplevels::dropWindows() {
-    for (const WaylandToplevel& window : windows_) {
+    for (const Toplevel& window : windows_) {
         zwlr_foreign_toplevel_handle_v1_destroy(window.handle);
     }
     windows_.clear();
 }
 
-void WaylandToplevels::front(const std::vector<const WaylandToplevel*>& windows) {
-    for (const WaylandToplevel* const window : windows) {
+std::vector<const CompositorWindow*> WaylandToplevels::windows() const {
+    std::vector<const CompositorWindow*> windows;
+    for (const Toplevel& window : windows_) {
+        windows.push_back(&window);
+    }
+    return windows;
+}
+
+void WaylandToplevels::front(const std::vector<const CompositorWindow*>& windows) {
+    for (const CompositorWindow* const window : windows) {
+        auto* const handle = static_cast<const Toplevel*>(window)->handle;
         if (window->minimised) {
-            zwlr_foreign_toplevel_handle_v1_unset_minimized(window->handle);
+            zwlr_foreign_toplevel_handle_v1_unset_minimized(handle);
         }
-        zwlr_foreign_toplevel_handle_v1_activate(window->handle, seat_);
+        zwlr_foreign_toplevel_handle_v1_activate(handle, seat_);
     }
     waitForCompositor(display_, nullptr);
 }

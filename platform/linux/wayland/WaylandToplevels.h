@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/windows/CompositorWindows.h"
+
 struct wl_display;
 struct wl_registry;
 struct wl_seat;
@@ -15,46 +17,45 @@ struct zwlr_foreign_toplevel_manager_v1;
 
 namespace tavo {
 
-struct WaylandToplevel {
-    std::string appId;
-    bool minimised = false;
-    bool activated = false;
-    zwlr_foreign_toplevel_handle_v1* handle = nullptr;
-    const WaylandToplevel* parent = nullptr;  // the listed window that it is a dialog of
-};
-
 // The windows as they are when the object is made, over a connection of its own. Do not keep it for
 // long: the compositor sends every change of every window to it. Use on one thread only.
-class WaylandToplevels {
+class WaylandToplevels final : public CompositorWindowList {
 public:
     // Null when no compositor listens at `display`.
     static std::unique_ptr<WaylandToplevels> ask(const std::string& display);
     WaylandToplevels(const WaylandToplevels&) = delete;
     WaylandToplevels& operator=(const WaylandToplevels&) = delete;
-    ~WaylandToplevels();
+    ~WaylandToplevels() override;
 
-    // Whether the compositor lists its windows, and did in time (0.5 s a round trip).
-    [[nodiscard]] bool tells() const { return tells_; }
+    enum class State {
+        listed,
+        notListed,  // the compositor answered, and does not list windows
+        silent,     // no answer within half a second
+    };
+    [[nodiscard]] State state() const { return state_; }
 
-    // In the compositor's order; empty unless tells().
-    [[nodiscard]] const std::deque<WaylandToplevel>& windows() const { return windows_; }
+    // Empty unless `listed`. A window tells its application id alone.
+    [[nodiscard]] std::vector<const CompositorWindow*> windows() const override;
 
-    // Activates each window in this order, and restores minimised ones. Returns when the compositor
-    // has done so, or after 0.5 s.
-    void front(const std::vector<const WaylandToplevel*>& windows);
+    // Returns when the compositor has done so, or after half a second.
+    void front(const std::vector<const CompositorWindow*>& windows) override;
 
 private:
     struct Listeners;
+    struct Toplevel : CompositorWindow {
+        zwlr_foreign_toplevel_handle_v1* handle = nullptr;
+    };
 
     explicit WaylandToplevels(wl_display* display);
+    State readWindows();
     void dropWindows();
 
     wl_display* display_;
     wl_registry* registry_ = nullptr;
     wl_seat* seat_ = nullptr;
     zwlr_foreign_toplevel_manager_v1* manager_ = nullptr;
-    bool tells_ = false;
-    std::deque<WaylandToplevel> windows_;  // a deque: listeners hold pointers to its elements
+    State state_ = State::silent;
+    std::deque<Toplevel> windows_;  // a deque: listeners hold pointers to its elements
 };
 
 }  // namespace tavo

@@ -11,6 +11,8 @@ public:
         return {};
     }
 
+    bool listsWindows() override { return false; }
+
     std::optional<RunningApplication> withProcess(std::int32_t /*processIdentifier*/) override {
         return std::nullopt;
     }

@@ -44,7 +44,7 @@ public:
         if (identifier.empty() || !connected()) {
             return found;
         }
-        XcbWindowList list = windows_->list();
+        XcbWindowList list = this->list();
         readActive();
         const Windows windows = windowsOf(identifier, list);
         for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
@@ -60,9 +60,11 @@ public:
         return found;
     }
 
+    bool listsWindows() override { return windows_ != nullptr && managed_; }
+
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
         click_.reset();
-        if (!connected() || windowsOf(processIdentifier, windows_->list()).empty()) {
+        if (!connected() || windowsOf(processIdentifier, list()).empty()) {
             return std::nullopt;
         }
         processes_.remember(processIdentifier);
@@ -74,7 +76,7 @@ public:
         if (!connected()) {
             return false;
         }
-        const XcbWindowList list = windows_->list();
+        const XcbWindowList list = this->list();
         return !windowsOf(application.identifier, list).empty() ||
                !windowsOf(application.processIdentifier, list).empty();
     }
@@ -145,7 +147,7 @@ private:
     XcbWindowList listFor(const std::string& identifier) {
         auto click = std::exchange(click_, std::nullopt);
         return click && click->list && click->identifier == identifier ? std::move(*click->list)
-                                                                       : windows_->list();
+                                                                       : list();
     }
 
     bool connected() {
@@ -164,6 +166,12 @@ private:
             }
         }
         return windows_ != nullptr;
+    }
+
+    XcbWindowList list() {
+        XcbWindowList list = windows_->list();
+        managed_ = list.managed;
+        return list;
     }
 
     [[nodiscard]] std::optional<xcb_timestamp_t> lastInput() const {
@@ -226,6 +234,7 @@ private:
 
     std::unique_ptr<XcbConnection> connection_;
     std::unique_ptr<XcbWindows> windows_;
+    bool managed_ = false;  // whether a window manager listed the windows last read
     ProcessRegistry processes_;
     std::unordered_map<std::string, Request> requests_;  // by identifier
     std::optional<Asked> asked_;

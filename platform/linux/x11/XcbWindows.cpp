@@ -20,6 +20,7 @@ namespace {
 constexpr std::array kAtomNames = {
     "_NET_CLIENT_LIST_STACKING",
     "_NET_CLIENT_LIST",
+    "_NET_SUPPORTING_WM_CHECK",
     "_NET_ACTIVE_WINDOW",
     "_NET_CURRENT_DESKTOP",
     "_NET_WM_DESKTOP",
@@ -188,6 +189,7 @@ XcbWindowList XcbWindows::list() {
     const auto mapped =
         connection_.property(root, atom(kClientList), XCB_ATOM_WINDOW, kMostWindows * 4);
     const auto active = connection_.property(root, atom(kActiveWindow), XCB_ATOM_WINDOW, 4);
+    const auto check = connection_.property(root, atom(kSupportingWmCheck), XCB_ATOM_WINDOW);
     std::vector<std::uint32_t> ids = connection_.numbers(stacking);
     // xfwm4 4.18 leaves an only window out of _NET_CLIENT_LIST_STACKING, so it is taken from
     // _NET_CLIENT_LIST.
@@ -200,6 +202,7 @@ XcbWindowList XcbWindows::list() {
 
     XcbWindowList list;
     list.active = connection_.number(active).value_or(XCB_WINDOW_NONE);
+    list.managed = connection_.number(check).has_value();
     std::vector<Cookies> cookies;
     for (const std::uint32_t id : ids) {
         cookies.push_back(askAbout(id));

@@ -33,6 +33,7 @@ struct XcbWindowList {
     XcbWindowList& operator=(const XcbWindowList&) = delete;
     ~XcbWindowList() = default;
 
+    bool managed = false;            // a window manager lists windows
     std::vector<XcbWindow> windows;  // the bottom one first
     xcb_window_t active = XCB_WINDOW_NONE;
 
@@ -78,6 +79,7 @@ private:
     enum Atom : std::size_t {
         kClientListStacking,
         kClientList,
+        kSupportingWmCheck,
         kActiveWindow,
         kCurrentDesktop,
         kWmDesktop,

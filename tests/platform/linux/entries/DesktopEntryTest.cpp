@@ -41,6 +41,7 @@ TEST(DesktopEntry, reads_every_key_that_matters) {
         "Terminal=true\n"
         "StartupNotify=true\n"
         "DBusActivatable=true\n"
+        "SingleMainWindow=true\n"
         "Categories=Utility;\n"
         "\n"
         "[Desktop Action new]\n"
@@ -58,7 +59,7 @@ TEST(DesktopEntry, reads_every_key_that_matters) {
     expected.onlyShowIn = {"GNOME", "XFCE"};
     expected.notShowIn = {"KDE"};
     expected.hidden = expected.noDisplay = expected.terminal = true;
-    expected.startupNotify = expected.dbusActivatable = true;
+    expected.startupNotify = expected.dbusActivatable = expected.singleMainWindow = true;
     EXPECT_EQ(*entry, expected);
 }
 

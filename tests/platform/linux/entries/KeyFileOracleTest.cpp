@@ -98,6 +98,7 @@ void expectSame(const std::string& bytes) {
     EXPECT_EQ(entry->terminal, oracle.boolean("Terminal"));
     EXPECT_EQ(entry->startupNotify, oracle.boolean("StartupNotify"));
     EXPECT_EQ(entry->dbusActivatable, oracle.boolean("DBusActivatable"));
+    EXPECT_EQ(entry->singleMainWindow, oracle.boolean("SingleMainWindow"));
 }
 
 const std::string kEntry =
@@ -122,6 +123,7 @@ const std::string kEntry =
     "Terminal=true\n"
     "StartupNotify=0\n"
     "DBusActivatable=true\n"
+    "SingleMainWindow=true\n"
     "\n"
     "[Desktop Action a]\n"
     "Name=New\n";

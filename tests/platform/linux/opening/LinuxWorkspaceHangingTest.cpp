@@ -1,9 +1,7 @@
-// A disk, an X server and a window listing that hang: other applications open, and ending is quick.
+// A disk and an X server that hang: other applications open, and ending is quick.
 #include <csignal>
-#include <latch>
 
 #include "tests/platform/linux/fixtures/OpeningFixture.h"
-#include "tests/platform/linux/fixtures/PrivateBus.h"
 #include "tests/platform/linux/fixtures/SilentSocket.h"
 
 namespace tavo {
@@ -70,27 +68,6 @@ TEST_F(HangingOpening, an_x_server_that_hangs_holds_up_no_end) {
     // thread.
     EXPECT_TRUE(processes::children().empty());
     EXPECT_EQ(reported(), "ran");
-}
-
-TEST_F(HangingOpening, a_window_listing_that_hangs_holds_up_nothing_else) {
-    constexpr const char* kName = "org.example.Activatable";
-    const processes::PrivateBus bus(folder_);
-    bus.addService(kName, std::string(TAVO_TEST_PROGRAMS) + "/tavo_activatable_service " + kName +
-                              " " + report_.path() + " answer");
-    const auto asked = std::make_shared<std::latch>(1);
-    const auto answered = std::make_shared<std::latch>(1);
-    watchWindows([asked, answered] {
-        asked->count_down();
-        answered->wait();
-        return true;
-    });
-    Openings opening(queue_);
-    begin(entry("DBusActivatable=true\n", std::string(kName) + ".desktop"), opening);
-    EXPECT_EQ(reported(), "Activate id= token=");
-    asked->wait();
-    expectNothingWaits();
-    EXPECT_EQ(opening.now().calls, 0);
-    answered->count_down();
 }
 
 }  // namespace

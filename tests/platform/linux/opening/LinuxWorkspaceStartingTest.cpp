@@ -54,6 +54,12 @@ protected:
         drain();
     }
 
+    // Kills the program.
+    void forget(pid_t process) {
+        processes::endProcess(process);
+        running_.erase(process);
+    }
+
 private:
     FileDescriptor hold_;
     std::set<pid_t> running_;
@@ -264,10 +270,43 @@ TEST_F(Starting, a_bundle_gets_what_brings_it_forward_unless_it_is_not_to_be_act
     EXPECT_EQ(reported(), "/");
 }
 
-TEST_F(Starting, an_entry_gets_the_sessions_token) {
+TEST_F(Starting, an_entry_gets_the_sessions_token_for_newer_and_for_older_toolkits) {
     giveTokens([](const std::string& identifier) { return "for " + identifier; });
-    open(scriptEntry("echo \"$XDG_ACTIVATION_TOKEN\" >" + report_.path()));
-    EXPECT_EQ(reported(), "for app.desktop");
+    open(scriptEntry("echo \"$XDG_ACTIVATION_TOKEN, $DESKTOP_STARTUP_ID\" >" + report_.path()));
+    EXPECT_EQ(reported(), "for app.desktop, for app.desktop");
+}
+
+TEST_F(Starting, where_windows_are_not_listed_what_has_one_window_is_started_at_each_click) {
+    struct Row {
+        const char* name;
+        bool lists;
+        const char* lines;
+        bool again;
+    };
+    constexpr Row kRows[] = {
+        {"not listed, one window", false, "SingleMainWindow=true\n", true},
+        {"not listed, any number", false, "", false},
+        {"listed, one window", true, "SingleMainWindow=true\n", false},
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        windows_.lists = row.lists;
+        watchWindows();
+        const std::string path = scriptEntry(body(), row.lines);
+        Openings opening(queue_);
+        begin(path, opening);
+        started();
+        begin(path, opening);
+        if (row.again) {
+            started();
+        }
+        drain();
+        EXPECT_EQ(processes::children().size(), row.again ? 2U : 1U);
+        workspace_.reset();
+        for (const pid_t process : processes::children()) {
+            forget(process);
+        }
+    }
 }
 
 }  // namespace

@@ -53,6 +53,16 @@ TEST(PendingLaunches, a_start_that_awaits_an_answer_lasts_until_it_is_there) {
     EXPECT_TRUE(starts.begin("/a"));
 }
 
+TEST(PendingLaunches, a_start_that_does_not_last_counts_while_it_awaits_an_answer) {
+    PendingLaunches starts(kLong);
+    const auto first = starts.begin("/a", false);
+    EXPECT_FALSE(first->lasts());
+    first->awaitAnswer();
+    EXPECT_FALSE(starts.begin("/a", false));
+    first->answered();
+    EXPECT_TRUE(starts.begin("/a", false));
+}
+
 TEST(PendingLaunches, once_answered_a_start_lasts_for_the_rest_of_its_time) {
     for (const auto& [time, lasts] : {std::pair(kNothing, false), {kLong, true}}) {
         PendingLaunches starts(time);

@@ -6,8 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/linux/dbus/SessionBus.h"
 #include "platform/linux/session/SessionRunningApplications.h"
-#include "platform/linux/wayland/WaylandRunningApplications.h"
 #include "platform/linux/wayland/WaylandSession.h"
 #include "support/ApplicationId.h"
 #include "tests/contracts/RunningApplicationsContract.h"
@@ -18,6 +18,13 @@ namespace tavo {
 namespace {
 
 using processes::becomesTrue;
+
+std::unique_ptr<RunningApplications> onWayland(
+    const std::string& display, SessionBus& bus,
+    std::shared_ptr<DesktopEntryIndex> listed = std::make_shared<DesktopEntryIndex>()) {
+    return makeSessionRunningApplications(StartEnvironment({"WAYLAND_DISPLAY=" + display}), true,
+                                          bus, std::move(listed), {});
+}
 
 struct WaylandRig {
     static constexpr bool kTellsProcesses = false;
@@ -60,18 +67,18 @@ struct WaylandRig {
     WaylandDesktop desktop_;
     std::optional<WaylandDesktop::Window> launcher_;
     std::map<pid_t, WaylandDesktop::Window> windows_;
-    std::unique_ptr<RunningApplications> running_ = makeWaylandRunningApplications(
-        desktop_.display(), std::make_shared<DesktopEntryIndex>(), kApplicationId);
+    SessionBus bus_{""};
+    std::unique_ptr<RunningApplications> running_ = onWayland(desktop_.display(), bus_);
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Wayland, RunningApplicationsContract, WaylandRig);
 
-class WaylandRunningApplicationsTest : public testing::Test {
+class WaylandSessionTest : public testing::Test {
 protected:
     void SetUp() override {
         listed_->replace({{"org.example.Editor.desktop", "/a/editor.desktop", "EditorWindow", ""},
                           {"tool.desktop", "/a/tool.desktop", "", "tool-program"}});
-        running_ = makeWaylandRunningApplications(desktop_.display(), listed_, kApplicationId);
+        running_ = onWayland(desktop_.display(), bus_, listed_);
     }
 
     [[nodiscard]] bool runs(const char* identifier) {
@@ -119,10 +126,11 @@ protected:
 
     WaylandDesktop desktop_;
     std::shared_ptr<DesktopEntryIndex> listed_ = std::make_shared<DesktopEntryIndex>();
+    SessionBus bus_{""};
     std::unique_ptr<RunningApplications> running_;
 };
 
-TEST_F(WaylandRunningApplicationsTest, windows_are_told_by_their_application_id) {
+TEST_F(WaylandSessionTest, windows_are_told_by_their_application_id) {
     EXPECT_FALSE(runs("org.example.Editor.desktop"));
     const auto stated = desktop_.open("editorwindow");
     EXPECT_TRUE(runs("org.example.Editor.desktop"));
@@ -132,7 +140,7 @@ TEST_F(WaylandRunningApplicationsTest, windows_are_told_by_their_application_id)
     EXPECT_FALSE(runs(""));
 }
 
-TEST_F(WaylandRunningApplicationsTest, all_windows_come_forward_the_newest_last) {
+TEST_F(WaylandSessionTest, all_windows_come_forward_the_newest_last) {
     const auto first = desktop_.open("tool");
     const auto second = desktop_.open("tool");
     const auto other = goToAnotherWorkspace();
@@ -140,7 +148,7 @@ TEST_F(WaylandRunningApplicationsTest, all_windows_come_forward_the_newest_last)
     EXPECT_TRUE(becomesFocused(second));
 }
 
-TEST_F(WaylandRunningApplicationsTest, the_active_window_stays_the_active_one) {
+TEST_F(WaylandSessionTest, the_active_window_stays_the_active_one) {
     const auto first = desktop_.open("tool");
     const auto second = desktop_.open("tool");
     ASSERT_TRUE(becomesFocused(second));
@@ -149,7 +157,7 @@ TEST_F(WaylandRunningApplicationsTest, the_active_window_stays_the_active_one) {
     EXPECT_TRUE(becomesFocused(first));
 }
 
-TEST_F(WaylandRunningApplicationsTest, a_process_comes_forward_as_what_it_was_started_as) {
+TEST_F(WaylandSessionTest, a_process_comes_forward_as_what_it_was_started_as) {
     const auto editor =
         desktop_.open("editorwindow", {"GIO_LAUNCHED_DESKTOP_FILE=/a/editor.desktop"});
     const auto other = desktop_.open(kApplicationId);
@@ -160,7 +168,7 @@ TEST_F(WaylandRunningApplicationsTest, a_process_comes_forward_as_what_it_was_st
     EXPECT_TRUE(becomesFocused(editor));
 }
 
-TEST_F(WaylandRunningApplicationsTest, a_started_program_that_the_user_has_left_steals_nothing) {
+TEST_F(WaylandSessionTest, a_started_program_that_the_user_has_left_steals_nothing) {
     const LeftStart start = startToolAndLeave();
     running_->activateAllWindows({start.tool.process, "tool.desktop"});
     EXPECT_EQ(desktop_.focused(), start.elsewhere.process);
@@ -169,7 +177,7 @@ TEST_F(WaylandRunningApplicationsTest, a_started_program_that_the_user_has_left_
     EXPECT_TRUE(becomesFocused(start.tool));
 }
 
-TEST_F(WaylandRunningApplicationsTest, a_question_is_no_click) {
+TEST_F(WaylandSessionTest, a_question_is_no_click) {
     const LeftStart start = startToolAndLeave();
     EXPECT_TRUE(runs("tool.desktop"));
     EXPECT_TRUE(running_->showsWindow({start.tool.process, "tool.desktop"}));
@@ -177,14 +185,14 @@ TEST_F(WaylandRunningApplicationsTest, a_question_is_no_click) {
     EXPECT_EQ(desktop_.focused(), start.elsewhere.process);
 }
 
-TEST_F(WaylandRunningApplicationsTest, a_window_on_another_workspace_is_gone_to) {
+TEST_F(WaylandSessionTest, a_window_on_another_workspace_is_gone_to) {
     const auto tool = desktop_.open("tool");
     const auto other = goToAnotherWorkspace();
     click("tool.desktop");
     EXPECT_TRUE(becomesFocused(tool));
 }
 
-TEST_F(WaylandRunningApplicationsTest, processes_of_others_do_not_count) {
+TEST_F(WaylandSessionTest, processes_of_others_do_not_count) {
     if (::geteuid() == 0) {
         EXPECT_EQ(running_->withProcess(desktop_.compositor()), std::nullopt);
     } else {
@@ -193,7 +201,7 @@ TEST_F(WaylandRunningApplicationsTest, processes_of_others_do_not_count) {
     EXPECT_TRUE(running_->withProcess(::getpid()));
 }
 
-TEST_F(WaylandRunningApplicationsTest, a_compositor_that_stands_still_holds_up_no_subscription) {
+TEST_F(WaylandSessionTest, a_compositor_that_stands_still_holds_up_no_subscription) {
     constexpr std::chrono::milliseconds kOneLook{500};
     const RunningApplication started{0, "tool.desktop"};
     ASSERT_FALSE(running_->showsWindow(started));
@@ -211,9 +219,10 @@ TEST_F(WaylandRunningApplicationsTest, a_compositor_that_stands_still_holds_up_n
         [&] { return told > 0 && running_->showsWindow(started); }));
 }
 
-TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {
-    const auto running = makeWaylandRunningApplications(
-        "/nonexistent/wayland-0", std::make_shared<DesktopEntryIndex>(), kApplicationId);
+TEST(WaylandSession, a_compositor_that_is_not_there_cannot_tell) {
+    SessionBus bus("");
+    const auto running = onWayland("/nonexistent/wayland-0", bus);
+    EXPECT_FALSE(running->listsWindows());
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     running->activateAllWindows({0, "a.desktop"});
     running->activateAllWindows({::getpid(), ""});
@@ -221,9 +230,10 @@ TEST(WaylandRunningApplications, a_compositor_that_is_not_there_cannot_tell) {
 }
 
 TEST(SessionRunningApplications, without_any_display_nothing_is_known) {
+    SessionBus bus("");
     const StartEnvironment environment({"PATH=/bin"});
     EXPECT_FALSE(isWaylandSession(environment));
-    const auto running = makeSessionRunningApplications(environment, false,
+    const auto running = makeSessionRunningApplications(environment, false, bus,
                                                         std::make_shared<DesktopEntryIndex>(), {});
     EXPECT_TRUE(running->withIdentifier("a.desktop").empty());
     EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);
@@ -233,10 +243,11 @@ TEST(SessionRunningApplications, without_any_display_nothing_is_known) {
 
 TEST(SessionRunningApplications, a_wayland_session_is_asked_before_an_x_server) {
     const WaylandDesktop desktop;
+    SessionBus bus("");
     const StartEnvironment environment(
         {"WAYLAND_DISPLAY=" + desktop.display(), "DISPLAY=:7654321"});
     EXPECT_TRUE(isWaylandSession(environment));
-    const auto running = makeSessionRunningApplications(environment, true,
+    const auto running = makeSessionRunningApplications(environment, true, bus,
                                                         std::make_shared<DesktopEntryIndex>(), {});
     // Shows that Wayland was asked: on X11 a process without windows does not count as running.
     EXPECT_TRUE(running->withProcess(::getpid()));
@@ -246,6 +257,7 @@ TEST(SessionRunningApplications, a_left_over_name_of_a_compositor_hides_no_x_ser
     XDesktop desktop(Manager::none);
     WindowedProgram program(desktop);
     desktop.claim({program.open("class=app")});
+    SessionBus bus("");
     for (const std::string name : {"", "/nonexistent/wayland-0", "wayland-77"}) {
         SCOPED_TRACE(name);
         const StartEnvironment environment(
@@ -253,7 +265,7 @@ TEST(SessionRunningApplications, a_left_over_name_of_a_compositor_hides_no_x_ser
         const bool wayland = isWaylandSession(environment);
         EXPECT_FALSE(wayland);
         const auto running = makeSessionRunningApplications(
-            environment, wayland, std::make_shared<DesktopEntryIndex>(), {});
+            environment, wayland, bus, std::make_shared<DesktopEntryIndex>(), {});
         EXPECT_EQ(running->withIdentifier("app.desktop").size(), 1U);
         EXPECT_TRUE(running->withProcess(program.process()));
         EXPECT_EQ(running->withProcess(::getpid()), std::nullopt);

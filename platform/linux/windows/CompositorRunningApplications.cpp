@@ -1,4 +1,4 @@
-#include "platform/linux/wayland/WaylandRunningApplications.h"
+#include "platform/linux/windows/CompositorRunningApplications.h"
 
 #include <algorithm>
 #include <optional>
@@ -6,8 +6,6 @@
 #include <utility>
 
 #include "platform/linux/system/ProcessInfo.h"
-#include "platform/linux/wayland/WaylandToplevelWatch.h"
-#include "platform/linux/wayland/WaylandToplevels.h"
 #include "platform/linux/windows/ProcessRegistry.h"
 #include "platform/linux/windows/TransientRoot.h"
 #include "platform/linux/windows/WindowMatcher.h"
@@ -15,31 +13,33 @@
 namespace tavo {
 namespace {
 
-class WaylandRunningApplications final : public RunningApplications {
+class CompositorRunningApplications final : public RunningApplications {
 public:
-    WaylandRunningApplications(std::string display, std::shared_ptr<DesktopEntryIndex> listed,
-                               std::string ownAppId)
-        : display_(std::move(display)),
+    CompositorRunningApplications(std::unique_ptr<CompositorWindows> windows,
+                                  std::shared_ptr<DesktopEntryIndex> listed, std::string ownAppId)
+        : windows_(std::move(windows)),
           matcher_(std::move(listed)),
           ownAppId_(std::move(ownAppId)) {}
 
     void noteUserRequest(const std::string& identifier) override {
-        const auto toplevels = WaylandToplevels::ask(display_);
-        activeAtRequest_[identifier] = toplevels ? activeAppId(*toplevels) : std::string();
+        const List list = ask();
+        activeAtRequest_[identifier] = list ? activeAppId(*list) : std::string();
         click_ = {identifier, nullptr};
     }
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
         const Click click = std::exchange(click_, {});
-        auto toplevels = WaylandToplevels::ask(display_);
-        if (!toplevels || windowsOf(identifier, *toplevels).empty()) {
+        List list = ask();
+        if (!list || windowsOf(identifier, *list).empty()) {
             return {};
         }
         if (click.identifier == identifier) {
-            click_ = {identifier, std::move(toplevels)};
+            click_ = {identifier, std::move(list)};
         }
         return {{0, identifier}};
     }
+
+    bool listsWindows() override { return lists_; }
 
     std::optional<RunningApplication> withProcess(std::int32_t processIdentifier) override {
         click_ = {};
@@ -53,12 +53,12 @@ public:
     // Looks for windows of the identifier alone: a window does not tell its process.
     bool showsWindow(const RunningApplication& application) override {
         click_ = {};
-        const auto toplevels = WaylandToplevels::ask(display_);
-        return toplevels && !windowsOf(application.identifier, *toplevels).empty();
+        const List list = ask();
+        return list && !windowsOf(application.identifier, *list).empty();
     }
 
     Subscription onWindowsChanged(std::function<void()> changed) override {
-        return watchWaylandToplevels(display_, std::move(changed));
+        return windows_->onChanged(std::move(changed));
     }
 
     std::optional<std::string> executablePath(const RunningApplication& application) override {
@@ -79,82 +79,92 @@ public:
         if (identifier.empty()) {
             return;
         }
-        const auto toplevels = click.toplevels && click.identifier == identifier
-                                   ? std::move(click.toplevels)
-                                   : WaylandToplevels::ask(display_);
-        if (!toplevels) {
+        const List list =
+            click.list && click.identifier == identifier ? std::move(click.list) : ask();
+        if (!list) {
             return;
         }
-        Windows windows = windowsOf(identifier, *toplevels);
-        if (windows.empty() || userHasLeft(*toplevels, windows, identifier)) {
+        Windows windows = windowsOf(identifier, *list);
+        if (windows.empty() || userHasLeft(*list, windows, identifier)) {
             return;
         }
         std::reverse(windows.begin(), windows.end());
         std::stable_partition(windows.begin(), windows.end(),
-                              [](const WaylandToplevel* window) { return !window->activated; });
-        toplevels->front(windows);
+                              [](const CompositorWindow* window) { return !window->active; });
+        list->front(windows);
     }
 
 private:
-    using Windows = std::vector<const WaylandToplevel*>;
+    using List = std::unique_ptr<CompositorWindowList>;
+    using Windows = std::vector<const CompositorWindow*>;
 
     // A click on a running application calls noteUserRequest(), withIdentifier() and
     // activateAllWindows() in turn. The last one uses the windows that withIdentifier() has found.
     struct Click {
         std::string identifier;
-        std::unique_ptr<WaylandToplevels> toplevels;  // set by withIdentifier()
+        List list;  // set by withIdentifier()
     };
+
+    List ask() {
+        List list = windows_->list();
+        lists_ = list != nullptr;
+        return list;
+    }
 
     // The windows of `identifier`, in the compositor's order; none for an empty identifier.
     [[nodiscard]] Windows windowsOf(const std::string& identifier,
-                                    const WaylandToplevels& toplevels) {
+                                    const CompositorWindowList& list) {
         if (identifier.empty()) {
             return {};
         }
         const WindowMatcher& matcher = matcher_.get();
-        Windows found;
-        for (const WaylandToplevel& window : toplevels.windows()) {
-            const std::string& appId = transientRoot(window).appId;
-            if (matcher.owner({"", "", appId}, nullptr, identifier) == identifier) {
-                found.push_back(&window);
-            }
-        }
-        return found;
+        Windows windows = list.windows();
+        std::erase_if(windows, [&](const CompositorWindow* window) {
+            return matcher.owner(transientRoot(*window).names, nullptr, identifier) != identifier;
+        });
+        return windows;
     }
 
-    static std::string activeAppId(const WaylandToplevels& toplevels) {
-        const auto& windows = toplevels.windows();
+    // The application id of the active window: empty when no window is active, absent when it is
+    // not known which one is.
+    static std::optional<std::string> activeAppId(const CompositorWindowList& list) {
+        const Windows windows = list.windows();
         const auto active = std::find_if(windows.begin(), windows.end(),
-                                         [](const auto& window) { return window.activated; });
-        return active == windows.end() ? std::string() : active->appId;
+                                         [](const auto* window) { return window->active; });
+        if (active != windows.end()) {
+            return (*active)->names.appId;
+        }
+        return list.knowsActive() ? std::optional(std::string()) : std::nullopt;
     }
 
-    [[nodiscard]] bool userHasLeft(const WaylandToplevels& toplevels, const Windows& windows,
+    [[nodiscard]] bool userHasLeft(const CompositorWindowList& list, const Windows& windows,
                                    const std::string& identifier) const {
-        const std::string active = activeAppId(toplevels);
+        const std::optional<std::string> active = activeAppId(list);
         const bool isOurs =
-            active.empty() || active == ownAppId_ ||
+            (active && (active->empty() || *active == ownAppId_)) ||
             std::any_of(windows.begin(), windows.end(),
-                        [](const WaylandToplevel* window) { return window->activated; });
+                        [](const CompositorWindow* window) { return window->active; });
         const auto atRequest = activeAtRequest_.find(identifier);
         return !isOurs && (atRequest == activeAtRequest_.end() || atRequest->second != active);
     }
 
-    const std::string display_;
+    const std::unique_ptr<CompositorWindows> windows_;
+    bool lists_ = false;  // whether the latest question was answered
     LatestWindowMatcher matcher_;
     const std::string ownAppId_;
 
     ProcessRegistry processes_;
     Click click_;  // kept until a call that is not the click's next one
-    std::unordered_map<std::string, std::string> activeAtRequest_;  // by identifier
+    std::unordered_map<std::string, std::optional<std::string>> activeAtRequest_;  // by identifier
 };
 
 }  // namespace
 
-std::unique_ptr<RunningApplications> makeWaylandRunningApplications(
-    std::string display, std::shared_ptr<DesktopEntryIndex> listed, std::string ownAppId) {
-    return std::make_unique<WaylandRunningApplications>(std::move(display), std::move(listed),
-                                                        std::move(ownAppId));
+std::unique_ptr<RunningApplications> makeCompositorRunningApplications(
+    std::unique_ptr<CompositorWindows> windows, std::shared_ptr<DesktopEntryIndex> listed,
+    std::string ownAppId) {
+    return std::make_unique<CompositorRunningApplications>(std::move(windows), std::move(listed),
+                                                           std::move(ownAppId));
 }
 
 }  // namespace tavo
