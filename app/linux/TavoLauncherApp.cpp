@@ -143,7 +143,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     }
     kdeIcons_ = watchKdeIcons(bus, *mainQueue_);
     iconChanges_.push_back(kdeIcons_->changed.subscribe(refreshIcons));
-    management_ = makeSessionWindowManagement(*running_);
+    management_ = makeSessionWindowManagement(environment);
     hosts_ = makeSessionStatusItemHosts(bus, *mainQueue_);
     controller_ = std::make_unique<TavoLauncherMenuController>(
         *window_, *management_, *hosts_, [&instance] { return instance.reachable(); });

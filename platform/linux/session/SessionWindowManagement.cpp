@@ -18,12 +18,13 @@ public:
 
 }  // namespace
 
-std::unique_ptr<WindowManagement> makeSessionWindowManagement(RunningApplications& running) {
+std::unique_ptr<WindowManagement> makeSessionWindowManagement(const StartEnvironment& environment) {
     if (const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
         return makeXcbWindowManagement(x11->connection());
     }
     if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
-        return makeWaylandWindowManagement(running, kApplicationId);
+        return makeWaylandWindowManagement(environment.value("WAYLAND_DISPLAY").value_or(""),
+                                           kApplicationId);
     }
     return std::make_unique<NullWindowManagement>();
 }

@@ -4,13 +4,12 @@
 #include <memory>
 
 #include "platform/WindowManagement.h"
+#include "platform/linux/system/StartEnvironment.h"
 
 namespace tavo {
 
-class RunningApplications;
-
 // For the window system that Qt's application object uses; without X11 and Wayland its calls do
-// nothing. The application object and `running` must outlive the result. Main thread.
-std::unique_ptr<WindowManagement> makeSessionWindowManagement(RunningApplications& running);
+// nothing. The application object must outlive the result. Main thread.
+std::unique_ptr<WindowManagement> makeSessionWindowManagement(const StartEnvironment& environment);
 
 }  // namespace tavo

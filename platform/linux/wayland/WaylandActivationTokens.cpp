@@ -2,18 +2,17 @@
 
 #include <QGuiApplication>
 #include <QWindow>
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <string_view>
 
 #include <unistd.h>
 
-#include <qpa/qplatformnativeinterface.h>
 #include <wayland-client.h>
 #include <xdg-activation-v1-client-protocol.h>
 
 #include "platform/linux/wayland/WaylandRoundtrip.h"
+#include "platform/linux/wayland/WaylandWindow.h"
 
 namespace tavo {
 namespace {
@@ -166,31 +165,13 @@ private:
     std::string text_;
 };
 
-// Qt's connection; null on any platform but Wayland.
-wl_display* connection() {
-    QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
-    return static_cast<wl_display*>(
-        native == nullptr || !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
-            ? nullptr
-            : native->nativeResourceForIntegration("wl_display"));
-}
-
-// The surface of `window`; null when it is not shown. Only for Wayland.
-wl_surface* surfaceOf(QWindow* window) {
-    return static_cast<wl_surface*>(
-        window == nullptr || window->handle() == nullptr
-            ? nullptr
-            : QGuiApplication::platformNativeInterface()->nativeResourceForWindow("surface",
-                                                                                  window));
-}
-
 class WaylandActivationTokens final : public ActivationTokens {
 public:
     std::optional<std::string> token(const std::string& appId) override {
-        wl_display* const display = connection();
-        return display == nullptr
-                   ? std::nullopt
-                   : TokenExchange(display).ask(surfaceOf(QGuiApplication::focusWindow()), appId);
+        wl_display* const display = qtWaylandDisplay();
+        return display == nullptr ? std::nullopt
+                                  : TokenExchange(display).ask(
+                                        waylandSurfaceOf(QGuiApplication::focusWindow()), appId);
     }
 };
 
@@ -201,13 +182,8 @@ std::unique_ptr<ActivationTokens> makeWaylandActivationTokens() {
 }
 
 void activateByToken(std::uintptr_t window, const std::string& token) {
-    wl_display* const display = connection();
-    const QWindowList windows = QGuiApplication::topLevelWindows();
-    const auto ours = std::ranges::find_if(windows, [window](const QWindow* each) {
-        return each->handle() != nullptr && each->winId() == window;
-    });
-    wl_surface* const surface =
-        display == nullptr || ours == windows.end() ? nullptr : surfaceOf(*ours);
+    wl_display* const display = qtWaylandDisplay();
+    wl_surface* const surface = waylandSurfaceOf(ownWindow(window));
     if (surface != nullptr) {
         TokenExchange(display).handIn(surface, token);
     }

@@ -13,13 +13,12 @@
 #include <unistd.h>
 
 #include "platform/linux/session/SessionWindowManagement.h"
-#include "platform/linux/windows/NullRunningApplications.h"
 
 int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
-    // Knows no windows, so that only the token can bring the window to the front.
-    const auto running = tavo::makeNullRunningApplications();
-    const auto management = tavo::makeSessionWindowManagement(*running);
+    // The window has not the application id that task bars activate it by, so that only the token
+    // can bring it to the front.
+    const auto management = tavo::makeSessionWindowManagement(tavo::StartEnvironment::capture());
     QRasterWindow window;
     window.resize(100, 80);
     const auto say = [](const std::string& what) { std::cout << what << std::endl; };
