@@ -384,6 +384,12 @@ void LauncherView::showSuggestions() {
 
 bool LauncherView::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::InputMethod) {
+        // When the focus changes, Qt may reset the input method with an event without text, which
+        // must not change the focus again.
+        const auto& composed = static_cast<const QInputMethodEvent&>(*event);
+        if (composed.preeditString().isEmpty() && composed.commitString().isEmpty()) {
+            return true;
+        }
         search_->take(false);
         QCoreApplication::sendEvent(search_->line(), event);
         return true;

@@ -378,6 +378,16 @@ TEST_F(LauncherViewTest, what_an_input_method_composes_over_the_grid_is_searched
     EXPECT_EQ(&focused(), view().findChild<QLineEdit*>());
 }
 
+TEST_F(LauncherViewTest, a_reset_of_the_input_method_moves_no_focus) {
+    world.install({"Note"});
+    view();
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    ASSERT_EQ(&focused(), &list<TileGrid>());
+    QInputMethodEvent reset;
+    QCoreApplication::sendEvent(&focused(), &reset);
+    EXPECT_EQ(&focused(), &list<TileGrid>());
+}
+
 TEST_F(LauncherViewTest, hostile_names_are_shown_as_they_are_spelt) {
     world.install({"<img src=x>", std::string(250, 'W'), "a\x01"});
     EXPECT_TRUE(shown().contains(QStringLiteral("Apri <img src=x>")));
