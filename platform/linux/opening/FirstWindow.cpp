@@ -43,7 +43,7 @@ private:
         if (!std::exchange(checksSoon_, true)) {
             mainThread_.post([this] {
                 checksSoon_ = false;
-                check();
+                check(true);
             });
         }
     }
@@ -58,11 +58,14 @@ private:
         }
     }
 
-    void check() {
+    // `changed`: the window system has reported a change.
+    void check(bool changed = false) {
         std::vector<Wait> seen;
         std::erase_if(waits_, [&](Wait& wait) {
             const bool ends = !wait.start->lasts();
-            const bool shows = !ends && running_.showsWindow(wait.application);
+            const bool shows =
+                !ends && (running_.showsWindow(wait.application) ||
+                          (changed && !running_.listsWindows()));
             if (shows) {
                 seen.push_back(std::move(wait));
             }

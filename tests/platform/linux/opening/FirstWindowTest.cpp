@@ -60,6 +60,16 @@ TEST_F(FirstWindowTest, a_window_is_seen_as_soon_as_the_window_system_tells_of_i
     EXPECT_FALSE(running_.isSubscribedTo());
 }
 
+TEST_F(FirstWindowTest, where_windows_are_not_listed_the_first_change_counts_as_the_window) {
+    running_.lists = false;
+    await();
+    queue_.advance(milliseconds(5000));
+    EXPECT_EQ(seen_, 0);
+    tell();
+    EXPECT_EQ(seen_, 1);
+    EXPECT_FALSE(start_->lasts());
+}
+
 TEST_F(FirstWindowTest, several_changes_at_once_are_one_question) {
     await();
     queue_.run();
