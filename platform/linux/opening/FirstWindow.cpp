@@ -63,9 +63,8 @@ private:
         std::vector<Wait> seen;
         std::erase_if(waits_, [&](Wait& wait) {
             const bool ends = !wait.start->lasts();
-            const bool shows =
-                !ends && (running_.showsWindow(wait.application) ||
-                          (changed && !running_.listsWindows()));
+            const bool shows = !ends && (running_.showsWindow(wait.application) ||
+                                         (changed && !running_.listsWindows()));
             if (shows) {
                 seen.push_back(std::move(wait));
             }
