@@ -1,9 +1,9 @@
 #!/bin/bash
-# Builds the Debian package of the program and looks it over:
+# Builds the Debian packages, of the program and of the extension of GNOME Shell, and looks them over:
 #
 #   packaging/build_deb.sh
 #
-# It ends up in build/deb/, and its path is the last line. Installs the packages that are missing
+# They end up in build/deb/; the path of the program's is the last line. Installs the packages that are missing
 # for it. Built from the files of the tree as they are, in a folder of its own; the same tree gives
 # the same package.
 set -euo pipefail
@@ -15,7 +15,7 @@ tools/packages.sh build package
 deb=$PWD/build/deb
 source=$deb/source
 rm -rf "$source"
-rm -f "$deb"/tavolauncher_*
+rm -f "$deb"/*tavolauncher_*
 mkdir -p "$source"
 tar --create --exclude=./build --exclude=./.git --exclude=./.cache --exclude=__pycache__ . |
     tar --extract --directory "$source"
@@ -29,7 +29,7 @@ if command -v ccache >/dev/null; then
 fi
 export DEB_BUILD_OPTIONS="noautodbgsym ${DEB_BUILD_OPTIONS-}" DEB_CXXFLAGS_STRIP=-g
 log=$deb/build.log
-echo "Building the package"
+echo "Building the packages"
 (cd "$source" && dpkg-buildpackage --build=binary --no-sign) >"$log" 2>&1 || {
     tail -n 40 "$log" >&2
     echo "All of it in $log" >&2
