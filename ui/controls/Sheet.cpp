@@ -10,6 +10,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Motion.h"
+#include "ui/look/WindowShape.h"
 
 namespace tavo {
 namespace {
@@ -160,7 +161,8 @@ void Sheet::paintEvent(QPaintEvent*) {
     painter.setOpacity(arrival_.currentValue().toDouble());
     painter.setPen(Qt::NoPen);
     painter.setBrush(Appearance(palette()).dim);
-    painter.drawRoundedRect(rect(), kWindowRadius, kWindowRadius);
+    const int radius = windowRadius(*this);
+    painter.drawRoundedRect(rect(), radius, radius);
     paintShadow(painter, card_->geometry());
 }
 

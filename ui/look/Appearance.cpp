@@ -30,7 +30,7 @@ Appearance::Appearance(const QPalette& palette)
       material(dark ? QColor(40, 40, 44) : QColor(243, 243, 246)),
       recess(withAlpha(Qt::black, 0.1)),
       footer(withAlpha(Qt::white, dark ? 0.05 : 0.5)),
-      border(withAlpha(Qt::white, 0.15)),
+      hairline(withAlpha(dark ? Qt::white : Qt::black, dark ? 0.2 : 0.22)),
       dim(withAlpha(Qt::black, 0.32)),
       sheet(dark ? QColor(44, 44, 48) : QColor(246, 246, 248)),
       sheetBorder(dark ? QColor(73, 73, 77) : QColor(211, 211, 213)),

@@ -28,7 +28,7 @@ struct Appearance {
     QColor material;  // the window's background; may be translucent
     QColor recess;    // over the material: sidebar, search field
     QColor footer;    // over the material
-    QColor border;    // the window's outline
+    QColor hairline;  // inside the window's edge, against backgrounds like the window's own
     QColor dim;       // over the rest of the window while a sheet is open
 
     // Colours of sheets and menus. Opaque.

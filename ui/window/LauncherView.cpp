@@ -23,6 +23,7 @@
 #include "ui/look/Resources.h"
 #include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
+#include "ui/look/WindowShape.h"
 #include "ui/sidebar/SidebarList.h"
 #include "ui/window/AlertSheet.h"
 
@@ -442,7 +443,8 @@ void LauncherView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath window;
-    window.addRoundedRect(rect(), kWindowRadius, kWindowRadius);
+    const int radius = windowRadius(*this);
+    window.addRoundedRect(rect(), radius, radius);
     // Clips the rounded shape of the whole window, so that each part keeps the window's corners.
     const auto tinted = [&](const QRect& part, const QColor& tint) {
         painter.setClipRect(part);
@@ -452,9 +454,13 @@ void LauncherView::paintEvent(QPaintEvent*) {
     tinted(QRect(0, 0, kSidebarWidth, height()), appearance.recess);
     tinted(footer_->geometry(), appearance.footer);
     painter.setClipping(false);
-    painter.setPen(QPen(appearance.border, 1));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kWindowRadius - 0.5,
-                            kWindowRadius - 0.5);
+    if (!isFlush(*this)) {
+        const qreal pixel = 1 / devicePixelRatioF();
+        const qreal half = pixel / 2;
+        painter.setPen(QPen(appearance.hairline, pixel));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius - half,
+                                radius - half);
+    }
 }
 
 }  // namespace tavo

@@ -11,6 +11,8 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/ui/MadeUpView.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/look/Appearance.h"
+#include "ui/look/Contrast.h"
 #include "ui/look/TextSanitizer.h"
 #include "ui/sidebar/SidebarList.h"
 #include "ui/window/AlertSheet.h"
@@ -392,6 +394,42 @@ TEST_F(LauncherViewTest, hostile_names_are_shown_as_they_are_spelt) {
     world.install({"<img src=x>", std::string(250, 'W'), "a\x01"});
     EXPECT_TRUE(shown().contains(QStringLiteral("Apri <img src=x>")));
     EXPECT_TRUE(shown().contains(QStringLiteral("Apri a␁")));
+}
+
+// The lightness, of 255, at the left edge of the view, at its middle, on such a background.
+int edgeLightness(QWidget& view, QColor background) {
+    QImage image(view.size() * view.devicePixelRatioF(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(view.devicePixelRatioF());
+    image.fill(background);
+    view.render(&image, {}, {}, QWidget::RenderFlags());
+    return image.pixelColor(0, image.height() / 2).lightness();
+}
+
+TEST_F(LauncherViewTest, a_hairline_keeps_the_window_apart_from_a_desktop_like_itself) {
+    for (const bool dark : {false, true}) {
+        QApplication::setPalette(paletteOfLook(dark));
+        view();
+        QCoreApplication::processEvents();
+        const Appearance look(view().palette());
+        ASSERT_EQ(look.dark, dark);
+        const QColor inside = over(look.recess, look.material);
+        const int hairline = edgeLightness(view(), inside);
+        EXPECT_GE(dark ? hairline - inside.lightness() : inside.lightness() - hairline, 30);
+    }
+    QApplication::setPalette(QPalette());
+}
+
+TEST_F(LauncherViewTest, a_maximised_window_has_no_hairline_and_no_round_corners) {
+    QApplication::setPalette(paletteOfLook(false));
+    const Appearance look(view().palette());
+    view().showMaximized();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view().isMaximized(); }));
+    EXPECT_NEAR(edgeLightness(view(), Qt::red), over(look.recess, look.material).lightness(), 1);
+    QImage image(view().size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    view().render(&image, {}, {}, QWidget::DrawChildren);
+    EXPECT_EQ(image.pixelColor(0, 0), image.pixelColor(40, 0));
+    QApplication::setPalette(QPalette());
 }
 
 }  // namespace
