@@ -440,6 +440,20 @@ class Launcher:
         return tuple(int(re.search(rf"{what}: +(-?\d+)", said)[1]) for what in (
             "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
 
+    def margins(self):
+        """What the window says of the margin for its shadow: left, right, top, bottom, or nothing."""
+        said = self.desktop.run("xprop", "-id", self.window_id(), "_GTK_FRAME_EXTENTS")
+        return tuple(int(number) for number in re.findall(r"\d+", said.partition("=")[2]))
+
+    def place(self):
+        """Left, top, width and height of what the user sees of the window."""
+        x, y, width, height = self.geometry()
+        left, right, top, bottom = self.margins() or (0, 0, 0, 0)
+        return x + left, y + top, width - left - right, height - top - bottom
+
+    def await_place(self, wanted):
+        wait_until(lambda: self.place() == wanted, f"the window at {wanted}")
+
     def await_active(self):
         def active():
             if self.process.poll() is not None:

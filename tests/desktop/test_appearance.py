@@ -19,7 +19,7 @@ class Appearance(DesktopTest):
 
     def await_ground(self, launcher, dark):
         """Waits until the window's ground is as dark as that."""
-        place = self.place(launcher)
+        place = launcher.place()
         wait_until(lambda: (max(self.ground(place)) < 80) == dark,
                    "a dark window" if dark else "a light window")
 
@@ -55,7 +55,7 @@ class Appearance(DesktopTest):
         self.desktop.entry("Ciliege")
         launcher = self.launch()
         launcher.await_tiles(["Ananas", "Ciliege"])
-        place = self.place(launcher)
+        place = launcher.place()
         opaque = self.ground(place)
         # The screen behind is darker, whatever the compositor takes it for.
         def translucent():
@@ -66,7 +66,7 @@ class Appearance(DesktopTest):
             with self.subTest(typed=typed):
                 compositor = self.compositor()
                 wait_until(translucent, "a translucent ground")
-                self.assertEqual(self.place(launcher), place)
+                launcher.await_place(place)
                 launcher.await_active()
                 wait_until(lambda: self.is_accessory(launcher), "no entry in the taskbar")
                 self.desktop.type(typed[-1])
@@ -75,7 +75,7 @@ class Appearance(DesktopTest):
                 compositor.terminate()
                 compositor.wait(timeout=20)
                 wait_until(lambda: self.ground(place) == opaque, "an opaque ground")
-                self.assertEqual(self.place(launcher), place)
+                launcher.await_place(place)
                 launcher.await_active()
 
     def test_blur_is_asked_for_behind_the_window_while_the_compositor_offers_it(self):
@@ -108,12 +108,6 @@ class Appearance(DesktopTest):
     def is_accessory(self, launcher):
         said = self.desktop.run("xprop", "-id", launcher.window_id(), "_NET_WM_STATE")
         return "SKIP_TASKBAR" in said and "SKIP_PAGER" in said
-
-    def place(self, launcher):
-        """Left, top, width and height, on the screen."""
-        said = self.desktop.xdo("getwindowgeometry", "--shell", launcher.window_id())
-        found = dict(line.split("=") for line in said.splitlines())
-        return [int(found[side]) for side in ("X", "Y", "WIDTH", "HEIGHT")]
 
 
 class AppearanceUnderXfwm4(Appearance):

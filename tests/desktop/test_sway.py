@@ -79,13 +79,17 @@ class Sway(InstanceTest):
 
     def focused(self):
         """The application id of the window that sway gives the keys to."""
+        return (self.focused_window() or {}).get("app_id")
+
+    def focused_window(self):
+        """What sway says of it, or None."""
         done = subprocess.run(["swaymsg", "-t", "get_tree"], capture_output=True, text=True,
                               env={**self.desktop.environment, **self.session})
         nodes = [json.loads(done.stdout)] if done.returncode == 0 else []
         while nodes:
             node = nodes.pop()
             if node.get("focused"):
-                return node.get("app_id")
+                return node
             nodes += node.get("nodes", []) + node.get("floating_nodes", [])
         return None
 
@@ -102,6 +106,25 @@ class Sway(InstanceTest):
         self.await_focused(APP_ID)
         self.picture("back")
         self.assertIsNone(first.poll())
+
+    def test_a_floating_window_has_its_usual_size_without_its_shadow(self):
+        self.start_there([PROGRAM])
+        self.await_focused(APP_ID)
+        self.tell("floating enable")
+
+        def place():
+            box = self.focused_window()["rect"]
+            return box["x"], box["y"], box["width"], box["height"]
+        wait_until(lambda: place()[2:] == (980, 640), "its usual size")
+        x, y, width, height = place()
+
+        def ground(below):
+            return self.desktop.pixels().at(x + width // 2, y + height + below)
+        self.tell("output * bg #ffffff solid_color")
+        wait_until(lambda: max(ground(1)) < min(ground(10)) < 255 == min(ground(28)), "a shadow")
+        self.picture("floating")
+        self.tell("fullscreen enable")
+        wait_until(lambda: min(self.desktop.pixels().at(0, 0)) < 255, "a window to the corners")
 
     def test_the_item_is_seen_on_a_dark_bar_and_on_a_light_one(self):
         self.start_there([PROGRAM])

@@ -96,6 +96,8 @@ private:
         [[nodiscard]] bool active() const override { return true; }
         [[nodiscard]] bool blurs() const override { return false; }
         void blurBehind(std::uintptr_t, const std::vector<PixelRect>&) override {}
+        [[nodiscard]] bool takesMargins() const override { return false; }
+        void setMargin(std::uintptr_t, const WindowMargin&) override {}
     };
 
     QWindow* keyboard();

@@ -11,6 +11,12 @@ class WindowInterface final : public QAccessibleWidget {
 public:
     using QAccessibleWidget::QAccessibleWidget;
 
+    // Without the margin that the window's shadow is in.
+    QRect rect() const override {
+        const QRect visible = widget()->contentsRect();
+        return {widget()->mapToGlobal(visible.topLeft()), visible.size()};
+    }
+
     int childCount() const override {
         return QAccessibleWidget::childCount() + static_cast<int>(openMenus().size());
     }

@@ -118,7 +118,8 @@ void PopupMenu::openAt(const QWidget& control) {
         const int height = sizeHint().height();
         // A menu that would leave the window at the right is aligned with the control's right edge.
         const QWidget& window = *control.window();
-        if (corner.x() + sizeHint().width() > window.mapToGlobal(QPoint(window.width(), 0)).x()) {
+        const int right = window.mapToGlobal(window.contentsRect().topRight()).x();
+        if (corner.x() + sizeHint().width() > right + 1) {
             corner.setX(control.mapToGlobal(QPoint(control.width(), 0)).x() - sizeHint().width());
         }
         const int above = control.mapToGlobal(QPoint()).y() - kBesideControl - height;

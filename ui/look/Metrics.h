@@ -9,7 +9,9 @@ inline constexpr int kFirstHeight = 640;
 inline constexpr int kSmallestWidth = 760;
 inline constexpr int kSmallestHeight = 520;
 inline constexpr int kWindowRadius = 18;
-inline constexpr int kResizeEdge = 6;
+inline constexpr int kResizeEdge = 6;     // inside the window's edge
+inline constexpr int kResizeOutside = 6;  // outside it, where there is a margin
+inline constexpr int kShadowMargin = 28;  // around the window, where the desktop takes one
 
 // Text
 inline constexpr int kBody = 13;

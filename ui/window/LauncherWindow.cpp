@@ -4,18 +4,21 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/Compositing.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Texts.h"
+#include "ui/look/WindowShape.h"
 
 namespace tavo {
 
@@ -23,11 +26,14 @@ using namespace metrics;
 
 namespace {
 
-// The window's shape, in device pixels of `scale`.
-QRegion roundedRegion(const QSize& size, qreal scale = 1) {
+QRect inDevicePixels(const QRect& rect, qreal scale) {
+    return QRectF(QPointF(rect.topLeft()) * scale, QSizeF(rect.size()) * scale).toRect();
+}
+
+// A rectangle with corners of the given radius.
+QRegion roundedRegion(const QRect& rect, qreal radius) {
     QPainterPath outline;
-    outline.addRoundedRect(QRectF(QPointF(), QSizeF(size) * scale), kWindowRadius * scale,
-                           kWindowRadius * scale);
+    outline.addRoundedRect(rect, radius, radius);
     return QRegion(outline.toFillPolygon().toPolygon());
 }
 
@@ -44,6 +50,7 @@ LauncherWindow::LauncherWindow(Compositing& compositing)
     setAccessibleName(texts::kProgramName.toString());
     setMinimumSize(kSmallestWidth, kSmallestHeight);
     resize(kFirstWidth, kFirstHeight);
+    setMouseTracking(true);  // for the cursor over the margin
     qApp->installEventFilter(this);
 }
 
@@ -55,16 +62,16 @@ void LauncherWindow::setContent(QWidget* content) {
 }
 
 void LauncherWindow::present() {
-    if (!placed_) {
-        placeFirst();
-    }
     if (compositing_.active() && !isBlended()) {
         hide();  // show() then makes a new native window
     }
     if (isHidden()) {
         makeBlendable(compositing_.active());
         tintBackground();
-        shapeCorners();
+        shape();
+    }
+    if (!placed_) {
+        placeFirst();
     }
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
@@ -84,8 +91,9 @@ void LauncherWindow::placeFirst() {
     const QRect area = screen->availableGeometry();
     const QSize size(std::max(kSmallestWidth, std::min(kFirstWidth, area.width())),
                      std::max(kSmallestHeight, std::min(kFirstHeight, area.height())));
-    setGeometry(area.x() + (area.width() - size.width()) / 2,
-                area.y() + (area.height() - size.height()) / 2, size.width(), size.height());
+    const QPoint corner(area.x() + (area.width() - size.width()) / 2,
+                        area.y() + (area.height() - size.height()) / 2);
+    setGeometry(QRect(corner, size).marginsAdded(contentsMargins()));
 }
 
 void LauncherWindow::closeEvent(QCloseEvent* event) {
@@ -111,15 +119,25 @@ void LauncherWindow::mousePressEvent(QMouseEvent* event) {
     }
 }
 
+// The part of the window that takes input: what the user sees, and a strip around it by which the
+// window is resized.
+QRect LauncherWindow::handles() const {
+    const int outside = std::min(contentsMargins().left(), kResizeOutside);
+    return contentsRect().adjusted(-outside, -outside, outside, outside);
+}
+
 Qt::Edges LauncherWindow::edgesAt(QPoint point) const {
     Qt::Edges edges;
-    if (isMaximized() || isFullScreen() || !rect().contains(point)) {
+    const QRect visible = contentsRect();
+    if (isFlush(*this) || !handles().contains(point)) {
         return edges;
     }
-    const int toRight = width() - 1 - point.x();
-    const int toBottom = height() - 1 - point.y();
-    const int across = std::min(point.x(), toRight);
-    const int down = std::min(point.y(), toBottom);
+    const int toLeft = point.x() - visible.left();
+    const int toTop = point.y() - visible.top();
+    const int toRight = visible.right() - point.x();
+    const int toBottom = visible.bottom() - point.y();
+    const int across = std::min(toLeft, toRight);
+    const int down = std::min(toTop, toBottom);
     bool vertical = across < kResizeEdge;
     bool horizontal = down < kResizeEdge;
     if (across < kWindowRadius && down < kWindowRadius) {
@@ -128,8 +146,8 @@ Qt::Edges LauncherWindow::edgesAt(QPoint point) const {
         vertical = horizontal =
             std::hypot(kWindowRadius - across, kWindowRadius - down) > kWindowRadius - kResizeEdge;
     }
-    edges.setFlag(point.x() < toRight ? Qt::LeftEdge : Qt::RightEdge, vertical);
-    edges.setFlag(point.y() < toBottom ? Qt::TopEdge : Qt::BottomEdge, horizontal);
+    edges.setFlag(toLeft < toRight ? Qt::LeftEdge : Qt::RightEdge, vertical);
+    edges.setFlag(toTop < toBottom ? Qt::TopEdge : Qt::BottomEdge, horizontal);
     return edges;
 }
 
@@ -219,8 +237,7 @@ void LauncherWindow::followCompositing() {
         makeAnew();
     }
     tintBackground();
-    shapeCorners();
-    blurBehind();
+    shape();
 }
 
 // Replaces the native window by one with an alpha channel. Keeps the focus if the old one had it.
@@ -230,6 +247,7 @@ void LauncherWindow::makeAnew() {
     hide();
     makeBlendable(true);
     setGeometry(place);
+    fitMargin();
     setAttribute(Qt::WA_ShowWithoutActivating, !active);
     show();
     setAttribute(Qt::WA_ShowWithoutActivating, false);
@@ -252,11 +270,51 @@ void LauncherWindow::tintBackground() {
     setPalette(own);
 }
 
+void LauncherWindow::shape() {
+    fitMargin();
+    shapeCorners();
+    blurBehind();
+}
+
+// Gives the window its margin or takes it away; what the user sees of the window stays in its
+// place, unless the window manager has just decided about that.
+void LauncherWindow::fitMargin() {
+    const bool flush = isFlush(*this);
+    const bool freed = std::exchange(flush_, flush) && !flush;
+    const int before = contentsMargins().left();
+    const int margin = isBlended() && compositing_.takesMargins() && !flush ? kShadowMargin : 0;
+    const QRect given = geometry();
+    const QRect place = given.marginsRemoved(contentsMargins());
+    if (margin != before) {
+        setContentsMargins(margin, margin, margin, margin);
+        setMinimumSize(kSmallestWidth + 2 * margin, kSmallestHeight + 2 * margin);
+    }
+    if (internalWinId() != 0 && (margin > 0 || before > 0)) {
+        const qreal scale = devicePixelRatioF();
+        const QRect input = inDevicePixels(handles(), scale);
+        compositing_.setMargin(internalWinId(),
+                               {.width = qRound(margin * scale),
+                                .input = {input.x(), input.y(), input.width(), input.height()},
+                                .smallestWidth = qRound(kSmallestWidth * scale),
+                                .smallestHeight = qRound(kSmallestHeight * scale)});
+    }
+    if (margin == before || flush) {
+        return;
+    }
+    // A window manager may give back the place from before with the margin, without it, or later.
+    const QSize whole = freeSize_.grownBy(contentsMargins());
+    if (!freed || given.size() == freeSize_) {
+        setGeometry(place.marginsAdded(contentsMargins()));
+    } else if (given.size() != whole) {
+        resize(whole);
+    }
+}
+
 void LauncherWindow::shapeCorners() {
-    if (isBlended()) {
+    if (isBlended() || isFlush(*this)) {
         clearMask();
     } else {
-        setMask(roundedRegion(size()));
+        setMask(roundedRegion(rect(), kWindowRadius));
     }
 }
 
@@ -265,7 +323,9 @@ void LauncherWindow::blurBehind() {
         return;
     }
     std::vector<PixelRect> region;
-    for (const QRect& part : roundedRegion(size(), devicePixelRatioF())) {
+    const qreal scale = devicePixelRatioF();
+    const QRect visible = inDevicePixels(QRect(QPoint(), contentsRect().size()), scale);
+    for (const QRect& part : roundedRegion(visible, windowRadius(*this) * scale)) {
         region.push_back({part.x(), part.y(), part.width(), part.height()});
     }
     compositing_.blurBehind(internalWinId(), region);
@@ -274,19 +334,38 @@ void LauncherWindow::blurBehind() {
 bool LauncherWindow::event(QEvent* event) {
     if (event->type() == QEvent::ApplicationPaletteChange) {
         tintBackground();
+    } else if (event->type() == QEvent::WindowStateChange) {
+        shape();
+        update();
     }
     return QWidget::event(event);
 }
 
+void LauncherWindow::paintEvent(QPaintEvent* event) {
+    const QRect visible = contentsRect();
+    const QRect& painted = event->rect();
+    const bool insideShadow =
+        visible.adjusted(kWindowRadius, 0, -kWindowRadius, 0).contains(painted) ||
+        visible.adjusted(0, kWindowRadius, 0, -kWindowRadius).contains(painted);
+    if (!contentsMargins().isNull() && !insideShadow) {
+        QPainter painter(this);
+        shadow_.paint(painter, visible);
+    }
+}
+
 void LauncherWindow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    shapeCorners();
-    blurBehind();
+    // The size of a maximised window may be known before it is known to be maximised.
+    const QSize size = contentsRect().size();
+    if (!isFlush(*this) && size.boundedTo(screen()->availableSize()) != screen()->availableSize()) {
+        freeSize_ = size;
+    }
+    shape();
 }
 
 void LauncherWindow::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    blurBehind();
+    shape();
 }
 
 }  // namespace tavo

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "support/Signal.h"
+#include "ui/window/WindowShadow.h"
 
 namespace tavo {
 
@@ -15,7 +16,11 @@ class Compositing;
 //
 // Where the window system blends windows, the corners are smooth and the background is translucent.
 // Elsewhere a window mask cuts the corners off an opaque background. The window changes between the
-// two when a compositor starts or ends. Main thread.
+// two when a compositor starts or ends.
+//
+// Where the desktop takes a margin, the window has one, and its shadow is in it: contentsRect() is
+// what the user takes for the window, and geometry() is larger. A maximised window has neither
+// margin nor round corners. Main thread.
 class LauncherWindow final : public QWidget {
 public:
     // `compositing` outlives the window.
@@ -43,10 +48,12 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
+    [[nodiscard]] QRect handles() const;
     [[nodiscard]] Qt::Edges edgesAt(QPoint point) const;
     void showEdgeCursor(Qt::Edges edges);
     void followCompositing();
@@ -54,6 +61,8 @@ private:
     void makeBlendable(bool blendable);
     void makeAnew();
     void tintBackground();
+    void shape();
+    void fitMargin();
     void shapeCorners();
     void blurBehind();
     void placeFirst();
@@ -63,6 +72,9 @@ private:
     QWidget* content_ = nullptr;
     Qt::Edges cursorEdges_;
     bool placed_ = false;
+    bool flush_ = false;
+    QSize freeSize_;  // of contentsRect() while the window was last not flush
+    WindowShadow shadow_;
 };
 
 }  // namespace tavo

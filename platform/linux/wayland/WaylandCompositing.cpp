@@ -1,13 +1,210 @@
 #include "platform/linux/wayland/WaylandCompositing.h"
 
+#include <QEvent>
+#include <QGuiApplication>
+#include <QMargins>
+#include <QRegion>
+#include <QWindow>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include <blur-client-protocol.h>
+#include <qpa/qplatformnativeinterface.h>
+#include <qpa/qplatformwindow.h>
+#include <wayland-client.h>
+
+#include "platform/linux/wayland/WaylandWindow.h"
+
 namespace tavo {
 namespace {
 
-class WaylandCompositing final : public Compositing {
+// A function of Qt's Wayland plug-in, under the name "setmargins": how much on each side of the
+// surface is outside the window geometry, in the surface's coordinates. It makes the window larger
+// by as much.
+using SetMargins = void (*)(QWindow*, const QMargins&);
+
+SetMargins findSetMargins() {
+    auto* const function =
+        QGuiApplication::platformNativeInterface()->nativeResourceFunctionForWindow("setmargins");
+    // By way of void (*)(), the type to which compilers let any function be cast.
+    return reinterpret_cast<SetMargins>(reinterpret_cast<void (*)()>(function));
+}
+
+// How many device pixels a unit of the surface's coordinates is.
+qreal surfaceScale(const QWindow& window) {
+    return window.handle()->devicePixelRatio();
+}
+
+class WaylandCompositing final : public QObject, public Compositing {
 public:
+    WaylandCompositing() {
+        if (wl_display* const display = qtWaylandDisplay()) {
+            setMargins_ = findSetMargins();
+            // On the queue of Qt, which reads it in the main thread.
+            registry_ = wl_display_get_registry(display);
+            wl_registry_add_listener(registry_, &kRegistry, this);
+        }
+    }
+    WaylandCompositing(const WaylandCompositing&) = delete;
+    WaylandCompositing& operator=(const WaylandCompositing&) = delete;
+    ~WaylandCompositing() override {
+        loseManager();
+        if (registry_ != nullptr) {
+            wl_registry_destroy(registry_);
+        }
+    }
+
     bool active() const override { return true; }
-    bool blurs() const override { return false; }
-    void blurBehind(std::uintptr_t /*window*/, const std::vector<PixelRect>& /*region*/) override {}
+    bool blurs() const override { return manager_ != nullptr; }
+    bool takesMargins() const override { return setMargins_ != nullptr; }
+
+    void blurBehind(std::uintptr_t id, const std::vector<PixelRect>& region) override {
+        QWindow* const window = ownWindow(id);
+        if (window != nullptr && manager_ != nullptr) {
+            Surface& surface = follow(*window);
+            surface.blurred = region;
+            blur(*window, surface);
+        }
+    }
+
+    void setMargin(std::uintptr_t id, const WindowMargin& margin) override {
+        QWindow* const window = ownWindow(id);
+        if (window == nullptr || setMargins_ == nullptr) {
+            return;
+        }
+        const int side = qRound(margin.width / surfaceScale(*window));
+        Surface& surface = follow(*window);
+        surface.margins = QMargins(side, side, side, side);
+        setMargins_(window, surface.margins);
+        // Qt measures its windows in device-independent pixels, of `scale` device pixels.
+        const qreal scale = window->devicePixelRatio();
+        // Qt says these to the compositor as they are, and the compositor leaves the margin out.
+        window->setMinimumSize(
+            {qRound(margin.smallestWidth / scale), qRound(margin.smallestHeight / scale)});
+        // Qt makes this the region of input.
+        const PixelRect& input = margin.input;
+        window->setMask(margin.width == 0
+                            ? QRegion()
+                            : QRegion(QRectF(input.x / scale, input.y / scale, input.width / scale,
+                                             input.height / scale)
+                                          .toAlignedRect()));
+    }
+
+private:
+    // A window and what its surface was asked to have. Qt destroys the surface when it hides the
+    // window.
+    struct Surface {
+        std::vector<PixelRect> blurred;
+        QMargins margins;
+        bool exposed = false;
+        org_kde_kwin_blur* blur = nullptr;  // null while the window is not exposed
+    };
+
+    Surface& follow(QWindow& window) {
+        const auto [found, added] = surfaces_.try_emplace(&window);
+        if (added) {
+            found->second.exposed = window.isExposed();
+            window.installEventFilter(this);
+            connect(&window, &QObject::destroyed, this, [this, key = &window] {
+                unblur(surfaces_[key]);
+                surfaces_.erase(key);
+            });
+        }
+        return found->second;
+    }
+
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (event->type() == QEvent::Expose) {
+            auto& window = static_cast<QWindow&>(*object);
+            Surface& surface = surfaces_[&window];
+            const bool before = std::exchange(surface.exposed, window.isExposed());
+            if (!surface.exposed) {
+                unblur(surface);
+            } else if (!before) {
+                // Qt tells the compositor no window geometry while a window is not exposed.
+                if (setMargins_ != nullptr) {
+                    setMargins_(&window, surface.margins);
+                }
+                blur(window, surface);
+            }
+        }
+        return false;
+    }
+
+    // KWin follows when the surface is committed next.
+    void blur(QWindow& window, Surface& surface) {
+        wl_surface* const shown = waylandSurfaceOf(&window);
+        if (surface.blurred.empty()) {
+            unblur(surface);
+        }
+        if (manager_ == nullptr || shown == nullptr || !surface.exposed ||
+            surface.blurred.empty()) {
+            return;
+        }
+        if (surface.blur == nullptr) {
+            surface.blur = org_kde_kwin_blur_manager_create(manager_, shown);
+        }
+        auto* const compositor = static_cast<wl_compositor*>(
+            QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("compositor"));
+        wl_region* const region = wl_compositor_create_region(compositor);
+        const qreal scale = surfaceScale(window);
+        for (const PixelRect& part : surface.blurred) {
+            const QRect rect =
+                QRectF(part.x / scale, part.y / scale, part.width / scale, part.height / scale)
+                    .toRect();
+            wl_region_add(region, rect.x(), rect.y(), rect.width(), rect.height());
+        }
+        org_kde_kwin_blur_set_region(surface.blur, region);
+        org_kde_kwin_blur_commit(surface.blur);
+        wl_region_destroy(region);
+    }
+
+    static void unblur(Surface& surface) {
+        if (surface.blur != nullptr) {
+            org_kde_kwin_blur_release(surface.blur);
+            surface.blur = nullptr;
+        }
+    }
+
+    void loseManager() {
+        for (auto& [window, surface] : surfaces_) {
+            unblur(surface);
+            surface.blurred.clear();
+        }
+        if (manager_ != nullptr) {
+            org_kde_kwin_blur_manager_destroy(manager_);
+            manager_ = nullptr;
+        }
+    }
+
+    static void come(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
+                     std::uint32_t /*version*/) {
+        auto& self = *static_cast<WaylandCompositing*>(data);
+        if (self.manager_ == nullptr &&
+            std::string_view(interface) == org_kde_kwin_blur_manager_interface.name) {
+            self.manager_ = static_cast<org_kde_kwin_blur_manager*>(
+                wl_registry_bind(registry, name, &org_kde_kwin_blur_manager_interface, 1));
+            self.managerName_ = name;
+            self.changed.emit();
+        }
+    }
+
+    static void go(void* data, wl_registry* /*registry*/, std::uint32_t name) {
+        auto& self = *static_cast<WaylandCompositing*>(data);
+        if (self.manager_ != nullptr && self.managerName_ == name) {
+            self.loseManager();
+            self.changed.emit();
+        }
+    }
+
+    static constexpr wl_registry_listener kRegistry = {come, go};
+
+    SetMargins setMargins_ = nullptr;
+    wl_registry* registry_ = nullptr;
+    org_kde_kwin_blur_manager* manager_ = nullptr;
+    std::uint32_t managerName_ = 0;
+    std::map<QWindow*, Surface> surfaces_;
 };
 
 }  // namespace

@@ -6,11 +6,14 @@
 #include <QtTest/QTest>
 #include <algorithm>
 #include <map>
+#include <optional>
 
 #include <gtest/gtest.h>
 
 #include "platform/Compositing.h"
+#include "ui/accessibility/AccessibleItems.h"
 #include "ui/look/Appearance.h"
+#include "ui/look/WindowShape.h"
 #include "ui/window/LauncherWindow.h"
 
 namespace tavo {
@@ -24,6 +27,11 @@ public:
         blurred[window] = region;
     }
 
+    bool takesMargins() const override { return on && taking; }
+    void setMargin(std::uintptr_t window, const WindowMargin& margin) override {
+        margins[window] = margin;
+    }
+
     void turn(bool active) {
         on = active;
         changed.emit();
@@ -31,6 +39,8 @@ public:
 
     bool on = true;
     bool blurring = false;
+    bool taking = false;
+    std::map<std::uintptr_t, WindowMargin> margins;
     std::map<std::uintptr_t, std::vector<PixelRect>> blurred;
 };
 
@@ -235,6 +245,138 @@ TEST_F(LauncherWindowTest, is_blended_where_the_desktop_blends_when_it_is_shown)
     present();
     EXPECT_TRUE(window.windowHandle()->requestedFormat().hasAlpha());
     EXPECT_TRUE(window.mask().isEmpty());
+}
+
+// A window whose desktop takes margins.
+class LauncherWindowWithMargin : public LauncherWindowTest {
+protected:
+    LauncherWindowWithMargin() { compositing.taking = true; }
+
+    QRect visible() const { return window.geometry().marginsRemoved(window.contentsMargins()); }
+    WindowMargin told() { return compositing.margins[window.internalWinId()]; }
+
+    // The edges whose cursor the pointer gets at a point, as the cursor's shape.
+    std::optional<Qt::CursorShape> cursorAt(QPoint point) {
+        QTest::mouseMove(&window, point);
+        const QCursor* const cursor = QGuiApplication::overrideCursor();
+        return cursor == nullptr ? std::nullopt : std::optional(cursor->shape());
+    }
+};
+
+TEST_F(LauncherWindowWithMargin, what_the_user_sees_has_the_usual_size_and_place) {
+    present();
+    const QRect area = window.screen()->availableGeometry();
+    EXPECT_EQ(visible().width(), qMax(760, qMin(980, area.width())));
+    EXPECT_EQ(visible().height(), qMax(520, qMin(640, area.height())));
+    EXPECT_LE((visible().center() - area.center()).manhattanLength(), 2);
+    EXPECT_EQ(content()->size(), visible().size());
+    EXPECT_EQ(window.size(), visible().size() + QSize(56, 56));
+}
+
+TEST_F(LauncherWindowWithMargin, what_the_user_sees_gets_no_smaller_than_760_by_520) {
+    present();
+    window.resize(10, 10);
+    EXPECT_EQ(visible().size(), QSize(760, 520));
+    EXPECT_EQ(told().smallestWidth, 760);
+    EXPECT_EQ(told().smallestHeight, 520);
+}
+
+TEST_F(LauncherWindowWithMargin, tells_the_desktop_its_margin_and_where_it_takes_input) {
+    present();
+    window.resize(1000, 700);
+    EXPECT_EQ(told(), (WindowMargin{.width = 28,
+                                    .input = {22, 22, 956, 656},
+                                    .smallestWidth = 760,
+                                    .smallestHeight = 520}));
+}
+
+TEST_F(LauncherWindowWithMargin, is_resized_at_what_the_user_sees_and_a_little_outside) {
+    present();
+    const QRect seen = window.contentsRect();
+    const int middle = seen.center().y();
+    EXPECT_EQ(cursorAt({seen.left() + 3, middle}), Qt::SizeHorCursor);
+    EXPECT_EQ(cursorAt({seen.left() - 5, middle}), Qt::SizeHorCursor);
+    EXPECT_EQ(cursorAt({seen.right() + 5, middle}), Qt::SizeHorCursor);
+    EXPECT_EQ(cursorAt({seen.center().x(), seen.bottom() + 5}), Qt::SizeVerCursor);
+    EXPECT_EQ(cursorAt({seen.left() - 4, seen.top() - 4}), Qt::SizeFDiagCursor);
+    EXPECT_EQ(cursorAt({seen.right() + 4, seen.top() - 4}), Qt::SizeBDiagCursor);
+    EXPECT_EQ(cursorAt(seen.center()), std::nullopt);
+    EXPECT_EQ(cursorAt({seen.left() - 8, middle}), std::nullopt);
+}
+
+TEST_F(LauncherWindowWithMargin, has_no_margin_while_it_is_maximised) {
+    present();
+    const QSize before = visible().size();
+    window.showMaximized();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return content()->size() == window.size(); }));
+    EXPECT_EQ(told().width, 0);
+    EXPECT_EQ(windowRadius(*content()), 0);
+    window.showNormal();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return content()->size() == before; }));
+    EXPECT_EQ(window.size(), before + QSize(56, 56));
+    EXPECT_EQ(told().width, 28);
+    EXPECT_EQ(windowRadius(*content()), 18);
+}
+
+TEST_F(LauncherWindowWithMargin, what_the_user_sees_stays_where_it_is_when_margins_come_and_go) {
+    compositing.taking = false;
+    present();
+    window.setGeometry(100, 90, 800, 600);
+    for (const bool taking : {true, false, true}) {
+        compositing.taking = taking;
+        compositing.changed.emit();
+        EXPECT_EQ(window.contentsMargins().left(), taking ? 28 : 0);
+        EXPECT_EQ(visible(), QRect(100, 90, 800, 600));
+        EXPECT_EQ(told().width, taking ? 28 : 0);
+    }
+}
+
+TEST_F(LauncherWindowWithMargin, asks_for_blur_counted_from_the_corner_that_the_user_sees) {
+    compositing.blurring = true;
+    present();
+    int right = 0;
+    int bottom = 0;
+    for (const PixelRect& part : compositing.blurred[window.internalWinId()]) {
+        right = std::max(right, part.x + part.width);
+        bottom = std::max(bottom, part.y + part.height);
+    }
+    EXPECT_EQ(QSize(right, bottom), visible().size());
+}
+
+TEST_F(LauncherWindowWithMargin, is_as_large_to_a_screen_reader_as_to_the_eye) {
+    installAccessibleItems();
+    present();
+    const QAccessibleInterface* const read = QAccessible::queryAccessibleInterface(&window);
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read->rect(), visible());
+}
+
+TEST_F(LauncherWindowWithMargin, its_shadow_fades_to_nothing_and_is_not_below_the_window) {
+    present();
+    QImage image(window.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    window.render(&image, {}, {}, QWidget::RenderFlags());
+    const auto darkness = [&](int x, int y) { return qAlpha(image.pixel(x, y)); };
+    const QRect seen = window.contentsRect();
+    const QPoint middle = seen.center();
+    for (int outside = 1; outside < 28; ++outside) {
+        for (const auto& [nearer, farther] :
+             {std::pair(QPoint(seen.left() - outside, middle.y()), QPoint(-1, 0)),
+              std::pair(QPoint(seen.right() + outside, middle.y()), QPoint(1, 0)),
+              std::pair(QPoint(middle.x(), seen.top() - outside), QPoint(0, -1)),
+              std::pair(QPoint(middle.x(), seen.bottom() + outside), QPoint(0, 1))}) {
+            const QPoint next = nearer + farther;
+            EXPECT_GE(darkness(nearer.x(), nearer.y()), darkness(next.x(), next.y()));
+        }
+    }
+    EXPECT_GT(darkness(middle.x(), seen.bottom() + 1), 60);
+    EXPECT_GT(darkness(middle.x(), seen.top() - 1), 30);
+    EXPECT_GT(darkness(middle.x(), seen.bottom() + 1), darkness(middle.x(), seen.top() - 1));
+    EXPECT_EQ(darkness(seen.left() - 1, middle.y()), darkness(seen.right() + 1, middle.y()));
+    for (const QPoint corner : {QPoint(0, 0), window.rect().topRight(), window.rect().bottomLeft(),
+                                window.rect().bottomRight(), QPoint(0, middle.y()), middle}) {
+        EXPECT_EQ(darkness(corner.x(), corner.y()), 0);
+    }
 }
 
 TEST_F(LauncherWindowTest, closing_is_left_to_its_owner) {
