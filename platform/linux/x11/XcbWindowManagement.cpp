@@ -1,8 +1,11 @@
 #include "platform/linux/x11/XcbWindowManagement.h"
 
+#include <QGuiApplication>
 #include <array>
 #include <cstdlib>
 #include <vector>
+
+#include <qpa/qplatformnativeinterface.h>
 
 #include "platform/linux/x11/StartupNotification.h"
 #include "platform/linux/x11/XcbRequests.h"
@@ -44,7 +47,7 @@ public:
         moveToCurrentDesktop(id);
         // With the source indication of a pager: window managers refuse the focus to programs that
         // ask for it themselves, but this request is the user's, by a start or a click.
-        x11_.tellManager(id, atoms_[kActiveWindow], {kPager, XCB_CURRENT_TIME, 0, 0, 0});
+        x11_.tellManager(id, atoms_[kActiveWindow], {kPager, serverTime(), 0, 0, 0});
         xcb_flush(x11_.get());
         const char* const display = std::getenv("DISPLAY");
         if (!request.startupId.empty() && display != nullptr) {
@@ -69,6 +72,13 @@ private:
     static constexpr std::uint32_t kApplication = 1;
     static constexpr std::uint32_t kPager = 2;
     static constexpr std::uint32_t kAllDesktops = 0xFFFFFFFF;
+
+    // The X server's present time. Some window managers complain of a request without a time.
+    static xcb_timestamp_t serverTime() {
+        void* const time = QGuiApplication::platformNativeInterface()->nativeResourceForScreen(
+            "gettimestamp", QGuiApplication::primaryScreen());
+        return static_cast<xcb_timestamp_t>(reinterpret_cast<std::uintptr_t>(time));
+    }
 
     [[nodiscard]] bool mapped(xcb_window_t window) const {
         const auto reply = x11_.reply<xcb_get_window_attributes_reply_t>(

@@ -264,7 +264,8 @@ std::vector<XcbWindows::Place> XcbWindows::places(const std::vector<xcb_window_t
     return places;
 }
 
-void XcbWindows::goToDesktop(std::uint32_t desktop, xcb_timestamp_t time) {
+void XcbWindows::goToDesktop(std::uint32_t desktop) {
+    const xcb_timestamp_t time = connection_.now().value_or(XCB_CURRENT_TIME);
     connection_.tellManager(connection_.root(), atom(kCurrentDesktop), {desktop, time});
     await([&] {
         return connection_.number(connection_.property(connection_.root(), atom(kCurrentDesktop),
@@ -272,16 +273,20 @@ void XcbWindows::goToDesktop(std::uint32_t desktop, xcb_timestamp_t time) {
     });
 }
 
-void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t top,
-                         xcb_timestamp_t time) {
+void XcbWindows::activate(xcb_window_t window) {
+    if (const auto time = connection_.now()) {
+        connection_.tellManager(window, atom(kActiveWindow), {kFromUser, *time});
+    }
+}
+
+void XcbWindows::restore(const std::vector<xcb_window_t>& windows, xcb_window_t top) {
     const auto active = [this] {
         return connection_.number(
             connection_.property(connection_.root(), atom(kActiveWindow), XCB_ATOM_WINDOW, 4));
     };
     const bool wasActive = active() == top;
     for (const xcb_window_t window : windows) {
-        connection_.tellManager(window, atom(kActiveWindow),
-                                {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+        activate(window);
     }
     xcb_flush(connection_.get());
     if (wasActive) {
@@ -310,17 +315,12 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     const auto current =
         connection_.property(connection_.root(), atom(kCurrentDesktop), XCB_ATOM_CARDINAL, 4);
     const std::vector<Place> at = places(windows);
-    const auto now = connection_.now();
     const auto top =
         std::find_if(at.rbegin(), at.rend(), [](const Place& place) { return !place.gone; });
-    // No time: the server did not answer, so give up.
-    if (!now || top == at.rend()) {
+    // All are gone, or the server does not answer.
+    if (top == at.rend()) {
         return;
     }
-    // Only the first request has the server's time. At each request but the last, the window
-    // manager may focus another window, at a later time, and would refuse a further request with
-    // this one.
-    xcb_timestamp_t time = *now;
     std::uint32_t desktop = connection_.number(current).value_or(kAllDesktops);
     const auto isThere = [&](const Place& place) {
         return !place.gone && (desktop == kAllDesktops || place.desktop == desktop ||
@@ -328,7 +328,7 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
     };
     if (std::none_of(at.begin(), at.end(), isThere)) {
         desktop = top->desktop;
-        goToDesktop(desktop, std::exchange(time, XCB_CURRENT_TIME));
+        goToDesktop(desktop);
     }
     std::vector<xcb_window_t> here;
     std::vector<xcb_window_t> hidden;
@@ -344,11 +344,10 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
         hidden.pop_back();
     }
     if (!hidden.empty()) {
-        restore(hidden, here.back(), std::exchange(time, XCB_CURRENT_TIME));
+        restore(hidden, here.back());
     }
     const xcb_window_t front = here.back();
-    connection_.tellManager(front, atom(kActiveWindow),
-                            {kFromUser, std::exchange(time, XCB_CURRENT_TIME)});
+    activate(front);
     // Each other window is placed above the one before it, because some managers give the focus to
     // a window that is raised above all. Managers that raise it above all nevertheless keep the
     // order, since the window in front comes last.
@@ -359,7 +358,7 @@ void XcbWindows::front(const std::vector<xcb_window_t>& windows) {
         }
     }
     if (here.size() > 1) {
-        connection_.tellManager(front, atom(kActiveWindow), {kFromUser, time});
+        activate(front);
     }
     xcb_flush(connection_.get());
 }

@@ -110,12 +110,17 @@ private:
     void findProcesses(std::vector<XcbWindow>& windows);
     // Returns when the desktop is the current one, or after 0.1 s: xfwm4 4.18 does not focus a
     // window that is restored on a desktop that is not yet the current one.
-    void goToDesktop(std::uint32_t desktop, xcb_timestamp_t time);
+    void goToDesktop(std::uint32_t desktop);
+
+    // Asks for `window` to be restored, raised and focused. Each request has the server's time of
+    // its own: the window manager may have focused another window after the last one, and would
+    // refuse an older time.
+    void activate(xcb_window_t window);
 
     std::vector<Place> places(const std::vector<xcb_window_t>& windows);
     // Restores minimised windows. xfwm4 4.18 ignores a request to activate the window that it takes
     // for active, so where `top` is active this returns when it no longer is, or after 0.1 s.
-    void restore(const std::vector<xcb_window_t>& windows, xcb_window_t top, xcb_timestamp_t time);
+    void restore(const std::vector<xcb_window_t>& windows, xcb_window_t top);
     void placeAbove(xcb_window_t window, xcb_window_t sibling);
 
     XcbConnection& connection_;

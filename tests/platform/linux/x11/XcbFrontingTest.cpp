@@ -215,6 +215,36 @@ TEST_P(XcbFronting, minimised_windows_are_restored_beside_open_ones) {
     EXPECT_THAT(desktop_.stacking(), ElementsAreArray(expected));
 }
 
+TEST_P(XcbFronting, each_request_to_the_window_manager_has_a_time_of_the_server) {
+    const xcb_window_t low = open(*app_, "class=app");
+    const xcb_window_t middle = open(*app_, "class=app");
+    const xcb_window_t high = open(*app_, "class=app");
+    ASSERT_TRUE(desktop_.minimise(low));
+    ASSERT_TRUE(desktop_.minimise(middle));
+    ASSERT_TRUE(desktop_.activate(high));
+    const auto listener = XcbConnection::open(desktop_.display());
+    ASSERT_NE(listener, nullptr);
+    listener->beginExchange();
+    constexpr std::uint32_t kEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(listener->get(), listener->root(), XCB_CW_EVENT_MASK, &kEvents);
+    constexpr std::array kNames = {"_NET_ACTIVE_WINDOW"};
+    const xcb_atom_t activation = listener->atoms(kNames).front();
+    const xcb_timestamp_t before = desktop_.time();
+    click();
+    EXPECT_TRUE(becomesActive(high));
+    const xcb_timestamp_t after = desktop_.time();
+    std::size_t requests = 0;
+    while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(listener->get())}) {
+        const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+        if ((message.response_type & 0x7f) == XCB_CLIENT_MESSAGE && message.type == activation) {
+            ++requests;
+            EXPECT_GE(message.data.data32[1], before);
+            EXPECT_LE(message.data.data32[1], after);
+        }
+    }
+    EXPECT_EQ(requests, 4U);  // two to restore, and the one in front first and last
+}
+
 TEST_P(XcbFronting, a_minimised_application_on_another_desktop_is_restored_there) {
     const xcb_window_t app = open(*app_, "class=app");
     ASSERT_TRUE(desktop_.moveToDesktop(app, 1));
