@@ -146,7 +146,7 @@ class PrivateDesktop:
         if self.guarded:
             self._guard_focus()
         if self.wm:
-            self.start(self.wm.split(), log="wm.log")
+            self.manager = self.start(self.wm.split(), log="wm.log")
             wait_until(self._manages_windows, f"the window manager {self.wm}", pause=0)
         if self.tray:
             (self.folder / "tint2rc").write_text(_TINT2)

@@ -1,6 +1,7 @@
 """The item in the panel: on the trays and panels that are installed, and on one made up."""
 
 import re
+import signal
 import subprocess
 import time
 
@@ -389,6 +390,16 @@ class Notified(TrayTest):
         launcher.await_active()
         self.tell(panel, f"choose {QUIT}")
         self.assertEqual(launcher.process.wait(timeout=20), 0)
+
+    def test_a_window_that_is_not_painted_keeps_no_item_from_the_panel(self):
+        manager = self.desktop.manager
+        manager.send_signal(signal.SIGSTOP)  # so the window is never mapped
+        self.addCleanup(manager.send_signal, signal.SIGCONT)
+        panel = self.start_panel()
+        launcher = self.launch(wait=False)
+        self.await_registered(panel)
+        self.assertFalse(launcher.is_shown())
+        self.assert_menu(panel)
 
     def test_a_panel_that_comes_late_crashes_and_returns_has_the_item_each_time(self):
         launcher = self.launch()
