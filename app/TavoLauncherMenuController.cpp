@@ -1,41 +1,15 @@
 #include "app/TavoLauncherMenuController.h"
 
 #include <QCoreApplication>
-#include <QKeyEvent>
-#include <QMenu>
 #include <utility>
 
 #include "app/status/NotifierStatusItem.h"
+#include "app/status/StatusMenu.h"
 #include "app/status/XEmbedStatusItem.h"
 #include "platform/WindowManagement.h"
-#include "ui/look/Texts.h"
 #include "ui/window/LauncherWindow.h"
 
 namespace tavo {
-namespace {
-
-// An open QMenu ignores the shortcuts that it shows, so this one takes Ctrl+Q itself.
-class StatusMenu final : public QMenu {
-public:
-    explicit StatusMenu(std::function<void()> quit) : quit_(std::move(quit)) {
-        setAccessibleName(texts::kProgramName.toString());
-    }
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override {
-        if (event->keyCombination() == (Qt::CTRL | Qt::Key_Q)) {
-            close();
-            quit_();
-        } else {
-            QMenu::keyPressEvent(event);
-        }
-    }
-
-private:
-    const std::function<void()> quit_;
-};
-
-}  // namespace
 
 TavoLauncherMenuController::TavoLauncherMenuController(LauncherWindow& window,
                                                        WindowManagement& management,
@@ -46,14 +20,7 @@ TavoLauncherMenuController::TavoLauncherMenuController(LauncherWindow& window,
 TavoLauncherMenuController::~TavoLauncherMenuController() = default;
 
 void TavoLauncherMenuController::applicationDidFinishLaunching() {
-    contextMenu_ = std::make_unique<StatusMenu>([this] { quit(); });
-    QObject::connect(contextMenu_->addAction(texts::kOpenLauncher.toString()), &QAction::triggered,
-                     contextMenu_.get(), [this] { showLauncher(); });
-    contextMenu_->addSeparator();
-    QAction* const quitting = contextMenu_->addAction(texts::kQuitLauncher.toString());
-    quitting->setShortcut(Qt::CTRL | Qt::Key_Q);
-    quitting->setShortcutVisibleInContextMenu(true);
-    QObject::connect(quitting, &QAction::triggered, contextMenu_.get(), [this] { quit(); });
+    contextMenu_ = std::make_unique<StatusMenu>(statusItemActions());
     hostChanges_ = hosts_.changed.subscribe([this] { followHost(); });
     followHost();
 }
@@ -69,24 +36,18 @@ void TavoLauncherMenuController::followHost() {
         case StatusItemHost::None:
             break;
         case StatusItemHost::Notifier:
-            statusItem_ = std::make_unique<NotifierStatusItem>(
-                hosts_, NotifierStatusItem::Actions{
-                            .show = [this](const StartRequest& r) { showLauncher(r); },
-                            .quit = [this] { quit(); }});
+            statusItem_ =
+                std::make_unique<NotifierStatusItem>(hosts_, *contextMenu_, statusItemActions());
             break;
         case StatusItemHost::Embedding:
-            statusItem_ = std::make_unique<XEmbedStatusItem>(
-                *contextMenu_, [this](bool right) { statusButtonClicked(right); });
+            statusItem_ = std::make_unique<XEmbedStatusItem>(*contextMenu_, statusItemActions());
             break;
     }
 }
 
-void TavoLauncherMenuController::statusButtonClicked(bool right) {
-    if (right && contextMenu_ && statusItem_) {
-        statusItem_->openMenu();
-    } else {
-        showLauncher();
-    }
+StatusItemActions TavoLauncherMenuController::statusItemActions() {
+    return {.show = [this](const StartRequest& request) { showLauncher(request); },
+            .quit = [this] { quit(); }};
 }
 
 void TavoLauncherMenuController::showLauncher(const StartRequest& request) {

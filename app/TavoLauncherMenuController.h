@@ -9,11 +9,10 @@
 #include "platform/StatusItemHosts.h"
 #include "support/Signal.h"
 
-class QMenu;
-
 namespace tavo {
 
 class LauncherWindow;
+class StatusMenu;
 class WindowManagement;
 
 // An accessory application: not in taskbar or pager, but with a status item wherever a panel takes
@@ -37,7 +36,7 @@ public:
     // Brings the window to the front, active and with the keyboard focus, from wherever it is:
     // closed, minimised, behind others, on another desktop. `request` is what lets the window come
     // to the front.
-    void showLauncher(const StartRequest& request = {});
+    void showLauncher(const StartRequest& request);
 
     // Call when the window's close button is clicked.
     void closeLauncher();
@@ -52,14 +51,14 @@ private:
     // Makes the item for the kind of panel that there is now, and removes an item for another kind.
     void followHost();
 
-    void statusButtonClicked(bool right);
+    StatusItemActions statusItemActions();
     [[nodiscard]] bool canReturn() const;
 
     LauncherWindow& window_;
     WindowManagement& management_;
     StatusItemHosts& hosts_;
     const std::function<bool()> reachable_;
-    std::unique_ptr<QMenu> contextMenu_;
+    std::unique_ptr<StatusMenu> contextMenu_;
     std::unique_ptr<StatusItem> statusItem_;
     StatusItemHost itemHost_ = StatusItemHost::None;  // the kind that statusItem_ was made for
     Subscription hostChanges_;

@@ -29,12 +29,22 @@ struct StatusItemContent {
     std::vector<StatusItemMenuEntry> menu;
 };
 
+// A point on the screen, in the panel's own units.
+struct StatusItemPoint {
+    int x = 0;
+    int y = 0;
+
+    bool operator==(const StatusItemPoint&) const = default;
+};
+
 // A click on the item or on an entry of its menu.
 struct StatusItemClick {
-    std::optional<std::size_t>
-        entry;  // index of the menu entry; absent for a click on the item itself
-    StartRequest
-        request;  // carries the activation token with which the window may come to the front
+    // The index of the menu entry; absent for a click on the item itself.
+    std::optional<std::size_t> entry = {};
+    // Where the panel wants the menu, when it leaves drawing it to the program.
+    std::optional<StatusItemPoint> menuAt = {};
+    // Carries the activation token with which the window may come to the front.
+    StartRequest request = {};
 
     bool operator==(const StatusItemClick&) const = default;
 };

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "app/status/StatusMenu.h"
 #include "app/status/StatusSymbol.h"
 #include "ui/look/Texts.h"
 
@@ -43,8 +44,9 @@ std::vector<StatusItemImage> images() {
 
 }  // namespace
 
-NotifierStatusItem::NotifierStatusItem(StatusItemHosts& hosts, Actions actions)
-    : hosts_(hosts), actions_(std::move(actions)) {
+NotifierStatusItem::NotifierStatusItem(StatusItemHosts& hosts, StatusMenu& menu,
+                                       StatusItemActions actions)
+    : hosts_(hosts), menu_(menu), actions_(std::move(actions)) {
     clicks_ = hosts_.clicked.subscribe([this](const StatusItemClick& click) { clicked(click); });
     hosts_.offer({.title = utf8(texts::kProgramName), .images = images(), .menu = menuEntries()});
 }
@@ -53,9 +55,11 @@ NotifierStatusItem::~NotifierStatusItem() {
     hosts_.withdraw();
 }
 
-void NotifierStatusItem::clicked(const StatusItemClick& click) const {
+void NotifierStatusItem::clicked(const StatusItemClick& click) {
     if (click.entry == kQuit) {
         actions_.quit();
+    } else if (click.menuAt && StatusMenu::canBePlaced()) {
+        menu_.openInPanel({click.menuAt->x, click.menuAt->y});
     } else if (!click.entry || click.entry == kOpen) {
         actions_.show(click.request);
     }

@@ -1,7 +1,17 @@
 // The program's item in the desktop's panel: one symbol, with a menu.
 #pragma once
 
+#include <functional>
+
+#include "platform/StartRequest.h"
+
 namespace tavo {
+
+// What the user can do with the item.
+struct StatusItemActions {
+    std::function<void(const StartRequest&)> show;
+    std::function<void()> quit;
+};
 
 // The tray item, shown as long as the object lives: one derived class for panels that draw
 // StatusNotifierItems themselves, one for those that embed windows (XEmbed). Main thread.
@@ -11,9 +21,6 @@ public:
     StatusItem(const StatusItem&) = delete;
     StatusItem& operator=(const StatusItem&) = delete;
     virtual ~StatusItem() = default;
-
-    // Opens the menu at the item's edge, where the panel leaves that to the program.
-    virtual void openMenu() {}
 };
 
 }  // namespace tavo

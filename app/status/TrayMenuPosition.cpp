@@ -35,4 +35,18 @@ QPoint trayMenuPosition(const QRect& item, const QSize& menu, const QRect& scree
             std::clamp(corner.y(), screen.top(), bottom)};
 }
 
+QRect trayItemAt(const QPoint& point, const QRect& available) {
+    QRect item(point, QSize(1, 1));
+    if (point.y() < available.top()) {
+        item.setBottom(available.top() - 1);
+    } else if (point.y() > available.bottom()) {
+        item.setTop(available.bottom() + 1);
+    } else if (point.x() < available.left()) {
+        item.setRight(available.left() - 1);
+    } else if (point.x() > available.right()) {
+        item.setLeft(available.right() + 1);
+    }
+    return item;
+}
+
 }  // namespace tavo

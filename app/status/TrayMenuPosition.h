@@ -14,4 +14,9 @@ namespace tavo {
 QPoint trayMenuPosition(const QRect& item, const QSize& menu, const QRect& screen,
                         const QRect& available);
 
+// The place of an item of which only `point` is known: it reaches from there to the inner edge of
+// the panel. `available` is what panels leave of the screen. The point alone where they reserve
+// nothing.
+QRect trayItemAt(const QPoint& point, const QRect& available);
+
 }  // namespace tavo

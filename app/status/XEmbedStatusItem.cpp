@@ -1,33 +1,19 @@
 #include "app/status/XEmbedStatusItem.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QIcon>
-#include <QMenu>
 #include <QMouseEvent>
-#include <QScreen>
 #include <QSystemTrayIcon>
-#include <QTimer>
 #include <QWidget>
-#include <QWindow>
 #include <utility>
 
+#include "app/status/StatusMenu.h"
 #include "app/status/StatusSymbol.h"
-#include "app/status/TrayMenuPosition.h"
 #include "platform/linux/tray/XEmbedTrayIcons.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
 namespace {
-
-constexpr int kFocusPauseMs = 20;
-constexpr int kMostDelays = 50;
-
-// For some tenths of a second after a window was hidden, Qt still takes it for the focus window.
-// When Qt notices that the focus is gone, it closes all menus.
-bool menusWouldClose() {
-    const QWindow* const focused = QGuiApplication::focusWindow();
-    return focused != nullptr && !focused->isVisible();
-}
 
 // Whether `object` is Qt's window in the tray, which only the name of its private class tells.
 bool isEmbedded(const QObject* object) {
@@ -36,8 +22,8 @@ bool isEmbedded(const QObject* object) {
 
 }  // namespace
 
-XEmbedStatusItem::XEmbedStatusItem(QMenu& menu, std::function<void(bool)> clicked)
-    : menu_(menu), clicked_(std::move(clicked)) {
+XEmbedStatusItem::XEmbedStatusItem(StatusMenu& menu, StatusItemActions actions)
+    : menu_(menu), actions_(std::move(actions)) {
     withXEmbedTrayIcons([this] { icon_ = std::make_unique<QSystemTrayIcon>(); });
     icon_->setToolTip(texts::kProgramName.toString());
     QIcon icon;
@@ -52,22 +38,6 @@ XEmbedStatusItem::XEmbedStatusItem(QMenu& menu, std::function<void(bool)> clicke
 }
 
 XEmbedStatusItem::~XEmbedStatusItem() = default;
-
-void XEmbedStatusItem::openMenu() {
-    if (menusWouldClose() && delays_ < kMostDelays) {
-        ++delays_;
-        QTimer::singleShot(kFocusPauseMs, this, [this] { openMenu(); });
-        return;
-    }
-    delays_ = 0;
-    const QRect item = icon_->geometry();
-    const QScreen* screen = QGuiApplication::screenAt(item.center());
-    if (screen == nullptr) {
-        screen = QGuiApplication::primaryScreen();
-    }
-    menu_.popup(
-        trayMenuPosition(item, menu_.sizeHint(), screen->geometry(), screen->availableGeometry()));
-}
 
 bool XEmbedStatusItem::eventFilter(QObject* object, QEvent* event) {
     switch (event->type()) {
@@ -92,10 +62,13 @@ bool XEmbedStatusItem::eventFilter(QObject* object, QEvent* event) {
 }
 
 void XEmbedStatusItem::release(const QWidget& embedded, const QMouseEvent& event) {
-    const bool right = event.button() == Qt::RightButton;
-    if ((right || event.button() == Qt::LeftButton) &&
-        embedded.rect().contains(event.position().toPoint())) {
-        clicked_(right);
+    if (!embedded.rect().contains(event.position().toPoint())) {
+        return;
+    }
+    if (event.button() == Qt::RightButton) {
+        menu_.openBeside(icon_->geometry());
+    } else if (event.button() == Qt::LeftButton) {
+        actions_.show({});
     }
 }
 

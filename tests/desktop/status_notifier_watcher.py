@@ -5,7 +5,8 @@
 
 With "late" the first who asks hears that no panel is there yet; it is a moment later. Says
 "registered BUS-NAME" for each item. On standard input: "activate" clicks on the last item,
-"menu" prints its entries, "choose TEXT" picks one of them.
+"secondary" clicks on it with the middle button, "ask X Y" asks it for a menu there; "menu" prints
+the entries of the menu that it gives to panels, "choose TEXT" picks one of them.
 """
 
 import sys
@@ -76,6 +77,13 @@ class Watcher(dbus.service.Object):
         command, _, text = line.strip().partition(" ")
         if command == "activate":
             self.call("/StatusNotifierItem", ITEM, "Activate", dbus.Int32(0), dbus.Int32(0))
+        elif command == "secondary":
+            self.call("/StatusNotifierItem", ITEM, "SecondaryActivate", dbus.Int32(0),
+                      dbus.Int32(0))
+            say(command)
+        elif command == "ask":
+            self.call("/StatusNotifierItem", ITEM, "ContextMenu", *map(dbus.Int32, text.split()))
+            say(command)
         elif command == "tooltip":
             tip = self.call("/StatusNotifierItem", dbus.PROPERTIES_IFACE, "Get", ITEM, "ToolTip")
             say("tooltip", tip[2])

@@ -391,6 +391,62 @@ class Notified(TrayTest):
         self.tell(panel, f"choose {QUIT}")
         self.assertEqual(launcher.process.wait(timeout=20), 0)
 
+    def launch_on_panel_without_menus(self):
+        """A panel at the bottom of the screen, 32 pixels high, and the program, closed."""
+        settings = self.desktop.folder / "tint2rc"
+        settings.write_text("panel_items = C\npanel_size = 100% 32\nstrut_policy = follow_size\n"
+                            "panel_position = bottom center horizontal\n")
+        self.desktop.start(["tint2", "-c", str(settings)], log="tint2.log")
+        wait_until(lambda: "1280, 768" in self.desktop.run("xprop", "-root", "_NET_WORKAREA"),
+                   "the panel's place")
+        panel, launcher = self.launch_on_panel()
+        launcher.close()
+        return panel, launcher
+
+    def test_the_menu_that_a_panel_leaves_to_the_program_opens_at_the_panels_edge(self):
+        panel, launcher = self.launch_on_panel_without_menus()
+        for pointer, said, left in (((600, 300), (300, 790), 300),
+                                    ((700, 790), (12, 12), 700),
+                                    ((1270, 790), (1270, 790), None)):
+            with self.subTest(pointer=pointer, said=said):
+                self.desktop.move_pointer(*pointer)
+                self.ask(panel, f"ask {said[0]} {said[1]}")
+                x, y, width, height = self.await_menu_window()
+                self.picture(f"asked-{pointer[0]}")
+                self.assertEqual(y + height, 768)
+                self.assertEqual(x, 1280 - width if left is None else left)
+                self.desktop.key("Escape")
+                wait_until(lambda: self.menu_window() is None, "the menu to close")
+        self.desktop.move_pointer(640, 400)
+        self.ask(panel, "ask 12 12")  # neither is in the panel: the pointer counts
+        self.assertEqual(self.await_menu_window()[:2], (640, 401))
+        self.desktop.key("Down", "Return")
+        launcher.await_active()
+
+    def test_the_menu_that_is_asked_for_while_the_button_is_held_opens_when_it_is_let_go(self):
+        panel, launcher = self.launch_on_panel_without_menus()
+        for leave in (lambda: self.desktop.key("Escape"), self.click_elsewhere):
+            self.desktop.move_pointer(700, 790)
+            self.desktop.xdo("mousedown", 3)
+            self.ask(panel, "ask 700 790")
+            self.assertIsNone(self.menu_window())
+            self.desktop.xdo("mouseup", 3)
+            self.await_menu_window()
+            leave()
+            wait_until(lambda: self.menu_window() is None, "the menu to close")
+        self.assertFalse(launcher.is_shown())
+
+    def click_elsewhere(self):
+        self.desktop.move_pointer(100, 100)
+        self.desktop.xdo("click", 1)
+
+    def test_a_middle_click_does_nothing(self):
+        panel, launcher = self.launch_on_panel()
+        launcher.close()
+        self.ask(panel, "secondary")
+        self.assertFalse(launcher.is_shown())
+        self.click_in(panel, launcher)
+
     def test_a_window_that_is_not_painted_keeps_no_item_from_the_panel(self):
         manager = self.desktop.manager
         manager.send_signal(signal.SIGSTOP)  # so the window is never mapped

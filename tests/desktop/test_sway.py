@@ -26,7 +26,9 @@ class Sway(InstanceTest):
         super().setUp()
         run = self.desktop.folder / "run"
         settings = self.desktop.folder / "sway.conf"
-        settings.write_text("xwayland disable\n")
+        # Sway's own bar, which a test starts itself.
+        settings.write_text("xwayland disable\nbar {\n id own\n swaybar_command true\n"
+                            " position top\n height 32\n tray_padding 4\n}\n")
         self.sway = self.desktop.start(
             ["sway", "-c", settings], {"WLR_BACKENDS": "x11", "WLR_RENDERER": "pixman",
                                        "XDG_CURRENT_DESKTOP": "sway"}, log="sway.log")
@@ -157,6 +159,24 @@ class Sway(InstanceTest):
         self.await_focused(APP_ID)
         self.choose_from_menu(0.75)
         self.assertEqual(program.wait(timeout=20), 0)
+
+    def test_on_a_bar_without_menus_left_and_right_show_the_window_and_the_middle_does_not(self):
+        self.bar.kill()
+        self.bar.wait()
+        self.start_there(["swaybar", "-b", "own"], "bar.log")
+        self.start_there([PROGRAM])
+        self.await_focused(APP_ID)
+        self.await_symbol()
+        self.start_there(["foot", "sleep", "100"])
+        self.await_focused("foot")
+        for button in (1, 3):
+            self.close_window()
+            for other in (2, 4, 5):  # 4 and 5: the wheel
+                self.click_item(other)
+            self.assertEqual(self.focused(), "foot")
+            self.click_item(button)
+            self.await_focused(APP_ID)
+        self.picture("swaybar")
 
     def choose_from_menu(self, height):
         """Clicks on the item's menu, so far down in it. The bar's menus do not get the keys, and

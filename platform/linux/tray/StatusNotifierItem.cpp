@@ -28,11 +28,13 @@ constexpr char kDescription[] =
     "<property name='WindowId' type='i' access='read'/>"
     "<property name='IconName' type='s' access='read'/>"
     "<property name='IconPixmap' type='a(iiay)' access='read'/>"
+    "<property name='IconAccessibleDesc' type='s' access='read'/>"
     "<property name='OverlayIconName' type='s' access='read'/>"
     "<property name='OverlayIconPixmap' type='a(iiay)' access='read'/>"
     "<property name='AttentionIconName' type='s' access='read'/>"
     "<property name='AttentionIconPixmap' type='a(iiay)' access='read'/>"
     "<property name='AttentionMovieName' type='s' access='read'/>"
+    "<property name='AttentionAccessibleDesc' type='s' access='read'/>"
     "<property name='ToolTip' type='(sa(iiay)ss)' access='read'/>"
     "<property name='IconThemePath' type='s' access='read'/>"
     "<property name='ItemIsMenu' type='b' access='read'/>"
@@ -96,7 +98,7 @@ StatusNotifierItem::StatusNotifierItem(SessionBus& bus, StatusItemContent item,
                                      called(method, parameters, invocation);
                                  },
                              .property = [this](const char* name) { return property(name); }}),
-      menu_(item_.menu, [this](std::size_t entry) { click(entry); }),
+      menu_(item_.menu, [this](std::size_t entry) { click({.entry = entry}); }),
       connections_(bus.follow([this](GDBusConnection* connection) { follow(connection); })) {}
 
 void StatusNotifierItem::follow(GDBusConnection* bus) {
@@ -138,11 +140,15 @@ void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*na
                            G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
 }
 
-// Does nothing for ContextMenu, which is for items without a Menu property, and for Scroll.
+// Does nothing for SecondaryActivate, the middle button, and for Scroll.
 void StatusNotifierItem::called(const std::string& method, GVariant* parameters,
                                 GDBusMethodInvocation* invocation) {
-    if (method == "Activate" || method == "SecondaryActivate") {
-        click(std::nullopt);
+    if (method == "Activate") {
+        click({});
+    } else if (method == "ContextMenu") {
+        StatusItemPoint point;
+        g_variant_get(parameters, "(ii)", &point.x, &point.y);
+        click({.menuAt = point});
     } else if (method == "ProvideXdgActivationToken") {
         const char* token = nullptr;
         g_variant_get(parameters, "(&s)", &token);
@@ -159,7 +165,7 @@ GVariant* StatusNotifierItem::property(const std::string& name) const {
     if (name == "Id") {
         return g_variant_new_string(kId);
     }
-    if (name == "Title") {
+    if (name == "Title" || name == "IconAccessibleDesc" || name == "AttentionAccessibleDesc") {
         return g_variant_new_string(item_.title.c_str());
     }
     if (name == "Status") {
@@ -186,12 +192,12 @@ GVariant* StatusNotifierItem::property(const std::string& name) const {
     return g_variant_new_string("");
 }
 
-void StatusNotifierItem::click(std::optional<std::size_t> entry) {
+void StatusNotifierItem::click(StatusItemClick click) {
     std::string token = std::exchange(token_, {});
-    if (now_() - tokenCame_ > kTokenHolds) {
-        token.clear();
+    if (now_() - tokenCame_ <= kTokenHolds) {
+        click.request.activationToken = std::move(token);
     }
-    clicked_({.entry = entry, .request = {.startupId = "", .activationToken = std::move(token)}});
+    clicked_(click);
 }
 
 }  // namespace tavo

@@ -41,7 +41,8 @@ private:
     void leave();
     void called(const std::string& method, GVariant* parameters, GDBusMethodInvocation* invocation);
     [[nodiscard]] GVariant* property(const std::string& name) const;
-    void click(std::optional<std::size_t> entry);
+    // Reports `click` with the token that holds for it.
+    void click(StatusItemClick click);
 
     StatusItemContent item_;
     const std::function<void(const StatusItemClick&)> clicked_;

@@ -42,6 +42,24 @@ TEST(TrayMenuPosition, of_a_menu_larger_than_the_screen_starts_at_the_screens_co
               QPoint(0, 0));
 }
 
+TEST(TrayMenuPosition, of_an_item_of_which_a_point_is_known_is_beside_the_panel_too) {
+    struct Panel {
+        QPoint click;
+        QRect available;
+        QPoint place;
+    };
+    for (const Panel& panel : {Panel{{500, 10}, {0, 32, 1000, 768}, {500, 32}},
+                               Panel{{500, 790}, {0, 0, 1000, 768}, {500, 668}},
+                               Panel{{10, 300}, {32, 0, 968, 800}, {32, 300}},
+                               Panel{{990, 300}, {0, 0, 968, 800}, {768, 300}},
+                               Panel{{500, 790}, kScreen, {500, 690}}}) {
+        SCOPED_TRACE(testing::Message() << panel.click.x() << ',' << panel.click.y());
+        EXPECT_EQ(trayMenuPosition(trayItemAt(panel.click, panel.available), kMenu, kScreen,
+                                   panel.available),
+                  panel.place);
+    }
+}
+
 TEST(TrayMenuPosition, counts_on_a_second_screen_from_that_ones_corner) {
     const QRect second(1000, 0, 1000, 800);
     EXPECT_EQ(trayMenuPosition({1980, 776, 20, 20}, kMenu, second, {1000, 0, 1000, 768}),

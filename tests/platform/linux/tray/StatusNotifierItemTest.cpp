@@ -152,6 +152,8 @@ TEST_F(StatusNotifierItemTest, tells_panels_what_it_is) {
         {"ToolTip", "(<('', @a(iiay) [], 'Something', '')>,)"},
         {"ItemIsMenu", "(<false>,)"},
         {"IconName", "(<''>,)"},
+        {"IconAccessibleDesc", "(<'Something'>,)"},
+        {"AttentionAccessibleDesc", "(<'Something'>,)"},
         {"AttentionIconPixmap", "(<@a(iiay) []>,)"},
     };
     for (const Property& property : kProperties) {
@@ -175,9 +177,9 @@ TEST_F(StatusNotifierItemTest, a_click_has_the_token_that_came_before_it_and_the
     EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "old")));
     EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
     EXPECT_TRUE(item.call("Activate", g_variant_new("(ii)", 3, 4)));
-    EXPECT_EQ(awaitClick(), (StatusItemClick{.entry = {}, .request = {"", "token"}}));
-    EXPECT_TRUE(item.call("SecondaryActivate", g_variant_new("(ii)", -1, -1)));
-    EXPECT_EQ(awaitClick(), (StatusItemClick{.entry = {}, .request = {}}));
+    EXPECT_EQ(awaitClick(), (StatusItemClick{.request = {"", "token"}}));
+    EXPECT_TRUE(item.call("Activate", g_variant_new("(ii)", -1, -1)));
+    EXPECT_EQ(awaitClick(), StatusItemClick{});
 }
 
 TEST_F(StatusNotifierItemTest,
@@ -190,7 +192,7 @@ TEST_F(StatusNotifierItemTest,
         EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
         pass(pause);
         EXPECT_TRUE(item.call("Activate", g_variant_new("(ii)", 0, 0)));
-        EXPECT_EQ(awaitClick(), (StatusItemClick{.entry = {}, .request = {"", token}}));
+        EXPECT_EQ(awaitClick(), (StatusItemClick{.request = {"", token}}));
         EXPECT_TRUE(item.call("Activate", g_variant_new("(ii)", 0, 0)));
         EXPECT_EQ(awaitClick(), StatusItemClick{});
     }
@@ -218,11 +220,19 @@ TEST_F(StatusNotifierItemTest, a_token_that_no_compositor_makes_counts_for_nothi
     EXPECT_EQ(awaitClick(), StatusItemClick{});
 }
 
-TEST_F(StatusNotifierItemTest, the_wheel_and_the_asking_for_a_menu_are_no_clicks) {
+TEST_F(StatusNotifierItemTest, a_panel_that_draws_no_menus_asks_for_ours_at_a_point) {
+    PanelStandIn panel(address());
+    const Shown item(panel);
+    EXPECT_TRUE(item.call("ProvideXdgActivationToken", g_variant_new("(s)", "token")));
+    EXPECT_TRUE(item.call("ContextMenu", g_variant_new("(ii)", -3, 4)));
+    EXPECT_EQ(awaitClick(), (StatusItemClick{.menuAt = {{-3, 4}}, .request = {"", "token"}}));
+}
+
+TEST_F(StatusNotifierItemTest, the_wheel_and_the_middle_button_do_nothing) {
     PanelStandIn panel(address());
     const Shown item(panel);
     EXPECT_TRUE(item.call("Scroll", g_variant_new("(is)", 120, "vertical")));
-    EXPECT_TRUE(item.call("ContextMenu", g_variant_new("(ii)", 0, 0)));
+    EXPECT_TRUE(item.call("SecondaryActivate", g_variant_new("(ii)", 0, 0)));
     EXPECT_EQ(clicks(), 0U);
 }
 
