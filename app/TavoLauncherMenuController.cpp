@@ -26,21 +26,21 @@ void TavoLauncherMenuController::applicationDidFinishLaunching() {
 }
 
 void TavoLauncherMenuController::followHost() {
-    const StatusItemHost host = hosts_.host();
-    if (host == itemHost_) {
-        return;
-    }
-    itemHost_ = host;
-    statusItem_.reset();
-    switch (host) {
+    switch (hosts_.host()) {
         case StatusItemHost::None:
             break;
         case StatusItemHost::Notifier:
-            statusItem_ =
-                std::make_unique<NotifierStatusItem>(hosts_, *contextMenu_, statusItemActions());
+            embeddedItem_.reset();
+            if (!notifierItem_) {
+                notifierItem_ = std::make_unique<NotifierStatusItem>(hosts_, *contextMenu_,
+                                                                     statusItemActions());
+            }
             break;
         case StatusItemHost::Embedding:
-            statusItem_ = std::make_unique<XEmbedStatusItem>(*contextMenu_, statusItemActions());
+            if (!embeddedItem_) {
+                embeddedItem_ =
+                    std::make_unique<XEmbedStatusItem>(*contextMenu_, statusItemActions());
+            }
             break;
     }
 }
@@ -78,7 +78,7 @@ void TavoLauncherMenuController::quit() {
 }
 
 bool TavoLauncherMenuController::canReturn() const {
-    return reachable_() || (statusItem_ && hosts_.host() == itemHost_);
+    return reachable_() || (contextMenu_ && hosts_.host() != StatusItemHost::None);
 }
 
 }  // namespace tavo

@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "app/status/StatusItem.h"
+#include "app/status/StatusItemActions.h"
 #include "platform/StartRequest.h"
 #include "platform/StatusItemHosts.h"
 #include "support/Signal.h"
@@ -12,8 +12,10 @@
 namespace tavo {
 
 class LauncherWindow;
+class NotifierStatusItem;
 class StatusMenu;
 class WindowManagement;
+class XEmbedStatusItem;
 
 // An accessory application: not in taskbar or pager, but with a status item wherever a panel takes
 // one. Closing the window hides it while something could bring it back: a status item, another
@@ -48,7 +50,9 @@ public:
     void quit();
 
 private:
-    // Makes the item for the kind of panel that there is now, and removes an item for another kind.
+    // Makes the item for the kind of panel that there is now. Removes an embedded item for one that
+    // draws items itself. Once offered, an item stays so: a panel may still list it when it
+    // returns.
     void followHost();
 
     StatusItemActions statusItemActions();
@@ -59,8 +63,8 @@ private:
     StatusItemHosts& hosts_;
     const std::function<bool()> reachable_;
     std::unique_ptr<StatusMenu> contextMenu_;
-    std::unique_ptr<StatusItem> statusItem_;
-    StatusItemHost itemHost_ = StatusItemHost::None;  // the kind that statusItem_ was made for
+    std::unique_ptr<NotifierStatusItem> notifierItem_;
+    std::unique_ptr<XEmbedStatusItem> embeddedItem_;
     Subscription hostChanges_;
 };
 

@@ -4,7 +4,7 @@
 #include <QMenu>
 #include <QRect>
 
-#include "app/status/StatusItem.h"
+#include "app/status/StatusItemActions.h"
 
 namespace tavo {
 

@@ -4,7 +4,7 @@
 #include <QObject>
 #include <memory>
 
-#include "app/status/StatusItem.h"
+#include "app/status/StatusItemActions.h"
 
 class QMouseEvent;
 class QSystemTrayIcon;
@@ -16,7 +16,8 @@ class StatusMenu;
 
 // The program itself handles the pointer over the item: it acts when a button is released there,
 // not when it is pressed. When the tray goes away and returns, the item is there again.
-class XEmbedStatusItem final : public QObject, public StatusItem {
+// Shown as long as the object lives. Main thread.
+class XEmbedStatusItem final : public QObject {
 public:
     // `menu` must outlive this object. The left button shows the window, the right one opens the
     // menu.

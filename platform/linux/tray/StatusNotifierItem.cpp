@@ -131,12 +131,13 @@ void StatusNotifierItem::leave() {
     bus_ = nullptr;
 }
 
-// Registers the item. The bus daemon serves requests in order, so we have the name by now.
+// Registers the item by the unique name of the connection, not by its own one: now and then the
+// AppIndicator extension of GNOME 43 loses an item with a name of its own, because it forgets what
+// it knows of the item when its watch of that name begins.
 void StatusNotifierItem::watcherAppeared(GDBusConnection* bus, const gchar* /*name*/,
-                                         const gchar* /*owner*/, gpointer data) {
-    const StatusNotifierItem& self = *static_cast<StatusNotifierItem*>(data);
+                                         const gchar* /*owner*/, gpointer /*data*/) {
     g_dbus_connection_call(bus, kWatcher, kWatcherPath, kWatcher, "RegisterStatusNotifierItem",
-                           g_variant_new("(s)", self.name_.c_str()), nullptr,
+                           g_variant_new("(s)", g_dbus_connection_get_unique_name(bus)), nullptr,
                            G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr, nullptr);
 }
 

@@ -30,7 +30,7 @@ public:
                        std::function<Clock::time_point()> now = Clock::now);
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
-    // Makes the panels remove the item.
+    // Panels remove the item when the connection to the bus ends.
     ~StatusNotifierItem() { leave(); }
 
 private:
@@ -47,7 +47,7 @@ private:
     StatusItemContent item_;
     const std::function<void(const StatusItemClick&)> clicked_;
     const std::function<Clock::time_point()> now_;
-    // Panels remove an item when its bus name goes, so each item has a name of its own.
+    // By which panels may look for items.
     const std::string name_;
     BusObject object_;
     DBusMenu menu_;
