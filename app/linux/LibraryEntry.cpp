@@ -17,6 +17,7 @@
 #include "platform/linux/instance/InstanceSocket.h"
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/system/StartEnvironment.h"
+#include "platform/qt/PlatformTheme.h"
 #include "support/ApplicationId.h"
 #include "ui/controls/LauncherStyle.h"
 
@@ -54,7 +55,8 @@ int runTavoLauncher(tavo::LaunchArguments& launch) {
     QCoreApplication::setApplicationVersion(QStringLiteral(TAVO_VERSION));
     QGuiApplication::setDesktopFileName(QLatin1String(kApplicationId));
     QApplication::setStyle(new LauncherStyle);
-    LauncherQApplication application(launch.argc, launch.argv);
+    PlatformThemeArguments arguments(launch.program);
+    LauncherQApplication application(arguments.count(), arguments.values());
     starting.reset();
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tavo Launcher"));
     const DisplayLossGuard displayLoss;

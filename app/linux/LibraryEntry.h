@@ -15,8 +15,7 @@ class InstanceSocket;
 class StartEnvironment;
 
 struct LaunchArguments {
-    int argc = 0;
-    char** argv = nullptr;
+    char* program = nullptr;  // argv[0]
     const StartEnvironment& environment;
     StartRequest request;
     std::unique_ptr<InstanceSocket> socket;  // null where there is no folder for one

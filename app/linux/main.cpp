@@ -96,8 +96,7 @@ int main(int argc, char** argv) {
         return *status;
     }
     LaunchArguments launch = {
-        .argc = argc,
-        .argv = argv,
+        .program = argv[0],
         .environment = environment,
         .request = {.startupId = environment.value("DESKTOP_STARTUP_ID").value_or(""),
                     .activationToken = environment.value("XDG_ACTIVATION_TOKEN").value_or("")},

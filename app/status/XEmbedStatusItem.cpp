@@ -9,7 +9,6 @@
 
 #include "app/status/StatusMenu.h"
 #include "app/status/StatusSymbol.h"
-#include "platform/linux/tray/XEmbedTrayIcons.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -24,7 +23,7 @@ bool isEmbedded(const QObject* object) {
 
 XEmbedStatusItem::XEmbedStatusItem(StatusMenu& menu, StatusItemActions actions)
     : menu_(menu), actions_(std::move(actions)) {
-    withXEmbedTrayIcons([this] { icon_ = std::make_unique<QSystemTrayIcon>(); });
+    icon_ = std::make_unique<QSystemTrayIcon>();
     icon_->setToolTip(texts::kProgramName.toString());
     QIcon icon;
     for (const int side : kSymbolSides) {
