@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <variant>
 
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -54,9 +55,10 @@ private:
     bool failed_ = false;
 };
 
-}  // namespace
+using Value = std::variant<std::monostate, std::int32_t, std::string>;
 
-std::optional<std::string> xSetting(std::string_view property, std::string_view name) {
+// Of a colour, and where there is no such setting, a value without content.
+Value valueOf(std::string_view property, std::string_view name) {
     enum Type : std::uint8_t { kInteger = 0, kString = 1, kColor = 2 };
     PropertyReader reader(property);
     reader.number<std::uint32_t>();  // serial
@@ -66,18 +68,37 @@ std::optional<std::string> xSetting(std::string_view property, std::string_view 
         reader.take(1);
         const std::string_view settingName = reader.padded(reader.number<std::uint16_t>());
         reader.number<std::uint32_t>();  // serial of its last change
+        Value value;
         if (type == kString) {
-            const std::string_view value = reader.padded(reader.number<std::uint32_t>());
-            if (settingName == name && !reader.failed()) {
-                return std::string(value);
-            }
-        } else if (type == kInteger || type == kColor) {
-            reader.take(type == kInteger ? 4 : 8);
+            value = std::string(reader.padded(reader.number<std::uint32_t>()));
+        } else if (type == kInteger) {
+            value = static_cast<std::int32_t>(reader.number<std::uint32_t>());
+        } else if (type == kColor) {
+            reader.take(8);
         } else {
-            return std::nullopt;
+            break;
+        }
+        if (settingName == name && !reader.failed()) {
+            return value;
         }
     }
-    return std::nullopt;
+    return {};
+}
+
+template<typename Content>
+std::optional<Content> contentOf(const Value& value) {
+    const auto* const content = std::get_if<Content>(&value);
+    return content != nullptr ? std::optional(*content) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> xSetting(std::string_view property, std::string_view name) {
+    return contentOf<std::string>(valueOf(property, name));
+}
+
+std::optional<std::int32_t> xNumberSetting(std::string_view property, std::string_view name) {
+    return contentOf<std::int32_t>(valueOf(property, name));
 }
 
 std::string readXSettings(const std::string& display) {

@@ -9,17 +9,22 @@
 namespace tavo {
 namespace {
 
-TEST(XSettings, a_string_is_found_among_settings_of_all_types_in_both_byte_orders) {
+TEST(XSettings, texts_and_numbers_are_found_among_settings_of_all_types_in_both_byte_orders) {
     for (const bool bigEnd : {false, true}) {
         SCOPED_TRACE(bigEnd ? "big-endian" : "little-endian");
         XSettingsBytes bytes(bigEnd);
         bytes.addInteger("Xft/DPI", 98304).addColor("Gtk/Color").addString("Net/ThemeName", "A");
         bytes.addString("Net/IconThemeName", "Papirus-Dark").addString("Empty", "");
+        bytes.addInteger("Net/Below", 0xffffffff);
         const std::string property = bytes.property();
         EXPECT_EQ(xSetting(property, "Net/IconThemeName"), "Papirus-Dark");
         EXPECT_EQ(xSetting(property, "Net/ThemeName"), "A");
         EXPECT_EQ(xSetting(property, "Empty"), "");
         EXPECT_EQ(xSetting(property, "Xft/DPI"), std::nullopt);
+        EXPECT_EQ(xNumberSetting(property, "Xft/DPI"), 98304);
+        EXPECT_EQ(xNumberSetting(property, "Net/Below"), -1);
+        EXPECT_EQ(xNumberSetting(property, "Gtk/Color"), std::nullopt);
+        EXPECT_EQ(xNumberSetting(property, "Net/ThemeName"), std::nullopt);
         EXPECT_EQ(xSetting(property, "Missing"), std::nullopt);
     }
 }
