@@ -1,8 +1,9 @@
-// How the user has told the desktop that programs should look.
+// How the user has told the desktop that programs should look and feel.
 #pragma once
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "support/Signal.h"
@@ -11,10 +12,20 @@ namespace tavo {
 
 enum class ColorScheme : std::uint8_t { NoPreference, Dark, Light };
 
+// What the desktop does not tell has its default, which stands for "not told".
 struct DesktopPreferences {
     ColorScheme colorScheme = ColorScheme::NoPreference;
     bool reducedMotion = false;
-    std::string iconTheme;  // its name as the desktop gives it, installed or not; "" when unknown
+    std::string iconTheme = {};                // its name as the desktop gives it, installed or not
+    std::optional<std::uint32_t> accent = {};  // 0xRRGGBB
+    // Of the interface font: one or several, the preferred one first, with "," between them;
+    // installed or not. Without size and weight, which this program has its own of.
+    std::string fontFamilies = {};
+    std::optional<std::chrono::milliseconds> doubleClickTime = {};
+    std::optional<int> doubleClickDistance = {};  // logical pixels
+    // From one appearance of the text cursor to the next; zero where it does not blink.
+    std::optional<std::chrono::milliseconds> cursorBlinkTime = {};
+    std::optional<int> wheelLines = {};  // lines scrolled by one step of the wheel
 
     bool operator==(const DesktopPreferences&) const = default;
 };

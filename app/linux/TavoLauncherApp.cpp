@@ -23,7 +23,7 @@
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
-#include "platform/linux/settings/KdeIconChanges.h"
+#include "platform/linux/settings/KdeChanges.h"
 #include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
 #include "platform/linux/wayland/WaylandActivationTokens.h"
@@ -141,8 +141,8 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     if ((xSettings_ = watchXSettings())) {
         iconChanges_.push_back(xSettings_->changed.subscribe(refreshIcons));
     }
-    kdeIcons_ = watchKdeIcons(bus, *mainQueue_);
-    iconChanges_.push_back(kdeIcons_->changed.subscribe(refreshIcons));
+    kde_ = watchKde(bus, *mainQueue_);
+    iconChanges_.push_back(kde_->changed.subscribe(refreshIcons));
     management_ = makeSessionWindowManagement(environment);
     hosts_ = makeSessionStatusItemHosts(bus, *mainQueue_);
     controller_ = std::make_unique<TavoLauncherMenuController>(

@@ -19,7 +19,7 @@ class DesktopEntryIndex;
 class AppliedDesktopSettings;
 class DesktopSettings;
 class FileManager;
-class KdeIconChanges;
+class KdeChanges;
 class LauncherView;
 class LauncherWindow;
 class MainQueue;
@@ -69,7 +69,7 @@ private:
     std::unique_ptr<LauncherWindow> window_;
     std::unique_ptr<AppliedDesktopSettings> look_;
     std::unique_ptr<XSettingsWatch> xSettings_;
-    std::unique_ptr<KdeIconChanges> kdeIcons_;
+    std::unique_ptr<KdeChanges> kde_;
     std::vector<Subscription> iconChanges_;
     std::unique_ptr<WindowManagement> management_;
     std::unique_ptr<StatusItemHosts> hosts_;

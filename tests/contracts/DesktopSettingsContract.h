@@ -1,7 +1,10 @@
 // What every source of the desktop's settings promises, as one suite over any of them.
 //
 // A World is one desktop, on which the user has chosen nothing at first:
-//   void choose(const DesktopPreferences&);         the user chooses all of them, defaults included
+//   void choose(const DesktopPreferences&);         the user chooses colours (of accents 0xff0000
+//   or
+//                                                   none), motion, icon theme and font, defaults
+//                                                   included
 //   DesktopSettings& settings();                    the settings under test, made by the first call
 //   bool eventually(const std::function<bool()>&);  runs the main queue until the condition holds;
 //                                                   false if it never does
@@ -40,7 +43,7 @@ TYPED_TEST_P(DesktopSettingsContract, a_desktop_on_which_nothing_was_chosen_has_
 }
 
 TYPED_TEST_P(DesktopSettingsContract, what_was_chosen_before_is_known_after_the_first_answer) {
-    const DesktopPreferences chosen = {ColorScheme::Dark, true, "Papirus"};
+    const DesktopPreferences chosen = {ColorScheme::Dark, true, "Papirus", 0xff0000, "Noto Sans"};
     this->world_.choose(chosen);
     DesktopSettings& settings = this->world_.settings();
     settings.awaitFirstAnswer(this->kPatience);
@@ -61,6 +64,8 @@ TYPED_TEST_P(DesktopSettingsContract, what_is_chosen_later_becomes_known_and_is_
         {ColorScheme::Dark, false, "Adwaita"},
         {ColorScheme::Dark, true, "Adwaita"},
         {ColorScheme::Dark, true, "breeze"},
+        {ColorScheme::Dark, true, "breeze", 0xff0000},
+        {ColorScheme::Dark, true, "breeze", {}, "Cantarell"},
         {},
     };
     for (const DesktopPreferences& chosen : choices) {

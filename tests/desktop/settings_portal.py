@@ -8,12 +8,15 @@ _NAME = "org.freedesktop.portal.Desktop"
 _PATH = "/org/freedesktop/portal/desktop"
 _INTERFACE = "org.freedesktop.portal.Settings"
 _DESCRIPTION = f"""<node><interface name="{_INTERFACE}">
-<method name="ReadOne"><arg type="s" direction="in"/><arg type="s" direction="in"/>
-<arg type="v" direction="out"/></method>
+<method name="ReadAll"><arg type="as" direction="in"/><arg type="a{{sa{{sv}}}}" direction="out"/></method>
 <signal name="SettingChanged"><arg type="s"/><arg type="s"/><arg type="v"/></signal>
 </interface></node>"""
 
 COLOR_SCHEME = ("org.freedesktop.appearance", "color-scheme")
+ACCENT = ("org.freedesktop.appearance", "accent-color")
+FONT = ("org.gnome.desktop.interface", "font-name")
+CURSOR_BLINK = ("org.gnome.desktop.interface", "cursor-blink")
+CURSOR_BLINK_TIME = ("org.gnome.desktop.interface", "cursor-blink-time")
 ICON_THEME = ("org.gnome.desktop.interface", "icon-theme")
 NONE, DARK, LIGHT = (GLib.Variant("u", number) for number in range(3))
 
@@ -62,9 +65,8 @@ class SettingsPortal:
         self._context.pop_thread_default()
 
     def _called(self, _bus, _sender, _path, _interface, _method, parameters, invocation):
-        key = parameters.unpack()
-        if key in self.values:
-            invocation.return_value(GLib.Variant("(v)", (self.values[key],)))
-        else:
-            invocation.return_dbus_error("org.freedesktop.portal.Error.NotFound", "No such setting")
+        (groups,) = parameters.unpack()
+        told = {group: {name: value for (of, name), value in self.values.items() if of == group}
+                for group in groups}
+        invocation.return_value(GLib.Variant("(a{sa{sv}})", (told,)))
         self.asked.set()

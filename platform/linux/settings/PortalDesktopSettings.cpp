@@ -1,9 +1,11 @@
 #include "platform/linux/settings/PortalDesktopSettings.h"
 
-#include <algorithm>
 #include <array>
 #include <condition_variable>
+#include <map>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -13,6 +15,7 @@
 #include "platform/MainThreadPoster.h"
 #include "platform/linux/dbus/BusCalls.h"
 #include "platform/linux/dbus/SessionBus.h"
+#include "platform/linux/settings/SettingValues.h"
 
 namespace tavo {
 namespace {
@@ -24,71 +27,88 @@ constexpr char kSettings[] = "org.freedesktop.portal.Settings";
 // Long enough for the first window to be painted before.
 constexpr std::chrono::milliseconds kBeforeStartingThePortal{500};
 
-struct Key {
-    std::string_view group;
-    std::string_view name;
-};
-enum KeyIndex : std::uint8_t { kColorScheme, kReducedMotion, kIconTheme, kAnimations, kKeyCount };
-constexpr std::array<Key, kKeyCount> kKeys = {{
-    {"org.freedesktop.appearance", "color-scheme"},
-    {"org.freedesktop.appearance", "reduced-motion"},
-    {"org.gnome.desktop.interface", "icon-theme"},
-    {"org.gnome.desktop.interface", "enable-animations"},
-}};
-constexpr std::array<const char*, 2> kGroups = {"org.freedesktop.appearance",
-                                                "org.gnome.desktop.interface"};
+constexpr char kAppearance[] = "org.freedesktop.appearance";
+constexpr char kInterface[] = "org.gnome.desktop.interface";
+constexpr char kMouse[] = "org.gnome.desktop.peripherals.mouse";
+constexpr char kOlderMouse[] = "org.gnome.settings-daemon.peripherals.mouse";
+constexpr std::array<const char*, 4> kGroups = {kAppearance, kInterface, kMouse, kOlderMouse};
 
-// The value of each key, and the preferences that follow from them.
+// The values that the portal has told, by group and name, and what follows from them.
 class Answers {
 public:
-    // A value of the wrong type counts as none.
-    void take(KeyIndex key, GVariant* value) {
-        switch (key) {
-            case kColorScheme:
-                scheme_ = number(value);
-                break;
-            case kReducedMotion:
-                reduced_ = number(value);
-                break;
-            case kIconTheme:
-                theme_ = g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE
-                             ? g_variant_get_string(value, nullptr)
-                             : "";
-                break;
-            case kAnimations:
-                animations_ = g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN) == FALSE ||
-                              g_variant_get_boolean(value) != FALSE;
-                break;
-            case kKeyCount:
-                break;
-        }
+    void take(std::string_view group, std::string_view name, Variant value) {
+        values_.insert_or_assign(std::pair(std::string(group), std::string(name)),
+                                 std::move(value));
     }
 
+    // A value of the wrong type counts as none.
     [[nodiscard]] DesktopPreferences preferences() const {
-        constexpr std::uint32_t kDark = 1;
-        constexpr std::uint32_t kLight = 2;
         constexpr std::uint32_t kReduced = 1;
-        return {.colorScheme = scheme_ == kDark    ? ColorScheme::Dark
-                               : scheme_ == kLight ? ColorScheme::Light
-                                                   : ColorScheme::NoPreference,
-                .reducedMotion = reduced_ == kReduced || !animations_,
-                .iconTheme = theme_};
+        DesktopPreferences told;
+        told.colorScheme = colorScheme();
+        told.reducedMotion = number(kAppearance, "reduced-motion") == kReduced ||
+                             !truth(kInterface, "enable-animations");
+        told.iconTheme = text(kInterface, "icon-theme");
+        if (GVariant* const parts = value(kAppearance, "accent-color", "(ddd)")) {
+            std::array<double, 3> part = {};
+            g_variant_get(parts, "(ddd)", &part[0], &part[1], &part[2]);
+            told.accent = colorOfParts(part[0], part[1], part[2]);
+        }
+        told.fontFamilies = familiesOfPangoFont(text(kInterface, "font-name"));
+        for (const char* const group : {kMouse, kOlderMouse}) {
+            const auto time = integer(group, "double-click");
+            if (time && !told.doubleClickTime) {
+                told.doubleClickTime = doubleClickTimeOf(*time);
+            }
+        }
+        const bool blinks = truth(kInterface, "cursor-blink");
+        const auto time = integer(kInterface, "cursor-blink-time");
+        if (!blinks || time) {
+            told.cursorBlinkTime = cursorBlinkTimeOf(blinks, time.value_or(0));
+        }
+        return told;
     }
 
 private:
-    static std::uint32_t number(GVariant* value) {
-        return g_variant_is_of_type(value, G_VARIANT_TYPE_UINT32) != FALSE
-                   ? g_variant_get_uint32(value)
-                   : 0;
+    [[nodiscard]] ColorScheme colorScheme() const {
+        constexpr std::uint32_t kDark = 1;
+        constexpr std::uint32_t kLight = 2;
+        const std::uint32_t scheme = number(kAppearance, "color-scheme");
+        return scheme == kDark || (scheme != kLight && isDarkTheme(text(kInterface, "gtk-theme")))
+                   ? ColorScheme::Dark
+               : scheme == kLight ? ColorScheme::Light
+                                  : ColorScheme::NoPreference;
     }
 
-    std::uint32_t scheme_ = 0;
-    std::uint32_t reduced_ = 0;
-    bool animations_ = true;
-    std::string theme_;
+    // Null where the portal has told none, or one of another type.
+    [[nodiscard]] GVariant* value(const char* group, const char* name, const char* type) const {
+        const auto found = values_.find(std::pair(std::string(group), std::string(name)));
+        return found != values_.end() &&
+                       g_variant_is_of_type(found->second.get(), G_VARIANT_TYPE(type)) != FALSE
+                   ? found->second.get()
+                   : nullptr;
+    }
+    [[nodiscard]] std::uint32_t number(const char* group, const char* name) const {
+        GVariant* const told = value(group, name, "u");
+        return told != nullptr ? g_variant_get_uint32(told) : 0;
+    }
+    [[nodiscard]] std::optional<std::int32_t> integer(const char* group, const char* name) const {
+        GVariant* const told = value(group, name, "i");
+        return told != nullptr ? std::optional(g_variant_get_int32(told)) : std::nullopt;
+    }
+    [[nodiscard]] bool truth(const char* group, const char* name) const {
+        GVariant* const told = value(group, name, "b");
+        return told == nullptr || g_variant_get_boolean(told) != FALSE;
+    }
+    [[nodiscard]] std::string text(const char* group, const char* name) const {
+        GVariant* const told = value(group, name, "s");
+        return told != nullptr ? g_variant_get_string(told, nullptr) : "";
+    }
+
+    std::map<std::pair<std::string, std::string>, Variant> values_;
 };
 
-// The method Read answers a variant in a variant.
+// Some portals answer a variant in a variant.
 Variant unwrapped(GVariant* value) {
     Variant inner(g_variant_ref(value));
     while (g_variant_is_of_type(inner.get(), G_VARIANT_TYPE_VARIANT) != FALSE) {
@@ -118,7 +138,7 @@ private:
         bus_ = bus;
         if (bus_ != nullptr) {
             listen();
-            askAll();
+            ask();
         } else {
             tell();
         }
@@ -145,35 +165,47 @@ private:
             G_DBUS_SIGNAL_FLAGS_NONE, &Portal::ownerChanged, this, nullptr));
     }
 
-    void askAll() {
-        for (std::uint8_t key = 0; key < kKeyCount; ++key) {
-            ask(static_cast<KeyIndex>(key), "ReadOne");
-        }
-    }
-
-    void ask(KeyIndex key, const char* method) {
+    void ask() {
         ++unanswered_;
-        calls_.call(bus_, {kPortal, kPortalPath, kSettings, method},
-                    g_variant_new("(ss)", kKeys[key].group.data(), kKeys[key].name.data()), nullptr,
-                    [this, key, method](const Variant& reply, GError* error) {
+        GVariantBuilder groups;
+        g_variant_builder_init(&groups, G_VARIANT_TYPE("as"));
+        for (const char* const group : kGroups) {
+            g_variant_builder_add(&groups, "s", group);
+        }
+        calls_.call(bus_, {kPortal, kPortalPath, kSettings, "ReadAll"},
+                    g_variant_new("(as)", &groups), "(a{sa{sv}})",
+                    [this](const Variant& reply, GError* error) {
                         --unanswered_;
-                        answered(key, method, reply.get(), error);
+                        answered(reply.get(), error);
                     });
     }
 
-    void answered(KeyIndex key, std::string_view method, GVariant* reply, GError* error) {
+    void answered(GVariant* reply, GError* error) {
         const auto failed = [error](int code) {
             return g_error_matches(error, G_DBUS_ERROR, code) != FALSE;
         };
-        if (reply != nullptr && g_variant_is_of_type(reply, G_VARIANT_TYPE("(v)")) != FALSE) {
-            const Variant value(g_variant_get_child_value(reply, 0));
-            answers_.take(key, unwrapped(value.get()).get());
-        } else if (failed(G_DBUS_ERROR_UNKNOWN_METHOD) && method == "ReadOne") {
-            ask(key, "Read");  // version 1 of the portal
+        if (reply != nullptr) {
+            answers_ = {};
+            takeAll(reply);
         } else if (failed(G_DBUS_ERROR_SERVICE_UNKNOWN) || failed(G_DBUS_ERROR_NAME_HAS_NO_OWNER)) {
             startSoon();
         }
         tell();
+    }
+
+    void takeAll(GVariant* reply) {
+        GVariantIter* groups = nullptr;
+        g_variant_get(reply, "(a{sa{sv}})", &groups);
+        const char* group = nullptr;
+        GVariantIter* settings = nullptr;
+        while (g_variant_iter_loop(groups, "{&sa{sv}}", &group, &settings) != FALSE) {
+            const char* name = nullptr;
+            GVariant* value = nullptr;
+            while (g_variant_iter_next(settings, "{&sv}", &name, &value) != FALSE) {
+                answers_.take(group, name, unwrapped(Variant(value).get()));
+            }
+        }
+        g_variant_iter_free(groups);
     }
 
     // Ignores the reply: ownerChanged() asks the portal once it owns its name.
@@ -197,12 +229,8 @@ private:
         GVariant* value = nullptr;
         g_variant_get(parameters, "(&s&sv)", &group, &name, &value);
         const Variant kept(value);
-        const auto key = std::ranges::find_if(
-            kKeys, [&](const Key& known) { return known.group == group && known.name == name; });
-        if (key != kKeys.end()) {
-            self.answers_.take(static_cast<KeyIndex>(key - kKeys.begin()), unwrapped(value).get());
-            self.tell();
-        }
+        self.answers_.take(group, name, unwrapped(value));
+        self.tell();
     }
 
     static void ownerChanged(GDBusConnection* /*bus*/, const gchar* /*sender*/,
@@ -215,7 +243,7 @@ private:
         const char* owner = nullptr;
         g_variant_get(parameters, "(&s&s&s)", nullptr, nullptr, &owner);
         if (*owner != '\0') {
-            self.askAll();
+            self.ask();
         }
     }
 

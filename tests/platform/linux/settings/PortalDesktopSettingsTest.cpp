@@ -37,6 +37,9 @@ public:
                                                                    : "uint32 0");
         portal.set(kInterface, "enable-animations", preferences.reducedMotion ? "false" : "true");
         portal.set(kInterface, "icon-theme", "'" + preferences.iconTheme + "'");
+        portal.set(kInterface, "font-name", "'" + preferences.fontFamilies + " 11'");
+        portal.set(kAppearance, "accent-color",
+                   preferences.accent == 0xff0000U ? "(1.0, 0.0, 0.0)" : "(-1.0, -1.0, -1.0)");
     }
 
     DesktopSettings& settings() {
@@ -86,15 +89,9 @@ protected:
     PortalWorld world_;
 };
 
-TEST_F(PortalDesktopSettingsTest, an_older_portal_is_asked_as_it_understands) {
-    world_.choose({ColorScheme::Dark, true, "Papirus"});
-    world_.portal.haveMethods({"Read"});
-    EXPECT_EQ(world_.answered(), (DesktopPreferences{ColorScheme::Dark, true, "Papirus"}));
-}
-
 TEST_F(PortalDesktopSettingsTest, a_portal_without_settings_leaves_the_defaults) {
     world_.choose({ColorScheme::Dark, true, "Papirus"});
-    world_.portal.haveMethods({});
+    world_.portal.haveNoSettings();
     EXPECT_EQ(world_.answered(), DesktopPreferences());
 }
 
@@ -122,6 +119,26 @@ TEST_F(PortalDesktopSettingsTest, motion_is_reduced_by_either_key) {
     }
 }
 
+TEST_F(PortalDesktopSettingsTest, a_dark_theme_makes_it_dark_where_neither_was_chosen) {
+    world_.portal.set(kInterface, "gtk-theme", "'Adwaita-dark'");
+    EXPECT_EQ(world_.answered().colorScheme, ColorScheme::Dark);
+    world_.portal.set(kAppearance, "color-scheme", "uint32 2");
+    EXPECT_TRUE(world_.eventually(
+        [&] { return world_.settings().preferences().colorScheme == ColorScheme::Light; }));
+}
+
+TEST_F(PortalDesktopSettingsTest, times_of_mouse_and_cursor_are_taken) {
+    world_.portal.set(kInterface, "cursor-blink-time", "900");
+    world_.portal.set("org.gnome.settings-daemon.peripherals.mouse", "double-click", "700");
+    EXPECT_EQ(world_.answered().cursorBlinkTime, milliseconds(900));
+    EXPECT_EQ(world_.settings().preferences().doubleClickTime, milliseconds(700));
+    world_.portal.set("org.gnome.desktop.peripherals.mouse", "double-click", "300");
+    world_.portal.set(kInterface, "cursor-blink", "false");
+    EXPECT_TRUE(world_.eventually(
+        [&] { return world_.settings().preferences().cursorBlinkTime == milliseconds(0); }));
+    EXPECT_EQ(world_.settings().preferences().doubleClickTime, milliseconds(300));
+}
+
 TEST_F(PortalDesktopSettingsTest, nonsense_counts_as_no_answer) {
     struct Row {
         const char* group;
@@ -139,6 +156,15 @@ TEST_F(PortalDesktopSettingsTest, nonsense_counts_as_no_answer) {
         {kInterface, "icon-theme", "['Papirus']"},
         {kInterface, "icon-theme", "b'Papirus'"},
         {kInterface, "icon-theme", "<<uint32 1>>"},
+        {kInterface, "font-name", "11"},
+        {kInterface, "gtk-theme", "true"},
+        {kInterface, "cursor-blink-time", "-1"},
+        {kInterface, "cursor-blink-time", "uint32 900"},
+        {kInterface, "cursor-blink", "0"},
+        {kAppearance, "accent-color", "(0.5, 0.5)"},
+        {kAppearance, "accent-color", "(0.5, 0.5, 1.5)"},
+        {"org.gnome.desktop.peripherals.mouse", "double-click", "0"},
+        {"org.gnome.desktop.peripherals.mouse", "double-click", "2000000000"},
     };
     EXPECT_EQ(world_.answered(), DesktopPreferences());
     for (const Row& row : kRows) {

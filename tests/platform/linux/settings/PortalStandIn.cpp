@@ -15,10 +15,8 @@ constexpr char kInterface[] = "org.freedesktop.portal.Settings";
 
 constexpr char kDescription[] =
     "<node><interface name='org.freedesktop.portal.Settings'>"
-    "<method name='Read'><arg type='s' direction='in'/><arg type='s' direction='in'/>"
-    "<arg type='v' direction='out'/></method>"
-    "<method name='ReadOne'><arg type='s' direction='in'/><arg type='s' direction='in'/>"
-    "<arg type='v' direction='out'/></method>"
+    "<method name='ReadAll'><arg type='as' direction='in'/>"
+    "<arg type='a{sa{sv}}' direction='out'/></method>"
     "</interface></node>";
 
 GVariant* parsed(const std::string& text) {
@@ -90,8 +88,8 @@ void PortalStandIn::say(const std::string& parameters) {
     });
 }
 
-void PortalStandIn::haveMethods(std::set<std::string> methods) {
-    thread_.postAndWait([&] { methods_ = std::move(methods); });
+void PortalStandIn::haveNoSettings() {
+    thread_.postAndWait([this] { has_ = false; });
 }
 
 void PortalStandIn::holdAnswers() {
@@ -128,23 +126,30 @@ void PortalStandIn::called(GDBusConnection* /*bus*/, const gchar* /*sender*/, co
 }
 
 void PortalStandIn::answer(GDBusMethodInvocation* invocation) {
-    const std::string method = g_dbus_method_invocation_get_method_name(invocation);
-    const char* group = nullptr;
-    const char* name = nullptr;
-    g_variant_get(g_dbus_method_invocation_get_parameters(invocation), "(&s&s)", &group, &name);
-    const std::string value = values_[{group, name}];
-    if (!methods_.contains(method)) {
+    if (!has_) {
         g_dbus_method_invocation_return_dbus_error(
             invocation, "org.freedesktop.DBus.Error.UnknownMethod", "No such method");
-    } else if (value.empty()) {
-        g_dbus_method_invocation_return_dbus_error(
-            invocation, "org.freedesktop.portal.Error.NotFound", "Requested setting not found");
-    } else if (method == "Read") {
-        g_dbus_method_invocation_return_value(
-            invocation, g_variant_new("(v)", g_variant_new_variant(parsed(value))));
-    } else {
-        g_dbus_method_invocation_return_value(invocation, g_variant_new("(v)", parsed(value)));
+        return;
     }
+    GVariantIter* asked = nullptr;
+    g_variant_get(g_dbus_method_invocation_get_parameters(invocation), "(as)", &asked);
+    GVariantBuilder groups;
+    g_variant_builder_init(&groups, G_VARIANT_TYPE("a{sa{sv}}"));
+    const char* group = nullptr;
+    while (g_variant_iter_loop(asked, "&s", &group) != FALSE) {
+        g_variant_builder_open(&groups, G_VARIANT_TYPE("{sa{sv}}"));
+        g_variant_builder_add(&groups, "s", group);
+        g_variant_builder_open(&groups, G_VARIANT_TYPE("a{sv}"));
+        for (const auto& [key, value] : values_) {
+            if (key.first == group && !value.empty()) {
+                g_variant_builder_add(&groups, "{sv}", key.second.c_str(), parsed(value));
+            }
+        }
+        g_variant_builder_close(&groups);
+        g_variant_builder_close(&groups);
+    }
+    g_variant_iter_free(asked);
+    g_dbus_method_invocation_return_value(invocation, g_variant_new("(a{sa{sv}})", &groups));
 }
 
 }  // namespace tavo

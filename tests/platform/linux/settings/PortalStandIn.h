@@ -2,7 +2,6 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,8 +33,8 @@ public:
     // Sends SettingChanged with these parameters in GVariant's text form.
     void say(const std::string& parameters);
 
-    // Sets which methods the portal has. At first: ReadOne and Read.
-    void haveMethods(std::set<std::string> methods);
+    // Knows none of its methods any more.
+    void haveNoSettings();
 
     // Holds the answers to all calls until releaseAnswers().
     void holdAnswers();
@@ -54,7 +53,7 @@ private:
     // Used on `thread_` alone.
     GDBusConnection* bus_ = nullptr;
     std::map<std::pair<std::string, std::string>, std::string> values_;
-    std::set<std::string> methods_ = {"ReadOne", "Read"};
+    bool has_ = true;
     std::vector<GDBusMethodInvocation*> held_;
     bool holding_ = false;
     int questions_ = 0;

@@ -1,4 +1,4 @@
-#include "platform/linux/settings/KdeIconChanges.h"
+#include "platform/linux/settings/KdeChanges.h"
 
 #include <utility>
 #include <vector>
@@ -11,16 +11,16 @@
 namespace tavo {
 namespace {
 
-class BusKdeIconChanges final : public KdeIconChanges {
+class BusKdeChanges final : public KdeChanges {
 public:
-    BusKdeIconChanges(SessionBus& bus, MainQueue& mainQueue) : bus_(bus), poster_(mainQueue) {
+    BusKdeChanges(SessionBus& bus, MainQueue& mainQueue) : bus_(bus), poster_(mainQueue) {
         bus_.thread().post([this] {
             following_ = bus_.follow([this](GDBusConnection* connection) { follow(connection); });
         });
     }
-    BusKdeIconChanges(const BusKdeIconChanges&) = delete;
-    BusKdeIconChanges& operator=(const BusKdeIconChanges&) = delete;
-    ~BusKdeIconChanges() override {
+    BusKdeChanges(const BusKdeChanges&) = delete;
+    BusKdeChanges& operator=(const BusKdeChanges&) = delete;
+    ~BusKdeChanges() override {
         bus_.thread().postAndWait([this] {
             following_ = {};
             unsubscribe();
@@ -36,13 +36,14 @@ private:
         if (connection_ != nullptr) {
             listen("/KIconLoader", "org.kde.KIconLoader", "iconChanged");
             listen("/kdeglobals", "org.kde.kconfig.notify", "ConfigChanged");
+            listen("/KGlobalSettings", "org.kde.KGlobalSettings", "notifyChange");
         }
     }
 
     void listen(const char* path, const char* interface, const char* signal) {
         subscriptions_.push_back(g_dbus_connection_signal_subscribe(
             connection_, nullptr, interface, signal, path, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-            &BusKdeIconChanges::heard, this, nullptr));
+            &BusKdeChanges::heard, this, nullptr));
     }
 
     void unsubscribe() {
@@ -54,7 +55,7 @@ private:
     static void heard(GDBusConnection* /*bus*/, const gchar* /*sender*/, const gchar* /*path*/,
                       const gchar* /*interface*/, const gchar* /*signal*/, GVariant* /*parameters*/,
                       gpointer data) {
-        auto& self = *static_cast<BusKdeIconChanges*>(data);
+        auto& self = *static_cast<BusKdeChanges*>(data);
         self.poster_.post([&self] { self.changed.emit(); });
     }
 
@@ -67,8 +68,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<KdeIconChanges> watchKdeIcons(SessionBus& bus, MainQueue& mainQueue) {
-    return std::make_unique<BusKdeIconChanges>(bus, mainQueue);
+std::unique_ptr<KdeChanges> watchKde(SessionBus& bus, MainQueue& mainQueue) {
+    return std::make_unique<BusKdeChanges>(bus, mainQueue);
 }
 
 }  // namespace tavo
