@@ -20,18 +20,20 @@
 #include "platform/linux/opening/LinuxWorkspace.h"
 #include "platform/linux/opening/UrlAssociation.h"
 #include "platform/linux/session/SessionCompositing.h"
+#include "platform/linux/session/SessionDesktopSettings.h"
 #include "platform/linux/session/SessionRunningApplications.h"
 #include "platform/linux/session/SessionStatusItemHosts.h"
 #include "platform/linux/session/SessionWindowManagement.h"
 #include "platform/linux/settings/KdeChanges.h"
-#include "platform/linux/settings/PortalDesktopSettings.h"
 #include "platform/linux/store/SqliteDefaultsStore.h"
+#include "platform/linux/system/XdgFolders.h"
 #include "platform/linux/wayland/WaylandActivationTokens.h"
 #include "platform/linux/wayland/WaylandSession.h"
 #include "platform/linux/x11/XSettingsWatch.h"
 #include "platform/linux/x11/XcbUserTime.h"
 #include "platform/posix/PosixChildProcess.h"
 #include "platform/posix/PosixFileManager.h"
+#include "platform/qt/PlatformTheme.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/TerminationSignals.h"
 #include "ui/accessibility/AccessibleItems.h"
@@ -64,6 +66,15 @@ std::optional<std::string> bundleIconFile(const std::string& bundle) {
     return icon == values.end() ? std::nullopt : std::optional(icon->second);
 }
 
+std::unique_ptr<SessionDesktopSettings> desktopSettings(const StartEnvironment& environment,
+                                                        bool wayland, SessionBus& bus,
+                                                        MainQueue& mainQueue) {
+    const XdgFolders folders = XdgFolders::fromProcess();
+    return makeSessionDesktopSettings(
+        {.config = folders.configDirs, .data = folders.dataDirs, .desktops = currentDesktops()},
+        wayland ? "" : environment.value("DISPLAY").value_or(""), bus, mainQueue);
+}
+
 // Opens a web address. Reports on standard error why it does not open.
 void openLink(Workspace& workspace, const std::string& address) {
     const std::string application = applicationForAddress(address);
@@ -92,14 +103,17 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     QCoreApplication::installTranslator(new QtTexts(qApp));
 
     mainQueue_ = makeQtMainQueue();
-    // Early, so that the settings portal answers while the other parts are made.
-    settings_ = makePortalDesktopSettings(bus, *mainQueue_);
+    const bool wayland = isWaylandSession(environment);
+    // Early, so that the desktop answers while the other parts are made. The watches come first, so
+    // that no change is missed.
+    xSettings_ = watchXSettings();
+    kde_ = watchKde(bus, *mainQueue_);
+    settings_ = desktopSettings(environment, wayland, bus, *mainQueue_);
     defaults_ = makeSqliteDefaultsStore(defaultStoreFile(), mainQueue_.get());
     Favorites::shared().use(*defaults_);
     files_ = makePosixFileManager();
     processes_ = makePosixChildProcess();
 
-    const bool wayland = isWaylandSession(environment);
     const UserTime userTime = watchXcbUserTime();
     tokens_ = makeWaylandActivationTokens();
     running_ =
@@ -132,17 +146,25 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
                                          .mainQueue = *mainQueue_},
                                         window_.get());
     window_->setContent(view);
-    look_ =
-        std::make_unique<AppliedDesktopSettings>(*settings_, [this, view](const std::string& name) {
-            icons_->preferTheme(name);
-            view->refreshIcons();
-        });
-    const auto refreshIcons = [view] { view->refreshIcons(); };
-    if ((xSettings_ = watchXSettings())) {
-        iconChanges_.push_back(xSettings_->changed.subscribe(refreshIcons));
+    look_ = std::make_unique<AppliedDesktopSettings>(
+        *settings_, DesktopSettingUses{.iconTheme =
+                                           [this, view](const std::string& name) {
+                                               icons_->preferTheme(name);
+                                               view->refreshIcons();
+                                           },
+                                       .doubleClickDistance = &setDoubleClickDistance,
+                                       .cursorBlinkTime =
+                                           [this](std::optional<std::chrono::milliseconds> time) {
+                                               cursorBlinking_->setBlinkTime(time);
+                                           }});
+    const auto changed = [this, view] {
+        settings_->readAgain();
+        view->refreshIcons();
+    };
+    if (xSettings_) {
+        desktopChanges_.push_back(xSettings_->changed.subscribe(changed));
     }
-    kde_ = watchKde(bus, *mainQueue_);
-    iconChanges_.push_back(kde_->changed.subscribe(refreshIcons));
+    desktopChanges_.push_back(kde_->changed.subscribe(changed));
     management_ = makeSessionWindowManagement(environment);
     hosts_ = makeSessionStatusItemHosts(bus, *mainQueue_);
     controller_ = std::make_unique<TavoLauncherMenuController>(

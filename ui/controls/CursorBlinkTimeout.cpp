@@ -11,9 +11,17 @@ constexpr int kTimeout = 10'000;  // milliseconds
 
 }  // namespace
 
-CursorBlinkTimeout::CursorBlinkTimeout() : flashTime_(QApplication::cursorFlashTime()) {
+CursorBlinkTimeout::CursorBlinkTimeout()
+    : qtsFlashTime_(QApplication::cursorFlashTime()), flashTime_(qtsFlashTime_) {
     idle_.start(kTimeout, Qt::CoarseTimer, this);
     qApp->installEventFilter(this);
+}
+
+void CursorBlinkTimeout::setBlinkTime(std::optional<std::chrono::milliseconds> time) {
+    flashTime_ = time ? static_cast<int>(time->count()) : qtsFlashTime_;
+    if (idle_.isActive()) {
+        QApplication::setCursorFlashTime(flashTime_);
+    }
 }
 
 bool CursorBlinkTimeout::eventFilter(QObject*, QEvent* event) {

@@ -3,6 +3,8 @@
 
 #include <QBasicTimer>
 #include <QObject>
+#include <chrono>
+#include <optional>
 
 namespace tavo {
 
@@ -13,12 +15,16 @@ class CursorBlinkTimeout final : public QObject {
 public:
     CursorBlinkTimeout();
 
+    // Absent: Qt's own time. Zero: cursors do not blink.
+    void setBlinkTime(std::optional<std::chrono::milliseconds> time);
+
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    int flashTime_;  // the cursor flash time of the desktop, in milliseconds
+    const int qtsFlashTime_;  // in milliseconds, like that of the desktop
+    int flashTime_;
     QBasicTimer idle_;
 };
 

@@ -100,6 +100,7 @@ QPalette paletteOfLook(bool dark) {
 
 QFont interfaceFont(int size, QFont::Weight weight) {
     QFont font = QGuiApplication::font();
+    font.setResolveMask(0);
     font.setPixelSize(size);
     font.setWeight(weight);
     return font;

@@ -71,7 +71,8 @@ struct Appearance {
 // platform's.
 QPalette paletteOfLook(bool dark);
 
-// The desktop's interface font. `size` in logical pixels.
+// The desktop's interface font. `size` in logical pixels. A widget with this font follows when the
+// desktop gets another one.
 QFont interfaceFont(int size, QFont::Weight weight = QFont::Normal);
 
 }  // namespace tavo

@@ -11,24 +11,20 @@ namespace {
 
 constexpr std::chrono::milliseconds kPatience{8};
 
-void useScheme(ColorScheme scheme) {
-    QApplication::setPalette(scheme == ColorScheme::NoPreference
-                                 ? QPalette()
-                                 : paletteOfLook(scheme == ColorScheme::Dark));
-}
-
 }  // namespace
 
-AppliedDesktopSettings::AppliedDesktopSettings(DesktopSettings& settings, UseIconTheme useIconTheme)
+AppliedDesktopSettings::AppliedDesktopSettings(DesktopSettings& settings, DesktopSettingUses uses)
     : settings_(settings),
-      useIconTheme_(std::move(useIconTheme)),
+      uses_(std::move(uses)),
+      qtsFont_(QApplication::font()),
+      qtsDoubleClickTime_(QApplication::doubleClickInterval()),
+      qtsWheelLines_(QApplication::wheelScrollLines()),
       changes_(settings.changed.subscribe([this] { follow(); })) {
     follow();
 }
 
 AppliedDesktopSettings::~AppliedDesktopSettings() {
-    useScheme(ColorScheme::NoPreference);
-    setReducedMotion(false);
+    apply({});
 }
 
 void AppliedDesktopSettings::awaitDesktop() {
@@ -37,14 +33,61 @@ void AppliedDesktopSettings::awaitDesktop() {
 }
 
 void AppliedDesktopSettings::follow() {
-    const DesktopPreferences before = std::exchange(shown_, settings_.preferences());
-    if (shown_.colorScheme != before.colorScheme) {
-        useScheme(shown_.colorScheme);
+    apply(settings_.preferences());
+}
+
+void AppliedDesktopSettings::apply(const DesktopPreferences& preferences) {
+    const DesktopPreferences before = std::exchange(shown_, preferences);
+    const auto differs = [&](auto DesktopPreferences::*member) {
+        return shown_.*member != before.*member;
+    };
+    if (differs(&DesktopPreferences::colorScheme) || differs(&DesktopPreferences::accent)) {
+        usePalette();
+    }
+    if (differs(&DesktopPreferences::fontFamilies)) {
+        useFont();
+    }
+    if (differs(&DesktopPreferences::doubleClickTime)) {
+        QApplication::setDoubleClickInterval(shown_.doubleClickTime
+                                                 ? static_cast<int>(shown_.doubleClickTime->count())
+                                                 : qtsDoubleClickTime_);
+    }
+    if (differs(&DesktopPreferences::wheelLines)) {
+        QApplication::setWheelScrollLines(shown_.wheelLines.value_or(qtsWheelLines_));
     }
     setReducedMotion(shown_.reducedMotion);
-    if (shown_.iconTheme != before.iconTheme && useIconTheme_) {
-        useIconTheme_(shown_.iconTheme);
+    const auto use = [&](const auto& function, auto DesktopPreferences::*member) {
+        if (function && differs(member)) {
+            function(shown_.*member);
+        }
+    };
+    use(uses_.iconTheme, &DesktopPreferences::iconTheme);
+    use(uses_.doubleClickDistance, &DesktopPreferences::doubleClickDistance);
+    use(uses_.cursorBlinkTime, &DesktopPreferences::cursorBlinkTime);
+}
+
+void AppliedDesktopSettings::usePalette() {
+    QPalette palette;  // Qt's own wherever no colour is set here
+    if (shown_.colorScheme != ColorScheme::NoPreference) {
+        palette = paletteOfLook(shown_.colorScheme == ColorScheme::Dark);
     }
+    if (shown_.accent) {
+        palette.setColor(QPalette::Highlight, QColor::fromRgb(*shown_.accent));
+    }
+    QApplication::setPalette(palette);
+}
+
+void AppliedDesktopSettings::useFont() {
+    QFont font = qtsFont_;
+    if (!shown_.fontFamilies.empty()) {
+        QStringList families =
+            QString::fromStdString(shown_.fontFamilies).split(u',', Qt::SkipEmptyParts);
+        for (QString& family : families) {
+            family = family.trimmed();
+        }
+        font.setFamilies(families + qtsFont_.families());
+    }
+    QApplication::setFont(font);
 }
 
 }  // namespace tavo

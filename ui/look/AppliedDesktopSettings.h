@@ -1,38 +1,51 @@
-// Applies the desktop's settings to the interface, as they change: light or dark, reduced motion,
-// icon theme.
+// Applies the desktop's settings to the interface, as they change.
 #pragma once
 
+#include <QFont>
+#include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/DesktopSettings.h"
 
 namespace tavo {
 
-// Light or dark becomes the palette of the QApplication. The palette is the platform's own where
-// the user has no preference, and where the desktop has no such setting. Reduced motion becomes
-// setReducedMotion(). The destructor undoes both. Within the life of the QApplication; main thread.
+// Where the settings go that Qt has no place for. Each may be empty. It is called with what the
+// desktop has told, whenever that changes, and with an empty value when the setting goes away.
+struct DesktopSettingUses {
+    std::function<void(const std::string& name)> iconTheme = {};
+    std::function<void(std::optional<int> pixels)> doubleClickDistance = {};
+    std::function<void(std::optional<std::chrono::milliseconds> time)> cursorBlinkTime = {};
+};
+
+// Light or dark and the accent become the palette of the QApplication, the interface font its font,
+// the double-click time and the lines of a wheel step its own. Where the desktop does not tell one,
+// Qt's own is used. Reduced motion becomes setReducedMotion(). The destructor undoes all. Within
+// the life of the QApplication; main thread.
 class AppliedDesktopSettings {
 public:
-    using UseIconTheme = std::function<void(const std::string& name)>;
-
-    // Applies `settings`, which outlives this, now and after each change. `useIconTheme` may be
-    // empty; it is called with the name of the icon theme when the desktop has told one and
-    // whenever that changes, and with "" when the setting goes away.
-    explicit AppliedDesktopSettings(DesktopSettings& settings, UseIconTheme useIconTheme = {});
+    // Applies `settings`, which outlives this, now and after each change.
+    explicit AppliedDesktopSettings(DesktopSettings& settings, DesktopSettingUses uses = {});
     AppliedDesktopSettings(const AppliedDesktopSettings&) = delete;
     AppliedDesktopSettings& operator=(const AppliedDesktopSettings&) = delete;
     ~AppliedDesktopSettings();
 
     // Called just before the first frame. Waits a few milliseconds for the desktop's first answer,
-    // so that the first frame seldom has the wrong colours; a longer wait would be worse than that.
+    // so that the first frame seldom has the wrong look; a longer wait would be worse than that.
     void awaitDesktop();
 
 private:
     void follow();
+    void apply(const DesktopPreferences& preferences);
+    void usePalette();
+    void useFont();
 
     DesktopSettings& settings_;
-    UseIconTheme useIconTheme_;
+    const DesktopSettingUses uses_;
+    const QFont qtsFont_;
+    const int qtsDoubleClickTime_;
+    const int qtsWheelLines_;
     DesktopPreferences shown_;
     Subscription changes_;
 };

@@ -135,13 +135,13 @@ QWidget* LauncherView::makeSidebar() {
     connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
 
     const QString name = texts::kProgramName.toString();
-    auto* const title = new TextLabel(titleFont(name), &Appearance::text, sidebar);
-    title->setText(name);
+    title_ = new TextLabel(titleFont(name), &Appearance::text, sidebar);
+    title_->setText(name);
     auto* const header = new QHBoxLayout;
     header->setContentsMargins(kMargin, 0, kSidebarPadding, kHeaderBottom);
     header->setSpacing(kSidebarSpacing);
     header->addWidget(new Logo(sidebar));
-    header->addWidget(title, 1);
+    header->addWidget(title_, 1);
 
     categories_ = new SidebarList(sidebar);
     categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
@@ -173,6 +173,13 @@ QWidget* LauncherView::makeEditButton(QWidget* sidebar) {
         refreshSheets();
     });
     return button;
+}
+
+void LauncherView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        title_->setFont(titleFont(title_->text()));
+    }
 }
 
 QWidget* LauncherView::makeToolbar() {

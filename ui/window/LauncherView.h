@@ -49,6 +49,7 @@ public:
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
@@ -86,6 +87,7 @@ private:
     SymbolButton* closeButton_ = nullptr;
     TileGrid* grid_ = nullptr;
     QWidget* footer_ = nullptr;
+    QLabel* title_ = nullptr;
     QLabel* count_ = nullptr;
     // Whether the category editor should be open.
     bool showingCategoryEditor_ = false;

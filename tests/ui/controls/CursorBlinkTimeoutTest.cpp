@@ -29,5 +29,24 @@ TEST(CursorBlinkTimeout,
     QApplication::setCursorFlashTime(usual);
 }
 
+TEST(CursorBlinkTimeout, the_time_that_the_desktop_tells_counts_from_the_next_key_at_the_latest) {
+    const int usual = QApplication::cursorFlashTime();
+    {
+        CursorBlinkTimeout timeout;
+        QLineEdit line;
+        line.show();
+        timeout.setBlinkTime(std::chrono::milliseconds(700));
+        EXPECT_EQ(QApplication::cursorFlashTime(), 700);
+        QTimerEvent over(0);
+        QCoreApplication::sendEvent(&timeout, &over);
+        timeout.setBlinkTime(std::chrono::milliseconds(0));
+        QTest::keyClick(&line, Qt::Key_A);
+        EXPECT_EQ(QApplication::cursorFlashTime(), 0);
+        timeout.setBlinkTime(std::nullopt);
+        EXPECT_EQ(QApplication::cursorFlashTime(), usual);
+    }
+    QApplication::setCursorFlashTime(usual);
+}
+
 }  // namespace
 }  // namespace tavo

@@ -54,6 +54,57 @@ TEST_F(AppliedDesktopSettingsTest, keeps_the_accent_of_the_platform) {
     }
 }
 
+TEST_F(AppliedDesktopSettingsTest, takes_the_accent_of_the_desktop_whatever_the_colours) {
+    const AppliedDesktopSettings look(settings);
+    const auto accent = [] { return QApplication::palette().color(QPalette::Highlight); };
+    for (const ColorScheme scheme :
+         {ColorScheme::NoPreference, ColorScheme::Dark, ColorScheme::Light}) {
+        settings.choose({scheme, false, "", 0xc01080});
+        EXPECT_EQ(accent(), QColor(0xc0, 0x10, 0x80));
+        settings.choose({scheme, false, "", {}});
+        EXPECT_EQ(accent(), platforms.color(QPalette::Highlight));
+    }
+}
+
+TEST_F(AppliedDesktopSettingsTest, takes_the_font_of_the_desktop_and_keeps_its_own_sizes) {
+    const QFont usual = QApplication::font();
+    const AppliedDesktopSettings look(settings);
+    widget.setFont(interfaceFont(17, QFont::Bold));
+    settings.choose({.fontFamilies = "DejaVu Sans Mono, Inter"});
+    QCoreApplication::processEvents();
+    EXPECT_EQ(widget.font().families().mid(0, 2),
+              (QStringList{QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Inter")}));
+    EXPECT_EQ(widget.font().pixelSize(), 17);
+    EXPECT_EQ(widget.font().weight(), QFont::Bold);
+    EXPECT_EQ(interfaceFont(12).family(), QStringLiteral("DejaVu Sans Mono"));
+    settings.choose({});
+    QCoreApplication::processEvents();
+    EXPECT_EQ(QApplication::font(), usual);
+    EXPECT_EQ(widget.font().families(), usual.families());
+}
+
+TEST_F(AppliedDesktopSettingsTest, takes_how_mouse_and_cursor_feel) {
+    const int usualTime = QApplication::doubleClickInterval();
+    const int usualLines = QApplication::wheelScrollLines();
+    std::vector<std::optional<int>> distances;
+    std::vector<std::optional<std::chrono::milliseconds>> times;
+    const AppliedDesktopSettings look(
+        settings, {.doubleClickDistance = [&](auto pixels) { distances.push_back(pixels); },
+                   .cursorBlinkTime = [&](auto time) { times.push_back(time); }});
+    settings.choose({.doubleClickTime = std::chrono::milliseconds(usualTime + 300),
+                     .doubleClickDistance = 12,
+                     .cursorBlinkTime = std::chrono::milliseconds(0),
+                     .wheelLines = usualLines + 2});
+    EXPECT_EQ(QApplication::doubleClickInterval(), usualTime + 300);
+    EXPECT_EQ(QApplication::wheelScrollLines(), usualLines + 2);
+    settings.choose({});
+    EXPECT_EQ(QApplication::doubleClickInterval(), usualTime);
+    EXPECT_EQ(QApplication::wheelScrollLines(), usualLines);
+    EXPECT_EQ(distances, (std::vector<std::optional<int>>{12, {}}));
+    EXPECT_EQ(times, (std::vector<std::optional<std::chrono::milliseconds>>{
+                         std::chrono::milliseconds(0), std::nullopt}));
+}
+
 TEST_F(AppliedDesktopSettingsTest, is_readable_in_qts_own_widgets_too) {
     struct Pair {
         QPalette::ColorRole text;
@@ -97,7 +148,8 @@ TEST_F(AppliedDesktopSettingsTest, moves_nothing_for_who_wants_less_motion) {
 TEST_F(AppliedDesktopSettingsTest, names_the_icon_theme_when_it_is_told_another) {
     settings.choose({ColorScheme::NoPreference, false, "Papirus"});
     std::vector<std::string> themes;
-    AppliedDesktopSettings look(settings, [&](const std::string& name) { themes.push_back(name); });
+    AppliedDesktopSettings look(
+        settings, {.iconTheme = [&](const std::string& name) { themes.push_back(name); }});
     look.awaitDesktop();
     settings.choose({ColorScheme::Dark, false, "Papirus"});
     settings.choose({ColorScheme::Dark, false, "breeze"});
