@@ -36,13 +36,13 @@ class SettingsTest(DesktopTest):
         launcher.quit()
         self.assertEqual(self.window(self.launch(**environment)), after)
 
-    def ground(self, launcher):
+    def background(self, launcher):
         """The colour of the window between toolbar and grid."""
         x, y, *_ = launcher.geometry()
         return self.desktop.pixels().at(x + 500, y + 100)
 
-    def await_ground(self, launcher, dark):
-        wait_until(lambda: (max(self.ground(launcher)) < 80) == dark,
+    def await_background(self, launcher, dark):
+        wait_until(lambda: (max(self.background(launcher)) < 80) == dark,
                    "a dark window" if dark else "a light window")
 
     def await_colour(self, launcher, colour):
@@ -128,7 +128,7 @@ class Colours(SettingsTest):
     def test_kdes_colour_scheme_is_used_and_followed(self):
         self.kde(window=(42, 46, 50), selection=(255, 120, 200))
         launcher = self.launch(XDG_CURRENT_DESKTOP="KDE")
-        self.await_ground(launcher, dark=True)
+        self.await_background(launcher, dark=True)
         self.await_colour(launcher, (255, 120, 200))
         for signal, dark, window, selection in (
                 (("/kdeglobals", "org.kde.kconfig.notify.ConfigChanged"), False, (239, 240, 241),
@@ -137,7 +137,7 @@ class Colours(SettingsTest):
                  True, (20, 20, 20), (120, 255, 200))):
             with self.subTest(signal=signal):
                 self.kde(window=window, selection=selection, signal=signal)
-                self.await_ground(launcher, dark)
+                self.await_background(launcher, dark)
                 self.await_colour(launcher, selection)
 
     def test_the_accent_of_the_portal_is_used_and_followed(self):
@@ -150,9 +150,9 @@ class Colours(SettingsTest):
     def test_a_dark_theme_of_x_settings_makes_it_dark_and_a_light_one_light(self):
         manager = self.publish(Net_ThemeName="Greybird-dark")
         launcher = self.launch(XDG_CURRENT_DESKTOP="XFCE")
-        self.await_ground(launcher, dark=True)
+        self.await_background(launcher, dark=True)
         self.publish(manager, Net_ThemeName="Greybird")
-        self.await_ground(launcher, dark=False)
+        self.await_background(launcher, dark=False)
 
 
 class MouseAndCursor(SettingsTest):
