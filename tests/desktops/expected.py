@@ -1,0 +1,36 @@
+"""How the trials come out where they do not come out with a yes.
+
+Each line names releases, sessions and trials by patterns that have to fit the whole name, and gives
+the reason. A line that no longer holds fails like any other surprise.
+"""
+
+import re
+
+# Tried, and the answer is no.
+NO = []
+
+# Not tried, because the desktop has no such thing.
+NOT_THERE = []
+
+
+def _reason(lines, *names):
+    for *patterns, reason in lines:
+        if all(re.fullmatch(pattern, name) for pattern, name in zip(patterns, names)):
+            return reason
+    return ""
+
+
+def not_there(release, session, trial):
+    return _reason(NOT_THERE, release, session, trial)
+
+
+def judge(release, session, trial, answer):
+    """"passed" or "FAILED", and why an expected no is one."""
+    if answer == "not there":
+        return "passed", ""
+    reason = _reason(NO, release, session, trial)
+    if answer == "yes" and reason:
+        return "FAILED", f"expected to be impossible: {reason}"
+    if answer == "no" and reason:
+        return "passed", reason
+    return ("passed" if answer == "yes" else "FAILED"), ""

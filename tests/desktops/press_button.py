@@ -1,0 +1,35 @@
+#!/usr/bin/python3 -W ignore
+"""Presses a button of a program, as a screen reader does:
+
+    press_button.py PID NAME
+
+A process of its own, because one can join one accessibility bus only.
+"""
+
+import pathlib
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+
+import accessible  # noqa: E402
+from gi.repository import Atspi  # noqa: E402
+
+BUTTONS = ("push button", "button")
+
+
+def main(pid, name):
+    Atspi.init()
+
+    def button():
+        root = accessible.application(int(pid))
+        if root is None:
+            return None
+        return next((node for node in accessible.walk(root)
+                     if node.get_role_name() in BUTTONS and node.get_name() == name), None)
+    node = accessible.await_node(button, f"the button “{name}”", 20)
+    names = [node.get_action_name(index) for index in range(node.get_n_actions())]
+    node.do_action(names.index("Press"))
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
