@@ -80,22 +80,15 @@ class Kde:
                       f"d.writeConfig('Color', '{red},{green},{blue}'); }})",)))
 
     def item(self):
-        """As Plasma's own accessible tree has it; on Wayland that counts from the panel's corner."""
+        """As Plasma's own accessible tree has it."""
         done = subprocess.run(
             ["/usr/bin/python3", "-W", "ignore", pathlib.Path(__file__).with_name("panel_item.py"),
-             "plasmashell", "Tavo Launcher"], env=self.accessible_environment(),
+             "plasmashell", "Tavo Launcher"], env=self.environment,
             capture_output=True, text=True, timeout=60)
         if done.returncode:
             return None
         x, y, width, height = map(int, done.stdout.split())
-        left, top = self.panel_corner()
-        return left + x + width / 2, top + y + height / 2
-
-    def accessible_environment(self):
-        return self.environment
-
-    def panel_corner(self):
-        return 0, 0
+        return x + width / 2, y + height / 2
 
 
 class KdeX11(Kde, X11Session):
@@ -194,8 +187,3 @@ class KdeWayland(Kde, Session):
                                 GLib.Variant("(ss)", (interface, "desktops")))
         self.call("org.kde.KWin", path, f"{properties}.Set", GLib.Variant(
             "(ssv)", (interface, "current", GLib.Variant("s", desktops[number][1]))))
-
-    def panel_corner(self):
-        panel = next(window for window in self.windows()
-                     if "plasmashell" in window.app and not window.normal and window.box[3] < 100)
-        return panel.box[:2]

@@ -1,5 +1,5 @@
 #!/usr/bin/python3 -W ignore
-"""Where a program's accessible tree has what bears a name:
+"""Where a panel's accessible tree has an item of that name, the rightmost of several:
 
     panel_item.py PROGRAM NAME
 
@@ -34,8 +34,9 @@ def main(program, name):
     for index in range(desktop.get_child_count()):
         application = desktop.get_child_at_index(index)
         if application is not None and application.get_name() == program:
-            for box in places(application, name):
-                print(box.x, box.y, box.width, box.height)
+            found = sorted(places(application, name), key=lambda box: box.x)
+            if found:
+                print(found[-1].x, found[-1].y, found[-1].width, found[-1].height)
                 return 0
     return 1
 

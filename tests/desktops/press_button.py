@@ -21,10 +21,11 @@ def main(pid, name):
     Atspi.init()
 
     def button():
-        root = accessible.application(int(pid))
-        if root is None:
-            return None
-        return next((node for node in accessible.walk(root)
+        desktop = Atspi.get_desktop(0)
+        desktop.clear_cache()
+        # A library of the program's may have joined the bus too, with nothing to show.
+        return next((node for root in accessible.children(desktop)
+                     if root.get_process_id() == int(pid) for node in accessible.walk(root)
                      if node.get_role_name() in BUTTONS and node.get_name() == name), None)
     node = accessible.await_node(button, f"the button “{name}”", 20)
     names = [node.get_action_name(index) for index in range(node.get_n_actions())]

@@ -88,7 +88,7 @@ class Session(PrivateDesktop):
             "XDG_CONFIG_DIRS": "/etc/xdg", "SHELL": "/bin/bash", "USER": "user", "LOGNAME": "user",
             "XDG_CURRENT_DESKTOP": self.desktop_name, "XDG_SESSION_DESKTOP": self.session_name,
             "DESKTOP_SESSION": self.session_name, "XDG_SESSION_TYPE": self.kind.lower(),
-            "XDG_SESSION_CLASS": "user", "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "0"}
+            "XDG_SESSION_CLASS": "user", "LIBGL_ALWAYS_SOFTWARE": "1"}
         # Only what a trial asks to be accessible is: it costs time.
         del self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"]
         super()._start_bus()
@@ -180,13 +180,10 @@ class Session(PrivateDesktop):
     def active(self):
         return next((window for window in self.windows() if window.active), None)
 
-    def cover_command(self):
+    def start_cover(self):
         """A program with one large window."""
-        if self.kind == "X11":
-            return ["xterm", "-T", "cover", "-class", "Cover", "-geometry", "150x45+60+60", "-e",
-                    "sleep", "infinity"]
-        return ["foot", "--app-id=cover", "--title=cover", "--window-size-pixels=1000x600", "sleep",
-                "infinity"]
+        return self.start(["/usr/bin/python3", "-W", "ignore",
+                           pathlib.Path(__file__).with_name("cover.py")], log="cover.log")
 
     # The user
 

@@ -141,7 +141,7 @@ class Trials:
         """A window of another program before ours."""
         if self.cover is None:
             before = {window.key for window in self.session.windows()}
-            self.cover_process = self.session.start(self.session.cover_command(), log="cover.log")
+            self.cover_process = self.session.start_cover()
             self.cover = wait_until(
                 lambda: next((window for window in self.session.normal_windows()
                               if window.key not in before), None), "another program's window", 20)
@@ -163,22 +163,33 @@ class Trials:
 
     def second_start(self):
         """Without a token or a startup id, as a keyboard shortcut's command is run."""
-        done = self.session.start([LAUNCHER], log="launcher.log").wait(timeout=20)
-        if done:
-            raise No(f"the second start ended with {done}")
+        process = self.session.start([LAUNCHER], log="launcher.log")
+        if not self.happens(lambda: process.poll() is not None, 10):
+            process.kill()
+            process.wait()
+            ended = self.process.poll() is not None
+            raise No("the second start does not end: " + (
+                f"the first has, with {self.process.returncode}" if ended else self.seen()))
+        if process.returncode:
+            raise No(f"the second start ended with {process.returncode}")
 
     def activate_over_bus(self):
         """Without a token."""
         self.session.call(APPLICATION_ID, "/" + APPLICATION_ID.replace(".", "/"),
                           "org.freedesktop.Application.Activate", GLib.Variant("(a{sv})", ({},)))
 
-    def await_item(self):
-        """Where the item is, once it stays there."""
+    def hidden_with_item(self):
+        """The program runs and its window is hidden. Where its item is, once it stays there."""
+        self.end()
+        if not self.happens(lambda: self.session.item() is None):
+            raise DesktopError("there is an item without the program")
+        self.launch()
+        self.hide()
         seen = []
 
         def still():
             seen.append(self.session.item())
-            return seen[-1] if seen[-1] and seen[-2:-1] == seen[-1:] else None
+            return seen[-1] if seen[-1] and seen[-3:-1] == [seen[-1]] * 2 else None
         place = self.happens(still, 15, 0.3)
         if not place:
             raise No("no item in the panel")
@@ -230,18 +241,12 @@ class Trials:
         return "in front when another program's window was, and hears a key"
 
     def left_click_in_tray(self):
-        self.launch()
-        place = self.await_item()
-        self.hide()
-        self.session.click(*place, times=self.session.clicks_to_show)
+        self.session.click(*self.hidden_with_item(), times=self.session.clicks_to_show)
         self.await_front("a click on the item")
         return self.evidence()
 
     def first_entry_of_tray_menu(self):
-        self.launch()
-        place = self.await_item()
-        self.hide()
-        self.session.click(*place, button=3)
+        self.session.click(*self.hidden_with_item(), button=3)
         time.sleep(0.7)
         self.picture("tray-menu")
         self.session.choose_first_entry()
