@@ -164,12 +164,9 @@ run() {
     local private=(--net)
     mkdir -p "$results" "$built/prefix"
     chown -R $uid:$uid "$results"
-    local ended=0
     inside "ro:$tree:/tree" "ro:$built/prefix:/opt/tavolauncher" "rw:$results:/results" -- \
         USER=user LOGNAME=user HOME=/home/user SHELL=/bin/bash RELEASE="$release" \
-        setpriv --reuid $uid --regid $uid --clear-groups --inh-caps=-all -- "$@" || ended=$?
-    chown -R --reference="$tree" "$results"
-    return $ended
+        setpriv --reuid $uid --regid $uid --clear-groups --inh-caps=-all -- "$@"
 }
 
 mkdir -p "$folder"

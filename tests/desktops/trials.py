@@ -29,7 +29,7 @@ class No(Exception):
 @dataclasses.dataclass
 class Application:
     """A real program of Debian: its entry, what it is searched by, its kind, and a word of what its
-    windows call themselves."""
+    windows call themselves, without hyphens."""
     entry: str
     name: str
     kind: str
@@ -334,7 +334,7 @@ class Trials:
             raise No(f"no window of it: {self.seen()}")
         time.sleep(1.5)  # those that follow the first, and what the desktop makes of them
         windows = opened()
-        if not any(application.word in window.app.lower() for window in windows):
+        if not any(application.word in window.app.lower().replace("-", "") for window in windows):
             raise No(f"another program's window came: {[each.app for each in windows]}")
         return windows
 
@@ -498,6 +498,7 @@ class Trials:
         """The window on white and on black, light and dark."""
         self.end_cover()
         window = self.launch()
+        self.session.move_pointer(2, self.session.size[1] // 2)
         for look in ("light", "dark"):
             self.session.set_dark(look == "dark")
             for name, colour in (("white", "#ffffff"), ("black", "#000000")):
