@@ -9,7 +9,8 @@
 # RELEASE is bookworm or trixie. The command sees this tree in /tree, the installed program in
 # /opt/tavolauncher, and in /results build/desktops/RELEASE of this tree, the one place that it can
 # leave something in. It has processes, a network and temporary folders of its own, all of which
-# end with it. TAVO_TREE names another tree to build and to install from.
+# end with it. TAVO_TREE names another tree to build and to install from, TAVO_RESULTS another folder
+# than build/desktops.
 #
 # The systems are kept in /var/tmp/tavo-desktops (TAVO_DESKTOPS names another folder), 5 GB each, and
 # used again. The packages come from the mirror that apt uses here. Nothing else of this machine is
@@ -38,7 +39,7 @@ tree=$PWD
 source=$(realpath "${TAVO_TREE:-$tree}")
 # Each tree has its build; what they have in common ccache remembers.
 built=$folder/builds/$(printf %s "$source" | sha256sum | cut -c1-12)
-results=$tree/build/desktops/$release
+results=${TAVO_RESULTS:-$tree/build/desktops}/$release
 uid=1000
 jobs=${TAVO_JOBS:-2}
 
@@ -97,8 +98,10 @@ quietly() {
 }
 
 packages() {
-    sed -n -e 's/^build://p' -e 's/^desktops://p' -e "s/^desktops_$release://p" \
-        packaging/packages.txt | tr -s ' ' '\n' | sed '/^$/d' | sort -u
+    local section
+    for section in build run headless test desktops "desktops_$release"; do
+        sed -n "s/^$section://p" packaging/packages.txt
+    done | tr -s ' ' '\n' | sed '/^$/d' | sort -u
 }
 
 mirror() {

@@ -6,7 +6,7 @@ import subprocess
 import time
 
 from session import Session, Window, X11Session, package_version
-from private_desktop import wait_until
+from private_desktop import DesktopError, wait_until
 from windows import window_tree
 
 # The item is the first on a panel at the top, as narrow as it may be for the rest of the panel.
@@ -22,12 +22,14 @@ _XFCE_PANEL = """<?xml version="1.0" encoding="UTF-8"?>
 <value type="int" value="3"/></property></property></property>
 <property name="plugins" type="empty">
 <property name="plugin-1" type="string" value="systray"/>
-<property name="plugin-2" type="string" value="tasklist"/>
-<property name="plugin-3" type="string" value="pager"/></property></channel>
+<property name="plugin-2" type="string" value="separator">
+<property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>
+</property>
+<property name="plugin-3" type="string" value="tasklist"/></property></channel>
 """
 _LXQT_PANEL = """panels=panel1
 [panel1]
-plugins=statusnotifier, taskbar, desktopswitch
+plugins=statusnotifier, spacer, taskbar
 position=Top
 panelSize=32
 width=100
@@ -36,10 +38,11 @@ alignment=-1
 desktop=0
 [statusnotifier]
 type=statusnotifier
+[spacer]
+type=spacer
+size=400
 [taskbar]
 type=taskbar
-[desktopswitch]
-type=desktopswitch
 """
 _TINT2 = """panel_items = TSC
 panel_size = 100% 32
@@ -77,7 +80,7 @@ class FirstOnPanel:
 class Xfce(FirstOnPanel, X11Session):
     name = "xfce"
     desktop_name, session_name = "XFCE", "xfce"
-    item_place = 25, 16  # right of the panel's handle
+    item_place = 12, 16
 
     def start_desktop(self):
         self.environment |= {"XDG_MENU_PREFIX": "xfce-", "XFCE_PANEL_MIGRATE_DEFAULT": "1"}
@@ -227,32 +230,43 @@ class Sway(FirstOnPanel, Session):
     def set_wallpaper(self, colour):
         self._tell(f"output * bg {colour} solid_color")
 
-    def choose_first_entry(self):
-        """The bar's menus do not get the keys: a click near the pointer, on the first line."""
-        place = self.menu_place()
-        self.click(place[0] + 40, place[1] + (place[2] - place[1]) / 4)
-
     def click(self, x, y, button=1, times=1):
         if button == 3:
             self.before_menu = self._gray()
         super().click(x, y, button, times)
 
+    def choose_first_entry(self):
+        """By the pointer: the bar's menus do not get the keys. One that was opened as soon as the bar
+        had the item does not get the pointer either, and is opened again."""
+        def chosen():
+            left, top, bottom = wait_until(self._menu_place, "the menu", 5)
+            menu, y = self._gray(), top + (bottom - top) // 4
+            self.move_pointer(left + 40, y)
+            at = y * self.size[0] + left + 6
+            try:
+                wait_until(lambda: self._gray()[at] != menu[at], "the entry to light up", 1.5)
+            except DesktopError:
+                super(Sway, self).click(400, 400)
+                time.sleep(0.3)
+                self.click(*self.item_place, button=3)
+                return False
+            self.xdo("click", 1)
+            return True
+        wait_until(chosen, "an entry that takes the click", 20)
+
     def _gray(self):
         return subprocess.run(["import", "-window", "root", "-depth", "8", "gray:-"],
                               env=self.outside, capture_output=True, check=True).stdout
 
-    def menu_place(self):
-        """Left edge, top and bottom of what has appeared below the bar at the right."""
-        def place():
+    def _menu_place(self):
+        """Left edge, top and bottom of what has changed beside the item, once it stays so."""
+        def changed():
             now, width = self._gray(), self.size[0]
-            rows = [y for y in range(33, 300) if now[y * width + width - 24] !=
-                    self.before_menu[y * width + width - 24]]
-            if len(rows) < 30:
-                return None
-            y = (rows[0] + rows[-1]) // 2
-            columns = [x for x in range(width) if now[y * width + x] !=
-                       self.before_menu[y * width + x]]
-            return columns[0], rows[0], rows[-1]
-        found = wait_until(place, "the menu", 5)
-        time.sleep(0.3)
-        return place() or found
+            return [(x, y) for y in range(120)
+                    for x in range(self.item_place[0] - 260, self.item_place[0] - 20)
+                    if now[y * width + x] != self.before_menu[y * width + x]]
+        found = changed()
+        if len(found) < 1000 or found != changed():
+            return None
+        rows = [y for _, y in found]
+        return min(x for x, _ in found), min(rows), max(rows)

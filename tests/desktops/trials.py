@@ -69,7 +69,7 @@ class Trials:
         """The program, started afresh, with its window in front."""
         self.end()
         self.process = self.start_program(accessible, log)
-        return self.await_front("a start")
+        return self.await_front("a start", STARTING)
 
     def start_program(self, accessible=False, log="launcher.log"):
         extra = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"} if accessible else {}
@@ -226,12 +226,14 @@ class Trials:
 
     def starts_and_shows(self):
         window = self.launch()
-        pixels = self.colours(window.box)
-        colours = len({pixels[at:at + 3] for at in range(0, len(pixels), 3 * 7)})
-        if colours < 20:
-            raise No(f"its window has {colours} colours")
+
+        def colours():
+            pixels = self.colours(window.box)
+            return len({pixels[at:at + 3] for at in range(0, len(pixels), 3 * 7)})
+        if not self.happens(lambda: colours() > 20):
+            raise No(f"its window has {colours()} colours")
         self.picture("start")
-        return f"{window.app}, {window.box[2]}×{window.box[3]}, {colours} colours"
+        return f"{window.app}, {window.box[2]}×{window.box[3]}, {colours()} colours"
 
     def has_the_focus(self):
         self.put_cover_in_front()
