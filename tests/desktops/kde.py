@@ -72,12 +72,7 @@ class Kde:
         self.run(_LIBEXEC / "plasma-changeicons", name)
 
     def set_wallpaper(self, colour):
-        red, green, blue = (int(colour[at:at + 2], 16) for at in (1, 3, 5))
-        self.call("org.kde.plasmashell", "/PlasmaShell", "org.kde.PlasmaShell.evaluateScript",
-                  GLib.Variant("(s)", (
-                      "desktops().forEach(function(d) { d.wallpaperPlugin = 'org.kde.color';"
-                      "d.currentConfigGroup = ['Wallpaper', 'org.kde.color', 'General'];"
-                      f"d.writeConfig('Color', '{red},{green},{blue}'); }})",)))
+        self.run("plasma-apply-wallpaperimage", self.plain_picture(colour))
 
     def item(self):
         """As Plasma's own accessible tree has it."""

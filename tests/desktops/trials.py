@@ -49,7 +49,7 @@ APPLICATIONS = [
     Application("org.kde.kcalc.desktop", "KCalc", "Qt and KDE's libraries", "kcalc", "kcalc"),
     Application("featherpad.desktop", "FeatherPad", "Qt, hands over to its first process",
                 "featherpad", "featherpad"),
-    Application("debian-uxterm.desktop", "UXTerm", "X11 without a toolkit", "xterm", "uxterm"),
+    Application("debian-xterm.desktop", "XTerm", "X11 without a toolkit", "xterm", "xterm"),
 ]
 
 
@@ -62,6 +62,9 @@ class Trials:
         self.cover = self.cover_process = None
         self.measures = {}
         self.log = session.folder / "launcher.log"
+        # Would be found by the name of XTerm, and before it.
+        session.write(".local/share/applications/debian-uxterm.desktop",
+                      "[Desktop Entry]\nHidden=true\n")
 
     # What trials are made of
 
@@ -505,7 +508,8 @@ class Trials:
             self.session.set_dark(look == "dark")
             for name, colour in (("white", "#ffffff"), ("black", "#000000")):
                 self.session.set_wallpaper(colour)
-                time.sleep(1.5)
+                wait_until(lambda: self.is_beside(window, colour), f"a {name} wallpaper", 10, 0.2)
+                time.sleep(1)  # shadows fade in
                 whole = self.session.screenshot(self.session.folder / "whole.png")
                 x, y, width, height = window.box
                 margin = 48
@@ -515,6 +519,11 @@ class Trials:
                      str(self.results / f"{look}-on-{name}.png")], check=True)
         self.session.set_dark(False)
         return "light and dark, each on white and on black"
+
+    def is_beside(self, window, colour):
+        """Whether the screen is of that colour left of the window, far from its shadow."""
+        pixels = self.colours((window.box[0] // 4, window.box[1] + 300, 8, 8))
+        return pixels == bytes.fromhex(colour[1:]) * 64
 
     def measure(self):
         """Five starts and five second starts, until the desktop has the window in front; and the
