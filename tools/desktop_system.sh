@@ -6,11 +6,11 @@
 #   tools/desktop_system.sh RELEASE build           and builds the program inside, and installs it there
 #   tools/desktop_system.sh RELEASE run COMMAND...  runs a command inside, as a user without rights
 #
-# RELEASE is bookworm or trixie. The command sees this tree in /tree, the installed program in
-# /opt/tavolauncher, and in /results build/desktops/RELEASE of this tree, the one place that it can
-# leave something in. It has processes, a network and temporary folders of its own, all of which
-# end with it. TAVO_TREE names another tree to build and to install from, TAVO_RESULTS another folder
-# than build/desktops.
+# RELEASE is bookworm or trixie. The command sees this tree in /tree, what was built in /source, the
+# installed program in /opt/tavolauncher, and in /results build/desktops/RELEASE of this tree, the one
+# place that it can leave something in. It has processes, a network and temporary folders of its own,
+# all of which end with it. TAVO_TREE names another tree to build, TAVO_RESULTS another folder than
+# build/desktops.
 #
 # The systems are kept in /var/tmp/tavo-desktops (TAVO_DESKTOPS names another folder), 5 GB each, and
 # used again. The packages come from the mirror that apt uses here. Nothing else of this machine is
@@ -167,7 +167,7 @@ run() {
     local private=(--net)
     mkdir -p "$results" "$built/prefix"
     chown -R $uid:$uid "$results"
-    inside "ro:$tree:/tree" "ro:$built/prefix:/opt/tavolauncher" "rw:$results:/results" -- \
+    inside "ro:$tree:/tree" "ro:$source:/source" "ro:$built/prefix:/opt/tavolauncher" "rw:$results:/results" -- \
         USER=user LOGNAME=user HOME=/home/user SHELL=/bin/bash RELEASE="$release" \
         setpriv --reuid $uid --regid $uid --clear-groups --inh-caps=-all -- "$@"
 }

@@ -7,10 +7,20 @@ the reason. A line that no longer holds fails like any other surprise.
 import re
 
 # Tried, and the answer is no.
-NO = []
+NO = [
+    (".*", "gnome-wayland.*", "not in the taskbar",
+     "no Wayland protocol that GNOME knows keeps a window out of the overview and the dash"),
+    (".*", "gnome-wayland", "(fronts|restores): (Galculator|KCalc|XTerm)",
+     "GNOME tells no program of others' windows; its entry is neither activated over D-Bus nor hands "
+     "over. The extension brings it forward"),
+    (".*", "sway", "not in the taskbar",
+     "no protocol offers it; sway itself has no taskbar, and its bars list workspaces"),
+]
 
 # Not tried, because the desktop has no such thing.
-NOT_THERE = []
+NOT_THERE = [
+    (".*", "sway", "restores: .*", "sway does not minimise"),
+]
 
 
 def _reason(lines, *names):

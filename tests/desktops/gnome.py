@@ -10,7 +10,7 @@ from private_desktop import DesktopError, wait_until
 
 _HELPER = "tavolauncher-trials@tavolauncher.org"
 _INDICATORS = "ubuntu-appindicators@ubuntu.com"
-OUR_EXTENSION = "tavolauncher@tavolauncher.org"
+_OURS = "tavolauncher@tavolauncher.org"
 _HEADS = {
     False: ("const {Clutter, Gio, GLib, Meta, Shell} = imports.gi;\n"
             "const Main = imports.ui.main;\n",
@@ -176,7 +176,19 @@ class GnomeWayland(Gnome, Session):
 
 
 class GnomeWaylandExtension(GnomeWayland):
-    """With the extension of ours that lets programs be fronted."""
+    """With the extension of ours that lets programs be fronted, of the tree that was built."""
 
     name = "gnome-wayland-extension"
-    extensions = (OUR_EXTENSION,)
+    extensions = (_OURS,)
+
+    def configure(self):
+        version = package_version("gnome-shell").partition(".")[0]
+        self.run("/source/extensions/gnome-shell/make.sh", version,
+                 self.home / ".local/share/gnome-shell/extensions")
+        super().configure()
+
+    def await_shell(self):
+        super().await_shell()
+        wait_until(lambda: self.try_call("org.freedesktop.DBus", "/", "org.freedesktop.DBus.GetNameOwner",
+                                         GLib.Variant("(s)", ("org.tavolauncher.GnomeShell",))),
+                   "the extension on the bus", 20)

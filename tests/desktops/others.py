@@ -224,6 +224,9 @@ class Sway(FirstOnPanel, Session):
     def raise_(self, window):
         self._tell(f"[con_id={window.key}] focus")
 
+    def let_float(self, window):
+        self._tell(f"[con_id={window.key}] floating enable")
+
     def workspace(self, number):
         self._tell(f"workspace number {number + 1}")
 

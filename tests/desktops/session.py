@@ -185,6 +185,9 @@ class Session(PrivateDesktop):
         return self.start(["/usr/bin/python3", "-W", "ignore",
                            pathlib.Path(__file__).with_name("cover.py")], log="cover.log")
 
+    def let_float(self, window):
+        """Gives the window its own size, where the desktop would fill the screen with it."""
+
     # The user
 
     def key(self, *keys):

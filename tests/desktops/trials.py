@@ -502,7 +502,9 @@ class Trials:
     def pictures(self):
         """The window on white and on black, light and dark."""
         self.end_cover()
-        window = self.launch()
+        self.session.let_float(self.launch())
+        time.sleep(0.5)
+        window = self.await_front("a start")
         self.session.move_pointer(2, self.session.size[1] // 2)
         for look in ("light", "dark"):
             self.session.set_dark(look == "dark")
