@@ -21,7 +21,6 @@ import expected
 from gnome import GnomeWayland, GnomeWaylandExtension, GnomeX11
 from kde import KdeWayland, KdeX11
 from others import Lxqt, Openbox, Sway, Xfce
-from private_desktop import DesktopError
 from session import package_version
 from trials import APPLICATIONS, No, Trials, trials
 
@@ -94,9 +93,10 @@ def main(name, given):
                 answers, measures = run_trials(session, release, results, pattern)
             finally:
                 keep_logs(session, results)
-    except DesktopError as error:
+    except Exception as error:
         if entered:
             raise
+        print(traceback.format_exc())
         print(f"FAILED {name}: could not be brought up: {error}")
         answers, measures, title = [{"trial": "comes up", "answer": "broken", "evidence": str(error),
                                      "verdict": "FAILED", "why": ""}], {}, name
