@@ -58,7 +58,7 @@ def cell(answer, notes):
     if answer is None:
         return ""
     if answer["answer"] == "yes":
-        return "yes"
+        return f"yes {notes.mark(answer['why'])}" if answer["why"] else "yes"
     if answer["answer"] == "not there":
         return f"– {notes.mark(answer['evidence'])}"
     return f"**no** {notes.mark(answer['why'] or 'Seen: ' + answer['evidence'])}"

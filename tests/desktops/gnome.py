@@ -108,7 +108,6 @@ class GnomeWayland(Gnome, Session):
 
     name = "gnome-wayland"
     kind = "Wayland"
-    tells_painting = True
 
     def _start_server(self):
         pass
@@ -164,6 +163,9 @@ class GnomeWayland(Gnome, Session):
     def move_pointer(self, x, y):
         self.ask("move", x, y)
 
+    def painting(self, x, y):
+        return ToldPainting(self)
+
     def screenshot(self, path):
         path = pathlib.Path(path)
         path.parent.mkdir(parents=True, exist_ok=True)
@@ -173,6 +175,30 @@ class GnomeWayland(Gnome, Session):
         if not done:
             raise DesktopError("the shell made no picture")
         return path
+
+
+class ToldPainting:
+    """When our window was first painted, as the compositor has noted it: no X server has its screen."""
+
+    def __init__(self, session):
+        self._session = session
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        pass
+
+    def await_rest(self):
+        time.sleep(0.5)
+
+    def begin(self):
+        self._begun = time.monotonic()
+
+    def when(self):
+        return wait_until(lambda: next((window.painted for window in self._session.ours()
+                                        if window.painted > self._begun), None),
+                          "the window's painting", 20, 0.01)
 
 
 class GnomeWaylandExtension(GnomeWayland):

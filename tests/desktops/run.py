@@ -58,7 +58,7 @@ def run_trials(session, release, results, pattern):
         print(f"{verdict} {session.name}: {name}: {answer}: {evidence}"
               f"{f' [{why}]' if why else ''} ({time.monotonic() - begun:.0f} s)", flush=True)
         answers.append({"trial": name, "answer": answer, "evidence": evidence, "verdict": verdict,
-                        "why": why})
+                        "why": why or getattr(evidence, "note", "")})
     return answers, made.measures
 
 

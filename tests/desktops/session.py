@@ -20,6 +20,7 @@ import gi  # noqa: E402
 
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
+from painted import Patch  # noqa: E402
 from private_desktop import DesktopError, PrivateDesktop, wait_until  # noqa: E402
 
 PREFIX = pathlib.Path(os.environ.get("TAVO_PREFIX", "/opt/tavolauncher"))
@@ -50,7 +51,7 @@ class Window:
     here: bool = True      # on the workspace that is shown
     normal: bool = True    # neither panel nor desktop
     box: tuple = ()
-    painted: float = 0.0   # when, on the monotonic clock, where the desktop tells it
+    painted: float = 0.0   # when first, by the monotonic clock, where the desktop tells it
 
     @property
     def is_ours(self):
@@ -68,7 +69,6 @@ class Session(PrivateDesktop):
     # How many clicks on the item show the window: the panel's choice.
     clicks_to_show = 1
     tells_order = True      # windows() are in their order
-    tells_painting = False  # Window.painted is told
     icon_themes = ("Adwaita", "Papirus")
 
     def __init__(self):
@@ -222,6 +222,10 @@ class Session(PrivateDesktop):
         subprocess.run(["import", "-window", "root", f"png:{path}"], check=True, timeout=30,
                        env=self.screen_environment(), capture_output=True)
         return path
+
+    def painting(self, x, y):
+        """What notices when the screen is painted there: begin(), when(), await_rest()."""
+        return Patch(self.screen_environment()["DISPLAY"], x, y)
 
     # The panel
 

@@ -49,14 +49,14 @@ class Written(unittest.TestCase):
             self.assertNotIn("old", text)
             self.assertIn("sway 1.7", text)
 
-    def test_each_no_has_its_reason_once_below_the_table(self):
+    def test_each_no_and_each_condition_has_its_reason_once_below_the_table(self):
         _, text = self.written({("bookworm", "sway"): result(
             "sway 1.7", answer("one", "no", "cannot be"), answer("two", "no", "cannot be"),
             answer("three", "no", evidence="nothing came"),
-            answer("four", "not there", evidence="has none"))})
+            answer("four", "not there", evidence="has none"), answer("five", why="later"))})
         for line in ("| one | **no** (1) |", "| two | **no** (1) |", "| three | **no** (2) |",
                      "| four | – (3) |", "\n1. cannot be\n", "\n2. Seen: nothing came\n",
-                     "\n3. has none\n"):
+                     "\n3. has none\n", "| five | yes (4) |", "\n4. later\n"):
             self.assertIn(line, text)
 
     def test_an_application_has_its_three_answers_in_one_cell(self):
