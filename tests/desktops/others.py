@@ -91,7 +91,7 @@ class Xfce(FirstOnPanel, X11Session):
         self.await_tray()
 
     def version(self):
-        return f"Xfce, xfce4-session {package_version('xfce4-session')}"
+        return f"xfce4-session {package_version('xfce4-session')}"
 
     def set_dark(self, dark):
         """By the theme, and as newer ones do, which tell the portal."""
