@@ -98,7 +98,7 @@ class SettingsTest(DesktopTest):
         return launcher.await_change(launcher.search_text, "una due") == "x due"
 
 
-class Fonts(SettingsTest):
+class ChosenFont(SettingsTest):
     def test_the_font_of_x_settings_is_used_and_followed(self):
         manager = self.publish(Gtk_FontName="DejaVu Sans 11")
         launcher = self.launch(XDG_CURRENT_DESKTOP="XFCE")
