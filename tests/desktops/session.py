@@ -284,7 +284,7 @@ class X11Session(Session):
     def _window(self, id_, active, desktop):
         done = subprocess.run(
             ["xprop", "-id", str(id_), "WM_CLASS", "_NET_WM_NAME", "WM_NAME", "_NET_WM_PID",
-             "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE", "_NET_WM_DESKTOP"],
+             "_NET_WM_STATE", "_NET_WM_WINDOW_TYPE", "_NET_WM_DESKTOP", "_GTK_FRAME_EXTENTS"],
             env=self.environment, capture_output=True, text=True)
         if done.returncode:
             return None
@@ -302,14 +302,21 @@ class X11Session(Session):
             skips_taskbar="_SKIP_TASKBAR" in state and "_SKIP_PAGER" in state,
             attention="_DEMANDS_ATTENTION" in state,
             here=on is None or on in (desktop, 0xffffffff),
-            normal="_DOCK" not in kind and "_DESKTOP" not in kind, box=self._box(id_))
+            normal="_DOCK" not in kind and "_DESKTOP" not in kind,
+            box=self._box(id_, said.get("_GTK_FRAME_EXTENTS", "")))
 
-    def _box(self, id_):
+    def _box(self, id_, margins):
+        """Without the margin that a window keeps for its own shadow."""
         said = subprocess.run(["xwininfo", "-id", str(id_)], env=self.environment,
                               capture_output=True, text=True).stdout
         found = [re.search(rf"{what}:\s+(-?\d+)", said) for what in
                  ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")]
-        return tuple(int(each[1]) for each in found) if all(found) else ()
+        if not all(found):
+            return ()
+        x, y, width, height = (int(each[1]) for each in found)
+        numbers = re.findall(r"\d+", margins.partition("=")[2])
+        left, right, top, bottom = map(int, numbers) if len(numbers) == 4 else (0, 0, 0, 0)
+        return x + left, y + top, width - left - right, height - top - bottom
 
     def raise_(self, window):
         self.run("wmctrl", "-i", "-a", hex(window.key))
