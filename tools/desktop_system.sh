@@ -152,15 +152,18 @@ make_system() {
 
 build() {
     local private=(--net)
-    mkdir -p "$built"/{build,prefix} "$folder/ccache"
+    # A session that runs keeps the program that it began with.
+    rm -rf "$built"/prefix.{new,old}
+    mkdir -p "$built"/{build,prefix,prefix.new} "$folder/ccache"
     echo "Building $source on $release"
-    quietly inside "ro:$source:/tree" "rw:$built/build:/build" "rw:$built/prefix:/opt/tavolauncher" \
+    quietly inside "ro:$source:/tree" "rw:$built/build:/build" "rw:$built/prefix.new:/opt/tavolauncher" \
         "rw:$folder/ccache:/ccache" -- CCACHE_DIR=/ccache HOME=/tmp sh -euc "
         cmake -S /tree -B /build -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAVO_TESTS=OFF \
             -DTAVO_BENCHMARKS=OFF -DCMAKE_INSTALL_PREFIX=/opt/tavolauncher
         nice cmake --build /build -j$jobs
-        rm -rf /opt/tavolauncher/*
         cmake --install /build"
+    mv "$built/prefix" "$built/prefix.old"
+    mv "$built/prefix.new" "$built/prefix"
 }
 
 run() {

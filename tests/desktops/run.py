@@ -79,6 +79,9 @@ def main(name, given):
         sys.exit(f"no such session: {name}; there are {' '.join(SESSIONS)}")
     release = os.environ.get("RELEASE", "")
     results = pathlib.Path(os.environ.get("TAVO_RESULTS", "/results")) / name
+    if not given:
+        # What an earlier run has left would be taken for what this one has seen.
+        shutil.rmtree(results, ignore_errors=True)
     results.mkdir(parents=True, exist_ok=True)
     session = SESSIONS[name]()
     entered = False
