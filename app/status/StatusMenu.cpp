@@ -26,7 +26,7 @@ bool menusWouldClose() {
     return focused != nullptr && !focused->isVisible();
 }
 
-const QScreen& screenOf(const QPoint& point) {
+const QScreen& screenOf(QPoint point) {
     const QScreen* const screen = QGuiApplication::screenAt(point);
     return screen == nullptr ? *QGuiApplication::primaryScreen() : *screen;
 }
