@@ -13,6 +13,12 @@ NO = [
     (".*", "gnome-wayland", "(fronts|restores): (Galculator|KCalc|XTerm)",
      "GNOME tells no program of others' windows; its entry is neither activated over D-Bus nor hands "
      "over. The extension brings it forward"),
+    (".*", "gnome-wayland", "(fronts|restores): Calculator",
+     "GNOME tells no program of others' windows; started again, it opens another window of its first "
+     "process, in front. The extension brings the first window forward"),
+    (".*", "gnome-wayland", "(fronts|restores): FeatherPad",
+     "GNOME tells no program of others' windows; its second start hands over without the activation "
+     "token, so GNOME keeps it behind. The extension brings it forward"),
     (".*", "sway", "not in the taskbar",
      "no protocol offers it; sway itself has no taskbar, and its bars list workspaces"),
 ]

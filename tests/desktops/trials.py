@@ -172,6 +172,7 @@ class Trials:
         self.session.raise_(self.cover)
         wait_until(lambda: self.in_front(lambda each: each.key == self.cover.key),
                    "another program's window in front", 10)
+        time.sleep(0.5)  # as long as a user takes at least for what comes next
 
     def end_cover(self):
         if self.cover is not None:
