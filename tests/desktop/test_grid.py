@@ -269,14 +269,13 @@ class GridByKeyboard(Grid):
         self.await_focused(launcher, NAMES[9])
 
     def test_return_and_space_open_the_keyboards_tile(self):
-        _, mark = self.desktop.marking_entry("Aaa")
-        launcher = self.launch_full(["Aaa", *NAMES])
+        marks = [self.desktop.marking_entry(name)[1] for name in ("Aaa", "Aab")]
+        launcher = self.launch_full(["Aaa", "Aab", *NAMES])
         self.enter(launcher)
-        for key in ("Return", "space"):
-            with self.subTest(key=key):
-                self.desktop.key(key)
-                self.await_file(mark)
-                mark.unlink()
+        self.desktop.key("Return")
+        self.await_file(marks[0])
+        self.desktop.key("Right", "space")
+        self.await_file(marks[1])
 
     def test_the_menu_key_and_shift_f10_open_the_tiles_menu(self):
         launcher = self.launch_full()
