@@ -120,9 +120,9 @@ class Sway(InstanceTest):
             box = self.focused_window()["rect"]
             return box["x"], box["y"], box["width"], box["height"]
         wait_until(lambda: place()[2:] == (980, 640), "its usual size")
-        x, y, width, height = place()
 
         def ground(below):
+            x, y, width, height = place()  # anew, because the bar comes late and moves the window
             return self.desktop.pixels().at(x + width // 2, y + height + below)
         self.tell("output * bg #ffffff solid_color")
         wait_until(lambda: max(ground(1)) < min(ground(10)) < 255 == min(ground(28)), "a shadow")
