@@ -15,8 +15,9 @@
 namespace tavo {
 namespace {
 
-// How long the compositor may take to activate a window by its token.
-constexpr std::chrono::milliseconds kTokenPatience{150};
+// How long the compositor may take to activate a window by its token, and to tell that another
+// window has become active.
+constexpr std::chrono::milliseconds kPatience{150};
 
 class WaylandWindowManagement final : public WindowManagement {
 public:
@@ -33,10 +34,12 @@ public:
         if (!request.activationToken.empty()) {
             activateByToken(window, request.activationToken);
         }
-        if (!activateAsTaskbar() && wasShown_) {
-            QTimer::singleShot(
-                request.activationToken.empty() ? std::chrono::milliseconds(0) : kTokenPatience,
-                &context_, [this, window] { showAnewUnlessActive(window); });
+        if (activateAsTaskbar() || !wasShown_) {
+            return;
+        }
+        if (!request.activationToken.empty() || !showAnewUnlessActive(window)) {
+            QTimer::singleShot(kPatience, &context_,
+                               [this, window] { showAnewUnlessActive(window); });
         }
     }
 
@@ -67,13 +70,16 @@ private:
         return true;
     }
 
-    void showAnewUnlessActive(std::uintptr_t window) {
+    // Whether it was shown anew.
+    bool showAnewUnlessActive(std::uintptr_t window) {
         QWindow* const ours = ownWindow(window);
-        if (ours != nullptr && ours->isVisible() && !ours->isActive()) {
-            ours->hide();
-            ours->show();
-            keepOutOfTaskbar(ours->winId());
+        if (ours == nullptr || !ours->isVisible() || ours->isActive()) {
+            return false;
         }
+        ours->hide();
+        ours->show();
+        keepOutOfTaskbar(ours->winId());
+        return true;
     }
 
     const std::string display_;
