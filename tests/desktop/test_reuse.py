@@ -103,7 +103,9 @@ class Reuse(DesktopTest):
         self.assert_refused("meaning of the keys")
 
     def test_a_desktop_without_its_window_manager_is_not_handed_on(self):
-        os.kill(self.process(b"openbox"), signal.SIGKILL)
+        manager = self.process(b"openbox")
+        os.kill(manager, signal.SIGKILL)
+        wait_until(lambda: manager not in processes_below(os.getpid()), "the end of openbox")
         self.assert_refused("has ended")
 
     def test_a_stopped_bus_is_not_handed_on(self):
