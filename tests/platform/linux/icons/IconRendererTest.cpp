@@ -2,8 +2,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
-#include <sstream>
 #include <thread>
 
 #include <sys/stat.h>
@@ -13,26 +11,15 @@
 
 #include "platform/linux/icons/IconRenderer.h"
 #include "tests/platform/linux/fixtures/IconFixture.h"
+#include "tests/platform/linux/fixtures/ProcessFixture.h"
 
 namespace tavo {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+using processes::children;
 
 constexpr std::uint32_t kRed = 0xffff0000U;
-
-// The PIDs of this process's children, zombies included.
-std::vector<pid_t> children() {
-    std::vector<pid_t> found;
-    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
-        std::istringstream list(readFile(task.path().string() + "/children"));
-        for (pid_t child = 0; list >> child;) {
-            found.push_back(child);
-        }
-    }
-    return found;
-}
 
 class IconRendererTest : public testing::Test {
 protected:
@@ -131,7 +118,7 @@ TEST_F(IconRendererTest, a_file_that_shows_no_picture_is_no_failure) {
 TEST_F(IconRendererTest, a_renderer_that_ends_is_replaced_and_leaves_no_zombie) {
     expectRed(renderer_.draw(picture(), 68));
     ASSERT_EQ(children().size(), 1U);
-    ASSERT_EQ(::kill(children().front(), SIGKILL), 0);
+    ASSERT_EQ(::kill(*children().begin(), SIGKILL), 0);
     testing::internal::CaptureStderr();
     EXPECT_TRUE(renderer_.draw(picture(), 68).failed);
     const std::string said = testing::internal::GetCapturedStderr();
