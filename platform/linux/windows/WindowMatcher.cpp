@@ -44,6 +44,12 @@ std::string withoutSuffix(std::string_view identifier) {
     return folded(withoutEntrySuffix(identifier));
 }
 
+// "mousepad" of "org.xfce.mousepad.desktop".
+std::string lastPart(std::string_view identifier) {
+    const std::string name = withoutSuffix(identifier);
+    return name.substr(name.rfind('.') + 1);
+}
+
 }  // namespace
 
 bool isGenericProgram(std::string_view name) {
@@ -108,8 +114,16 @@ public:
                 }
             }
         }
-        const auto from = left.empty() ? launchedFrom() : std::nullopt;
-        return from ? identifier(*from) : std::string();
+        if (const auto from = left.empty() ? launchedFrom() : std::nullopt) {
+            return identifier(*from);
+        }
+        for (const std::string& name : names_) {
+            const std::vector<std::size_t> found = among(left, byNamesakeProgram(name));
+            if (found.size() == 1) {
+                return identifier(found.front());
+            }
+        }
+        return {};
     }
 
 private:
@@ -149,11 +163,23 @@ private:
 
     [[nodiscard]] std::vector<std::size_t> byProgram(const std::string& name) const {
         std::vector<std::size_t> found = at(matcher_.byProgram_, name);
-        if (found.size() != 1 || !(*matcher_.entries_)[found.front()].startupWmClass.empty() ||
-            isGenericProgram(name)) {
+        if (found.size() != 1 || !countsByProgram(found.front(), name)) {
             return {};
         }
         return found;
+    }
+
+    // Those entries of the program that are called like it.
+    [[nodiscard]] std::vector<std::size_t> byNamesakeProgram(const std::string& name) const {
+        std::vector<std::size_t> found = at(matcher_.byProgram_, name);
+        std::erase_if(found, [&](std::size_t entry) {
+            return lastPart(identifier(entry)) != name || !countsByProgram(entry, name);
+        });
+        return found;
+    }
+
+    [[nodiscard]] bool countsByProgram(std::size_t entry, const std::string& program) const {
+        return (*matcher_.entries_)[entry].startupWmClass.empty() && !isGenericProgram(program);
     }
 
     [[nodiscard]] std::optional<std::size_t> launchedFrom() const {

@@ -43,7 +43,10 @@ public:
     //   - instance, else class, else application id is the base name of the entry's program,
     //     unless another listed entry has the same program, the entry has a StartupWMClass, or the
     //     program runs other programs (isGenericProgram);
-    //   - the window's process was started from the entry.
+    //   - the window's process was started from the entry;
+    //   - instance, else class, else application id is the base name of the program of several
+    //     entries, under the same conditions, and the last part of the id of one of them:
+    //     "mousepad" is of org.xfce.mousepad, not of org.xfce.mousepad-settings.
     // Entries with the same reason are told apart by the entry that the process was started from,
     // then by the weaker reasons.
     //
