@@ -2,22 +2,37 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+
+#include "platform/linux/wayland/WaylandGlobal.h"
+
+struct org_kde_plasma_shell;
+struct org_kde_plasma_surface;
 
 namespace tavo {
 
-// Main thread.
+// Does nothing where the compositor has no such protocol, and on any platform but Wayland. Main
+// thread; make it after the application object.
 class PlasmaShell {
 public:
-    virtual ~PlasmaShell() = default;
+    PlasmaShell();
+    PlasmaShell(const PlasmaShell&) = delete;
+    PlasmaShell& operator=(const PlasmaShell&) = delete;
+    ~PlasmaShell();
 
-    // Keeps the shown window with this QWindow::winId() out of the taskbar and the window switcher.
-    // Call it after each showing: a hidden window loses its surface.
-    virtual void keepOutOfTaskbar(std::uintptr_t window) = 0;
+    // Keeps the shown window with this QWindow::winId() out of the taskbar and the window switcher,
+    // as soon as the compositor has told of the protocol. Call it after each showing: a hidden
+    // window loses its surface.
+    void keepOutOfTaskbar(std::uintptr_t window);
+
+private:
+    void ask();
+    void dropSurface();
+    void dropShell();
+
+    org_kde_plasma_shell* shell_ = nullptr;
+    org_kde_plasma_surface* surface_ = nullptr;
+    std::uintptr_t window_ = 0;  // the window asked for last; 0 before
+    WaylandGlobal global_;
 };
-
-// Over Qt's connection, which it asks once, for 0.25 s at most. Null where the compositor has no
-// such protocol, and on any platform but Wayland. Make it after the application object.
-std::unique_ptr<PlasmaShell> makePlasmaShell();
 
 }  // namespace tavo

@@ -6,7 +6,6 @@
 #include <QRegion>
 #include <QWindow>
 #include <map>
-#include <string_view>
 #include <utility>
 
 #include <blur-client-protocol.h>
@@ -14,6 +13,7 @@
 #include <qpa/qplatformwindow.h>
 #include <wayland-client.h>
 
+#include "platform/linux/wayland/WaylandGlobal.h"
 #include "platform/linux/wayland/WaylandWindow.h"
 
 namespace tavo {
@@ -38,22 +38,22 @@ qreal surfaceScale(const QWindow& window) {
 
 class WaylandCompositing final : public QObject, public Compositing {
 public:
-    WaylandCompositing() {
-        if (wl_display* const display = qtWaylandDisplay()) {
-            setMargins_ = findSetMargins();
-            // On the queue of Qt, which reads it in the main thread.
-            registry_ = wl_display_get_registry(display);
-            wl_registry_add_listener(registry_, &kRegistry, this);
-        }
-    }
+    WaylandCompositing()
+        : setMargins_(qtWaylandDisplay() == nullptr ? nullptr : findSetMargins()),
+          blurring_(
+              org_kde_kwin_blur_manager_interface.name, 1,
+              [this](wl_registry* registry, std::uint32_t name) {
+                  manager_ = static_cast<org_kde_kwin_blur_manager*>(
+                      wl_registry_bind(registry, name, &org_kde_kwin_blur_manager_interface, 1));
+                  changed.emit();
+              },
+              [this] {
+                  loseManager();
+                  changed.emit();
+              }) {}
     WaylandCompositing(const WaylandCompositing&) = delete;
     WaylandCompositing& operator=(const WaylandCompositing&) = delete;
-    ~WaylandCompositing() override {
-        loseManager();
-        if (registry_ != nullptr) {
-            wl_registry_destroy(registry_);
-        }
-    }
+    ~WaylandCompositing() override { loseManager(); }
 
     bool active() const override { return true; }
     bool blurs() const override { return manager_ != nullptr; }
@@ -178,33 +178,10 @@ private:
         }
     }
 
-    static void come(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
-                     std::uint32_t /*version*/) {
-        auto& self = *static_cast<WaylandCompositing*>(data);
-        if (self.manager_ == nullptr &&
-            std::string_view(interface) == org_kde_kwin_blur_manager_interface.name) {
-            self.manager_ = static_cast<org_kde_kwin_blur_manager*>(
-                wl_registry_bind(registry, name, &org_kde_kwin_blur_manager_interface, 1));
-            self.managerName_ = name;
-            self.changed.emit();
-        }
-    }
-
-    static void go(void* data, wl_registry* /*registry*/, std::uint32_t name) {
-        auto& self = *static_cast<WaylandCompositing*>(data);
-        if (self.manager_ != nullptr && self.managerName_ == name) {
-            self.loseManager();
-            self.changed.emit();
-        }
-    }
-
-    static constexpr wl_registry_listener kRegistry = {come, go};
-
-    SetMargins setMargins_ = nullptr;
-    wl_registry* registry_ = nullptr;
+    const SetMargins setMargins_;
     org_kde_kwin_blur_manager* manager_ = nullptr;
-    std::uint32_t managerName_ = 0;
     std::map<QWindow*, Surface> surfaces_;
+    WaylandGlobal blurring_;
 };
 
 }  // namespace

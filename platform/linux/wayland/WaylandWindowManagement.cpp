@@ -3,7 +3,6 @@
 #include <QTimer>
 #include <QWindow>
 #include <chrono>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -22,7 +21,11 @@ constexpr std::chrono::milliseconds kPatience{150};
 class WaylandWindowManagement final : public WindowManagement {
 public:
     WaylandWindowManagement(std::string display, std::string appId)
-        : display_(std::move(display)), appId_(std::move(appId)) {}
+        : display_(std::move(display)), appId_(std::move(appId)) {
+        again_.setSingleShot(true);
+        again_.setInterval(kPatience);
+        again_.callOnTimeout([this] { showAnewUnlessActive(window_); });
+    }
 
     void prepareToShow(std::uintptr_t window, const StartRequest& /*request*/) override {
         const QWindow* const ours = ownWindow(window);
@@ -30,37 +33,45 @@ public:
     }
 
     void bringToFront(std::uintptr_t window, const StartRequest& request) override {
-        keepOutOfTaskbar(window);
+        plasma_.keepOutOfTaskbar(window);
         if (!request.activationToken.empty()) {
             activateByToken(window, request.activationToken);
         }
-        if (activateAsTaskbar() || !wasShown_) {
+        // A compositor activates a window that has just been shown by itself.
+        if (!wasShown_ || activateAsTaskbar()) {
             return;
         }
         if (!request.activationToken.empty() || !showAnewUnlessActive(window)) {
-            QTimer::singleShot(kPatience, &context_,
-                               [this, window] { showAnewUnlessActive(window); });
+            lookAgain(window);
         }
     }
 
 private:
-    void keepOutOfTaskbar(std::uintptr_t window) {
-        if (!plasma_) {
-            plasma_ = makePlasmaShell();
-        }
-        if (*plasma_) {
-            (*plasma_)->keepOutOfTaskbar(window);
+    // Once the compositor has had time to tell of changes that are under way. A window that becomes
+    // active meanwhile has come forward, even if the user leaves it at once.
+    void lookAgain(std::uintptr_t window) {
+        const QWindow* const ours = ownWindow(window);
+        window_ = window;
+        again_.start();
+        QObject::disconnect(activeChanged_);
+        if (ours != nullptr) {
+            activeChanged_ = QObject::connect(ours, &QWindow::activeChanged, &again_, [this, ours] {
+                if (ours->isActive()) {
+                    again_.stop();
+                }
+            });
         }
     }
 
-    // False where the compositor does not let task bars activate windows.
+    // False where the compositor does not let task bars activate windows, or is silent.
     bool activateAsTaskbar() {
         if (!listsToplevels_) {
             return false;
         }
         const auto toplevels = WaylandToplevels::ask(display_);
-        if (!toplevels || toplevels->state() == WaylandToplevels::State::notListed) {
-            listsToplevels_ = false;
+        if (!toplevels || toplevels->state() != WaylandToplevels::State::listed) {
+            listsToplevels_ =
+                !toplevels || toplevels->state() != WaylandToplevels::State::notListed;
             return false;
         }
         std::vector<const CompositorWindow*> ours = toplevels->windows();
@@ -78,7 +89,7 @@ private:
         }
         ours->hide();
         ours->show();
-        keepOutOfTaskbar(ours->winId());
+        plasma_.keepOutOfTaskbar(ours->winId());
         return true;
     }
 
@@ -86,8 +97,10 @@ private:
     const std::string appId_;
     bool wasShown_ = false;
     bool listsToplevels_ = true;
-    std::optional<std::unique_ptr<PlasmaShell>> plasma_;  // made at the first showing
-    QObject context_;                                     // ends the timers
+    PlasmaShell plasma_;
+    std::uintptr_t window_ = 0;  // of lookAgain()
+    QMetaObject::Connection activeChanged_;
+    QTimer again_;
 };
 
 }  // namespace
