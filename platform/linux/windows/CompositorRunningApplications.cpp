@@ -22,18 +22,21 @@ public:
           ownAppId_(std::move(ownAppId)) {}
 
     void noteUserRequest(const std::string& identifier) override {
-        const List list = ask();
+        click_ = {};
+        List list = ask();
         activeAtRequest_[identifier] = list ? activeAppId(*list) : std::string();
-        click_ = {identifier, nullptr};
+        noted_ = Click{identifier, std::move(list)};
     }
 
     std::vector<RunningApplication> withIdentifier(const std::string& identifier) override {
-        const Click click = std::exchange(click_, {});
-        List list = ask();
+        click_ = {};
+        auto noted = std::exchange(noted_, std::nullopt);
+        const bool isClick = noted && noted->identifier == identifier;
+        List list = isClick ? std::move(noted->list) : ask();
         if (!list || windowsOf(identifier, *list).empty()) {
             return {};
         }
-        if (click.identifier == identifier) {
+        if (isClick) {
             click_ = {identifier, std::move(list)};
         }
         return {{0, identifier}};
@@ -99,13 +102,14 @@ private:
     using Windows = std::vector<const CompositorWindow*>;
 
     // A click on a running application calls noteUserRequest(), withIdentifier() and
-    // activateAllWindows() in turn. The last one uses the windows that withIdentifier() has found.
+    // activateAllWindows() in turn. The compositor is asked once for all three.
     struct Click {
         std::string identifier;
-        List list;  // set by withIdentifier()
+        List list;  // null when the compositor did not answer
     };
 
     List ask() {
+        noted_.reset();
         List list = windows_->list();
         lists_ = list != nullptr;
         return list;
@@ -154,7 +158,9 @@ private:
     const std::string ownAppId_;
 
     ProcessRegistry processes_;
-    Click click_;  // kept until a call that is not the click's next one
+    // Each is kept until a call that is not the click's next one.
+    std::optional<Click> noted_;  // by noteUserRequest()
+    Click click_;                 // by withIdentifier()
     std::unordered_map<std::string, std::optional<std::string>> activeAtRequest_;  // by identifier
 };
 

@@ -118,6 +118,7 @@ protected:
         start.launcher = desktop_.open(kApplicationId);
         EXPECT_TRUE(becomesFocused(start.launcher));
         running_->noteUserRequest("tool.desktop");
+        EXPECT_FALSE(runs("tool.desktop"));
         start.tool = desktop_.open("tool");
         start.elsewhere = desktop_.open("elsewhere");
         EXPECT_TRUE(becomesFocused(start.elsewhere));
