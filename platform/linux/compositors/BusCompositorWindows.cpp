@@ -85,8 +85,15 @@ public:
 
     Subscription onChanged(std::function<void()> changed) override {
         auto receiver = std::make_shared<QObject>();
-        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, receiver.get(),
-                         [changed = std::move(changed)] { changed(); });
+        QObject::connect(
+            qGuiApp, &QGuiApplication::focusWindowChanged, receiver.get(),
+            [changed = std::move(changed),
+             before = QGuiApplication::focusWindow() != nullptr](const QWindow* now) mutable {
+                // Not from one of our windows to another, as to a menu.
+                if (std::exchange(before, now != nullptr) != (now != nullptr)) {
+                    changed();
+                }
+            });
         return Subscription(std::move(receiver));
     }
 

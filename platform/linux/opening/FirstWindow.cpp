@@ -62,13 +62,18 @@ private:
     void check(bool changed = false) {
         std::vector<Wait> seen;
         std::erase_if(waits_, [&](Wait& wait) {
-            const bool ends = !wait.start->lasts();
-            const bool shows = !ends && (running_.showsWindow(wait.application) ||
-                                         (changed && !running_.listsWindows()));
-            if (shows) {
-                seen.push_back(std::move(wait));
+            if (!wait.start->lasts()) {
+                return true;
             }
-            return ends || shows;
+            if (running_.showsWindow(wait.application)) {
+                seen.push_back(std::move(wait));
+                return true;
+            }
+            if (changed && !running_.listsWindows()) {
+                wait.start->over();
+                return true;
+            }
+            return false;
         });
         if (waits_.empty()) {
             changes_.end();

@@ -12,8 +12,9 @@ namespace tavo {
 
 // Looks for the window when the window system reports a change, and every five seconds besides:
 // some programs give their window its name only after showing it, which does not change the list of
-// windows. Where windows are not listed, the first change counts as the first window: it may be
-// another one, but then the user has turned away meanwhile. Subscribed to the window system only
+// windows. Where windows are not listed, the first change ends the start, because a window of the
+// application or the user has taken the focus; which of the two is not known, so nothing was seen.
+// Subscribed to the window system only
 // while something starts.
 class FirstWindow {
 public:
