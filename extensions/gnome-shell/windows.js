@@ -1,6 +1,6 @@
 // Tells on the session bus which windows there are, and activates them: what GNOME Shell tells no
 // other program under Wayland. So the launcher brings an application that runs to the front instead
-// of starting it again. The session bus is the user's own: nobody else's process can ask.
+// of starting it again. The session bus is the user's own: no other user's process can ask.
 
 const NAME = 'org.tavolauncher.GnomeShell';
 const PATH = '/org/tavolauncher/GnomeShell';
@@ -53,11 +53,12 @@ class WindowsExtension {
             Main.activateWindow(last, global.display.get_current_time_roundtrip());
     }
 
-    // All windows of applications, the bottom one first.
+    // All windows of applications, the bottom one first. One that fades out is closed already.
     _windows() {
         const types = [Meta.WindowType.NORMAL, Meta.WindowType.DIALOG,
             Meta.WindowType.MODAL_DIALOG, Meta.WindowType.UTILITY];
-        return global.get_window_actors().map(actor => actor.meta_window)
+        return global.get_window_actors().filter(actor => !actor.is_destroyed())
+            .map(actor => actor.meta_window)
             .filter(window => !window.is_override_redirect() &&
                 types.includes(window.get_window_type()));
     }
