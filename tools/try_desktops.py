@@ -12,6 +12,7 @@ last line counts; what failed stands before it.
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
@@ -47,6 +48,9 @@ def main(words):
     passed = failed = 0
     all_failures = []
     for release in [word for word in words if word in RELEASES] or RELEASES:
+        # What an earlier run has left is of another version.
+        for session in sessions:
+            shutil.rmtree(ROOT / "build/desktops" / release / session, ignore_errors=True)
         _, failures, well = system(release, "build")
         if not well:
             # None of the sessions can be had.

@@ -97,6 +97,7 @@ def release_text(release, results):
         elif trial not in ("measures", "pictures"):
             rows.append([trial, *(cell(answers[session].get(trial), notes) for session in sessions)])
     for what, name in (("start, ms", "start_ms"), ("second start, ms", "second_start_ms"),
+                       ("fronting, ms of a processor", "fronting_ms"),
                        ("memory, MB", "pss_mb")):
         rows.append([what, *(str(results[release, session]["measures"].get(name, "")).replace(
             "None", "") for session in sessions)])
@@ -110,15 +111,16 @@ def summed_up(results, session, wanted):
     for release, name in RELEASES.items():
         if (release, session) not in results:
             continue
-        answers = [each["answer"] for each in results[release, session]["answers"]
+        answers = [each for each in results[release, session]["answers"]
                    if any(each["trial"] == trial or (trial.endswith(": ")
                                                      and each["trial"].startswith(trial))
                           for trial in wanted)]
-        tried = [answer for answer in answers if answer != "not there"]
+        conditional = any(each["answer"] == "yes" and each["why"] for each in answers)
+        tried = [each["answer"] for each in answers if each["answer"] != "not there"]
         if not tried:
             said[name] = "–"
         elif all(answer == "yes" for answer in tried):
-            said[name] = "yes"
+            said[name] = "yes, conditionally" if conditional else "yes"
         else:
             count = sum(answer == "yes" for answer in tried)
             said[name] = f"{count} of {len(tried)}" if count else "no"

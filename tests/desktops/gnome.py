@@ -163,6 +163,9 @@ class GnomeWayland(Gnome, Session):
     def move_pointer(self, x, y):
         self.ask("move", x, y)
 
+    def press(self, down):
+        self.ask("button", 1, down)
+
     def painting(self, x, y):
         return ToldPainting(self)
 

@@ -238,12 +238,12 @@ class Sway(FirstOnPanel, Session):
             self.before_menu = self._gray()
         super().click(x, y, button, times)
 
-    def choose_first_entry(self):
+    def choose_entry(self, number):
         """By the pointer: the bar's menus do not get the keys. One that was opened as soon as the bar
         had the item does not get the pointer either, and is opened again."""
         def chosen():
             left, top, bottom = wait_until(self._menu_place, "the menu", 5)
-            menu, y = self._gray(), top + (bottom - top) // 4
+            menu, y = self._gray(), top + (bottom - top) * (1 + 2 * number) // 4
             self.move_pointer(left + 40, y)
             at = y * self.size[0] + left + 6
             try:

@@ -205,6 +205,10 @@ class Session(PrivateDesktop):
     def move_pointer(self, x, y):
         self.xdo("mousemove", round(x), round(y))
 
+    def press(self, down):
+        """The left button, or lets it go."""
+        self.xdo("mousedown" if down else "mouseup", _LEFT)
+
     def xdo(self, *words):
         done = subprocess.run(["xdotool", *map(str, words)], capture_output=True, text=True,
                               env=self.screen_environment(), timeout=30)
@@ -233,10 +237,11 @@ class Session(PrivateDesktop):
         """The middle of our item in the panel, or None."""
         raise NotImplementedError
 
-    def choose_first_entry(self):
-        """Of the menu that a right click on the item has opened."""
-        self.key("Down")
-        time.sleep(0.2)
+    def choose_entry(self, number):
+        """Of the two in the menu that a right click on the item has opened, 0 or 1."""
+        for _ in range(number + 1):
+            self.key("Down")
+            time.sleep(0.2)
         self.key("Return")
 
     # Settings of the user's
