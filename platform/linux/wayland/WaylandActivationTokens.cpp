@@ -57,8 +57,8 @@ public:
             return std::nullopt;
         }
         // A new wl_keyboard receives an enter event for the window with the focus. Its serial is
-        // the proof of input that a token needs. The seat's capabilities come one round trip after the
-        // seat, and the keyboard's enter event one after these.
+        // the proof of input that a token needs. The seat's capabilities come one round trip after
+        // the seat, and the keyboard's enter event one after these.
         if (seat_ != nullptr && surface != nullptr && wait() && keyboard_ != nullptr && !serial_) {
             wait();
         }
