@@ -1,11 +1,11 @@
 #!/usr/bin/python3 -W ignore
-"""Makes the pictures of the README from the running program, in the light and in the dark.
+"""Makes the pictures of the README and of the guides from the running program.
 
     tools/readme_pictures.py PROGRAM FOLDER
 
 Starts the program on a private desktop with a compositor, a settings portal and made-up
-applications, and writes launcher-light.png, launcher-dark.png, editor-light.png and
-editor-dark.png. Needs what the tests need: tools/packages.sh headless test.
+applications, and writes launcher-light.png, search-light.png, menu-light.png and editor-light.png,
+and launcher-dark.png and editor-dark.png. Needs what the tests need: tools/packages.sh headless test.
 """
 
 import os
@@ -16,7 +16,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT / "tools"), str(ROOT / "tests/desktop")]
 
 import settings_portal  # noqa: E402
-from harness import Desktop, Launcher, Store, wait_until  # noqa: E402
+from harness import Desktop, Launcher, Store, child_of, wait_until  # noqa: E402
 
 SIZE = (1060, 720)
 
@@ -121,11 +121,8 @@ def furnish(desktop):
     desktop.store.write(Store.CATEGORIES, CATEGORIES)
     desktop.store.write(Store.RULES, RULES)
     desktop.store.write(Store.FAVORITES, [paths[name] for name in FAVORITES])
-    fonts = desktop.home / ".config/fontconfig/fonts.conf"
-    fonts.parent.mkdir(parents=True)
-    fonts.write_text("<?xml version='1.0'?><!DOCTYPE fontconfig SYSTEM 'fonts.dtd'><fontconfig>"
-                     "<alias><family>sans-serif</family><prefer><family>Inter</family></prefer>"
-                     "</alias></fontconfig>\n")
+    fonts = pathlib.Path(desktop.environment["FONTCONFIG_FILE"])
+    fonts.write_text(fonts.read_text().replace(">DejaVu Sans<", ">Inter<"))
 
 
 def composite(desktop, look):
@@ -148,8 +145,8 @@ def composite(desktop, look):
     wait_until(lambda: "picom" in desktop.run("xwininfo", "-root", "-tree"), "the compositor")
 
 
-def take(desktop, path):
-    """The screen, once two pictures in a row are the same."""
+def take(desktop, path, part=None):
+    """The screen, or a part of it as "WIDTHxHEIGHT+X+Y", once two pictures in a row are the same."""
     last = [b""]
 
     def unchanged():
@@ -158,8 +155,25 @@ def take(desktop, path):
 
     wait_until(unchanged, "the picture to come to rest", pause=0.3)
     # Smaller, and without the time and the place of its making.
-    desktop.run("convert", path, "-strip", "-define", "png:compression-level=9", path)
+    desktop.run("convert", path, "-strip", *(["-crop", part, "+repage"] if part else []),
+                "-define", "png:compression-level=9", path)
     print(path)
+
+
+def show_in_use(desktop, launcher, folder, look):
+    """The search in a category, and the menu of an application with the categories open."""
+    desktop.type("cat:utility")
+    launcher.await_tiles(["Calcolatrice", "Orologio"])
+    take(desktop, folder / f"search-{look}.png", "760x250+20+20")
+    desktop.key("Escape")
+    launcher.await_equal(launcher.footer, f"{len(APPLICATIONS)} app")
+    desktop.click(launcher.await_node("list item", "Apri Disegno"), button=3)
+    desktop.point_at(child_of(launcher.await_menu("Disegno"), "Categorie"))
+    launcher.await_node("menu item", "Cliente Nord")
+    take(desktop, folder / f"menu-{look}.png", "580x270+256+250")
+    desktop.key("Escape", "Escape")
+    launcher.await_no_menu()
+    desktop.move_pointer(SIZE[0] - 1, SIZE[1] - 1)
 
 
 def show(program, folder, look):
@@ -176,6 +190,8 @@ def show(program, folder, look):
             launcher.await_active()
             launcher.await_equal(launcher.footer, f"{len(APPLICATIONS)} app")
             take(desktop, folder / f"launcher-{look}.png")
+            if look == "light":
+                show_in_use(desktop, launcher, folder, look)
             launcher.press("push button", "Modifica categorie")
             launcher.await_node("dialog", "Modifica categorie")
             take(desktop, folder / f"editor-{look}.png")

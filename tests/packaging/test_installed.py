@@ -30,6 +30,8 @@ FILES = {
     "share/doc/tavolauncher/LICENSE",
     "share/doc/tavolauncher/desktops.md",
     "share/doc/tavolauncher/guida.md",
+    "share/doc/tavolauncher/guide.md",
+    *(f"share/doc/tavolauncher/{name}-light.png" for name in ("launcher", "search", "menu", "editor")),
 }
 
 
