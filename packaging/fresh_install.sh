@@ -1,7 +1,9 @@
 #!/bin/bash
-# Tries the package on a bare Debian 12: run by hand, as root.
+# Tries the package on a bare Debian: run by hand, as root.
 #
-#   packaging/fresh_install.sh build/deb/tavolauncher_VERSION_ARCH.deb [PICTURE.png]
+#   packaging/fresh_install.sh RELEASE build/deb/tavolauncher_VERSION_ARCH.deb [PICTURE.png]
+#
+# RELEASE is bookworm or trixie, the one that the package was built on.
 #
 # Makes a minimal system in a folder, installs the package there with the dependencies that it
 # declares and nothing else, not even what it recommends, and starts the program inside. The screen
@@ -15,20 +17,20 @@ set -euo pipefail
 umask 022
 cd "$(dirname "$0")/.."
 
-suite=bookworm
-if ((EUID != 0)) || (($# < 1 || $# > 2)) || [[ ! -f $1 ]]; then
+if ((EUID != 0)) || (($# < 2 || $# > 3)) || [[ $1 != bookworm && $1 != trixie ]] || [[ ! -f $2 ]]; then
     sed -n '2,/^set /{/^#/s/^# \{0,1\}//p}' "$0" >&2
     exit 2
 fi
-package=$(realpath "$1")
-picture=$(realpath --canonicalize-missing "${2-build/fresh/installed.png}")
+suite=$1
+package=$(realpath "$2")
+picture=$(realpath --canonicalize-missing "${3-build/fresh/installed.png}")
 tools/packages.sh headless test fresh
 
 # shellcheck disable=SC2016  # the fields are apt's
 mirror=$(apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' 'Created-By: Packages' |
-    awk -v suite=$suite '$1 == "Debian" && $2 == suite { print $3; exit }')
+    awk '$1 == "Debian" && $2 ~ /^[a-z]+$/ { print $3; exit }')
 if [[ -z $mirror ]]; then
-    echo "apt knows no mirror of $suite here" >&2
+    echo "apt knows no mirror of Debian here" >&2
     exit 1
 fi
 
