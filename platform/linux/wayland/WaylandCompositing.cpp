@@ -145,9 +145,7 @@ private:
         if (surface.blur == nullptr) {
             surface.blur = org_kde_kwin_blur_manager_create(manager_, shown);
         }
-        auto* const compositor = static_cast<wl_compositor*>(
-            QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("compositor"));
-        wl_region* const region = wl_compositor_create_region(compositor);
+        wl_region* const region = wl_compositor_create_region(qtWaylandCompositor());
         const qreal scale = surfaceScale(window);
         for (const PixelRect& part : surface.blurred) {
             const QRect rect =

@@ -8,13 +8,42 @@
 
 namespace tavo {
 
+// Qt 6.5 and later have a public class for both.
+#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
+
 wl_display* qtWaylandDisplay() {
-    QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
-    return static_cast<wl_display*>(
-        native == nullptr || !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
-            ? nullptr
-            : native->nativeResourceForIntegration("wl_display"));
+    const auto* const qt = qGuiApp->nativeInterface<QNativeInterface::QWaylandApplication>();
+    return qt == nullptr ? nullptr : qt->display();
 }
+
+wl_compositor* qtWaylandCompositor() {
+    const auto* const qt = qGuiApp->nativeInterface<QNativeInterface::QWaylandApplication>();
+    return qt == nullptr ? nullptr : qt->compositor();
+}
+
+#else
+
+namespace {
+
+void* integrationResource(const char* name) {
+    QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
+    return native == nullptr ||
+                   !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
+               ? nullptr
+               : native->nativeResourceForIntegration(name);
+}
+
+}  // namespace
+
+wl_display* qtWaylandDisplay() {
+    return static_cast<wl_display*>(integrationResource("wl_display"));
+}
+
+wl_compositor* qtWaylandCompositor() {
+    return static_cast<wl_compositor*>(integrationResource("compositor"));
+}
+
+#endif
 
 QWindow* ownWindow(std::uintptr_t window) {
     const QWindowList windows = QGuiApplication::topLevelWindows();

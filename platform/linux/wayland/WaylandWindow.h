@@ -4,6 +4,7 @@
 #include <cstdint>
 
 class QWindow;
+struct wl_compositor;
 struct wl_display;
 struct wl_surface;
 
@@ -11,6 +12,7 @@ namespace tavo {
 
 // Main thread. Null on any platform but Wayland.
 [[nodiscard]] wl_display* qtWaylandDisplay();
+[[nodiscard]] wl_compositor* qtWaylandCompositor();
 
 // Our window with this QWindow::winId(); null when there is none.
 [[nodiscard]] QWindow* ownWindow(std::uintptr_t window);
