@@ -53,9 +53,15 @@ def application(pid):
     return next((each for each in children(desktop) if each.get_process_id() == pid), None)
 
 
+def role_of(node):
+    """The name of the node's role. Newer versions of AT-SPI call a push button a button."""
+    role = node.get_role_name()
+    return "push button" if role == "button" else role
+
+
 def find(root, role, name=None):
     """The first node of that role, and of that name when one is given."""
     if root is None:
         return None
-    return next((node for node in walk(root) if node.get_role_name() == role
+    return next((node for node in walk(root) if role_of(node) == role
                  and (name is None or node.get_name() == name)), None)

@@ -28,7 +28,7 @@ import zlib
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 
 import accessible  # noqa: E402
-from accessible import await_node, children, find, walk  # noqa: E402
+from accessible import await_node, children, find, role_of, walk  # noqa: E402
 from private_desktop import (  # noqa: E402,F401
     DesktopError, PrivateDesktop, _end_with_parent, processes_below, wait_until)
 from gi.repository import Atspi  # noqa: E402
@@ -345,7 +345,7 @@ class Launcher:
                 break
             if has_state(node, Atspi.StateType.FOCUSED):
                 path.append(node)
-        return [(node.get_role_name(), node.get_name()) for node in path]
+        return [(role_of(node), node.get_name()) for node in path]
 
     def focused(self):
         """Role and name of what has the keyboard, the innermost, or None."""

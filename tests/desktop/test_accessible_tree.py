@@ -9,7 +9,7 @@ import pathlib
 import textwrap
 
 from harness import (Atspi, DesktopError, DesktopTest, Store, actions, await_node, children,
-                      has_state, press, text_of)
+                      has_state, press, role_of, text_of)
 
 STATES = ((Atspi.StateType.SELECTED, "selected"), (Atspi.StateType.CHECKED, "ticked"),
           (Atspi.StateType.FOCUSED, "keyboard"))
@@ -18,7 +18,7 @@ CONTAINERS = ("filler", "panel")
 
 def tree_text(node, depth=0):
     """The tree below a node, as the module says."""
-    role, name = node.get_role_name(), node.get_name()
+    role, name = role_of(node), node.get_name()
     if role in CONTAINERS and not name:
         return "".join(tree_text(child, depth) for child in children(node))
     line = f'{role} "{name}"'

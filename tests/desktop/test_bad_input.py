@@ -1,6 +1,6 @@
 import itertools
 
-from accessible import await_node, children, walk
+from accessible import await_node, children, role_of, walk
 from gi.repository import Atspi
 from harness import DesktopTest, Store, has_state, press, wait_until
 
@@ -9,7 +9,7 @@ import wide_font
 
 def find_around_lists(node, role, name):
     """Like find, but into no list: of thousands of rows, each offers thousands of positions."""
-    if (node.get_role_name(), node.get_name()) == (role, name):
+    if (role_of(node), node.get_name()) == (role, name):
         return node
     if node.get_role_name() == "list":
         return None
@@ -114,9 +114,9 @@ class Frames(DesktopTest):
         """Each control that is shown, with its place."""
         found = []
         for node in walk(root):
-            if node.get_role_name() in self.CONTROLS and has_state(node, Atspi.StateType.SHOWING):
+            if role_of(node) in self.CONTROLS and has_state(node, Atspi.StateType.SHOWING):
                 box = node.get_extents(Atspi.CoordType.WINDOW)
-                found.append((f"{node.get_role_name()} “{node.get_name()[:40]}”",
+                found.append((f"{role_of(node)} “{node.get_name()[:40]}”",
                               (box.x, box.y, box.x + box.width, box.y + box.height)))
         return found
 

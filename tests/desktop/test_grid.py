@@ -1,7 +1,7 @@
 import time
 
 from harness import Atspi, DesktopTest, Store, has_state, press, wait_until
-from accessible import children
+from accessible import children, role_of
 from gi.repository import GLib
 
 ADD, REMOVE = "Aggiungi ai preferiti", "Rimuovi dai preferiti"
@@ -22,7 +22,7 @@ class Heard:
 
     def _hear(self, event):
         try:
-            source = f"{event.source.get_role_name()} {event.source.get_name()}"
+            source = f"{role_of(event.source)} {event.source.get_name()}"
         except GLib.Error:  # gone before it could be asked
             source = "gone"
         self._events.append((event.type, event.detail1, source))
@@ -153,7 +153,7 @@ class GridForScreenReaders(Grid):
         self.addCleanup(heard.end)
         item = self.item(launcher, NAMES[3])
         star = children(item)[0]
-        self.assertEqual(star.get_role_name(), "push button")
+        self.assertEqual(role_of(star), "push button")
         press(star)
         self.await_stars(launcher, {NAMES[3]: [REMOVE]})
         self.assertEqual(self.desktop.store.read(Store.FAVORITES), [self.paths[NAMES[3]]])

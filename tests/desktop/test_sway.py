@@ -258,10 +258,10 @@ class Sway(InstanceTest):
         self.assertIsNone(first.poll())
 
     def test_the_token_of_each_start_reaches_the_compositor(self):
-        """The library that speaks to it tells what it sends."""
+        """The library that speaks to it tells what it sends, with another sign since version 1.23."""
         def await_sent(token):
             wait_until(lambda: re.search(
-                rf'xdg_activation_v1@\d+\.activate\("{token}", wl_surface', self.desktop.log()),
+                rf'xdg_activation_v1[@#]\d+\.activate\("{token}", wl_surface', self.desktop.log()),
                 "the token to be sent")
         self.start_there([PROGRAM], WAYLAND_DEBUG="client", XDG_ACTIVATION_TOKEN="first-token")
         await_sent("first-token")
@@ -281,7 +281,7 @@ class Sway(InstanceTest):
         self.await_focused("ananas")
         # Sway does that by itself. The launcher asks for it too, a moment later, which would take the
         # keyboard from whatever was shown meanwhile.
-        wait_until(lambda: re.search(r"zwlr_foreign_toplevel_handle_v1@\d+\.activate\(",
+        wait_until(lambda: re.search(r"zwlr_foreign_toplevel_handle_v1[@#]\d+\.activate\(",
                                      self.desktop.log()), "the launcher to bring it forward")
         for workspace in ("1", "2"):
             with self.subTest(f"from workspace {workspace}"):

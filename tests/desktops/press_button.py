@@ -14,8 +14,6 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 import accessible  # noqa: E402
 from gi.repository import Atspi  # noqa: E402
 
-BUTTONS = ("push button", "button")
-
 
 def main(pid, name):
     Atspi.init()
@@ -26,7 +24,7 @@ def main(pid, name):
         # A library of the program's may have joined the bus too, with nothing to show.
         return next((node for root in accessible.children(desktop)
                      if root.get_process_id() == int(pid) for node in accessible.walk(root)
-                     if node.get_role_name() in BUTTONS and node.get_name() == name), None)
+                     if accessible.role_of(node) == "push button" and node.get_name() == name), None)
     node = accessible.await_node(button, f"the button “{name}”", 20)
     names = [node.get_action_name(index) for index in range(node.get_n_actions())]
     node.do_action(names.index("Press"))
