@@ -96,6 +96,16 @@ void leave() {
     }
 }
 
+QtMessageHandler handleMessageBefore = nullptr;
+
+// Qt 6.4 calls exit() after this warning, Qt 6.8 _exit() with a status of its own.
+void handleLoss(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    handleMessageBefore(type, context, message);
+    if (message.startsWith(QLatin1String("The Wayland connection "))) {
+        ::_exit(kNoDisplay);
+    }
+}
+
 }  // namespace
 
 // Keeps what is written to standard error in memory. Does nothing where the system has no
@@ -145,9 +155,11 @@ DisplayLossGuard::DisplayLossGuard() {
     endsWithDisplay = true;
     // Handlers run in reverse order, so this one runs before those of the libraries.
     std::atexit(leave);
+    handleMessageBefore = qInstallMessageHandler(handleLoss);
 }
 
 DisplayLossGuard::~DisplayLossGuard() {
+    qInstallMessageHandler(nullptr);
     endsWithDisplay = false;
 }
 

@@ -26,9 +26,9 @@ private:
     std::unique_ptr<HeldError> error_;
 };
 
-// When the display goes away, Qt writes a line on standard error and calls exit(1), on any thread.
-// While this object lives, that ends the process at once and without destructors, because other
-// threads are still running.
+// When the display goes away, Qt writes a line on standard error and ends the process, on any
+// thread. While this object lives, that happens with status 1, at once and without destructors,
+// because other threads are still running.
 class DisplayLossGuard {
 public:
     DisplayLossGuard();
