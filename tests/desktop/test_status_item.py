@@ -16,6 +16,14 @@ TRAYER = ["trayer", "--edge", "top", "--align", "right", "--widthtype", "request
 LATE = 3.0
 
 
+def facts(desktop, window):
+    """What xwininfo(1) says of it; nothing once it is destroyed."""
+    try:
+        return desktop.run("xwininfo", "-id", window)
+    except subprocess.CalledProcessError:
+        return ""
+
+
 class TrayTest(InstanceTest):
     """With a tray that embeds; what the panel is comes from the derived class."""
     command = None
@@ -55,7 +63,7 @@ class TrayTest(InstanceTest):
         return None
 
     def mapped(self, window):
-        return "IsViewable" in self.desktop.run("xwininfo", "-id", window)
+        return "IsViewable" in facts(self.desktop, window)
 
     def await_menu_window(self):
         """Once it is where it stays."""
@@ -510,7 +518,7 @@ class PanelTest(InstanceTest):
         for line in self.desktop.run("xwininfo", "-root", "-children").splitlines():
             window = re.match(r"\s+(0x[0-9a-f]+) .*  (\d+)x(\d+)\+", line)
             if window and 50 < int(window[2]) < 500 and 30 < int(window[3]) < 300:
-                said = self.desktop.run("xwininfo", "-id", window[1])
+                said = facts(self.desktop, window[1])
                 if "IsViewable" in said and "Override Redirect State: yes" in said:
                     found.append(int(window[3]))
         return found
