@@ -18,6 +18,7 @@
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/system/StartEnvironment.h"
 #include "platform/qt/PlatformTheme.h"
+#include "platform/qt/ScaleVariables.h"
 #include "support/ApplicationId.h"
 #include "ui/controls/LauncherStyle.h"
 
@@ -43,6 +44,7 @@ int runTavoLauncher(tavo::LaunchArguments& launch) {
     // may read it on any thread. Qt would use the activation token by itself, and unset the
     // variable later.
     ::unsetenv("XDG_ACTIVATION_TOKEN");
+    removeUnusableScaleVariables();
     SessionBus bus(chooseBus());
     SingleInstance instance(bus, std::move(launch.socket), launch.request);
     // Scans while Qt starts. The model waits for the rest of the scan.

@@ -1,0 +1,54 @@
+#include <cstdlib>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/qt/ScaleVariables.h"
+#include "tests/platform/linux/fixtures/ScopedVariables.h"
+
+namespace tavo {
+namespace {
+
+// Whether the variable is left in the environment with that value.
+bool isKept(const std::string& name, const std::string& value) {
+    ScopedVariables variables;
+    variables.set(name, value);
+    removeUnusableScaleVariables();
+    const char* const left = std::getenv(name.c_str());
+    EXPECT_TRUE(left == nullptr || left == value);
+    return left != nullptr;
+}
+
+TEST(ScaleVariables, a_scale_factor_that_can_be_used_is_kept) {
+    for (const char* const value : {"1", "1.25", "1.5", "2", "0.5", "8", "2.0000"}) {
+        EXPECT_TRUE(isKept("QT_SCALE_FACTOR", value)) << value;
+    }
+}
+
+TEST(ScaleVariables, a_scale_factor_that_is_no_number_or_out_of_range_is_removed) {
+    for (const char* const value : {"nan", "-nan", "inf", "0", "-1", "50", "1e-9", "1e300", "0.49",
+                                    "8.01", "", "abc", "2x", "1,5"}) {
+        EXPECT_FALSE(isKept("QT_SCALE_FACTOR", value)) << value;
+    }
+}
+
+TEST(ScaleVariables, factors_of_screens_are_kept_or_removed_together) {
+    for (const char* const value : {"1;1.5", "eDP-1=1;HDMI-1=1.5;", "2", "", "a=b=1.25"}) {
+        EXPECT_TRUE(isKept("QT_SCREEN_SCALE_FACTORS", value)) << value;
+    }
+    for (const char* const value : {"1;nan", "eDP-1=0;HDMI-1=1.5", "50", "eDP-1=", "x;1"}) {
+        EXPECT_FALSE(isKept("QT_SCREEN_SCALE_FACTORS", value)) << value;
+    }
+}
+
+TEST(ScaleVariables, a_resolution_is_kept_or_removed_in_the_same_way) {
+    for (const char* const name : {"QT_FONT_DPI", "QT_WAYLAND_FORCE_DPI"}) {
+        EXPECT_TRUE(isKept(name, "120"));
+        for (const char* const value : {"0", "-96", "4800", "nan"}) {
+            EXPECT_FALSE(isKept(name, value)) << value;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tavo
