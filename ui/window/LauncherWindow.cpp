@@ -37,6 +37,12 @@ QRegion roundedRegion(const QRect& rect, qreal radius) {
     return QRegion(outline.toFillPolygon().toPolygon());
 }
 
+// Whether a program decides where its windows are. On Wayland the compositor does, and does not
+// tell where the pointer is either.
+bool programsPlaceWindows() {
+    return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
 }  // namespace
 
 LauncherWindow::LauncherWindow(Compositing& compositing)
@@ -48,10 +54,12 @@ LauncherWindow::LauncherWindow(Compositing& compositing)
     tintBackground();
     setWindowTitle(texts::kProgramName.toString());
     setAccessibleName(texts::kProgramName.toString());
-    setMinimumSize(kSmallestWidth, kSmallestHeight);
+    smallest_ = {kSmallestWidth, kSmallestHeight};
+    setMinimumSize(smallest_);
     resize(kFirstWidth, kFirstHeight);
     setMouseTracking(true);  // for the cursor over the margin
     qApp->installEventFilter(this);
+    followScreens();
 }
 
 void LauncherWindow::setContent(QWidget* content) {
@@ -70,30 +78,127 @@ void LauncherWindow::present() {
         tintBackground();
         shape();
     }
-    if (!placed_) {
-        placeFirst();
-    }
+    comeToPointer();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();
 }
 
-void LauncherWindow::placeFirst() {
-    placed_ = true;
-    const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
-    if (screen == nullptr) {
-        screen = QGuiApplication::primaryScreen();
+QScreen* LauncherWindow::screenToBeOn() const {
+    QScreen* const pointed =
+        programsPlaceWindows() ? QGuiApplication::screenAt(QCursor::pos()) : nullptr;
+    return pointed != nullptr ? pointed : screen();
+}
+
+void LauncherWindow::comeToPointer() {
+    const QScreen* const target = screenToBeOn();
+    if (target == nullptr || (isFlush(*this) && isVisible())) {
+        return;  // a maximised window stays on its screen
     }
-    if (screen == nullptr) {
+    const bool elsewhere = !std::exchange(placed_, true) || target != screen();
+    const bool rescaled = std::exchange(scale_, target->devicePixelRatio()) != scale_;
+    if (rescaled) {
+        hide();  // Qt resizes a hidden native window for another screen's scale, and no shown one
+    }
+    // A native window keeps its buffer when the scale of its own screen has changed.
+    const bool another = rescaled && !elsewhere;
+    if (another) {
+        destroy();
+    }
+    const Qt::WindowStates state = windowState();
+    if (elsewhere) {
+        setWindowState(state & ~(Qt::WindowMaximized | Qt::WindowFullScreen));
+    }
+    limitTo(target->availableSize());
+    fitInto(target->availableGeometry(), elsewhere || another);
+    setWindowState(state);
+    if (rescaled) {
+        rescaleNative();
+    }
+    if (another && onAnother) {
+        onAnother();
+    }
+}
+
+void LauncherWindow::limitTo(const QSize& area) {
+    smallest_ = QSize(kSmallestWidth, kSmallestHeight).boundedTo(area);
+    setMinimumSize(smallest_.grownBy(contentsMargins()));
+}
+
+// Makes what the user sees of the window lie within `area`, no larger than that, in its middle or
+// as near to its place as possible. It has its size again when that fits again.
+void LauncherWindow::fitInto(const QRect& area, bool centred) {
+    if (isFlush(*this)) {
         return;
     }
-    const QRect area = screen->availableGeometry();
-    const QSize size(std::max(kSmallestWidth, std::min(kFirstWidth, area.width())),
-                     std::max(kSmallestHeight, std::min(kFirstHeight, area.height())));
-    const QPoint corner(area.x() + (area.width() - size.width()) / 2,
-                        area.y() + (area.height() - size.height()) / 2);
-    setGeometry(QRect(corner, size).marginsAdded(contentsMargins()));
+    const QRect before = geometry().marginsRemoved(contentsMargins());
+    if (before.size() != shrunkSize_) {
+        wantedSize_ = before.size();
+    }
+    shrunkSize_ = wantedSize_.boundedTo(area.size());
+    QRect place(before.topLeft(), shrunkSize_);
+    if (centred) {
+        place.moveTopLeft(area.topLeft() +
+                          QPoint(area.width() - place.width(), area.height() - place.height()) / 2);
+    }
+    place.moveLeft(std::max(area.left(), std::min(place.left(), area.right() + 1 - place.width())));
+    place.moveTop(std::max(area.top(), std::min(place.top(), area.bottom() + 1 - place.height())));
+    const QRect whole = place.marginsAdded(contentsMargins());
+    if (!programsPlaceWindows()) {
+        resize(whole.size());
+    } else if (whole != geometry()) {
+        setGeometry(whole);
+    }
+}
+
+// Qt leaves the native window and its mask as large as they were for the scale before.
+void LauncherWindow::rescaleNative() {
+    clearMask();  // shape() sets it again
+    if (windowHandle() != nullptr) {
+        windowHandle()->setGeometry(geometry());
+    }
+}
+
+void LauncherWindow::followScreens() {
+    const auto follow = [this](const QScreen* screen) {
+        for (const auto change : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged}) {
+            connect(screen, change, this, [this] { fitSoon(); });
+        }
+        connect(screen, &QScreen::logicalDotsPerInchChanged, this, [this] { fitSoon(); });
+        fitSoon();
+    };
+    for (const QScreen* const screen : QGuiApplication::screens()) {
+        follow(screen);
+    }
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this] { fitSoon(); });
+}
+
+// Later, because Qt tells of one change by several signals, and moves the window in between.
+void LauncherWindow::fitSoon() {
+    if (!std::exchange(fitPending_, true)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                fitPending_ = false;
+                fit();
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+// A hidden window is made to fit when it is shown.
+void LauncherWindow::fit() {
+    if (isVisible() && screen() != nullptr) {
+        const bool rescaled = std::exchange(scale_, devicePixelRatioF()) != devicePixelRatioF();
+        limitTo(screen()->availableSize());
+        fitInto(screen()->availableGeometry(), rescaled);
+        if (rescaled) {
+            rescaleNative();
+        }
+        shape();
+    }
 }
 
 void LauncherWindow::closeEvent(QCloseEvent* event) {
@@ -287,7 +392,7 @@ void LauncherWindow::fitMargin() {
     const QRect place = given.marginsRemoved(contentsMargins());
     if (margin != before) {
         setContentsMargins(margin, margin, margin, margin);
-        setMinimumSize(kSmallestWidth + 2 * margin, kSmallestHeight + 2 * margin);
+        setMinimumSize(smallest_.grownBy(contentsMargins()));
     }
     if (internalWinId() != 0 && (margin > 0 || before > 0)) {
         const qreal scale = devicePixelRatioF();
@@ -295,8 +400,8 @@ void LauncherWindow::fitMargin() {
         compositing_.setMargin(internalWinId(),
                                {.width = qRound(margin * scale),
                                 .input = {input.x(), input.y(), input.width(), input.height()},
-                                .smallestWidth = qRound(kSmallestWidth * scale),
-                                .smallestHeight = qRound(kSmallestHeight * scale)});
+                                .smallestWidth = qRound(smallest_.width() * scale),
+                                .smallestHeight = qRound(smallest_.height() * scale)});
     }
     if (margin == before || flush) {
         return;
@@ -337,6 +442,12 @@ bool LauncherWindow::event(QEvent* event) {
     } else if (event->type() == QEvent::WindowStateChange) {
         shape();
         update();
+    } else if (event->type() == QEvent::ScreenChangeInternal && screen() != nullptr) {
+        limitTo(screen()->availableSize());
+        scale_ = devicePixelRatioF();
+        if (!programsPlaceWindows()) {
+            fitSoon();
+        }
     }
     return QWidget::event(event);
 }

@@ -12,7 +12,8 @@ namespace tavo {
 class Compositing;
 
 // Moved by dragging any part of its content that does not use the pointer otherwise, resized at its
-// edges, at least 760 × 520. Position and size are not stored.
+// edges, at least 760 × 520, or as large as the work area of its screen where that is less.
+// Position and size are not stored.
 //
 // Where the window system blends windows, the corners are smooth and the background is translucent.
 // Elsewhere a window mask cuts the corners off an opaque background. The window changes between the
@@ -29,8 +30,9 @@ public:
     // Takes ownership of `content`. To be called once.
     void setContent(QWidget* content);
 
-    // Shows the window with the keyboard focus. The first time it is centred on the screen with the
-    // pointer and made to fit there.
+    // Shows the window with the keyboard focus, on the screen with the pointer: centred there when
+    // it was on no screen or on another one, else where it was, and always whole within the work
+    // area. On Wayland the compositor chooses place and screen.
     void present();
 
     // `onClose` is called for the window manager's close button and for Ctrl+W, `onQuit` for
@@ -65,13 +67,26 @@ private:
     void fitMargin();
     void shapeCorners();
     void blurBehind();
-    void placeFirst();
+    [[nodiscard]] QScreen* screenToBeOn() const;
+    void comeToPointer();
+    void limitTo(const QSize& area);
+    void fitInto(const QRect& area, bool centred);
+    void rescaleNative();
+    void followScreens();
+    void fitSoon();
+    void fit();
 
     Compositing& compositing_;
     Subscription compositingChanges_;
     QWidget* content_ = nullptr;
     Qt::Edges cursorEdges_;
     bool placed_ = false;
+    bool fitPending_ = false;
+    qreal scale_ = 0;  // for which the native window has its size
+    // All of contentsRect():
+    QSize smallest_;
+    QSize wantedSize_;  // before the window had to be smaller
+    QSize shrunkSize_;
     bool flush_ = false;
     QSize freeSize_;  // of contentsRect() while the window was last not flush
     WindowShadow shadow_;

@@ -90,10 +90,23 @@ TEST_F(LauncherWindowTest, is_first_shown_in_the_middle_of_the_screen_within_it)
 
 TEST_F(LauncherWindowTest, stays_where_it_was_put_when_it_is_shown_again) {
     present();
-    window.setGeometry(3, 4, 800, 600);
+    window.setGeometry(3, 4, 780, 600);
     window.hide();
     present();
-    EXPECT_EQ(window.geometry(), QRect(3, 4, 800, 600));
+    EXPECT_EQ(window.geometry(), QRect(3, 4, 780, 600));
+}
+
+TEST_F(LauncherWindowTest, is_whole_within_the_screen_when_it_is_shown_again) {
+    present();
+    const QRect area = window.screen()->availableGeometry();
+    for (const QRect& place :
+         {QRect(-100, -50, 770, 600), QRect(400, 500, 770, 600), QRect(9000, 9000, 5000, 5000)}) {
+        window.hide();
+        window.setGeometry(place);
+        present();
+        EXPECT_TRUE(area.contains(window.geometry()));
+        EXPECT_EQ(window.size(), place.size().boundedTo(area.size()));
+    }
 }
 
 TEST_F(LauncherWindowTest, its_corners_are_cut_only_while_nothing_blends_them) {
