@@ -26,6 +26,10 @@ struct DesktopPreferences {
     // From one appearance of the text cursor to the next; zero where it does not blink.
     std::optional<std::chrono::milliseconds> cursorBlinkTime = {};
     std::optional<int> wheelLines = {};  // lines scrolled by one step of the wheel
+    // How many times as large as usual text should be, whatever the scale of the screens.
+    std::optional<double> textScale = {};
+    // The same together with the scale of the screens, where the desktop tells both in one number.
+    std::optional<double> screenAndTextScale = {};
 
     bool operator==(const DesktopPreferences&) const = default;
 };

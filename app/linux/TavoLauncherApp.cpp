@@ -70,9 +70,12 @@ std::unique_ptr<SessionDesktopSettings> desktopSettings(const StartEnvironment& 
                                                         bool wayland, SessionBus& bus,
                                                         MainQueue& mainQueue) {
     const XdgFolders folders = XdgFolders::fromProcess();
-    return makeSessionDesktopSettings(
-        {.config = folders.configDirs, .data = folders.dataDirs, .desktops = currentDesktops()},
-        wayland ? "" : environment.value("DISPLAY").value_or(""), bus, mainQueue);
+    return makeSessionDesktopSettings({.config = folders.configDirs,
+                                       .data = folders.dataDirs,
+                                       .desktops = currentDesktops(),
+                                       .wayland = wayland},
+                                      wayland ? "" : environment.value("DISPLAY").value_or(""), bus,
+                                      mainQueue);
 }
 
 // Opens a web address. Reports on standard error why it does not open.

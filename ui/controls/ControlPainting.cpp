@@ -10,6 +10,7 @@
 
 #include "ui/look/Appearance.h"
 #include "ui/look/Symbols.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo::controls {
 namespace {
@@ -190,7 +191,7 @@ void paintComboBoxEntry(QPainter& painter, const QStyleOptionViewItem& option,
 
 int entryTextStart(const QStyleOptionMenuItem& option) {
     const bool symbols = option.maxIconWidth > 0 || option.menuHasCheckableItems;
-    return kEntryInset + (symbols ? kEntrySymbol + kEntryGap : 0);
+    return kEntryInset + (symbols ? grownWithText(kEntrySymbol) + kEntryGap : 0);
 }
 
 void paintMenuEntry(QPainter& painter, const QStyleOptionMenuItem& option, const Appearance& look) {
@@ -209,8 +210,8 @@ void paintMenuEntry(QPainter& painter, const QStyleOptionMenuItem& option, const
         paintEntryBackground(painter, rect, look);
     }
     const QColor color = textColor(option, current, look);
-    const QRect symbol(rect.left() + kEntryInset, rect.center().y() - kEntrySymbol / 2 + 1,
-                       kEntrySymbol, kEntrySymbol);
+    const int side = grownWithText(kEntrySymbol);
+    const QRect symbol(rect.left() + kEntryInset, rect.center().y() - side / 2 + 1, side, side);
     if (!option.icon.isNull()) {
         option.icon.paint(&painter, symbol, Qt::AlignCenter,
                           !has(option, QStyle::State_Enabled) ? QIcon::Disabled

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
+#include <QScreen>
 #include <QStyleOption>
 #include <algorithm>
 #include <cmath>
@@ -16,6 +17,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Motion.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 namespace {
@@ -122,6 +124,14 @@ void dressMenu(QMenu& menu) {
             action->setIcon({});
         }
     }
+}
+
+// With larger text a menu may be as wide as its screen.
+int widestEntry(const QWidget* menu) {
+    const int room = menu != nullptr && menu->screen() != nullptr
+                         ? menu->screen()->availableSize().width() - 2 * kMenuPadding
+                         : kWidestEntry;
+    return std::max(kWidestEntry, std::min(grownWithText(kWidestEntry), room));
 }
 
 int controlHeight(const QStyleOption& option) {
@@ -351,9 +361,10 @@ QSize LauncherStyle::sizeFromContents(ContentsType type, const QStyleOption* opt
                 return {size.width(), kDivider};
             } else if (entry != nullptr) {
                 // In a menu with submenus, each entry has space for an arrow at its end.
-                return {std::min(kWidestEntry,
+                return {std::min(widestEntry(widget),
                                  entryTextStart(*entry) + size.width() + kEntryInset + kEntryArrow),
-                        std::max(entry->fontMetrics.height(), kEntrySymbol) + 2 * kEntryMargin};
+                        std::max(entry->fontMetrics.height(), grownWithText(kEntrySymbol)) +
+                            2 * kEntryMargin};
             }
             break;
         case CT_ItemViewItem:
@@ -387,7 +398,7 @@ int LauncherStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
             return 0;
         case PM_MenuScrollerHeight:
         case PM_SmallIconSize:
-            return kEntrySymbol;
+            return grownWithText(kEntrySymbol);
         case PM_ToolTipLabelFrameWidth:
             return kTextMargin;
         case PM_ScrollBarExtent:

@@ -1,6 +1,7 @@
 #include "ui/controls/SearchField.h"
 
 #include <QCoreApplication>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -9,6 +10,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -22,20 +24,21 @@ constexpr int kLongestQuery = 1'000'000;
 
 SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit(this)) {
     line_->setFrame(false);
-    line_->setFont(interfaceFont(kBody));
+    useInterfaceFont(*line_, kBody);
     line_->setPlaceholderText(texts::kSearchPrompt.toString());
     line_->setAccessibleName(texts::kSearchPrompt.toString());
     line_->setMaxLength(kLongestQuery);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 
     auto* const layout = new QHBoxLayout(this);
-    // QLineEdit adds two pixels on either side.
-    layout->setContentsMargins(kFieldPadding + kSymbol + kSymbolSpacing - 2, 0, kFieldPadding - 2,
-                               0);
     layout->addWidget(line_);
+    placeLine();
 
     // The signal textEdited is not sent for text that an accessibility client puts in.
-    connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) { onEdited(text); });
+    connect(line_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        fitPrompt();
+        onEdited(text);
+    });
     connect(line_, &QLineEdit::returnPressed, this, [this] { onSubmit(); });
     line_->installEventFilter(this);
     applyAppearance();
@@ -53,13 +56,38 @@ void SearchField::applyAppearance() {
 }
 
 QSize SearchField::sizeHint() const {
-    return {200, kSymbol + 2 * kFieldPadding};
+    return {200, grownWithText(kSymbol) + 2 * kFieldPadding};
+}
+
+void SearchField::placeLine() {
+    // QLineEdit adds two pixels on either side.
+    layout()->setContentsMargins(kFieldPadding + grownWithText(kSymbol) + kSymbolSpacing - 2, 0,
+                                 kFieldPadding - 2, 0);
+}
+
+// The prompt is smaller than typed text where text is so large that the prompt would be cut.
+void SearchField::fitPrompt() {
+    QFont font = interfaceFont(kBody);
+    const QMargins margins = layout()->contentsMargins();
+    const int space = width() - margins.left() - margins.right() - 4;
+    while (line_->text().isEmpty() && font.pixelSize() > kBody &&
+           QFontMetrics(font).horizontalAdvance(line_->placeholderText()) > space) {
+        font.setPixelSize(font.pixelSize() - 1);
+    }
+    if (font.pixelSize() != line_->font().pixelSize()) {
+        line_->setFont(font);
+    }
+}
+
+void SearchField::resizeEvent(QResizeEvent*) {
+    fitPrompt();
 }
 
 void SearchField::setText(const QString& text) {
     if (line_->text() != text) {
         const QSignalBlocker quietly(line_);
         line_->setText(text);
+        fitPrompt();
     }
 }
 
@@ -101,7 +129,8 @@ void SearchField::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(appearance.recess);
     painter.drawRoundedRect(rect(), kFieldRadius, kFieldRadius);
-    drawSymbol(painter, QRectF(kFieldPadding, (height() - kSymbol) / 2.0, kSymbol, kSymbol),
+    const int side = grownWithText(kSymbol);
+    drawSymbol(painter, QRectF(kFieldPadding, (height() - side) / 2.0, side, side),
                u"magnifyingglass", appearance.secondaryText);
 }
 
@@ -113,6 +142,10 @@ void SearchField::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
         applyAppearance();
+    } else if (event->type() == QEvent::FontChange) {
+        placeLine();
+        updateGeometry();
+        fitPrompt();
     }
 }
 

@@ -34,11 +34,14 @@ public:
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
     void applyAppearance();
+    void placeLine();
+    void fitPrompt();
 
     QLineEdit* line_;
 };

@@ -176,6 +176,13 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
     }
 }
 
+void Sheet::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange && isVisible()) {
+        place();
+    }
+}
+
 void Sheet::mousePressEvent(QMouseEvent* event) {
     event->accept();
 }

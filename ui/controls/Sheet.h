@@ -42,6 +42,7 @@ protected:
     void place();
 
     bool eventFilter(QObject* object, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

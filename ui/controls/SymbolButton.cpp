@@ -10,6 +10,7 @@
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 
@@ -43,15 +44,20 @@ void SymbolButton::setTone(Tone tone) {
 
 QSize SymbolButton::sizeHint() const {
     const QFontMetrics metrics(interfaceFont(fontSize_));
-    const int symbolWidth = symbol_.isEmpty() ? 0 : symbolSize_;
+    const int symbolWidth = symbol_.isEmpty() ? 0 : symbolSide();
     const int textWidth = text().isEmpty() ? 0 : metrics.horizontalAdvance(text());
     const int gap = symbolWidth != 0 && textWidth != 0 ? metrics::kSymbolSpacing : 0;
     const int height = std::max(symbolWidth, text().isEmpty() ? 0 : metrics.height());
     return {symbolWidth + gap + textWidth + 2 * kMargin, height + 2 * kMargin};
 }
 
+// A symbol beside text is as large as that.
+int SymbolButton::symbolSide() const {
+    return text().isEmpty() ? symbolSize_ : grownWithText(symbolSize_);
+}
+
 int SymbolButton::textStart() const {
-    return kMargin + (symbol_.isEmpty() ? 0 : symbolSize_ + metrics::kSymbolSpacing);
+    return kMargin + (symbol_.isEmpty() ? 0 : symbolSide() + metrics::kSymbolSpacing);
 }
 
 QString SymbolButton::shownText() const {
@@ -77,8 +83,9 @@ void SymbolButton::paintEvent(QPaintEvent*) {
         }
     }
     if (!symbol_.isEmpty()) {
-        const double left = text().isEmpty() ? (width() - symbolSize_) / 2.0 : kMargin;
-        const QRectF box(left, (height() - symbolSize_) / 2.0, symbolSize_, symbolSize_);
+        const int side = symbolSide();
+        const double left = text().isEmpty() ? (width() - side) / 2.0 : kMargin;
+        const QRectF box(left, (height() - side) / 2.0, side, side);
         drawSymbol(painter, box, symbol_, color);
     }
     painter.setFont(interfaceFont(fontSize_));

@@ -34,6 +34,7 @@ protected:
     bool event(QEvent* event) override;
 
 private:
+    [[nodiscard]] int symbolSide() const;
     [[nodiscard]] int textStart() const;
 
     QString symbol_;

@@ -15,6 +15,7 @@
 #include "ui/editor/CategoryEditorRow.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -45,7 +46,7 @@ protected:
 
 QPushButton* makeButton(QStringView text, QWidget* parent) {
     auto* const button = new QPushButton(text.toString(), parent);
-    button->setFont(interfaceFont(kBody));
+    useInterfaceFont(*button, kBody);
     button->setAutoDefault(false);
     button->setFocusPolicy(Qt::TabFocus);
     return button;
@@ -62,9 +63,11 @@ CategoryEditor::CategoryEditor(std::vector<LauncherCategory> initial, StringDict
       onSave_(std::move(onSave)) {
     auto* const title =
         new TextLabel(interfaceFont(kTitle2, QFont::Bold), &Appearance::text, &card());
+    useInterfaceFont(*title, kTitle2, QFont::Bold);
     title->setText(texts::kEditCategories.toString());
     auto* const explanation =
         new TextLabel(interfaceFont(kCallout), &Appearance::secondaryText, &card());
+    useInterfaceFont(*explanation, kCallout);
     explanation->setWordWrap(true);
     explanation->setText(texts::kEditorExplanation.toString());
 
@@ -97,7 +100,7 @@ CategoryEditor::CategoryEditor(std::vector<LauncherCategory> initial, StringDict
 QWidget* CategoryEditor::makeAddRow() {
     auto* const row = new QWidget(&card());
     newNameField_ = new QLineEdit(row);
-    newNameField_->setFont(interfaceFont(kBody));
+    useInterfaceFont(*newNameField_, kBody);
     newNameField_->setPlaceholderText(texts::kNewCategory.toString());
     newNameField_->setAccessibleName(texts::kNewCategory.toString());
     newNameField_->setMaxLength(std::numeric_limits<int>::max());
@@ -137,8 +140,16 @@ QWidget* CategoryEditor::makeClosingRow() {
     return row;
 }
 
-QSize CategoryEditor::cardSize(QSize) const {
-    return {kEditorSide, kEditorSide};
+QSize CategoryEditor::cardSize(QSize available) const {
+    const QSize size =
+        QSize(grownWithText(kEditorSide), grownWithText(kEditorSide)).boundedTo(available);
+    // The list alone can be scrolled, so it gives way where the window is low or the text large.
+    rows_->setMinimumHeight(kSmallestRowList);
+    card().layout()->activate();
+    const int excess = card().layout()->minimumHeightForWidth(size.width()) - size.height();
+    rows_->setMinimumHeight(
+        std::clamp(kSmallestRowList - excess, kLowestRowList, kSmallestRowList));
+    return size;
 }
 
 QWidget& CategoryEditor::firstFocus() const {

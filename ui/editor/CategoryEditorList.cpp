@@ -1,6 +1,7 @@
 #include "ui/editor/CategoryEditorList.h"
 
 #include <QAccessibleWidget>
+#include <QLayout>
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
@@ -167,6 +168,7 @@ int CategoryEditorList::pitch() {
             row = makeRow_(ids_.front(), content_);
             row->show();
         }
+        row->layout()->activate();  // measures anew after a change of the font
         pitch_ = row->sizeHint().height() + 1;
     }
     return pitch_;

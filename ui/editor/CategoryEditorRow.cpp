@@ -13,6 +13,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -23,7 +24,7 @@ using namespace metrics;
 QLineEdit* makeField(QStringView prompt, int fontSize, QWidget* parent) {
     auto* const field = new QLineEdit(parent);
     field->setPlaceholderText(prompt.toString());
-    field->setFont(interfaceFont(fontSize));
+    useInterfaceFont(*field, fontSize);
     // Without the default limit of 32,767 characters, which would cut a longer stored text.
     field->setMaxLength(std::numeric_limits<int>::max());
     return field;

@@ -9,6 +9,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -92,7 +93,7 @@ ParentCategoryPicker::ParentCategoryPicker(Binding<std::optional<std::string>> p
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     setFocusPolicy(Qt::TabFocus);
     // Set before the combo box has entries, because a change of the font measures all of them.
-    setFont(interfaceFont(metrics::kCaption));
+    useInterfaceFont(*this, metrics::kCaption);
     setModel(entries_);
     connect(this, &QComboBox::activated, this, [this](int index) {
         const std::string* const picked = entries_->parentAt(index);

@@ -14,6 +14,7 @@
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -23,16 +24,21 @@ using namespace metrics;
 
 // The font of the names and its measurements, made again when the desktop's font changes.
 struct NameFont {
-    NameFont() : base(QGuiApplication::font()), font(interfaceFont(kTileName)), metrics(font) {}
+    NameFont()
+        : base(QGuiApplication::font()),
+          scale(textScale()),
+          font(interfaceFont(kTileName)),
+          metrics(font) {}
 
     QFont base;
+    double scale;
     QFont font;
     QFontMetrics metrics;
 };
 
 const NameFont& nameFont() {
     static NameFont current;
-    if (current.base != QGuiApplication::font()) {
+    if (current.base != QGuiApplication::font() || current.scale != textScale()) {
         current = NameFont();
     }
     return current;
@@ -40,6 +46,15 @@ const NameFont& nameFont() {
 
 int nameHeight() {
     return nameFont().metrics.height();
+}
+
+// A name of the usual size may extend into the spaces beside a narrow tile.
+int nameWidth(const QRect& tile) {
+    return std::min(grownWithText(kLargestName), std::max(kLargestName, tile.width()));
+}
+
+int starSide() {
+    return grownWithText(kStarHeight);
 }
 
 }  // namespace
@@ -53,7 +68,7 @@ QString AppTile::starName(bool favorite) {
 }
 
 int AppTile::height() {
-    return kIconSide + kTileSpacing + nameHeight() + kTileSpacing + kStarHeight;
+    return kIconSide + kTileSpacing + nameHeight() + kTileSpacing + starSide();
 }
 
 QRect AppTile::iconRect(const QRect& tile) {
@@ -61,16 +76,16 @@ QRect AppTile::iconRect(const QRect& tile) {
 }
 
 QRect AppTile::mainRect(const QRect& tile) {
-    // Wider than a narrow tile: a long name may extend into the spaces beside it.
-    return {tile.center().x() - kLargestName / 2, tile.top(), kLargestName,
+    return {tile.center().x() - nameWidth(tile) / 2, tile.top(), nameWidth(tile),
             kIconSide + kTileSpacing + nameHeight()};
 }
 
 QRect AppTile::starRect(const QRect& tile) {
     // The area to press is wider than the star, which would be hard to hit at twelve pixels.
     constexpr int kTarget = 24;
-    return {tile.center().x() - kTarget / 2, tile.bottom() + 1 - kStarHeight - kTileSpacing / 2,
-            kTarget, kStarHeight + kTileSpacing};
+    const int width = std::max(kTarget, starSide());
+    return {tile.center().x() - width / 2, tile.bottom() + 1 - starSide() - kTileSpacing / 2, width,
+            starSide() + kTileSpacing};
 }
 
 void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) const {
@@ -88,18 +103,18 @@ void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) cons
                           *look.icon);
     }
 
-    const QRect name(tile.center().x() - kLargestName / 2, icon.bottom() + 1 + kTileSpacing,
-                     kLargestName, nameHeight());
+    const QRect name(tile.center().x() - nameWidth(tile) / 2, icon.bottom() + 1 + kTileSpacing,
+                     nameWidth(tile), nameHeight());
     if (shownName.isNull()) {
-        shownName = fitted(displayText(app.name), nameFont().metrics, kLargestName);
+        shownName = fitted(displayText(app.name), nameFont().metrics, name.width());
     }
     painter.setFont(nameFont().font);
     painter.setPen(appearance.text);
     drawElidedText(painter, name, kTileSpacing / 2, Qt::AlignCenter, shownName);
 
     if (showsStar()) {
-        const QRect star(tile.center().x() - kStarHeight / 2, tile.bottom() + 1 - kStarHeight,
-                         kStarHeight, kStarHeight);
+        const QRect star(tile.center().x() - starSide() / 2, tile.bottom() + 1 - starSide(),
+                         starSide(), starSide());
         paintStar(painter, star, appearance);
     }
 }

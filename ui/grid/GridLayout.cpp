@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ui/look/Metrics.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 namespace {
@@ -16,7 +17,7 @@ int usableWidth(int width) {
 }  // namespace
 
 int GridLayout::columns() const {
-    return std::max(1, (usableWidth(width) + kColumnSpacing) / (kSmallestColumn + kColumnSpacing));
+    return std::max(1, (usableWidth(width) + kColumnSpacing) / (smallestColumn() + kColumnSpacing));
 }
 
 int GridLayout::rows() const {
@@ -29,7 +30,7 @@ int GridLayout::rowPitch() const {
 
 int GridLayout::tileWidth() const {
     const int shared = usableWidth(width) - (columns() - 1) * kColumnSpacing;
-    return std::min(kLargestColumn, shared / columns());
+    return std::min(largestColumn(), shared / columns());
 }
 
 int GridLayout::contentHeight() const {

@@ -6,8 +6,9 @@
 
 namespace tavo {
 
-// As many columns of 100 to 130 as fit with 20 between them, centred inside a padding of 28, with
-// 24 between rows. In logical pixels, relative to the top left corner of the scrolled content.
+// As many columns of 100 to 130, or more where text is larger than usual, as fit with 20 between
+// them, centred inside a padding of 28, with 24 between rows. In logical pixels, relative to the
+// top left corner of the scrolled content.
 struct GridLayout {
     int width = 0;  // the width of the viewport
     int tileHeight = 0;

@@ -1,8 +1,11 @@
 #include "ui/look/Appearance.h"
 
 #include <QGuiApplication>
+#include <algorithm>
+#include <cmath>
 
 #include "ui/look/Contrast.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 namespace {
@@ -101,7 +104,7 @@ QPalette paletteOfLook(bool dark) {
 QFont interfaceFont(int size, QFont::Weight weight) {
     QFont font = QGuiApplication::font();
     font.setResolveMask(0);
-    font.setPixelSize(size);
+    font.setPixelSize(std::max(1, static_cast<int>(std::lround(size * textScale()))));
     font.setWeight(weight);
     return font;
 }

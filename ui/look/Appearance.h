@@ -71,8 +71,9 @@ struct Appearance {
 // platform's.
 QPalette paletteOfLook(bool dark);
 
-// The desktop's interface font. `size` in logical pixels. A widget with this font follows when the
-// desktop gets another one.
+// The desktop's interface font. `size` in logical pixels, for text of the usual size (TextScale). A
+// widget with this font follows when the desktop gets another one, and its size with
+// useInterfaceFont() alone.
 QFont interfaceFont(int size, QFont::Weight weight = QFont::Normal);
 
 }  // namespace tavo

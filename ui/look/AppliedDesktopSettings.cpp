@@ -1,10 +1,13 @@
 #include "ui/look/AppliedDesktopSettings.h"
 
 #include <QApplication>
+#include <QScreen>
+#include <algorithm>
 #include <utility>
 
 #include "ui/look/Appearance.h"
 #include "ui/look/Motion.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 namespace {
@@ -20,6 +23,10 @@ AppliedDesktopSettings::AppliedDesktopSettings(DesktopSettings& settings, Deskto
       qtsDoubleClickTime_(QApplication::doubleClickInterval()),
       qtsWheelLines_(QApplication::wheelScrollLines()),
       changes_(settings.changed.subscribe([this] { follow(); })) {
+    for (const QScreen* const screen : QGuiApplication::screens()) {
+        QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, &screens_,
+                         [this] { useTextScale(); });
+    }
     follow();
 }
 
@@ -47,6 +54,7 @@ void AppliedDesktopSettings::apply(const DesktopPreferences& preferences) {
     if (differs(&DesktopPreferences::fontFamilies)) {
         useFont();
     }
+    useTextScale();
     if (differs(&DesktopPreferences::doubleClickTime)) {
         QApplication::setDoubleClickInterval(shown_.doubleClickTime
                                                  ? static_cast<int>(shown_.doubleClickTime->count())
@@ -75,6 +83,14 @@ void AppliedDesktopSettings::usePalette() {
         palette.setColor(QPalette::Highlight, QColor::fromRgb(*shown_.accent));
     }
     QApplication::setPalette(palette);
+}
+
+// Of a number that is for screens and text together, Qt has taken the scale of the screens, which
+// may be all of it.
+void AppliedDesktopSettings::useTextScale() {
+    const double beyondScreens =
+        shown_.screenAndTextScale.value_or(1) / std::max(1.0, qGuiApp->devicePixelRatio());
+    setTextScale(shown_.textScale.value_or(1) * std::max(1.0, beyondScreens));
 }
 
 void AppliedDesktopSettings::useFont() {

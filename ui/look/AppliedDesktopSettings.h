@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QFont>
+#include <QObject>
 #include <chrono>
 #include <functional>
 #include <optional>
@@ -21,8 +22,8 @@ struct DesktopSettingUses {
 
 // Light or dark and the accent become the palette of the QApplication, the interface font its font,
 // the double-click time and the lines of a wheel step its own. Where the desktop does not tell one,
-// Qt's own is used. Reduced motion becomes setReducedMotion(). The destructor undoes all. Within
-// the life of the QApplication; main thread.
+// Qt's own is used. Reduced motion becomes setReducedMotion(), the size of text setTextScale(). The
+// destructor undoes all. Within the life of the QApplication; main thread.
 class AppliedDesktopSettings {
 public:
     // Applies `settings`, which outlives this, now and after each change.
@@ -40,6 +41,7 @@ private:
     void apply(const DesktopPreferences& preferences);
     void usePalette();
     void useFont();
+    void useTextScale();
 
     DesktopSettings& settings_;
     const DesktopSettingUses uses_;
@@ -48,6 +50,7 @@ private:
     const int qtsWheelLines_;
     DesktopPreferences shown_;
     Subscription changes_;
+    QObject screens_;  // receives their signals
 };
 
 }  // namespace tavo

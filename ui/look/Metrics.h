@@ -78,6 +78,7 @@ inline constexpr int kEditorSide = 500;
 inline constexpr int kEditorPadding = 22;
 inline constexpr int kEditorSpacing = 16;
 inline constexpr int kSmallestRowList = 180;
+inline constexpr int kLowestRowList = 60;  // where the window has no room for more
 inline constexpr int kRowListRadius = 7;
 inline constexpr int kEditorRowSpacing = 10;
 inline constexpr int kEditorFieldSpacing = 5;

@@ -13,6 +13,7 @@
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -20,8 +21,17 @@ namespace {
 
 using namespace metrics;
 
-constexpr int kRowHeight = kSymbol + 2 * kRowVertical;
-constexpr int kRowPitch = kRowHeight + kSidebarSpacing;
+int symbolSide() {
+    return grownWithText(kSymbol);
+}
+
+int rowHeight() {
+    return symbolSide() + 2 * kRowVertical;
+}
+
+int rowPitch() {
+    return rowHeight() + kSidebarSpacing;
+}
 
 }  // namespace
 
@@ -75,28 +85,29 @@ int SidebarList::keyboardRow(const std::vector<Row>& before) const {
 }
 
 QSize SidebarList::sizeHint() const {
-    return {kSidebarWidth - kSidebarPadding,
-            std::max(0, itemCount() * kRowPitch - kSidebarSpacing)};
+    return {sidebarWidth() - kSidebarPadding,
+            std::max(0, itemCount() * rowPitch() - kSidebarSpacing)};
 }
 
 void SidebarList::relayout() {
     verticalScrollBar()->setPageStep(viewport()->height());
-    verticalScrollBar()->setSingleStep(kRowPitch);
+    verticalScrollBar()->setSingleStep(rowPitch());
     verticalScrollBar()->setRange(0, std::max(0, sizeHint().height() - viewport()->height()));
 }
 
 QRect SidebarList::itemRect(int index) const {
     // The sidebar's padding at the right is left to the scroll bar.
     const int width = viewport()->width() - kSidebarPadding;
-    const int furthest = width - 2 * kRowHorizontal - kSymbol - kSymbolSpacing - kSmallestLabel;
+    const int furthest =
+        width - 2 * kRowHorizontal - symbolSide() - kSymbolSpacing - kSmallestLabel;
     const int indentation = std::min(row(index).depth * kIndentation, std::max(0, furthest));
-    return {indentation, index * kRowPitch - verticalScrollBar()->value(), width - indentation,
-            kRowHeight};
+    return {indentation, index * rowPitch() - verticalScrollBar()->value(), width - indentation,
+            rowHeight()};
 }
 
 QRect SidebarList::labelRect(int index) const {
-    return itemRect(index).adjusted(kRowHorizontal + kSymbol + kSymbolSpacing, 0, -kRowHorizontal,
-                                    0);
+    return itemRect(index).adjusted(kRowHorizontal + symbolSide() + kSymbolSpacing, 0,
+                                    -kRowHorizontal, 0);
 }
 
 QString SidebarList::itemName(int index) const {
@@ -113,7 +124,7 @@ QString SidebarList::elided(int index) const {
 }
 
 int SidebarList::rowAt(QPoint point) const {
-    const int index = (point.y() + verticalScrollBar()->value()) / kRowPitch;
+    const int index = (point.y() + verticalScrollBar()->value()) / rowPitch();
     return index >= 0 && index < itemCount() && itemRect(index).contains(point) ? index : -1;
 }
 
@@ -126,8 +137,8 @@ void SidebarList::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.setRenderHint(QPainter::Antialiasing);
     const int offset = verticalScrollBar()->value();
-    const int first = std::max(0, (event->rect().top() + offset) / kRowPitch);
-    const int last = std::min(itemCount() - 1, (event->rect().bottom() + offset) / kRowPitch);
+    const int first = std::max(0, (event->rect().top() + offset) / rowPitch());
+    const int last = std::min(itemCount() - 1, (event->rect().bottom() + offset) / rowPitch());
     for (int index = first; index <= last; ++index) {
         paintRow(painter, index);
     }
@@ -145,7 +156,8 @@ void SidebarList::paintRow(QPainter& painter, int index) const {
         painter.drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRowRadius - 1,
                                 kRowRadius - 1);
     }
-    const QRect symbol(rect.left() + kRowHorizontal, rect.top() + kRowVertical, kSymbol, kSymbol);
+    const QRect symbol(rect.left() + kRowHorizontal, rect.top() + kRowVertical, symbolSide(),
+                       symbolSide());
     drawSymbol(painter, symbol, categorySymbol(QString::fromStdString(row(index).name)),
                row(index).selected ? appearance_.accentOnSelection : appearance_.accent);
     painter.setFont(interfaceFont(kBody));
@@ -164,8 +176,8 @@ void SidebarList::scrollContentsBy(int, int) {
 void SidebarList::setCurrent(int index) {
     current_ = std::clamp(index, 0, itemCount() - 1);
     QScrollBar& bar = *verticalScrollBar();
-    const int top = current_ * kRowPitch;
-    bar.setValue(std::min(std::max(bar.value(), top + kRowHeight - viewport()->height()), top));
+    const int top = current_ * rowPitch();
+    bar.setValue(std::min(std::max(bar.value(), top + rowHeight() - viewport()->height()), top));
     viewport()->update();
     if (hasFocus()) {
         announceFocus(*this, current_);
@@ -177,7 +189,7 @@ void SidebarList::keyPressEvent(QKeyEvent* event) {
         event->ignore();
         return;
     }
-    const int page = std::max(1, viewport()->height() / kRowPitch);
+    const int page = std::max(1, viewport()->height() / rowPitch());
     switch (event->key()) {
         case Qt::Key_Up:
             setCurrent(current_ - 1);
@@ -242,7 +254,10 @@ bool SidebarList::viewportEvent(QEvent* event) {
 
 void SidebarList::changeEvent(QEvent* event) {
     ItemView::changeEvent(event);
-    if (event->type() == QEvent::EnabledChange) {
+    if (event->type() == QEvent::FontChange) {
+        updateGeometry();
+        relayout();
+    } else if (event->type() == QEvent::EnabledChange) {
         pressedId_.reset();
     }
 }

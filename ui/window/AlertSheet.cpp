@@ -8,6 +8,7 @@
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 
 namespace tavo {
@@ -32,7 +33,9 @@ AlertSheet::AlertSheet(const QString& title, QWidget* parent)
     title_->setText(title);
     message_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     message_->setFocusPolicy(Qt::NoFocus);
-    ok_->setFont(interfaceFont(kBody));
+    useInterfaceFont(*title_, kBody, QFont::DemiBold);
+    useInterfaceFont(*message_, kCallout);
+    useInterfaceFont(*ok_, kBody);
     ok_->setDefault(true);
     connect(ok_, &QPushButton::clicked, this, [this] { dismiss(); });
 
@@ -52,21 +55,29 @@ void AlertSheet::setMessage(const QString& message) {
 }
 
 QSize AlertSheet::cardSize(QSize available) const {
-    const int around = cardHeight() - messageHeight();
+    width_ = std::min(grownWithText(kAlertWidth), std::max(kAlertWidth, available.width()));
     message_->setText(breakable(text_));
+    QFont font = interfaceFont(kCallout);
+    message_->setFont(font);
+    const int around = cardHeight() - messageHeight();
+    // Text larger than usual becomes smaller before it is cut.
+    while (around + messageHeight() > available.height() && font.pixelSize() > kCallout) {
+        font.setPixelSize(font.pixelSize() - 1);
+        message_->setFont(font);
+    }
     if (around + messageHeight() > available.height()) {
         cutMessage(available.height() - around);
     }
-    return {kAlertWidth, cardHeight()};
+    return {width_, cardHeight()};
 }
 
 int AlertSheet::cardHeight() const {
     card().layout()->invalidate();
-    return card().layout()->totalHeightForWidth(kAlertWidth);
+    return card().layout()->totalHeightForWidth(width_);
 }
 
 int AlertSheet::messageHeight() const {
-    return message_->heightForWidth(kAlertWidth - 2 * kAlertPadding);
+    return message_->heightForWidth(width_ - 2 * kAlertPadding);
 }
 
 // Shows the beginning of the message that fits into `height`, with an ellipsis.

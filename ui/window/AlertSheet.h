@@ -31,6 +31,7 @@ private:
     void cutMessage(int height) const;
 
     QString text_;
+    mutable int width_ = 0;  // of the card
     // In the order in which screen readers read them.
     QLabel* title_;
     QLabel* message_;

@@ -22,6 +22,7 @@
 #include "ui/look/Metrics.h"
 #include "ui/look/Resources.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 #include "ui/look/Texts.h"
 #include "ui/look/WindowShape.h"
 #include "ui/sidebar/SidebarList.h"
@@ -61,10 +62,10 @@ private:
 // The font of the title: as large as metrics::kTitle2, or smaller where the interface font is too
 // wide to fit beside the logo.
 QFont titleFont(const QString& title) {
-    constexpr int kSpace = kSidebarWidth - 2 * kSidebarPadding - kLogoSide - kSidebarSpacing;
+    const int space = sidebarWidth() - 2 * kSidebarPadding - kLogoSide - kSidebarSpacing;
     int size = kTitle2;
     QFont font = interfaceFont(size, QFont::Bold);
-    while (size > kCaption && QFontMetrics(font).horizontalAdvance(title) > kSpace) {
+    while (size > kCaption && QFontMetrics(font).horizontalAdvance(title) > space) {
         font = interfaceFont(--size, QFont::Bold);
     }
     return font;
@@ -121,7 +122,8 @@ LauncherView::~LauncherView() = default;
 
 QWidget* LauncherView::makeSidebar() {
     auto* const sidebar = new QWidget(this);
-    sidebar->setFixedWidth(kSidebarWidth);
+    sidebar_ = sidebar;
+    sidebar->setFixedWidth(sidebarWidth());
     // The margins of the edit button are part of the space around it.
     constexpr int kMargin = SymbolButton::kMargin;
 
@@ -178,6 +180,7 @@ QWidget* LauncherView::makeEditButton(QWidget* sidebar) {
 void LauncherView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
+        sidebar_->setFixedWidth(sidebarWidth());
         title_->setFont(titleFont(title_->text()));
     }
 }
@@ -218,6 +221,7 @@ QWidget* LauncherView::makeToolbar() {
 QWidget* LauncherView::makeFooter() {
     auto* const footer = new QWidget(this);
     count_ = new TextLabel(interfaceFont(kCaption), &Appearance::secondaryText, footer);
+    useInterfaceFont(*count_, kCaption);
     auto* const credit = new SymbolButton({}, texts::kCredit.toString(), {}, footer);
     credit->setFontSize(kCaption);
     credit->setTone(SymbolButton::Tone::Secondary);
@@ -458,7 +462,7 @@ void LauncherView::paintEvent(QPaintEvent*) {
         painter.fillPath(window, tint);
     };
     painter.fillPath(window, appearance.material);
-    tinted(QRect(0, 0, kSidebarWidth, height()), appearance.recess);
+    tinted(QRect(0, 0, sidebar_->width(), height()), appearance.recess);
     tinted(footer_->geometry(), appearance.footer);
     painter.setClipping(false);
     if (!isFlush(*this)) {

@@ -81,6 +81,7 @@ private:
     std::string shownCategoryID_;
     PathSet favorites_;  // as of the last refresh(); for the tiles
 
+    QWidget* sidebar_ = nullptr;
     SidebarList* categories_ = nullptr;
     SearchField* search_ = nullptr;
     SymbolButton* suggestions_ = nullptr;

@@ -23,6 +23,10 @@ DesktopPreferences publishedSettings(const std::string& display) {
     }
     told.reducedMotion = number("Gtk/EnableAnimations") == 0;
     told.fontFamilies = familiesOfPangoFont(xSetting(property, "Gtk/FontName").value_or(""));
+    if (const auto dots = number("Xft/DPI")) {  // in 1024ths
+        told.screenAndTextScale = screenAndTextScaleOf(*dots / 1024.0);
+        told.textScale = 1;  // the portal's is in this number already
+    }
     if (const auto time = number("Net/DoubleClickTime")) {
         told.doubleClickTime = doubleClickTimeOf(*time);
     }

@@ -55,11 +55,12 @@ Value valueIn(const std::vector<std::string>& folders, const std::string& file, 
     return std::nullopt;
 }
 
-template<typename Number = int>
-std::optional<Number> numberOf(std::string_view text, int base = 10) {
+// `format` is the base of a whole number.
+template<typename Number = int, typename... Format>
+std::optional<Number> numberOf(std::string_view text, Format... format) {
     Number number = 0;
     const char* const end = text.data() + text.size();
-    const auto [stopped, failure] = std::from_chars(text.data(), end, number, base);
+    const auto [stopped, failure] = std::from_chars(text.data(), end, number, format...);
     return failure == std::errc() && stopped == end && !text.empty() ? std::optional(number)
                                                                      : std::nullopt;
 }
@@ -119,9 +120,32 @@ DesktopPreferences settingsAt(const Places& places, const std::vector<std::strin
     return told;
 }
 
+// The size of KDE's font against its usual one: "Noto Sans,10,-1,5,50,0,0,0,0,0".
+std::optional<double> textScaleOfFont(std::string_view font) {
+    constexpr int kUsualPoints = 10;
+    font.remove_prefix(std::min(font.find(',') + 1, font.size()));
+    const auto points = numberOf<double>(font.substr(0, font.find(',')));
+    return points ? textScaleOf(*points / kUsualPoints) : std::nullopt;
+}
+
+// The resolution that the user has forced upon fonts; 0 where it is the usual one. On X11 Qt may
+// have made it the scale of the screen.
+void applyForcedResolution(DesktopPreferences& told, const ConfigurationFolders& folders) {
+    const char* const key = folders.wayland ? "forceFontDPIWayland" : "forceFontDPI";
+    const auto dots = numberOf(valueIn(folders.config, "/kcmfonts", {"General", key}).value_or(""));
+    const auto factor = dots ? screenAndTextScaleOf(*dots) : std::nullopt;
+    if (factor && folders.wayland) {
+        told.textScale = textScaleOf(told.textScale.value_or(1) * *factor);
+    } else {
+        told.screenAndTextScale = factor;
+    }
+}
+
 DesktopPreferences kdeSettings(const ConfigurationFolders& folders) {
     DesktopPreferences told = settingsAt(kKde, folders.config);
     const auto global = [&](const Key& key) { return valueIn(folders.config, kKde.file, key); };
+    told.textScale = textScaleOfFont(global(kKde.font).value_or(""));
+    applyForcedResolution(told, folders);
     if (!told.accent) {
         told.accent = colorOf(global({"General", "AccentColor"}));
     }

@@ -55,6 +55,9 @@ public:
             told.accent = colorOfParts(part[0], part[1], part[2]);
         }
         told.fontFamilies = familiesOfPangoFont(text(kInterface, "font-name"));
+        if (GVariant* const factor = value(kInterface, "text-scaling-factor", "d")) {
+            told.textScale = textScaleOf(g_variant_get_double(factor));
+        }
         for (const char* const group : {kMouse, kOlderMouse}) {
             const auto time = integer(group, "double-click");
             if (time && !told.doubleClickTime) {

@@ -77,6 +77,8 @@ void fillIn(DesktopPreferences& preferences, const DesktopPreferences& others) {
     fill(&DesktopPreferences::doubleClickDistance);
     fill(&DesktopPreferences::cursorBlinkTime);
     fill(&DesktopPreferences::wheelLines);
+    fill(&DesktopPreferences::textScale);
+    fill(&DesktopPreferences::screenAndTextScale);
 }
 
 std::string familiesOfPangoFont(std::string_view font) {
@@ -119,6 +121,16 @@ std::optional<std::uint32_t> colorOfParts(double red, double green, double blue)
         color = color << 8U | static_cast<std::uint32_t>(std::lround(part * kMost));
     }
     return color;
+}
+
+std::optional<double> textScaleOf(double factor) {
+    return factor >= 0.5 && factor <= 3 ? std::optional(factor) : std::nullopt;
+}
+
+std::optional<double> screenAndTextScaleOf(double dotsPerInch) {
+    constexpr double kUsual = 96;
+    const double factor = dotsPerInch / kUsual;
+    return factor >= 0.5 && factor <= 8 ? std::optional(factor) : std::nullopt;
 }
 
 std::optional<milliseconds> doubleClickTimeOf(std::int64_t time) {

@@ -24,6 +24,12 @@ bool isDarkTheme(std::string_view name);
 // 0xRRGGBB of parts from 0 to 1.
 std::optional<std::uint32_t> colorOfParts(double red, double green, double blue);
 
+// From 0.5 to 3, as GNOME offers it.
+std::optional<double> textScaleOf(double factor);
+
+// 1 for 96 dots to the inch; from 0.5 to 8.
+std::optional<double> screenAndTextScaleOf(double dotsPerInch);
+
 // Times in milliseconds. A cursor that blinks does so ten times a second at most.
 std::optional<std::chrono::milliseconds> doubleClickTimeOf(std::int64_t time);
 std::optional<std::chrono::milliseconds> cursorBlinkTimeOf(bool blinks, std::int64_t time);
