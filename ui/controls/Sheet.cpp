@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QPainter>
 #include <cmath>
 
@@ -179,6 +180,9 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
 void Sheet::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange && isVisible()) {
+        for (QLayout* const layout : card_->findChildren<QLayout*>()) {
+            layout->invalidate();  // else some are measured anew after the card only
+        }
         place();
     }
 }

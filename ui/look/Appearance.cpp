@@ -2,7 +2,6 @@
 
 #include <QGuiApplication>
 #include <algorithm>
-#include <cmath>
 
 #include "ui/look/Contrast.h"
 #include "ui/look/TextScale.h"
@@ -104,7 +103,9 @@ QPalette paletteOfLook(bool dark) {
 QFont interfaceFont(int size, QFont::Weight weight) {
     QFont font = QGuiApplication::font();
     font.setResolveMask(0);
-    font.setPixelSize(std::max(1, static_cast<int>(std::lround(size * textScale()))));
+    // Rounded down, so that text never grows more than the space that it has (grownWithText).
+    constexpr double kTolerance = 0.001;
+    font.setPixelSize(std::max(1, static_cast<int>(size * textScale() + kTolerance)));
     font.setWeight(weight);
     return font;
 }

@@ -40,9 +40,11 @@ void setTextScale(double factor) {
         }
     }
     for (QWidget* const widget : widgets) {
+        widget->updateGeometry();  // layouts remember sizes
+    }
+    for (QWidget* const widget : widgets) {
         QEvent change(QEvent::FontChange);
         QCoreApplication::sendEvent(widget, &change);
-        widget->updateGeometry();
         widget->update();
     }
 }
@@ -57,7 +59,7 @@ void useInterfaceFont(QWidget& widget, int size, QFont::Weight weight) {
 }
 
 int sidebarWidth() {
-    constexpr int kAround = 2 * kSidebarPadding + 2 * kRowHorizontal;
+    constexpr int kAround = 2 * kSidebarPadding;
     // The grid needs the other half of the smallest window.
     return std::min(kAround + grownWithText(kSidebarWidth - kAround), kSmallestWidth / 2);
 }

@@ -42,6 +42,9 @@ public:
 
     QSize sizeHint() const override;
 
+    // The name as it is shown: shortened where it does not fit.
+    [[nodiscard]] QString elided(int index) const;
+
 protected:
     bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -55,7 +58,6 @@ private:
     [[nodiscard]] const Row& row(int index) const { return rows_[static_cast<std::size_t>(index)]; }
     [[nodiscard]] int rowAt(QPoint point) const;
     [[nodiscard]] QRect labelRect(int index) const;
-    [[nodiscard]] QString elided(int index) const;
     void paintRow(QPainter& painter, int index) const;
     void setCurrent(int index) override;
     void updateItem(int index) override;
