@@ -5,11 +5,13 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
 
+#include "tests/ui/ActiveWindow.h"
 #include "ui/editor/CategoryEditor.h"
 #include "ui/editor/CategoryEditorList.h"
 #include "ui/editor/CategoryEditorRow.h"
@@ -30,7 +32,7 @@ protected:
             window_.resize(980, 640);
             window_.show();
             EXPECT_TRUE(QTest::qWaitForWindowExposed(&window_));
-            QApplication::setActiveWindow(&window_);
+            activate(window_);
             editor_ = new CategoryEditor(
                 initial, rules, TextRules("it_IT"),
                 [this](const auto& categories, const auto& keywords) {
@@ -48,7 +50,9 @@ protected:
         return *editor_;
     }
 
-    CategoryEditorList& rows() { return *editor().findChild<CategoryEditorList*>(); }
+    CategoryEditorList& rows() {
+        return dynamic_cast<CategoryEditorList&>(*editor().findChild<QScrollArea*>());
+    }
     QWidget& control(int row, int which) {
         return *rows().rowAt(row).controls().at(static_cast<std::size_t>(which));
     }

@@ -10,6 +10,7 @@
 
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/fakes/ManualMainQueue.h"
+#include "tests/ui/ActiveWindow.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/grid/TileGrid.h"
 
@@ -333,7 +334,7 @@ TEST_F(TileGridTest, tiles_scrolled_under_a_resting_pointer_get_the_star_but_not
 
 TEST_F(TileGridTest, a_pointer_that_moves_takes_the_keyboards_tile_along) {
     show(600);
-    QApplication::setActiveWindow(&grid);
+    activate(grid);
     grid.enter();
     pointAt(8);
     pointAt(9);
@@ -431,7 +432,7 @@ TEST_F(TileGridTest, the_ring_is_seen_only_where_the_keyboard_is) {
     show(20);
     grid.clearFocus();
     const QImage without = grid.grab().toImage();
-    QApplication::setActiveWindow(&grid);
+    activate(grid);
     grid.enter();
     const QImage with = grid.grab().toImage();
     EXPECT_NE(with, without);
@@ -446,7 +447,7 @@ TEST_F(TileGridTest, the_ring_is_seen_only_where_the_keyboard_is) {
 
 TEST_F(TileGridTest, a_screen_reader_gives_an_item_the_keyboard_and_brings_it_into_view) {
     show(600);
-    QApplication::setActiveWindow(&grid);
+    activate(grid);
     EXPECT_TRUE(item(500).state().offscreen);
     act(item(500), QAccessibleActionInterface::setFocusAction());
     EXPECT_TRUE(item(500).state().focused);

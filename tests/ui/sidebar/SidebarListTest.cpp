@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/ui/ActiveWindow.h"
 #include "ui/sidebar/SidebarList.h"
 
 namespace tavo {
@@ -152,7 +153,7 @@ TEST_F(SidebarListTest, a_row_below_another_says_its_level) {
 
 TEST_F(SidebarListTest, a_screen_reader_gives_a_row_the_keyboard_without_selecting_it) {
     show(kRows);
-    QApplication::setActiveWindow(&list);
+    activate(list);
     QAccessibleInterface* const row = QAccessible::queryAccessibleInterface(&list)->child(2);
     row->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
     EXPECT_TRUE(row->state().focused);

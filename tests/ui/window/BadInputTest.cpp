@@ -18,6 +18,7 @@
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/ActiveWindow.h"
 #include "tests/ui/Geometry.h"
 #include "tests/ui/MadeUpView.h"
 #include "ui/editor/CategoryEditor.h"
@@ -67,7 +68,7 @@ protected:
             view_->resize(size);
             view_->show();
             EXPECT_TRUE(QTest::qWaitForWindowExposed(view_.get()));
-            QApplication::setActiveWindow(view_.get());
+            activate(*view_);
         }
         return *view_;
     }

@@ -9,6 +9,7 @@
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/ActiveWindow.h"
 #include "tests/ui/MadeUpView.h"
 #include "ui/grid/TileGrid.h"
 #include "ui/look/Appearance.h"
@@ -33,17 +34,11 @@ protected:
             view_->resize(980, 640);
             view_->show();
             EXPECT_TRUE(QTest::qWaitForWindowExposed(view_.get()));
-            QApplication::setActiveWindow(view_.get());
+            activate(*view_);
         }
         return *view_;
     }
 
-    template<typename Widget>
-    Widget& part() {
-        Widget* const found = view().findChild<Widget*>();
-        EXPECT_NE(found, nullptr);
-        return *found;
-    }
     template<typename List>
     List& list() {
         for (auto* const area : view().findChildren<QAbstractScrollArea*>()) {
