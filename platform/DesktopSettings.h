@@ -30,6 +30,7 @@ struct DesktopPreferences {
     std::optional<double> textScale = {};
     // The same together with the scale of the screens, where the desktop tells both in one number.
     std::optional<double> screenAndTextScale = {};
+    bool moreContrast = false;
 
     bool operator==(const DesktopPreferences&) const = default;
 };

@@ -29,9 +29,11 @@ constexpr std::chrono::milliseconds kBeforeStartingThePortal{500};
 
 constexpr char kAppearance[] = "org.freedesktop.appearance";
 constexpr char kInterface[] = "org.gnome.desktop.interface";
+constexpr char kAccessibility[] = "org.gnome.desktop.a11y.interface";
 constexpr char kMouse[] = "org.gnome.desktop.peripherals.mouse";
 constexpr char kOlderMouse[] = "org.gnome.settings-daemon.peripherals.mouse";
-constexpr std::array<const char*, 4> kGroups = {kAppearance, kInterface, kMouse, kOlderMouse};
+constexpr std::array<const char*, 5> kGroups = {kAppearance, kInterface, kAccessibility, kMouse,
+                                                kOlderMouse};
 
 // The values that the portal has told, by group and name, and what follows from them.
 class Answers {
@@ -44,10 +46,13 @@ public:
     // A value of the wrong type counts as none.
     [[nodiscard]] DesktopPreferences preferences() const {
         constexpr std::uint32_t kReduced = 1;
+        constexpr std::uint32_t kHigher = 1;
         DesktopPreferences told;
         told.colorScheme = colorScheme();
         told.reducedMotion = number(kAppearance, "reduced-motion") == kReduced ||
-                             !truth(kInterface, "enable-animations");
+                             !truth(kInterface, "enable-animations", true);
+        told.moreContrast = number(kAppearance, "contrast") == kHigher ||
+                            truth(kAccessibility, "high-contrast", false);
         told.iconTheme = text(kInterface, "icon-theme");
         if (GVariant* const parts = value(kAppearance, "accent-color", "(ddd)")) {
             std::array<double, 3> part = {};
@@ -64,7 +69,7 @@ public:
                 told.doubleClickTime = doubleClickTimeOf(*time);
             }
         }
-        const bool blinks = truth(kInterface, "cursor-blink");
+        const bool blinks = truth(kInterface, "cursor-blink", true);
         const auto time = integer(kInterface, "cursor-blink-time");
         if (!blinks || time) {
             told.cursorBlinkTime = cursorBlinkTimeOf(blinks, time.value_or(0));
@@ -99,9 +104,9 @@ private:
         GVariant* const told = value(group, name, "i");
         return told != nullptr ? std::optional(g_variant_get_int32(told)) : std::nullopt;
     }
-    [[nodiscard]] bool truth(const char* group, const char* name) const {
+    [[nodiscard]] bool truth(const char* group, const char* name, bool otherwise) const {
         GVariant* const told = value(group, name, "b");
-        return told == nullptr || g_variant_get_boolean(told) != FALSE;
+        return told == nullptr ? otherwise : g_variant_get_boolean(told) != FALSE;
     }
     [[nodiscard]] std::string text(const char* group, const char* name) const {
         GVariant* const told = value(group, name, "s");

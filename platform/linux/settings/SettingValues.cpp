@@ -79,6 +79,7 @@ void fillIn(DesktopPreferences& preferences, const DesktopPreferences& others) {
     fill(&DesktopPreferences::wheelLines);
     fill(&DesktopPreferences::textScale);
     fill(&DesktopPreferences::screenAndTextScale);
+    fill(&DesktopPreferences::moreContrast);
 }
 
 std::string familiesOfPangoFont(std::string_view font) {

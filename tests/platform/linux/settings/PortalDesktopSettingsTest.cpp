@@ -119,6 +119,36 @@ TEST_F(PortalDesktopSettingsTest, motion_is_reduced_by_either_key) {
     }
 }
 
+TEST_F(PortalDesktopSettingsTest, contrast_is_raised_by_either_key_and_followed) {
+    constexpr char kAccessibility[] = "org.gnome.desktop.a11y.interface";
+    struct Row {
+        const char* name;
+        const char* contrast;
+        const char* highContrast;
+        bool more;
+    };
+    const Row kRows[] = {
+        {"neither", "", "", false},
+        {"both say no", "uint32 0", "false", false},
+        {"the key of all desktops", "uint32 1", "", true},
+        {"GNOME's key alone", "", "true", true},
+        {"GNOME's key, the other not set", "uint32 0", "true", true},
+        {"a number of the future", "uint32 7", "", false},
+        {"a text", "'1'", "'true'", false},
+    };
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        PortalWorld world;
+        world.portal.set(kAppearance, "contrast", row.contrast, false);
+        world.portal.set(kAccessibility, "high-contrast", row.highContrast, false);
+        EXPECT_EQ(world.answered().moreContrast, row.more);
+        world.portal.set(kAccessibility, "high-contrast", "false");
+        world.portal.set(kAppearance, "contrast", row.more ? "uint32 0" : "uint32 1");
+        EXPECT_TRUE(world.eventually(
+            [&] { return world.settings().preferences().moreContrast != row.more; }));
+    }
+}
+
 TEST_F(PortalDesktopSettingsTest, a_dark_theme_makes_it_dark_where_neither_was_chosen) {
     world_.portal.set(kInterface, "gtk-theme", "'Adwaita-dark'");
     EXPECT_EQ(world_.answered().colorScheme, ColorScheme::Dark);

@@ -69,9 +69,9 @@ TEST(SettingValues, times_that_no_hand_and_no_eye_could_follow_are_none) {
 TEST(SettingValues, what_is_told_already_is_kept) {
     DesktopPreferences told = {ColorScheme::Light, false, "", 0x112233};
     fillIn(told, {ColorScheme::Dark, true, "Papirus", 0x445566, "Cantarell", milliseconds(500), 4,
-                  milliseconds(0), 5});
+                  milliseconds(0), 5, true});
     EXPECT_EQ(told, (DesktopPreferences{ColorScheme::Light, true, "Papirus", 0x112233, "Cantarell",
-                                        milliseconds(500), 4, milliseconds(0), 5}));
+                                        milliseconds(500), 4, milliseconds(0), 5, true}));
 }
 
 }  // namespace
