@@ -178,6 +178,7 @@ TavoLauncherApp::TavoLauncherApp(const StartEnvironment& environment, SessionBus
     view->onEscape = [this] { controller_->escape(); };
     view->onLink = [this](const std::string& address) { openLink(*workspace_, address); };
     window_->onClose = [this] { controller_->closeLauncher(); };
+    window_->onShownAgain = [view] { view->startSearchAnew(); };
     window_->onQuit = [this] { controller_->quit(); };
     window_->onAnother = [this] { management_->prepareToShow(window_->winId(), {}); };
     useApplicationIconAfterFirstFrame(*window_);

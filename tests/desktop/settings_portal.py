@@ -13,12 +13,14 @@ _DESCRIPTION = f"""<node><interface name="{_INTERFACE}">
 </interface></node>"""
 
 COLOR_SCHEME = ("org.freedesktop.appearance", "color-scheme")
+CONTRAST = ("org.freedesktop.appearance", "contrast")
 ACCENT = ("org.freedesktop.appearance", "accent-color")
 FONT = ("org.gnome.desktop.interface", "font-name")
 CURSOR_BLINK = ("org.gnome.desktop.interface", "cursor-blink")
 CURSOR_BLINK_TIME = ("org.gnome.desktop.interface", "cursor-blink-time")
 ICON_THEME = ("org.gnome.desktop.interface", "icon-theme")
 NONE, DARK, LIGHT = (GLib.Variant("u", number) for number in range(3))
+MORE = GLib.Variant("u", 1)
 
 
 class SettingsPortal:

@@ -45,6 +45,26 @@ class Appearance(DesktopTest):
         launcher = self.launch()
         self.await_ground(launcher, dark=True)
 
+    def edge(self, place):
+        """Whether a line parts the sidebar from the grid."""
+        seen = self.desktop.pixels()
+        x, y = place[0] + 200, place[1] + 300
+        return max(abs(one - other) for one, other in zip(seen.at(x, y), seen.at(x + 3, y))) > 60
+
+    def test_more_contrast_is_there_when_the_user_wants_it_and_follows(self):
+        portal = self.portal({settings_portal.COLOR_SCHEME: settings_portal.DARK,
+                              settings_portal.CONTRAST: settings_portal.MORE})
+        launcher = self.launch()
+        place = launcher.place()
+        wait_until(lambda: self.edge(place), "a line beside the sidebar")
+        for scheme, dark in ((settings_portal.DARK, True), (settings_portal.LIGHT, False)):
+            portal.set(settings_portal.COLOR_SCHEME, scheme)
+            self.await_ground(launcher, dark)
+            portal.set(settings_portal.CONTRAST, settings_portal.NONE)
+            wait_until(lambda: not self.edge(place), "no line beside the sidebar")
+            portal.set(settings_portal.CONTRAST, settings_portal.MORE)
+            wait_until(lambda: self.edge(place), "a line beside the sidebar again")
+
     def compositor(self):
         """Starts one; a real one, so that what is on the screen can be looked at."""
         return self.desktop.start(["picom", "--backend", "xrender", "--config", "/dev/null"],
@@ -57,24 +77,27 @@ class Appearance(DesktopTest):
         launcher.await_tiles(["Ananas", "Ciliege"])
         place = launcher.place()
         opaque = self.ground(place)
-        # The screen behind is darker, whatever the compositor takes it for.
-        def translucent():
-            seen = self.ground(place)
-            return all(0 < before - now <= 10 for before, now in zip(opaque, seen))
+        def blended():
+            # Another window takes the place of the first one meanwhile.
+            with contextlib.suppress(subprocess.CalledProcessError):
+                return self.is_blended(launcher)
         for typed, left in (("a", ["Ananas"]), ("an", ["Ananas"]),
                             ("ana", ["Ananas"]), ("anan", ["Ananas"])):
             with self.subTest(typed=typed):
                 compositor = self.compositor()
-                wait_until(translucent, "a translucent ground")
+                wait_until(blended, "a window that is blended")
                 launcher.await_place(place)
                 launcher.await_active()
                 wait_until(lambda: self.is_accessory(launcher), "no entry in the taskbar")
                 self.desktop.type(typed[-1])
                 launcher.await_tiles(left)
                 launcher.await_equal(launcher.search_text, typed)
+                self.assertEqual(self.ground(place), opaque)
                 compositor.terminate()
                 compositor.wait(timeout=20)
-                wait_until(lambda: self.ground(place) == opaque, "an opaque ground")
+                wait_until(lambda: not blended(), "a window whose corners are cut")
+                # No contour behind it shows, with a compositor and without.
+                self.assertEqual(self.ground(place), opaque)
                 launcher.await_place(place)
                 launcher.await_active()
 
@@ -104,6 +127,10 @@ class Appearance(DesktopTest):
             return None
         numbers = [int(number) for number in said.split("=")[1].split(",")]
         return [tuple(numbers[at:at + 4]) for at in range(0, len(numbers), 4)]
+
+    def is_blended(self, launcher):
+        said = self.desktop.run("xwininfo", "-id", launcher.window_id(), "-stats", "-shape")
+        return "Depth: 32" in said and "No window shape defined" in said
 
     def is_accessory(self, launcher):
         said = self.desktop.run("xprop", "-id", launcher.window_id(), "_NET_WM_STATE")

@@ -18,5 +18,21 @@ class ComingBack(TrayTest):
                     launcher.await_active()
 
 
+    def test_typing_replaces_the_search_of_the_last_time(self):
+        for name in ("Ananas", "Banana", "Ciliege"):
+            self.desktop.entry(name)
+        launcher = self.launch_in_tray()
+        self.desktop.type("ban")
+        launcher.await_tiles(["Banana"])
+        self.desktop.key("Down")
+        launcher.close()
+        self.second_start()
+        launcher.await_active()
+        launcher.await_equal(launcher.search_text, "ban")
+        self.desktop.type("cil")
+        launcher.await_tiles(["Ciliege"])
+        launcher.await_equal(launcher.search_text, "cil")
+
+
 class ComingBackUnderXfwm4(ComingBack):
     wm = "xfwm4 --compositor=off"

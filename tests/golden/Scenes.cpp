@@ -14,6 +14,7 @@
 #include "ui/editor/CategoryEditorRow.h"
 #include "ui/grid/AppTile.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Texts.h"
 #include "ui/sidebar/SidebarList.h"
@@ -125,6 +126,21 @@ void tileStatesCombined(Stage& stage) {
     pointAndFocus(stage, stage.tileOf(QStringLiteral("Calcolatrice")), 2);
 }
 
+// Names that begin alike, cut in the middle; another long one, cut at its end.
+void namesThatBeginAlike(Stage& stage) {
+    stage.install({"Agenda", "Documenti di amministrazione del 2025",
+                   "Documenti di amministrazione del 2026", kLongName.toStdString()});
+    pointAndFocus(stage, 0, 1);
+}
+
+// The keyboard focus on a tile, another tile under the pointer.
+void moreContrast(Stage& stage) {
+    setMoreContrast(true);
+    TileGrid& grid = stage.grid();
+    stage.pointAt(*grid.viewport(), AppTile::iconRect(grid.itemRect(8)).center());
+    stage.press(Qt::Key_Down);
+}
+
 // Crops the picture to the popups and a little of the window around them.
 void cropToPopups(Stage& stage) {
     QRect covered;
@@ -176,6 +192,11 @@ void cropToSheet(Stage& stage) {
              .front()
              ->template findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
     stage.crop(stage.placeOf(card).adjusted(-kAround, -kAround, kAround, kAround));
+}
+
+void editorWithMoreContrast(Stage& stage) {
+    setMoreContrast(true);
+    editor(stage);
 }
 
 void editorWithoutCategories(Stage& stage) {
@@ -260,6 +281,8 @@ const std::vector<Scene>& scenes() {
         {.name = "toolbar_states", .arrange = toolbarStates, .everyScale = true},
         {.name = "tile_states", .arrange = tileStates, .everyScale = true},
         {.name = "tile_states_combined", .arrange = tileStatesCombined},
+        {.name = "names_that_begin_alike", .arrange = namesThatBeginAlike},
+        {.name = "more_contrast", .arrange = moreContrast},
         {.name = "suggestion_menu", .arrange = suggestionMenu, .everyScale = true},
         {.name = "suggestion_menu_without_categories", .arrange = suggestionMenuWithoutCategories},
         {.name = "tile_menu", .arrange = tileMenu},
@@ -267,6 +290,7 @@ const std::vector<Scene>& scenes() {
          .arrange = tileMenuWithCategories,
          .everyScale = true},
         {.name = "editor", .arrange = editor},
+        {.name = "editor_with_more_contrast", .arrange = editorWithMoreContrast},
         {.name = "editor_without_categories", .arrange = editorWithoutCategories},
         {.name = "editor_with_picker_open", .arrange = editorWithPickerOpen},
         {.name = "editor_adding", .arrange = editorAdding},

@@ -129,6 +129,7 @@ Stage::~Stage() {
         popup->close();
     }
     window_.reset();
+    setMoreContrast(false);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
@@ -297,14 +298,14 @@ bool Stage::iconsAreThere() {
     return true;
 }
 
-// True when all scroll bars have faded, except those under the pointer.
+// True when all scroll bars have faded, except those under the pointer and those that never fade.
 bool Stage::scrollBarsRest() {
     constexpr int kKept =
         40;  // a little more than the distance at which the pointer keeps a bar visible
     const std::vector<ThinScrollBar*> bars = partsOf<ThinScrollBar>(window());
     return std::all_of(bars.begin(), bars.end(), [this](const ThinScrollBar* bar) {
         const QRect place(bar->mapToGlobal(QPoint()), bar->size());
-        return place.adjusted(-kKept, 0, kKept, 0).contains(pointer_);
+        return bar->isKept() || place.adjusted(-kKept, 0, kKept, 0).contains(pointer_);
     });
 }
 

@@ -100,6 +100,16 @@ void checkOne(const QWidget& widget, QStringList& problems) {
     }
 }
 
+// Where nothing of another widget may be. The margins of a SymbolButton may cover what is no
+// button.
+QRect areaOf(const QWidget& widget, const QWidget& other) {
+    const bool quiet = dynamic_cast<const SymbolButton*>(&widget) != nullptr &&
+                       qobject_cast<const QAbstractButton*>(&other) == nullptr;
+    constexpr int kMargin = SymbolButton::kMargin;
+    return quiet ? widget.geometry().adjusted(kMargin, kMargin, -kMargin, -kMargin)
+                 : widget.geometry();
+}
+
 void check(const QWidget& widget, QStringList& problems) {
     std::vector<const QWidget*> children;
     for (const QObject* const child : widget.children()) {
@@ -116,7 +126,7 @@ void check(const QWidget& widget, QStringList& problems) {
                 dynamic_cast<const Sheet*>(other) != nullptr) {
                 continue;
             }
-            if (child->geometry().intersects(other->geometry())) {
+            if (areaOf(*child, *other).intersects(areaOf(*other, *child))) {
                 problems << nameOf(*child) + QStringLiteral(": overlaps ") + nameOf(*other);
             }
         }

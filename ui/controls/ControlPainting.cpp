@@ -15,8 +15,6 @@
 namespace tavo::controls {
 namespace {
 
-constexpr qreal kFocusLine = 2;
-
 // For the shapes of disabled controls.
 constexpr qreal kDisabledOpacity = 0.5;
 
@@ -126,9 +124,10 @@ void paintButton(QPainter& painter, const QStyleOptionButton& option, const Appe
     paintTouch(painter, option, look);
     if (showsFocus(option) && accented) {
         // The ring in the colour of the accent would be invisible on a button of that colour.
-        strokeInside(painter, inset(option.rect, 2), kRadius - 2, look.textOnAccent, kFocusLine);
+        strokeInside(painter, inset(option.rect, 2), kRadius - 2, look.textOnAccent,
+                     look.focusWidth);
     } else if (showsFocus(option)) {
-        strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
+        strokeInside(painter, option.rect, kRadius, look.focusRing, look.focusWidth);
     }
     painter.restore();
 }
@@ -147,7 +146,7 @@ void paintField(QPainter& painter, const QStyleOptionFrame& option, const Appear
     }
     paintBox(painter, option.rect, kRadius, look.field, look.fieldBorder);
     if (has(option, QStyle::State_HasFocus)) {
-        strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
+        strokeInside(painter, option.rect, kRadius, look.focusRing, look.focusWidth);
     }
     painter.restore();
 }
@@ -159,7 +158,7 @@ void paintComboBox(QPainter& painter, const QStyleOptionComboBox& option, const 
     paintBox(painter, option.rect, kRadius, look.field, look.fieldBorder);
     paintTouch(painter, option, look);
     if (showsFocus(option)) {
-        strokeInside(painter, option.rect, kRadius, look.focusRing, kFocusLine);
+        strokeInside(painter, option.rect, kRadius, look.focusRing, look.focusWidth);
     }
     painter.setOpacity(1);
     const QPointF middle(option.rect.right() - 10.5, QRectF(option.rect).center().y());
@@ -260,7 +259,11 @@ void paintPopup(QPainter& painter, const QRectF& rect, qreal radius, bool cut,
 
 void paintThumb(QPainter& painter, const QRectF& slider, bool pressed, const Appearance& look) {
     QColor color = look.text;
-    color.setAlphaF(pressed ? 0.55F : 0.35F);
+    if (look.moreContrast) {
+        color = pressed ? look.text : look.secondaryText;
+    } else {
+        color.setAlphaF(pressed ? 0.55F : 0.35F);
+    }
     constexpr qreal kBeside = (kScrollBar - kScrollThumb) / 2.0;
     fillBox(painter, slider.adjusted(kBeside, 2, -kBeside, -2), kScrollThumb / 2.0, color);
 }

@@ -32,6 +32,10 @@ void ItemView::announceFocusSoon() {
         Qt::QueuedConnection);
 }
 
+void ItemView::keepScrollBar() {
+    scrollBar_->keepVisible();
+}
+
 void ItemView::updateCurrent() {
     if (current_ >= 0 && current_ < itemCount()) {
         updateItem(current_);

@@ -35,6 +35,9 @@ protected:
     // the list as a whole, and screen readers go by the last announcement.
     void announceFocusSoon();
 
+    // The scroll bar stays visible while there is more than is in view.
+    void keepScrollBar();
+
     void resizeEvent(QResizeEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;

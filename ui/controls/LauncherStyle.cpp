@@ -13,6 +13,7 @@
 #include <cmath>
 
 #include "ui/controls/ControlPainting.h"
+#include "ui/controls/Hover.h"
 #include "ui/controls/PopupMenu.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
@@ -50,6 +51,10 @@ bool isBlended(const QWidget* widget) {
 Appearance appearanceOf(const QPalette& palette) {
     static QPalette last = palette;
     static Appearance appearance(palette);
+    if (appearance.moreContrast != moreContrast()) {
+        appearance = Appearance(palette);
+        last = palette;
+    }
     for (const QPalette::ColorRole role : {QPalette::Window, QPalette::Highlight}) {
         if (last.color(QPalette::Active, role) != palette.color(QPalette::Active, role)) {
             last = palette;
@@ -172,6 +177,7 @@ void LauncherStyle::polish(QWidget* widget) {
     }
     if (auto* const menu = qobject_cast<QMenu*>(widget)) {
         dressMenu(*menu);
+        widget->installEventFilter(this);
     } else if (isToolTip(widget)) {
         widget->setFont(interfaceFont(metrics::kCallout));
         widget->setPalette(QApplication::palette());
@@ -194,6 +200,13 @@ bool LauncherStyle::eventFilter(QObject* object, QEvent* event) {
         auto* const popup = qobject_cast<QWidget*>(object);
         if (isComboBoxPopup(popup) && !isBlended(popup)) {
             popup->setMask(roundedRegion(popup->rect(), kMenuRadius));
+        }
+    } else if (event->type() == QEvent::Hide) {
+        auto* const popup = qobject_cast<QWidget*>(object);
+        if (QWidget* const owner = popup != nullptr ? popup->parentWidget() : nullptr) {
+            // Delayed until the popup is hidden: until then the pointer is over it.
+            QMetaObject::invokeMethod(
+                owner, [owner] { refreshHover(*owner->window()); }, Qt::QueuedConnection);
         }
     }
     return QProxyStyle::eventFilter(object, event);

@@ -29,6 +29,7 @@ SearchField::SearchField(QWidget* parent) : QWidget(parent), line_(new QLineEdit
     line_->setAccessibleName(texts::kSearchPrompt.toString());
     line_->setMaxLength(kLongestQuery);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setMaximumWidth(kWidestField);
 
     auto* const layout = new QHBoxLayout(this);
     layout->addWidget(line_);
@@ -115,6 +116,9 @@ QWidget* SearchField::line() const {
 // Ignores repeated Return events, which come while the key is held down: the Return key that has
 // just closed a sheet must not open an application.
 bool SearchField::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+        update();
+    }
     if (event->type() != QEvent::KeyPress) {
         return false;
     }
@@ -127,8 +131,16 @@ void SearchField::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(appearance.recess);
-    painter.drawRoundedRect(rect(), kFieldRadius, kFieldRadius);
+    for (const QColor& tint : {appearance.shade, appearance.recess}) {
+        painter.setBrush(tint);
+        painter.drawRoundedRect(rect(), kFieldRadius, kFieldRadius);
+    }
+    const bool focused = line_->hasFocus();
+    const double line = focused ? appearance.focusWidth : 1;
+    painter.setPen(QPen(focused ? appearance.focusRing : appearance.outline, line));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(line / 2, line / 2, -line / 2, -line / 2),
+                            kFieldRadius - line / 2, kFieldRadius - line / 2);
     const int side = grownWithText(kSymbol);
     drawSymbol(painter, QRectF(kFieldPadding, (height() - side) / 2.0, side, side),
                u"magnifyingglass", appearance.secondaryText);

@@ -8,8 +8,8 @@ class QLineEdit;
 
 namespace tavo {
 
-// A magnifying glass and a line edit. Shows the text it is given, and reports what the user types.
-// Main thread.
+// A magnifying glass and a line edit, with a ring around them while it has the keyboard focus.
+// Shows the text it is given, and reports what the user types. Main thread.
 class SearchField final : public QWidget {
 public:
     explicit SearchField(QWidget* parent);

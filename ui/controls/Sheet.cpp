@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "ui/accessibility/AccessibleItems.h"
+#include "ui/controls/Hover.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Motion.h"
@@ -114,6 +115,7 @@ void Sheet::withdraw() {
         returnFocusTo_ = nullptr;
     }
     hide();
+    refreshHover(*window());
 }
 
 void Sheet::coverParent(bool cover) {

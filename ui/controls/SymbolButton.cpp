@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "ui/controls/ToolTip.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/ElidedText.h"
 #include "ui/look/Metrics.h"
@@ -42,6 +43,10 @@ void SymbolButton::setTone(Tone tone) {
     update();
 }
 
+void SymbolButton::setToolTipBeside(const QWidget& neighbour) {
+    beside_ = &neighbour;
+}
+
 QSize SymbolButton::sizeHint() const {
     const QFontMetrics metrics(interfaceFont(fontSize_));
     const int symbolWidth = symbol_.isEmpty() ? 0 : symbolSide();
@@ -69,7 +74,8 @@ void SymbolButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (underMouse() || hasFocus()) {
-        painter.setPen(hasFocus() ? QPen(appearance.focusRing, 1.5) : QPen(Qt::NoPen));
+        painter.setPen(hasFocus() ? QPen(appearance.focusRing, 0.75 * appearance.focusWidth)
+                                  : QPen(Qt::NoPen));
         painter.setBrush(underMouse() ? QBrush(appearance.hover) : QBrush(Qt::NoBrush));
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), kMargin, kMargin);
     }
@@ -114,6 +120,14 @@ void SymbolButton::resizeEvent(QResizeEvent*) {
 bool SymbolButton::event(QEvent* event) {
     if (event->type() == QEvent::Enter || event->type() == QEvent::Leave) {
         update();
+    } else if (event->type() == QEvent::ToolTip) {
+        QRect clear(mapToGlobal(QPoint()), size());
+        if (beside_ != nullptr) {
+            clear |= QRect(beside_->mapToGlobal(QPoint()), beside_->size());
+        }
+        showToolTip(toolTip(), *this, clear,
+                    beside_ != nullptr ? ToolTipSide::Right : ToolTipSide::Below);
+        return true;
     }
     return QAbstractButton::event(event);
 }

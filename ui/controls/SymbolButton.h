@@ -22,6 +22,10 @@ public:
     void setSymbolSize(int size);
     void setTone(Tone tone);
 
+    // The tool tip is on the right of the button and `neighbour`, and covers neither. Without this
+    // it is below the button.
+    void setToolTipBeside(const QWidget& neighbour);
+
     // The text as it is shown: shortened where it does not fit.
     [[nodiscard]] QString shownText() const;
 
@@ -41,6 +45,7 @@ private:
     int fontSize_;
     int symbolSize_;
     Tone tone_ = Tone::Normal;
+    const QWidget* beside_ = nullptr;
 };
 
 }  // namespace tavo

@@ -34,6 +34,7 @@ ThinScrollBar::ThinScrollBar(QAbstractScrollArea& area, int gap)
     setContextMenuPolicy(Qt::PreventContextMenu);
     setAttribute(Qt::WA_OpaquePaintEvent, false);
     QScrollBar* const mirrored = area.verticalScrollBar();
+    setRange(mirrored->minimum(), mirrored->maximum());
     connect(mirrored, &QScrollBar::valueChanged, this, [this](int value) {
         setValue(value);
         reveal();
@@ -46,6 +47,9 @@ ThinScrollBar::ThinScrollBar(QAbstractScrollArea& area, int gap)
             fading_.stop();
             aim_ = 0;
             setOpacity(0);
+        } else if (kept_) {
+            aim_ = 1;
+            setOpacity(1);
         }
     });
     fadeDelay_.setSingleShot(true);
@@ -59,6 +63,11 @@ ThinScrollBar::ThinScrollBar(QAbstractScrollArea& area, int gap)
 void ThinScrollBar::place() {
     setGeometry(area_.width() - gap_ - kWidth, 0, kWidth, area_.height());
     raise();
+}
+
+void ThinScrollBar::keepVisible() {
+    kept_ = true;
+    reveal();
 }
 
 bool ThinScrollBar::scrollByPixels(QWheelEvent& event) {
@@ -164,8 +173,11 @@ QRect ThinScrollBar::thumb() const {
 void ThinScrollBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    QColor color = Appearance(palette()).text;
-    color.setAlphaF(static_cast<float>((held_ || over_ ? 0.5 : 0.28) * opacity_));
+    const Appearance appearance(palette());
+    const bool used = held_ || over_;
+    const bool solid = appearance.moreContrast;
+    QColor color = solid && !used ? appearance.secondaryText : appearance.text;
+    color.setAlphaF(static_cast<float>((solid ? 1 : used ? 0.5 : 0.28) * opacity_));
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
     painter.drawRoundedRect(thumb(), kThumbWidth / 2.0, kThumbWidth / 2.0);

@@ -21,6 +21,10 @@ public:
     // window.
     explicit ThinScrollBar(QAbstractScrollArea& area, int gap = metrics::kResizeEdge);
 
+    // From now on the bar does not fade: a hint that there is more than is in view.
+    void keepVisible();
+    [[nodiscard]] bool isKept() const { return kept_; }
+
     // To be called when `area` was resized.
     void place();
 
@@ -38,7 +42,7 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
-    [[nodiscard]] bool wanted() const { return near_ || over_ || held_; }
+    [[nodiscard]] bool wanted() const { return kept_ || near_ || over_ || held_; }
     void reveal();
     void fadeSoon();
     void fade(double opacity);
@@ -55,6 +59,7 @@ private:
     bool near_ = false;  // whether the pointer is in `area` and near the bar
     bool over_ = false;  // whether the pointer is on the bar
     bool held_ = false;
+    bool kept_ = false;
     int grip_ = 0;  // where in the thumb the pointer holds it, from the thumb's top
 };
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/controls/Hover.h"
 #include "ui/controls/ThinScrollBar.h"
 #include "ui/editor/CategoryEditorRow.h"
 #include "ui/look/Appearance.h"
@@ -221,6 +222,16 @@ void CategoryEditorList::scrollContentsBy(int dx, int dy) {
     QScrollArea::scrollContentsBy(dx, dy);
     makeRowsInView();
     removeRowsOutOfView();
+    // Once a turn of the event loop, however many steps the list is scrolled by.
+    if (!std::exchange(hoverPending_, true)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                hoverPending_ = false;
+                refreshHover(*window());
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 void CategoryEditorList::changeEvent(QEvent* event) {

@@ -58,6 +58,7 @@ private:
     std::vector<std::string> ids_;
     std::map<std::string, CategoryEditorRow*> rows_;
     int pitch_ = 0;
+    bool hoverPending_ = false;
 };
 
 }  // namespace tavo

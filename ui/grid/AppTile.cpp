@@ -49,8 +49,8 @@ int nameHeight() {
 }
 
 // A name of the usual size may extend into the spaces beside a narrow tile.
-int nameWidth(const QRect& tile) {
-    return std::min(grownWithText(kLargestName), std::max(kLargestName, tile.width()));
+int nameWidth() {
+    return grownWithText(kLargestName);
 }
 
 int starSide() {
@@ -67,6 +67,20 @@ QString AppTile::starName(bool favorite) {
     return (favorite ? texts::kRemoveFavorite : texts::kAddFavorite).toString();
 }
 
+const AppTile::Name& AppTile::measured() const {
+    if (name.shown.isNull()) {
+        const QString whole = displayText(app.name);
+        name.shown = fitted(whole, nameFont().metrics, nameWidth());
+        name.cutAtEnd = name.shown == whole ? QString() : name.shown;
+    }
+    return name;
+}
+
+void AppTile::cutInTheMiddle() {
+    name.cutAtEnd = nameCutAtEnd();
+    name.shown = fitted(displayText(app.name), nameFont().metrics, nameWidth(), Qt::ElideMiddle);
+}
+
 int AppTile::height() {
     return kIconSide + kTileSpacing + nameHeight() + kTileSpacing + starSide();
 }
@@ -76,7 +90,7 @@ QRect AppTile::iconRect(const QRect& tile) {
 }
 
 QRect AppTile::mainRect(const QRect& tile) {
-    return {tile.center().x() - nameWidth(tile) / 2, tile.top(), nameWidth(tile),
+    return {tile.center().x() - nameWidth() / 2, tile.top(), nameWidth(),
             kIconSide + kTileSpacing + nameHeight()};
 }
 
@@ -91,7 +105,7 @@ QRect AppTile::starRect(const QRect& tile) {
 void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) const {
     const Appearance& appearance = look.appearance;
     if (look.current) {
-        painter.setPen(QPen(appearance.focusRing, 2));
+        painter.setPen(QPen(appearance.focusRing, appearance.focusWidth));
         painter.setBrush(appearance.selection);
         painter.drawRoundedRect(mainRect(tile).adjusted(-5, -6, 5, 5), kTileRadius, kTileRadius);
     }
@@ -103,14 +117,11 @@ void AppTile::paint(QPainter& painter, const QRect& tile, const Look& look) cons
                           *look.icon);
     }
 
-    const QRect name(tile.center().x() - nameWidth(tile) / 2, icon.bottom() + 1 + kTileSpacing,
-                     nameWidth(tile), nameHeight());
-    if (shownName.isNull()) {
-        shownName = fitted(displayText(app.name), nameFont().metrics, name.width());
-    }
+    const QRect line(tile.center().x() - nameWidth() / 2, icon.bottom() + 1 + kTileSpacing,
+                     nameWidth(), nameHeight());
     painter.setFont(nameFont().font);
     painter.setPen(appearance.text);
-    drawElidedText(painter, name, kTileSpacing / 2, Qt::AlignCenter, shownName);
+    drawElidedText(painter, line, kTileSpacing / 2, Qt::AlignCenter, shownName());
 
     if (showsStar()) {
         const QRect star(tile.center().x() - starSide() / 2, tile.bottom() + 1 - starSide(),

@@ -67,11 +67,24 @@ struct AppTile {
     // copies of all that they need.
     void fillMenu(PopupMenu& menu) const;
 
-    // The name as it was last painted, shortened. Kept, because measuring it takes longer than
-    // painting it.
-    mutable QString shownName = {};
+    // The name as it is painted: whole, or shortened at its end.
+    [[nodiscard]] const QString& shownName() const { return measured().shown; }
+
+    // The name shortened at its end, also after cutInTheMiddle(). Empty if the whole name fits.
+    [[nodiscard]] const QString& nameCutAtEnd() const { return measured().cutAtEnd; }
+
+    // Shortens the name in its middle from now on, for two names that begin alike.
+    void cutInTheMiddle();
+
+    // Made when it is first asked for, and kept: measuring a name takes longer than painting it.
+    struct Name {
+        QString shown;
+        QString cutAtEnd;
+    };
+    mutable Name name = {};
 
 private:
+    [[nodiscard]] const Name& measured() const;
     void paintStar(QPainter& painter, const QRect& box, const Appearance& appearance) const;
 };
 

@@ -6,11 +6,11 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QToolTip>
 #include <algorithm>
 #include <utility>
 
 #include "ui/controls/PopupMenu.h"
+#include "ui/controls/ToolTip.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
@@ -145,7 +145,6 @@ void TileGrid::pressItem(int index) {
 void TileGrid::showItemMenu(int index) {
     setCurrent(index);
     showMenu(index, viewport()->mapToGlobal(itemRect(index).center()));
-    watchPopup();
 }
 
 std::optional<AccessibleItems::Button> TileGrid::itemButton(int index) const {
@@ -177,18 +176,35 @@ void TileGrid::paintEvent(QPaintEvent* event) {
     const QRect dirty = event->rect().adjusted(-AppTile::kReach, -AppTile::kReach, AppTile::kReach,
                                                AppTile::kReach);
     const GridLayout::Range range = inView();
+    spreadNames(range);
     for (int index = range.first; index < range.end; ++index) {
         const QRect rect = itemRect(index);
         if (rect.intersects(dirty)) {
             tileAt(index).paint(painter, rect,
                                 {.appearance = appearance_,
                                  .icon = icons_.find(app(index).url.path),
-                                 .current = hasFocus() && index == current_});
+                                 .current = isFramed(index)});
         }
     }
     std::erase_if(tiles_, [&](const auto& tile) {
         return tile.first < range.first || tile.first >= range.end;
     });
+}
+
+// Cuts names in the middle that would read the same, cut at the end.
+void TileGrid::spreadNames(GridLayout::Range range) {
+    std::map<QString, AppTile*> ends;
+    for (int index = range.first; index < range.end; ++index) {
+        AppTile& tile = tileAt(index);
+        if (tile.nameCutAtEnd().isEmpty()) {
+            continue;
+        }
+        const auto [other, isNew] = ends.try_emplace(tile.nameCutAtEnd(), &tile);
+        if (!isNew && other->second->app.name != tile.app.name) {
+            tile.cutInTheMiddle();
+            other->second->cutInTheMiddle();
+        }
+    }
 }
 
 void TileGrid::scrollContentsBy(int, int) {
@@ -216,33 +232,6 @@ TileGrid::Target TileGrid::targetAt(QPoint viewportPoint) const {
 void TileGrid::pointerAt(std::optional<QPoint> viewportPoint) {
     pointer_ = viewportPoint;
     setHovered(pointer_ && isEnabled() ? targetAt(*pointer_).index : -1);
-}
-
-// Asks the window system for the pointer's position. Needed when something that covered the grid
-// has closed, after which Qt sends no enter event.
-void TileGrid::findPointer() {
-    if (QApplication::activePopupWidget() != nullptr) {
-        return;
-    }
-    const QPoint global = QCursor::pos();
-    const bool uncovered = isVisible() && QApplication::widgetAt(global) == viewport();
-    pointerAt(uncovered ? std::optional(viewport()->mapFromGlobal(global)) : std::nullopt);
-}
-
-void TileGrid::watchPopup() {
-    if (QWidget* const popup = QApplication::activePopupWidget()) {
-        popup->installEventFilter(this);
-    }
-}
-
-bool TileGrid::eventFilter(QObject* object, QEvent* event) {
-    if (event->type() == QEvent::Hide && object != viewport()) {
-        // Delayed until the popup is hidden: until then widgetAt() finds the popup instead of the
-        // grid.
-        QMetaObject::invokeMethod(
-            this, [this] { findPointer(); }, Qt::QueuedConnection);
-    }
-    return ItemView::eventFilter(object, event);
 }
 
 void TileGrid::setHovered(int index) {
@@ -375,10 +364,6 @@ bool TileGrid::viewportEvent(QEvent* event) {
         pointerAt(static_cast<QEnterEvent*>(event)->position().toPoint());
     } else if (event->type() == QEvent::Leave) {
         pointerAt(std::nullopt);
-        // The pointer may have left because a menu is about to open. When that closes, Qt sends no
-        // enter event.
-        QMetaObject::invokeMethod(
-            this, [this] { watchPopup(); }, Qt::QueuedConnection);
     } else if (event->type() == QEvent::ToolTip) {
         const auto* const help = static_cast<QHelpEvent*>(event);
         const Target target = targetAt(help->pos());
@@ -388,7 +373,10 @@ bool TileGrid::viewportEvent(QEvent* event) {
         } else if (target.part == Part::Star) {
             tip = tileAt(target.index).starToolTip();
         }
-        QToolTip::showText(help->globalPos(), toolTipText(tip), this);
+        // Below the tile, so that neither its name nor its star is covered.
+        const QRect tile =
+            target.index >= 0 ? itemRect(target.index) : QRect(help->pos(), QSize(1, 1));
+        showToolTip(toolTipText(tip), *this, tile.translated(viewport()->mapToGlobal(QPoint())));
         return true;
     }
     return ItemView::viewportEvent(event);
@@ -436,14 +424,21 @@ void TileGrid::contextMenuEvent(QContextMenuEvent* event) {
     const int index = targetAt(event->pos()).index;
     if (index >= 0) {
         showMenu(index, event->globalPos());
-        watchPopup();
     }
 }
 
 void TileGrid::showMenu(int index, QPoint globalPosition) {
     auto* const menu = new PopupMenu(displayText(app(index).name), this);
     tileAt(index).fillMenu(*menu);
+    menu_ = menu;
+    menuFramed_ = hasFocus();
     menu->openAt(globalPosition);
+}
+
+// An open submenu takes the keyboard focus; the tile that the menu belongs to keeps its frame.
+bool TileGrid::isFramed(int index) const {
+    return index == current_ &&
+           (hasFocus() || (menuFramed_ && menu_ != nullptr && menu_->isVisible()));
 }
 
 void TileGrid::hideEvent(QHideEvent* event) {
@@ -463,9 +458,7 @@ void TileGrid::changeEvent(QEvent* event) {
         case QEvent::EnabledChange:
             // A disabled grid is behind a sheet, and so is not under the pointer.
             pressedPart_ = Part::None;
-            if (isEnabled()) {
-                findPointer();
-            } else {
+            if (!isEnabled()) {
                 pointerAt(std::nullopt);
             }
             break;

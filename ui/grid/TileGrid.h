@@ -1,6 +1,7 @@
 // The grid of application tiles.
 #pragma once
 
+#include <QPointer>
 #include <functional>
 #include <map>
 #include <optional>
@@ -57,7 +58,6 @@ public:
     void pressItemButton(int index) override;
 
 protected:
-    bool eventFilter(QObject* object, QEvent* event) override;
     bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
@@ -91,8 +91,6 @@ private:
     void updateItem(int index) override;
 
     void pointerAt(std::optional<QPoint> viewportPoint);
-    void findPointer();
-    void watchPopup();
     void setHovered(int index);
 
     void setCurrent(int index) override;
@@ -101,6 +99,8 @@ private:
     [[nodiscard]] int stepped(int key) const;
     void moveBy(int key);
     void showMenu(int index, QPoint globalPosition);
+    [[nodiscard]] bool isFramed(int index) const;
+    void spreadNames(GridLayout::Range range);
 
     IconLoader& icons_;
     TileMaker makeTile_;
@@ -111,6 +111,8 @@ private:
     std::optional<QPoint> pointer_;  // in the viewport; empty if it is not over the visible grid
     int hovered_ = -1;
     Part pressedPart_ = Part::None;
+    QPointer<QWidget> menu_;   // the open menu of a tile
+    bool menuFramed_ = false;  // whether the current tile had its frame when the menu opened
     std::string pressedPath_;
     Subscription iconLoaded_;
 };

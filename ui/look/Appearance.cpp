@@ -25,13 +25,21 @@ QColor textOn(const QColor& accent, const QColor& darkText) {
     return contrast(accent, Qt::white) >= kSymbolContrast ? QColor(Qt::white) : darkText;
 }
 
+bool& moreContrastWanted() {
+    static bool wanted = false;
+    return wanted;
+}
+
 }  // namespace
 
 Appearance::Appearance(const QPalette& palette)
     : dark(palette.color(QPalette::Active, QPalette::Window).lightness() < 128),
+      moreContrast(tavo::moreContrast()),
       material(dark ? QColor(40, 40, 44) : QColor(243, 243, 246)),
+      shade(withAlpha(Qt::black, dark ? 0.2 : 0)),
       recess(withAlpha(Qt::black, 0.1)),
       footer(withAlpha(Qt::white, dark ? 0.05 : 0.5)),
+      outline(Qt::transparent),
       hairline(withAlpha(dark ? Qt::white : Qt::black, dark ? 0.2 : 0.22)),
       dim(withAlpha(Qt::black, 0.32)),
       sheet(dark ? QColor(44, 44, 48) : QColor(246, 246, 248)),
@@ -46,6 +54,7 @@ Appearance::Appearance(const QPalette& palette)
       buttonBorder(dark ? QColor(87, 87, 91) : QColor(216, 216, 220)),
       pressed(withAlpha(Qt::black, 0.1)),
       hover(withAlpha(dark ? Qt::white : Qt::black, 0.06)),
+      focusWidth(moreContrast ? 4 : 2),
       text(dark ? QColor(242, 242, 245) : QColor(28, 28, 31)),
       secondaryText(dark ? QColor(168, 168, 176) : QColor(94, 94, 101)),
       promptText(dark ? QColor(134, 134, 141) : QColor(122, 122, 128)),
@@ -53,27 +62,61 @@ Appearance::Appearance(const QPalette& palette)
       destructive(dark ? QColor(255, 69, 58) : QColor(255, 59, 48)),
       star(255, 204, 0),
       starOutline(dark ? QColor(Qt::transparent) : QColor(140, 106, 0)) {
-    material.setAlpha(palette.color(QPalette::Active, QPalette::Window).alpha());
+    const double textRatio = moreContrast ? kHighTextContrast : kTextContrast;
+    const double symbolRatio = moreContrast ? kHighSymbolContrast : kSymbolContrast;
+    if (moreContrast) {
+        material = dark ? QColor(28, 28, 31) : material;
+        text = dark ? Qt::white : Qt::black;
+        pressed = withAlpha(dark ? Qt::white : Qt::black, 0.1);
+    } else {
+        material.setAlpha(palette.color(QPalette::Active, QPalette::Window).alpha());
+    }
     const QColor background = worst(material, dark);
-    const QColor recessed = over(recess, background);
+    const QColor recessed = over(recess, over(shade, background));
 
     accent = legible(palette.color(QPalette::Active, QPalette::Highlight),
                      {background, over(hover, background), recessed, sheet, list, field, button},
-                     kSymbolContrast);
+                     symbolRatio);
     selection = withAlpha(accent, 0.24);
     const QColor selectedTile = over(selection, background);
-    accentOnSelection = legible(
-        accent, {recessed, over(selection, recessed), selectedTile, sheet, list}, kSymbolContrast);
+    accentOnSelection =
+        legible(accent, {recessed, over(selection, recessed), selectedTile, sheet, list, field},
+                symbolRatio);
     focusRing = accentOnSelection;
-    textOnAccent = textOn(accent, QColor(28, 28, 31));
-    accentBackground = legible(accent, {textOnAccent}, kTextContrast);
+    // With more contrast, an accent that stands out from a dark sheet is too light for white text.
+    textOnAccent =
+        moreContrast ? QColor(dark ? Qt::black : Qt::white) : textOn(accent, QColor(28, 28, 31));
+    accentBackground = legible(accent, {textOnAccent}, textRatio);
+    if (moreContrast) {
+        accentBackground = legible(accentBackground, {sheet, menu}, symbolRatio);
+    }
 
     secondaryText =
-        legible(secondaryText, {background, over(footer, background), sheet}, kTextContrast);
-    secondaryText = legible(secondaryText, {selectedTile}, kSymbolContrast);
+        legible(secondaryText, {background, over(footer, background), sheet}, textRatio);
+    secondaryText = legible(secondaryText, {selectedTile}, symbolRatio);
+    promptText = legible(promptText, {recessed, field}, textRatio);
+    destructive = legible(destructive, {sheet, list, over(hover, list)}, symbolRatio);
     if (!dark) {
-        starOutline = legible(starOutline, {background, selectedTile}, kSymbolContrast);
+        starOutline = legible(starOutline, {background, selectedTile}, symbolRatio);
     }
+    if (moreContrast) {
+        secondaryText = legible(secondaryText, {field, menu}, textRatio);
+        disabledText = legible(disabledText, {sheet, field, button, menu}, textRatio);
+        outline = legible(separator, {background, recessed, sheet, menu, list, field, button},
+                          symbolRatio);
+        for (QColor* const line :
+             {&hairline, &sheetBorder, &menuBorder, &separator, &fieldBorder, &buttonBorder}) {
+            *line = outline;
+        }
+    }
+}
+
+bool moreContrast() {
+    return moreContrastWanted();
+}
+
+void setMoreContrast(bool more) {
+    moreContrastWanted() = more;
 }
 
 QPalette paletteOfLook(bool dark) {

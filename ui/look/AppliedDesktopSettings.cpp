@@ -48,7 +48,9 @@ void AppliedDesktopSettings::apply(const DesktopPreferences& preferences) {
     const auto differs = [&](auto DesktopPreferences::*member) {
         return shown_.*member != before.*member;
     };
-    if (differs(&DesktopPreferences::colorScheme) || differs(&DesktopPreferences::accent)) {
+    if (differs(&DesktopPreferences::colorScheme) || differs(&DesktopPreferences::accent) ||
+        differs(&DesktopPreferences::moreContrast)) {
+        setMoreContrast(shown_.moreContrast);
         usePalette();
     }
     if (differs(&DesktopPreferences::fontFamilies)) {
@@ -76,7 +78,7 @@ void AppliedDesktopSettings::apply(const DesktopPreferences& preferences) {
 
 void AppliedDesktopSettings::usePalette() {
     QPalette palette;  // Qt's own wherever no colour is set here
-    if (shown_.colorScheme != ColorScheme::NoPreference) {
+    if (shown_.colorScheme != ColorScheme::NoPreference || shown_.moreContrast) {
         palette = paletteOfLook(shown_.colorScheme == ColorScheme::Dark);
     }
     if (shown_.accent) {

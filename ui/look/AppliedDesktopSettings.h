@@ -20,10 +20,10 @@ struct DesktopSettingUses {
     std::function<void(std::optional<std::chrono::milliseconds> time)> cursorBlinkTime = {};
 };
 
-// Light or dark and the accent become the palette of the QApplication, the interface font its font,
-// the double-click time and the lines of a wheel step its own. Where the desktop does not tell one,
-// Qt's own is used. Reduced motion becomes setReducedMotion(), the size of text setTextScale(). The
-// destructor undoes all. Within the life of the QApplication; main thread.
+// Light or dark, more contrast and the accent become the palette of the QApplication, the interface
+// font its font, the double-click time and the lines of a wheel step its own. Where the desktop
+// does not tell one, Qt's own is used. Reduced motion becomes setReducedMotion(), the size of text
+// setTextScale(). The destructor undoes all. Within the life of the QApplication; main thread.
 class AppliedDesktopSettings {
 public:
     // Applies `settings`, which outlives this, now and after each change.

@@ -11,6 +11,10 @@ inline constexpr double kTextContrast = 4.5;
 // For symbols, the outlines of controls, and text of 24 pixels or more.
 inline constexpr double kSymbolContrast = 3;
 
+// The same for users who want more contrast.
+inline constexpr double kHighTextContrast = 7;
+inline constexpr double kHighSymbolContrast = 4.5;
+
 // The contrast ratio of two opaque colours.
 [[nodiscard]] double contrast(const QColor& one, const QColor& other);
 

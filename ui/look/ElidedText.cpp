@@ -32,7 +32,8 @@ void drawElidedText(QPainter& painter, const QRect& line, int spill, Qt::Alignme
     }
 }
 
-QString fitted(const QString& text, const QFontMetrics& metrics, int width) {
+QString fitted(const QString& text, const QFontMetrics& metrics, int width,
+               Qt::TextElideMode mode) {
     // horizontalAdvance() is rounded to whole pixels, as the widths of widgets are. elidedText()
     // measures in fractions and would shorten a text in a widget of exactly its size.
     if (metrics.horizontalAdvance(text) <= width) {
@@ -40,11 +41,11 @@ QString fitted(const QString& text, const QFontMetrics& metrics, int width) {
     }
     // elidedText() can return a text that is too wide, because a letter at the end of a word may
     // have another, wider form.
-    QString shown = metrics.elidedText(text, Qt::ElideRight, width);
+    QString shown = metrics.elidedText(text, mode, width);
     for (int room = width, excess = 0;
          (excess = metrics.horizontalAdvance(shown) - width) > 0 && room > 0;) {
         room -= excess;
-        shown = metrics.elidedText(text, Qt::ElideRight, room);
+        shown = metrics.elidedText(text, mode, room);
     }
     return shown;
 }

@@ -16,7 +16,9 @@ namespace tavo {
 void drawElidedText(QPainter& painter, const QRect& line, int spill, Qt::Alignment alignment,
                     const QString& text);
 
-// `text`, or its longest beginning with an ellipsis that is at most `width` logical pixels wide.
-QString fitted(const QString& text, const QFontMetrics& metrics, int width);
+// `text`, or as much of it with an ellipsis as is at most `width` logical pixels wide: its
+// beginning, or with Qt::ElideMiddle its beginning and its end.
+QString fitted(const QString& text, const QFontMetrics& metrics, int width,
+               Qt::TextElideMode mode = Qt::ElideRight);
 
 }  // namespace tavo

@@ -20,15 +20,17 @@ inline constexpr int kCallout = 12;
 inline constexpr int kCaption = 10;
 inline constexpr int kSymbol = 16;
 
+inline constexpr int kWidestToolTip = 320;
+
 // Sidebar
 inline constexpr int kSidebarWidth = 200;
 inline constexpr int kSidebarPadding = 18;
 inline constexpr int kSidebarSpacing = 9;
 inline constexpr int kHeaderBottom = 15;
 inline constexpr int kLogoSide = 34;
-inline constexpr int kCloseSide = 10;
-inline constexpr int kCloseButtonSide = 16;
-inline constexpr int kCloseTop = 1;
+inline constexpr int kCloseButtonSide = 20;
+inline constexpr int kCloseSide = 14;
+inline constexpr int kCloseCross = 8;  // of kCloseSide, the part that the lines take
 inline constexpr int kRowHorizontal = 11;
 inline constexpr int kRowVertical = 9;
 inline constexpr int kRowRadius = 9;
@@ -43,6 +45,7 @@ inline constexpr int kToolbarVertical = 16;
 inline constexpr int kToolbarSpacing = 14;
 inline constexpr int kFieldPadding = 10;
 inline constexpr int kFieldRadius = 10;
+inline constexpr int kWidestField = 900;
 
 // Grid
 inline constexpr int kSmallestColumn = 100;

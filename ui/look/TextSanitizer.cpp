@@ -1,5 +1,11 @@
 #include "ui/look/TextSanitizer.h"
 
+#include <QStringList>
+#include <QTextLayout>
+
+#include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
+
 namespace tavo {
 namespace {
 
@@ -48,6 +54,22 @@ QString cleaned(std::string_view utf8, qsizetype longest, bool keepLineBreaks) {
     return shown;
 }
 
+// `text` in lines that are no wider than a tool tip.
+QStringList linesOf(const QString& text) {
+    QStringList lines;
+    QTextLayout layout(text, interfaceFont(metrics::kCallout));
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(metrics::kWidestToolTip);
+        lines << text.mid(line.textStart(), line.textLength()).trimmed();
+    }
+    layout.endLayout();
+    return lines;
+}
+
 }  // namespace
 
 QString displayText(std::string_view utf8, qsizetype longest) {
@@ -60,11 +82,14 @@ QString menuText(std::string_view utf8) {
 
 QString toolTipText(const QString& text) {
     constexpr qsizetype kLongest = 400;
-    // An HTML element makes Qt take any text for HTML; the text itself is escaped.
-    return text.isEmpty()
-               ? text
-               : QStringLiteral("<span>") + breakable(shortened(text, kLongest)).toHtmlEscaped() +
-                     QStringLiteral("</span>");
+    if (text.isEmpty()) {
+        return text;
+    }
+    // An HTML element makes Qt take any text for HTML; the text itself is escaped. Qt would break
+    // the lines itself so that the tool tip has the shape of a page, however short the text is.
+    return QStringLiteral("<div style=\"white-space:pre\">") +
+           linesOf(breakable(shortened(text, kLongest))).join(u'\n').toHtmlEscaped() +
+           QStringLiteral("</div>");
 }
 
 QString breakable(const QString& text) {

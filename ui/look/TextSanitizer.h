@@ -19,8 +19,8 @@ QString displayMessage(std::string_view utf8, qsizetype longest = 2000);
 // Not shortened any further, because screen readers read it whole; a menu shortens what it draws.
 QString menuText(std::string_view utf8);
 
-// `text` as a tool tip: shown as plain text even when it looks like HTML, and with places where
-// long words may break, so that the tool tip stays narrow.
+// `text` as a tool tip: shown as plain text even when it looks like HTML, and in lines of at most
+// 320 logical pixels.
 QString toolTipText(const QString& text);
 
 // `text` with zero-width spaces inside long words and after slashes, where a line may break.

@@ -5,10 +5,10 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QToolTip>
 #include <algorithm>
 #include <utility>
 
+#include "ui/controls/ToolTip.h"
 #include "ui/look/ElidedText.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/Symbols.h"
@@ -37,6 +37,7 @@ int rowPitch() {
 
 SidebarList::SidebarList(QWidget* parent) : ItemView(texts::kCategories.toString(), parent) {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    keepScrollBar();
 }
 
 void SidebarList::setRows(std::vector<Row> rows) {
@@ -147,14 +148,21 @@ void SidebarList::paintEvent(QPaintEvent* event) {
 void SidebarList::paintRow(QPainter& painter, int index) const {
     const QRect rect = itemRect(index);
     const bool focused = hasFocus() && index == current_;
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(row(index).selected ? QBrush(appearance_.selection) : QBrush(Qt::NoBrush));
-    painter.drawRoundedRect(rect, kRowRadius, kRowRadius);
-    if (focused) {
-        painter.setPen(QPen(appearance_.focusRing, 2));
+    const auto stroke = [&](const QColor& color, double width) {
+        const double half = width / 2;
+        painter.setPen(QPen(color, width));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), kRowRadius - 1,
-                                kRowRadius - 1);
+        painter.drawRoundedRect(QRectF(rect).adjusted(half, half, -half, -half), kRowRadius - half,
+                                kRowRadius - half);
+    };
+    if (row(index).selected) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(appearance_.selection);
+        painter.drawRoundedRect(rect, kRowRadius, kRowRadius);
+        stroke(appearance_.outline, 1);
+    }
+    if (focused) {
+        stroke(appearance_.focusRing, appearance_.focusWidth);
     }
     const QRect symbol(rect.left() + kRowHorizontal, rect.top() + kRowVertical, symbolSide(),
                        symbolSide());
@@ -244,9 +252,9 @@ bool SidebarList::viewportEvent(QEvent* event) {
         const auto* const help = static_cast<QHelpEvent*>(event);
         const int index = rowAt(help->pos());
         const QString name = index >= 0 ? itemName(index) : QString();
-        QToolTip::showText(help->globalPos(),
-                           index >= 0 && elided(index) != name ? toolTipText(name) : QString(),
-                           this);
+        const QRect row = index >= 0 ? itemRect(index) : QRect(help->pos(), QSize(1, 1));
+        showToolTip(index >= 0 && elided(index) != name ? toolTipText(name) : QString(), *this,
+                    row.translated(viewport()->mapToGlobal(QPoint())));
         return true;
     }
     return ItemView::viewportEvent(event);

@@ -132,7 +132,7 @@ QWidget* LauncherView::makeSidebar() {
     closeButton_->setTone(SymbolButton::Tone::Secondary);
     // The button is in the space above the logo. The cross in it, not the button, is aligned with
     // the logo's left edge.
-    closeButton_->setGeometry(kSidebarPadding - (kCloseButtonSide - kCloseSide) / 2, kCloseTop,
+    closeButton_->setGeometry(kSidebarPadding - (kCloseButtonSide - kCloseCross) / 2, 0,
                               kCloseButtonSide, kCloseButtonSide);
     connect(closeButton_, &QAbstractButton::clicked, this, [this] { onClose(); });
 
@@ -142,8 +142,12 @@ QWidget* LauncherView::makeSidebar() {
     auto* const header = new QHBoxLayout;
     header->setContentsMargins(kMargin, 0, kSidebarPadding, kHeaderBottom);
     header->setSpacing(kSidebarSpacing);
-    header->addWidget(new Logo(sidebar));
+    auto* const logo = new Logo(sidebar);
+    header->addWidget(logo);
     header->addWidget(title_, 1);
+
+    logo->lower();  // below the close button, the last two rows of whose margin are over it
+    closeButton_->setToolTipBeside(*logo);
 
     categories_ = new SidebarList(sidebar);
     categories_->onSelect = [this](const std::string& id) { model_.setSelectedCategoryID(id); };
@@ -212,8 +216,9 @@ QWidget* LauncherView::makeToolbar() {
     layout->addWidget(search_, 1);
     layout->addSpacing(kToolbarSpacing - kMargin);
     layout->addWidget(suggestions_);
-    // The design has a flexible space here that is never wider than 0, between two spacings.
+    // A flexible space between two spacings: wider than 0 when the search field is at its widest.
     layout->addSpacing(2 * (kToolbarSpacing - kMargin));
+    layout->addStretch(0);
     layout->addWidget(reloadButton);
     return toolbar;
 }
@@ -369,6 +374,12 @@ void LauncherView::refreshIcons() {
     }
 }
 
+void LauncherView::startSearchAnew() {
+    if (editor_ == nullptr && alert_ == nullptr) {
+        search_->take(true);
+    }
+}
+
 void LauncherView::reload() {
     icons_.refresh();
     model_.reload();
@@ -462,8 +473,12 @@ void LauncherView::paintEvent(QPaintEvent*) {
         painter.fillPath(window, tint);
     };
     painter.fillPath(window, appearance.material);
-    tinted(QRect(0, 0, sidebar_->width(), height()), appearance.recess);
+    const QRect sidebar(0, 0, sidebar_->width(), height());
+    tinted(sidebar, appearance.shade);
+    tinted(sidebar, appearance.recess);
     tinted(footer_->geometry(), appearance.footer);
+    tinted(QRect(sidebar_->width(), 0, 1, height()), appearance.outline);
+    tinted(QRect(footer_->geometry().topLeft(), QSize(footer_->width(), 1)), appearance.outline);
     painter.setClipping(false);
     if (!isFlush(*this)) {
         const qreal pixel = 1 / devicePixelRatioF();

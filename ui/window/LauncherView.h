@@ -39,6 +39,10 @@ public:
     // To be called when icons may have changed.
     void refreshIcons();
 
+    // To be called when the window has been shown again: selects the text of the search, so that
+    // typing replaces it. The keyboard focus comes to the search field, unless a sheet is open.
+    void startSearchAnew();
+
     // `onClose` is called for the close button, `onEscape` for Esc when there is no search to
     // clear.
     std::function<void()> onClose;

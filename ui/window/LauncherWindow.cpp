@@ -70,6 +70,7 @@ void LauncherWindow::setContent(QWidget* content) {
 }
 
 void LauncherWindow::present() {
+    const bool again = placed_ && isHidden();
     if (compositing_.active() && !isBlended()) {
         hide();  // show() then makes a new native window
     }
@@ -83,6 +84,9 @@ void LauncherWindow::present() {
     show();
     raise();
     activateWindow();
+    if (again && onShownAgain) {
+        onShownAgain();
+    }
 }
 
 QScreen* LauncherWindow::screenToBeOn() const {
@@ -366,10 +370,9 @@ void LauncherWindow::makeAnew() {
 // background.
 void LauncherWindow::tintBackground() {
     QPalette own;
-    if (isBlended()) {
+    if (isBlended() && compositing_.blurs() && !moreContrast()) {
         QColor background = QGuiApplication::palette().color(QPalette::Active, QPalette::Window);
-        background.setAlphaF(
-            static_cast<float>(compositing_.blurs() ? kBlurredMaterial : kPlainMaterial));
+        background.setAlphaF(static_cast<float>(kBlurredMaterial));
         own.setColor(QPalette::Window, background);
     }
     setPalette(own);

@@ -40,6 +40,9 @@ public:
     std::function<void()> onClose;
     std::function<void()> onQuit;
 
+    // Called when present() has shown a window that was hidden.
+    std::function<void()> onShownAgain;
+
     // Called when a new native window has replaced the old one, before it is shown: properties set
     // on the old native window have to be set again.
     std::function<void()> onAnother;

@@ -70,6 +70,32 @@ TEST(LauncherStyle, fields_combo_boxes_and_buttons_are_equally_high_at_every_siz
     }
 }
 
+TEST(LauncherStyle, after_a_choice_the_combo_box_that_the_pointer_has_left_is_as_before) {
+    QWidget window;
+    window.resize(400, 300);
+    QComboBox box(&window);
+    box.addItems({QStringLiteral("Lavoro"), QStringLiteral("Utility"), QStringLiteral("Altro")});
+    box.setGeometry(20, 20, 200, box.sizeHint().height());
+    QCursor::setPos(700, 500);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    const QImage before = box.grab().toImage();
+    const QPoint middle = box.mapTo(&window, box.rect().center());
+    QTest::mouseMove(window.windowHandle(), middle);
+    QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, middle);
+    QWidget* const popup = QApplication::activePopupWidget();
+    ASSERT_NE(popup, nullptr);
+    box.setAttribute(Qt::WA_UnderMouse);  // as it stays on X11
+    QTest::keyClick(popup->windowHandle(), Qt::Key_Down);
+    QTest::keyClick(popup->windowHandle(), Qt::Key_Up);
+    // The pointer chooses an entry that is below the combo box.
+    QCursor::setPos(window.mapToGlobal(QPoint(30, 250)));
+    QTest::keyClick(popup->windowHandle(), Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !box.underMouse(); }, 10'000));
+    box.clearFocus();
+    EXPECT_EQ(box.grab().toImage(), before);
+}
+
 TEST(LauncherStyle, text_fits_into_its_control_with_a_font_half_as_wide_again) {
     const QString text = QStringLiteral("Sottocategoria di Progetti");
     for (const int stretch : {100, 150}) {

@@ -114,6 +114,20 @@ TEST_F(ThinScrollBarTest, it_fades_in_and_out_within_120_milliseconds_and_takes_
     EXPECT_TRUE(fadesAway());
 }
 
+TEST_F(ThinScrollBarTest, one_that_is_kept_stays_while_there_is_more_than_is_in_view) {
+    area.bar.keepVisible();
+    EXPECT_TRUE(area.bar.isVisible());
+    EXPECT_TRUE(QAbstractEventDispatcher::instance()->registeredTimers(&area.bar).isEmpty());
+    area.verticalScrollBar()->setRange(0, 0);
+    EXPECT_TRUE(area.bar.isHidden());
+    area.verticalScrollBar()->setRange(0, 100);
+    EXPECT_TRUE(area.bar.isVisible());
+    movePointer({290, 100});
+    leave();
+    EXPECT_TRUE(QAbstractEventDispatcher::instance()->registeredTimers(&area.bar).isEmpty());
+    EXPECT_TRUE(area.bar.isVisible());
+}
+
 TEST_F(ThinScrollBarTest, with_nothing_to_scroll_it_never_shows) {
     area.verticalScrollBar()->setValue(100);
     area.verticalScrollBar()->setRange(0, 0);

@@ -77,7 +77,7 @@ TEST(AppTile, a_name_is_cut_only_past_its_own_limit_however_narrow_the_column) {
         const AppTile narrow = tile(text);
         narrow.paint(painter, QRect(50, 0, metrics::kSmallestColumn, AppTile::height()),
                      {.appearance = appearance});
-        return narrow.shownName;
+        return narrow.shownName();
     };
     EXPECT_EQ(shown(name), QString::fromStdString(name));
     EXPECT_TRUE(shown(name + "n").endsWith(u'…'));
@@ -111,11 +111,11 @@ TEST(AppTile, the_star_of_a_favorite_is_yellow_and_outlined_in_the_light_look_on
 TEST(AppTile, a_name_longer_than_its_place_is_cut_to_one_line) {
     AppTile endless = tile("Un nome che non finisce mai e poi mai");
     painted(endless);
-    EXPECT_TRUE(endless.shownName.endsWith(u'…'));
-    EXPECT_TRUE(endless.shownName.startsWith(QStringLiteral("Un nome")));
+    EXPECT_TRUE(endless.shownName().endsWith(u'…'));
+    EXPECT_TRUE(endless.shownName().startsWith(QStringLiteral("Un nome")));
     AppTile brief = tile("Note");
     painted(brief);
-    EXPECT_EQ(brief.shownName, QStringLiteral("Note"));
+    EXPECT_EQ(brief.shownName(), QStringLiteral("Note"));
 }
 
 struct Name {
@@ -177,14 +177,14 @@ TEST(AppTile, a_wide_font_cuts_names_sooner_and_overlaps_nothing) {
     const QFont before = QApplication::font();
     AppTile named = tile("Blocco note nuovo");
     painted(named);
-    const QString usual = named.shownName;
+    const QString usual = named.shownName();
     QFont wide = before;
     wide.setStretch(150);
     QApplication::setFont(wide);
     AppTile again = tile("Blocco note nuovo");
     painted(again);
-    EXPECT_LT(again.shownName.size(), usual.size());
-    EXPECT_TRUE(again.shownName.endsWith(u'…'));
+    EXPECT_LT(again.shownName().size(), usual.size());
+    EXPECT_TRUE(again.shownName().endsWith(u'…'));
     const QRect area(0, 0, 104, AppTile::height());
     EXPECT_FALSE(AppTile::mainRect(area).intersects(AppTile::starRect(area)));
     QApplication::setFont(before);

@@ -4,6 +4,7 @@
 #include <QTextDocument>
 #include <QToolTip>
 #include <QtTest/QTest>
+#include <algorithm>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -11,8 +12,10 @@
 #include "tests/fakes/FakeIconSource.h"
 #include "tests/fakes/ManualMainQueue.h"
 #include "tests/ui/ActiveWindow.h"
+#include "ui/controls/Hover.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/grid/TileGrid.h"
+#include "ui/look/Metrics.h"
 
 namespace tavo {
 namespace {
@@ -380,6 +383,7 @@ TEST_F(TileGridTest, behind_a_sheet_nothing_is_under_the_pointer_and_all_looks_a
     EXPECT_TRUE(starred.empty());
     EXPECT_EQ(grid.findChild<QMenu*>(), nullptr);
     grid.setEnabled(true);
+    refreshHover(grid);  // as a sheet does when it closes
     EXPECT_EQ(stars(), (Stars{1, 8}));
 }
 
@@ -519,8 +523,74 @@ TEST_F(TileGridTest, the_whole_name_is_in_the_tool_tip_as_plain_text) {
     QApplication::sendEvent(grid.viewport(), &help);
     QTextDocument tip;
     tip.setHtml(QToolTip::text());
-    EXPECT_EQ(tip.toPlainText().remove(QChar(0x200B)), QStringLiteral("Apri ") + name);
+    EXPECT_EQ(tip.toPlainText().remove(QChar(0x200B)).replace(u'\n', u' '),
+              QStringLiteral("Apri ") + name);
     QToolTip::hideText();
+}
+
+TEST_F(TileGridTest, a_tool_tip_is_below_its_tile_and_above_it_where_the_screen_ends) {
+    show(20);
+    const QRect screen = grid.screen()->geometry();
+    for (const int bottom : {screen.top() + grid.height(), screen.bottom() + 2}) {
+        grid.move(screen.left(), bottom - grid.height());
+        const int index = grid.itemCount() - 1;
+        const QRect tile = grid.itemRect(index);
+        const QPoint point = AppTile::iconRect(tile).center();
+        QHelpEvent help(QEvent::ToolTip, point, grid.viewport()->mapToGlobal(point));
+        QApplication::sendEvent(grid.viewport(), &help);
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        const auto tip = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
+            return window->isVisible() && window->inherits("QTipLabel");
+        });
+        ASSERT_NE(tip, windows.end());
+        const QRect place((*tip)->mapToGlobal(QPoint()), (*tip)->size());
+        EXPECT_FALSE(place.intersects(tile.translated(grid.viewport()->mapToGlobal(QPoint()))));
+        EXPECT_TRUE(screen.contains(place));
+    }
+    QToolTip::hideText();
+}
+
+TEST_F(TileGridTest, names_that_would_be_cut_to_the_same_text_are_cut_in_the_middle) {
+    const auto named = [](const char* name) {
+        return AppItem(name, FileUrl{std::string("/") + name});
+    };
+    const std::vector<AppItem> alike = {named("Registratore vocale professionale di Anna"),
+                                        named("Registratore vocale professionale di Bruno")};
+    const AppItem other = named("Un altro nome troppo lungo per la sua finestrella");
+    const auto picture = [this](const std::vector<AppItem>& shown, int index) {
+        grid.setApps(shown);
+        grid.show();
+        const QRect name = AppTile::mainRect(grid.itemRect(index));
+        return grid.grab().toImage().copy(name.adjusted(0, metrics::kIconSide + 2, 0, 0));
+    };
+    const QImage alone = picture({alike[0]}, 0);
+    const QImage first = picture({alike[0], alike[1], other}, 0);
+    EXPECT_NE(first, alone);
+    EXPECT_NE(first, picture({alike[0], alike[1], other}, 1).copy(first.rect()));
+    AppTile middle = makeTile(alike[0]);
+    EXPECT_TRUE(middle.shownName().endsWith(u'…'));
+    middle.cutInTheMiddle();
+    EXPECT_TRUE(middle.shownName().endsWith(QStringLiteral("Anna")));
+    EXPECT_TRUE(middle.shownName().contains(u'…'));
+    // The same name twice cannot be told apart by any cut, and one that is alone is cut as usual.
+    EXPECT_EQ(picture({alike[0], alike[0]}, 0), alone);
+    EXPECT_EQ(picture({alike[0], other}, 0), alone);
+}
+
+TEST_F(TileGridTest, the_keyboards_tile_keeps_its_frame_while_its_menu_and_submenu_are_open) {
+    show(20);
+    grid.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&grid));
+    grid.enter();
+    const QImage framed = grid.grab().toImage();
+    QTest::keyClick(&grid, Qt::Key_F10, Qt::ShiftModifier);
+    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    grid.clearFocus();  // as an open submenu does
+    ASSERT_FALSE(grid.hasFocus());
+    EXPECT_EQ(grid.grab().toImage(), framed);
+    menu->close();
+    EXPECT_NE(grid.grab().toImage(), framed);
 }
 
 TEST_F(TileGridTest, a_font_half_as_wide_again_is_followed_at_once) {

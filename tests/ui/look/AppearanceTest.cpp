@@ -26,8 +26,6 @@ std::vector<Look> looks() {
     const std::vector<std::pair<std::string, QColor>> windows = {
         {"light", QColor(239, 239, 239)},
         {"dark", QColor(50, 50, 50)},
-        {"light, plain", translucent(QColor(239, 239, 239), kPlainMaterial)},
-        {"dark, plain", translucent(QColor(50, 50, 50), kPlainMaterial)},
         {"light, blurred", translucent(QColor(239, 239, 239), kBlurredMaterial)},
         {"dark, blurred", translucent(QColor(50, 50, 50), kBlurredMaterial)},
     };
@@ -83,29 +81,39 @@ const std::vector<Pair>& pairs() {
         {"a toolbar button, hovered", &A::text, {&A::material, &A::hover}, kSymbol},
         {"a toolbar button, pressed", &A::accent, {&A::material, &A::hover}, kSymbol},
         {"the ring of a tile", &A::accent, {&A::material}, kSymbol},
-        {"the title", &A::text, {&A::material, &A::recess}, kText},
-        {"a row", &A::text, {&A::material, &A::recess}, kText},
-        {"the selected row", &A::text, {&A::material, &A::recess, &A::selection}, kText},
-        {"a row's symbol", &A::accent, {&A::material, &A::recess}, kSymbol},
+        {"the title", &A::text, {&A::material, &A::shade, &A::recess}, kText},
+        {"a row", &A::text, {&A::material, &A::shade, &A::recess}, kText},
+        {"the selected row", &A::text, {&A::material, &A::shade, &A::recess, &A::selection}, kText},
+        {"a row's symbol", &A::accent, {&A::material, &A::shade, &A::recess}, kSymbol},
         {"the selected row's symbol",
          &A::accentOnSelection,
-         {&A::material, &A::recess, &A::selection},
+         {&A::material, &A::shade, &A::recess, &A::selection},
          kSymbol},
-        {"the ring of a row", &A::focusRing, {&A::material, &A::recess}, kSymbol},
+        {"the ring of a row", &A::focusRing, {&A::material, &A::shade, &A::recess}, kSymbol},
         {"the ring of the selected row",
          &A::focusRing,
-         {&A::material, &A::recess, &A::selection},
+         {&A::material, &A::shade, &A::recess, &A::selection},
          kSymbol},
-        {"the edit button", &A::text, {&A::material, &A::recess}, kText},
-        {"the edit button, hovered", &A::text, {&A::material, &A::recess, &A::hover}, kText},
-        {"the close button", &A::secondaryText, {&A::material, &A::recess}, kSymbol},
-        {"the search text", &A::text, {&A::material, &A::recess}, kText},
-        {"the search symbol", &A::secondaryText, {&A::material, &A::recess}, kSymbol},
+        {"the edit button", &A::text, {&A::material, &A::shade, &A::recess}, kText},
+        {"the edit button, hovered",
+         &A::text,
+         {&A::material, &A::shade, &A::recess, &A::hover},
+         kText},
+        {"the close button", &A::secondaryText, {&A::material, &A::shade, &A::recess}, kSymbol},
+        {"the search text", &A::text, {&A::material, &A::shade, &A::recess}, kText},
+        {"the search prompt", &A::promptText, {&A::material, &A::shade, &A::recess}, kText},
+        {"the ring of the search field",
+         &A::focusRing,
+         {&A::material, &A::shade, &A::recess},
+         kSymbol},
+        {"the ring of the search field on the window", &A::focusRing, {&A::material}, kSymbol},
+        {"the search symbol", &A::secondaryText, {&A::material, &A::shade, &A::recess}, kSymbol},
         {"the count", &A::secondaryText, {&A::material, &A::footer}, kText},
         {"the credit, hovered", &A::text, {&A::material, &A::footer, &A::hover}, kText},
         {"a sheet's title", &A::text, {&A::sheet}, kText},
         {"a sheet's explanation", &A::secondaryText, {&A::sheet}, kText},
         {"a field's text", &A::text, {&A::field}, kText},
+        {"a field's prompt", &A::promptText, {&A::field}, kText},
         {"a field's secondary text", &A::secondaryText, {&A::field}, kText},
         {"the ring of a field in a sheet", &A::focusRing, {&A::sheet}, kSymbol},
         {"the ring of a field in a list", &A::focusRing, {&A::list}, kSymbol},
@@ -123,6 +131,7 @@ const std::vector<Pair>& pairs() {
         {"what deletes, on a sheet", &A::destructive, {&A::sheet}, kSymbol},
         {"what deletes, hovered", &A::destructive, {&A::list, &A::hover}, kSymbol},
         {"a menu's entry", &A::text, {&A::menu}, kText},
+        {"a menu's shortcut", &A::secondaryText, {&A::menu}, kText},
         {"a menu's current entry", &A::textOnAccent, {&A::accentBackground}, kText},
         {"a menu's current entry on the menu", &A::accentBackground, {&A::menu}, kSymbol},
     };
@@ -138,22 +147,108 @@ QColor composited(const Appearance& a, const std::vector<Color>& layers, const Q
     return seen;
 }
 
+// More contrast, until the end of a test.
+class MoreContrast {
+public:
+    MoreContrast() { setMoreContrast(true); }
+    ~MoreContrast() { setMoreContrast(false); }
+    MoreContrast(const MoreContrast&) = delete;
+    MoreContrast& operator=(const MoreContrast&) = delete;
+};
+
+void expectReached(const Look& look, const Pair& pair, double ratio) {
+    const Appearance a = appearance(look.window, look.highlight);
+    for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
+        SCOPED_TRACE(look.name + ": " + pair.name + " over " + behind.name().toStdString());
+        const QColor background = composited(a, pair.layers, behind);
+        EXPECT_GE(contrast(a.*pair.front, background), ratio)
+            << (a.*pair.front).name().toStdString() << " on " << background.name().toStdString();
+    }
+}
+
 TEST(AppearanceTest, all_that_is_read_or_recognised_reaches_its_contrast_over_whatever_is_behind) {
     for (const Look& look : looks()) {
-        const Appearance a = appearance(look.window, look.highlight);
         for (const Pair& pair : pairs()) {
-            for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
-                SCOPED_TRACE(look.name + ": " + pair.name + " over " + behind.name().toStdString());
-                const QColor background = composited(a, pair.layers, behind);
-                EXPECT_GE(contrast(a.*pair.front, background), pair.ratio)
-                    << (a.*pair.front).name().toStdString() << " on "
-                    << background.name().toStdString();
+            expectReached(look, pair, pair.ratio);
+        }
+    }
+}
+
+// What reaches its contrast only for users who want more of it: disabled text, and the lines that
+// are drawn around things.
+const std::vector<Pair>& furtherPairs() {
+    using A = Appearance;
+    constexpr double kText = kTextContrast;
+    constexpr double kSymbol = kSymbolContrast;
+    static const std::vector<Pair> kPairs = {
+        {"a disabled button", &A::disabledText, {&A::button}, kText},
+        {"a disabled button on its sheet", &A::disabledText, {&A::sheet}, kText},
+        {"a disabled entry", &A::disabledText, {&A::menu}, kText},
+        {"a disabled field", &A::disabledText, {&A::field}, kText},
+        {"the edge of the window", &A::hairline, {&A::material}, kSymbol},
+        {"the line beside the sidebar", &A::outline, {&A::material}, kSymbol},
+        {"the same, from the sidebar", &A::outline, {&A::material, &A::shade, &A::recess}, kSymbol},
+        {"a sheet's edge", &A::sheetBorder, {&A::sheet}, kSymbol},
+        {"a menu's edge", &A::menuBorder, {&A::menu}, kSymbol},
+        {"a line in a list", &A::separator, {&A::list}, kSymbol},
+        {"a line in a menu", &A::separator, {&A::menu}, kSymbol},
+        {"a field's edge", &A::fieldBorder, {&A::field}, kSymbol},
+        {"a field's edge on its sheet", &A::fieldBorder, {&A::sheet}, kSymbol},
+        {"a field's edge in a list", &A::fieldBorder, {&A::list}, kSymbol},
+        {"a button's edge", &A::buttonBorder, {&A::button}, kSymbol},
+        {"a button's edge on its sheet", &A::buttonBorder, {&A::sheet}, kSymbol},
+        {"a scroll bar in the grid", &A::secondaryText, {&A::material}, kSymbol},
+        {"a scroll bar in the sidebar",
+         &A::secondaryText,
+         {&A::material, &A::shade, &A::recess},
+         kSymbol},
+        {"a scroll bar in a list", &A::secondaryText, {&A::list}, kSymbol},
+    };
+    return kPairs;
+}
+
+TEST(AppearanceTest, with_more_contrast_every_text_has_seven_and_every_symbol_four_and_a_half) {
+    const MoreContrast more;
+    const auto wanted = [](double ratio) { return ratio == kTextContrast ? 7.0 : 4.5; };
+    for (const Look& look : looks()) {
+        for (const std::vector<Pair>* const all : {&pairs(), &furtherPairs()}) {
+            for (const Pair& pair : *all) {
+                expectReached(look, pair, wanted(pair.ratio));
             }
         }
     }
 }
 
-TEST(AppearanceTest, the_star_is_always_the_same_yellow_and_can_always_be_seen) {
+TEST(AppearanceTest, with_more_contrast_the_window_is_solid_and_the_ring_twice_as_wide) {
+    for (const QColor& window : {QColor(239, 239, 239), QColor(50, 50, 50)}) {
+        const QColor blurred = translucent(window, kBlurredMaterial);
+        const Appearance usual = appearance(blurred, Qt::blue);
+        EXPECT_LT(usual.material.alpha(), 255);
+        EXPECT_EQ(usual.outline.alpha(), 0);
+        const MoreContrast more;
+        const Appearance a = appearance(blurred, Qt::blue);
+        EXPECT_EQ(a.material.alpha(), 255);
+        EXPECT_EQ(a.outline.alpha(), 255);
+        EXPECT_EQ(a.focusWidth, 2 * usual.focusWidth);
+        EXPECT_EQ(a.dark, usual.dark);
+    }
+}
+
+TEST(AppearanceTest, sidebar_and_search_field_can_be_told_from_the_window) {
+    for (const Look& look : looks()) {
+        const Appearance a = appearance(look.window, look.highlight);
+        for (const QColor& behind : {QColor(Qt::black), QColor(Qt::white)}) {
+            SCOPED_TRACE(look.name + " over " + behind.name().toStdString());
+            using A = Appearance;
+            EXPECT_GE(contrast(composited(a, {&A::material, &A::shade, &A::recess}, behind),
+                               composited(a, {&A::material}, behind)),
+                      1.12);
+        }
+        EXPECT_EQ(a.recess, translucent(Qt::black, 0.1));
+    }
+}
+
+void expectStars(double ratio) {
     for (const Look& look : looks()) {
         SCOPED_TRACE(look.name);
         const Appearance a = appearance(look.window, look.highlight);
@@ -165,12 +260,18 @@ TEST(AppearanceTest, the_star_is_always_the_same_yellow_and_can_always_be_seen) 
                 const QColor background = composited(a, layers, behind);
                 // In the light look the outline makes the star visible, in the dark look its own
                 // colour does.
-                EXPECT_GE(contrast(a.dark ? a.star : a.starOutline, background), kSymbolContrast)
+                EXPECT_GE(contrast(a.dark ? a.star : a.starOutline, background), ratio)
                     << background.name().toStdString();
             }
         }
         EXPECT_EQ(a.starOutline.alpha(), a.dark ? 0 : 255);
     }
+}
+
+TEST(AppearanceTest, the_star_is_always_the_same_yellow_and_can_always_be_seen) {
+    expectStars(3);
+    const MoreContrast more;
+    expectStars(4.5);
 }
 
 TEST(AppearanceTest, an_accent_that_is_legible_is_kept_as_it_is) {

@@ -45,6 +45,25 @@ TEST_F(AppliedDesktopSettingsTest, is_dark_or_light_from_the_start_and_follows_l
     EXPECT_EQ(QApplication::palette(), platforms);
 }
 
+TEST_F(AppliedDesktopSettingsTest, has_more_contrast_in_both_looks_when_the_user_wants_it) {
+    const AppliedDesktopSettings look(settings);
+    for (const ColorScheme scheme :
+         {ColorScheme::NoPreference, ColorScheme::Dark, ColorScheme::Light}) {
+        settings.choose({.colorScheme = scheme});
+        QCoreApplication::processEvents();
+        const QPalette before = widget.palette();
+        EXPECT_FALSE(Appearance(before).moreContrast);
+        settings.choose({.colorScheme = scheme, .moreContrast = true});
+        QCoreApplication::processEvents();
+        EXPECT_NE(widget.palette(), before);
+        EXPECT_TRUE(Appearance(widget.palette()).moreContrast);
+        EXPECT_EQ(Appearance(widget.palette()).dark, scheme == ColorScheme::Dark);
+    }
+    settings.choose({});
+    EXPECT_FALSE(moreContrast());
+    EXPECT_EQ(QApplication::palette(), platforms);
+}
+
 TEST_F(AppliedDesktopSettingsTest, keeps_the_accent_of_the_platform) {
     for (const ColorScheme scheme : {ColorScheme::Dark, ColorScheme::Light}) {
         settings.choose({scheme, false, ""});

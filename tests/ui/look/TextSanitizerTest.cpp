@@ -1,7 +1,10 @@
+#include <QFontMetrics>
+#include <QTextDocument>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "ui/look/Appearance.h"
 #include "ui/look/TextSanitizer.h"
 
 namespace tavo {
@@ -56,11 +59,29 @@ TEST(TextSanitizer, a_menu_entry_is_like_any_other_text_and_its_ampersand_a_lett
 }
 
 TEST(TextSanitizer, a_tool_tip_is_plain_and_never_endless) {
-    EXPECT_EQ(toolTipText(QStringLiteral("Apri Tom & \"Jerry\"")),
-              QStringLiteral("<span>Apri Tom &amp; &quot;Jerry&quot;</span>"));
+    EXPECT_EQ(
+        toolTipText(QStringLiteral("Apri Tom & \"Jerry\"")),
+        QStringLiteral("<div style=\"white-space:pre\">Apri Tom &amp; &quot;Jerry&quot;</div>"));
     EXPECT_EQ(toolTipText(QStringLiteral("<b>x</b>")).count(QStringLiteral("<b>")), 0);
-    EXPECT_LT(toolTipText(QString(10'000, u'x')).size(), 500);
+    EXPECT_LT(toolTipText(QString(10'000, u'x')).size(), 600);
     EXPECT_EQ(toolTipText({}), QString());
+}
+
+TEST(TextSanitizer, a_tool_tip_has_lines_as_long_as_can_be_and_no_longer_than_320_pixels) {
+    const QString sentence =
+        QStringLiteral("Una frase lunga, con parole brevi e medie. ").repeated(4);
+    for (const QString& text : {sentence.trimmed(), QString(120, u'W')}) {
+        QTextDocument tip;
+        tip.setHtml(toolTipText(text));
+        const QStringList lines = tip.toPlainText().split(u'\n');
+        const QFontMetrics metrics(interfaceFont(12));
+        EXPECT_GT(lines.size(), 1);
+        for (const QString& line : lines) {
+            EXPECT_LE(metrics.horizontalAdvance(line), 320);
+        }
+        EXPECT_GT(metrics.horizontalAdvance(lines.front()), 240);
+    }
+    EXPECT_FALSE(toolTipText(QStringLiteral("Apri Note")).contains(u'\n'));
 }
 
 TEST(TextSanitizer, long_words_and_paths_can_be_broken) {

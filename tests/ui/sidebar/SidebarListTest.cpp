@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ui/ActiveWindow.h"
+#include "ui/look/Metrics.h"
 #include "ui/sidebar/SidebarList.h"
 
 namespace tavo {
@@ -196,6 +197,27 @@ TEST_F(SidebarListTest, a_click_chooses_what_was_pressed_though_the_rows_move_me
     EXPECT_EQ(chosen, std::vector<std::string>{"a"});
 }
 
+TEST_F(SidebarListTest, a_scroll_bar_tells_at_rest_that_there_are_more_rows_than_in_view) {
+    const auto bar = [this] {
+        for (auto* const found : list.findChildren<QScrollBar*>()) {
+            if (found->parentWidget() == &list && found->isVisible()) {
+                return true;
+            }
+        }
+        return false;
+    };
+    show(kRows);
+    EXPECT_FALSE(bar());
+    std::vector<SidebarList::Row> rows = kRows;
+    for (int i = 0; i < 20; ++i) {
+        rows.push_back({"n" + std::to_string(i), "Progetto", 0, false});
+    }
+    show(rows);
+    EXPECT_TRUE(bar());
+    show(kRows);
+    EXPECT_FALSE(bar());
+}
+
 TEST_F(SidebarListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
     const std::string marks = [] {
         std::string text = "a";
@@ -211,7 +233,7 @@ TEST_F(SidebarListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
     const QImage image = list.grab().toImage();
     // Nothing of a row may be painted in the space between two rows.
     const int gap = list.itemRect(1).top() - 5;
-    for (int x = 0; x < image.width(); ++x) {
+    for (int x = 0; x < image.width() - metrics::kSidebarPadding; ++x) {
         EXPECT_EQ(image.pixel(x, gap), image.pixel(0, gap)) << x;
     }
     EXPECT_FALSE(list.itemName(2).contains(u'\n'));

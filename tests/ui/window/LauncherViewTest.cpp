@@ -137,6 +137,62 @@ TEST_F(LauncherViewTest, escape_clears_the_search_and_then_asks_to_go) {
     EXPECT_EQ(escaped, 1);
 }
 
+TEST_F(LauncherViewTest, shown_again_typing_replaces_the_search_wherever_the_keyboard_was) {
+    world.install({"Note", "Posta"});
+    view();
+    QTest::keyClicks(&focused(), QStringLiteral("po"));
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    ASSERT_EQ(&focused(), &list<TileGrid>());
+    view().startSearchAnew();
+    QTest::keyClicks(&focused(), QStringLiteral("no"));
+    EXPECT_EQ(view().findChild<QLineEdit*>()->text(), QStringLiteral("no"));
+    openEditor();
+    view().startSearchAnew();
+    EXPECT_EQ(view().findChild<QLineEdit*>()->selectedText(), QString());
+    EXPECT_EQ(dynamic_cast<QLineEdit*>(&focused())->placeholderText(),
+              QStringLiteral("Nuova categoria"));
+}
+
+TEST_F(LauncherViewTest, the_search_field_is_never_wider_than_900) {
+    for (const int width : {760, 980, 1190, 1400, 3840}) {
+        view().resize(width, 800);
+        QCoreApplication::processEvents();
+        const QWidget& field = *view().findChild<QLineEdit*>()->parentWidget();
+        EXPECT_EQ(field.width(), std::min(900, width - 200 - 118)) << width;
+        // The last button stays at the right edge.
+        for (const auto* const button : view().findChildren<QAbstractButton*>()) {
+            if (button->toolTip() == QStringLiteral("Aggiorna app")) {
+                EXPECT_EQ(button->mapTo(&view(), button->rect().center()).x(), width - 31) << width;
+            }
+        }
+    }
+}
+
+TEST_F(LauncherViewTest, the_close_button_is_large_enough_and_its_cross_can_be_seen) {
+    for (const bool dark : {false, true}) {
+        QApplication::setPalette(paletteOfLook(dark));
+        QAbstractButton* close = nullptr;
+        for (auto* const button : view().findChildren<QAbstractButton*>()) {
+            close = button->toolTip() == QStringLiteral("Chiudi") ? button : close;
+        }
+        ASSERT_NE(close, nullptr);
+        QCoreApplication::processEvents();
+        EXPECT_GE(close->width(), 20);
+        EXPECT_GE(close->height(), 20);
+        const QPoint place = close->mapTo(&view(), QPoint());
+        for (const QPoint& corner : {QPoint(1, 1), QPoint(18, 18)}) {
+            EXPECT_EQ(view().childAt(place + corner), close);
+        }
+        const QImage seen = view().grab(QRect(place, close->size())).toImage();
+        const QColor background = seen.pixelColor(close->width() - 3, close->height() / 2);
+        for (const int along : {-2, 0, 2}) {
+            const QPoint onCross(close->width() / 2 + along, close->height() / 2 + along);
+            EXPECT_GE(contrast(seen.pixelColor(onCross), background), 3) << along << dark;
+        }
+    }
+    QApplication::setPalette(QPalette());
+}
+
 TEST_F(LauncherViewTest, selecting_a_category_leaves_the_search_text) {
     world.install({"Note", "Posta"});
     world.storeFavorites({"Note"});

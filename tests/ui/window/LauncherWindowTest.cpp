@@ -109,6 +109,22 @@ TEST_F(LauncherWindowTest, is_whole_within_the_screen_when_it_is_shown_again) {
     }
 }
 
+TEST_F(LauncherWindowTest, says_when_it_is_shown_again_and_not_when_it_is_there_already) {
+    int again = 0;
+    window.onShownAgain = [&] {
+        EXPECT_TRUE(window.isVisible());
+        ++again;
+    };
+    present();
+    present();
+    compositing.turn(false);
+    compositing.turn(true);
+    EXPECT_EQ(again, 0);
+    window.hide();
+    present();
+    EXPECT_EQ(again, 1);
+}
+
 TEST_F(LauncherWindowTest, its_corners_are_cut_only_while_nothing_blends_them) {
     present();
     for (int round = 0; round < 2; ++round) {
@@ -122,10 +138,10 @@ TEST_F(LauncherWindowTest, its_corners_are_cut_only_while_nothing_blends_them) {
     }
 }
 
-TEST_F(LauncherWindowTest, its_background_is_translucent_only_while_it_is_blended) {
+TEST_F(LauncherWindowTest, its_background_is_translucent_only_while_what_is_behind_is_blurred) {
     present();
     const auto opacity = [this] { return Appearance(content()->palette()).material.alphaF(); };
-    EXPECT_NEAR(opacity(), kPlainMaterial, 0.01);
+    EXPECT_EQ(opacity(), 1);
     compositing.blurring = true;
     compositing.turn(true);
     EXPECT_NEAR(opacity(), kBlurredMaterial, 0.01);
@@ -135,16 +151,26 @@ TEST_F(LauncherWindowTest, its_background_is_translucent_only_while_it_is_blende
     compositing.turn(true);
     present();
     EXPECT_NEAR(opacity(), kBlurredMaterial, 0.01);
+    setMoreContrast(true);
+    QApplication::setPalette(paletteOfLook(true));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(opacity(), 1);
+    setMoreContrast(false);
+    QApplication::setPalette(paletteOfLook(true));
+    QCoreApplication::processEvents();
+    EXPECT_NEAR(opacity(), kBlurredMaterial, 0.01);
+    QApplication::setPalette(QPalette());
 }
 
 TEST_F(LauncherWindowTest, its_background_stays_translucent_when_the_look_changes) {
+    compositing.blurring = true;
     present();
     for (const bool dark : {true, false}) {
         QApplication::setPalette(paletteOfLook(dark));
         QCoreApplication::processEvents();
         const Appearance appearance(content()->palette());
         EXPECT_EQ(appearance.dark, dark);
-        EXPECT_NEAR(appearance.material.alphaF(), kPlainMaterial, 0.01);
+        EXPECT_NEAR(appearance.material.alphaF(), kBlurredMaterial, 0.01);
     }
     QApplication::setPalette(QPalette());
 }
