@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QMargins>
 #include <QRegion>
+#include <QTimer>
 #include <QWindow>
 #include <map>
 #include <utility>
@@ -82,6 +83,7 @@ public:
         // Qt says these to the compositor as they are, and the compositor leaves the margin out.
         window->setMinimumSize(
             {qRound(margin.smallestWidth / scale), qRound(margin.smallestHeight / scale)});
+        tellSmallestSizeSoon(*window);
         // Qt makes this the region of input.
         const PixelRect& input = margin.input;
         window->setMask(margin.width == 0
@@ -127,9 +129,20 @@ private:
                     setMargins_(&window, surface.margins);
                 }
                 blur(window, surface);
+                tellSmallestSizeSoon(window);
             }
         }
         return false;
+    }
+
+    // GNOME's compositor adds the margin that the window has at the moment to the smallest size,
+    // and subtracts the margin of later from the sum. So it is told again once it has the margin.
+    static void tellSmallestSizeSoon(QWindow& window) {
+        QTimer::singleShot(0, &window, [&window] {
+            if (window.handle() != nullptr) {
+                window.handle()->propagateSizeHints();
+            }
+        });
     }
 
     // KWin follows when the surface is committed next.
