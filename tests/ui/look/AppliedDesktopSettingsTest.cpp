@@ -8,6 +8,7 @@
 #include "ui/look/AppliedDesktopSettings.h"
 #include "ui/look/Contrast.h"
 #include "ui/look/Motion.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 namespace {
@@ -83,6 +84,27 @@ TEST_F(AppliedDesktopSettingsTest, takes_the_accent_of_the_desktop_whatever_the_
         settings.choose({scheme, false, "", {}});
         EXPECT_EQ(accent(), platforms.color(QPalette::Highlight));
     }
+}
+
+TEST_F(AppliedDesktopSettingsTest, takes_the_size_of_text_beyond_the_scale_of_the_screens) {
+    const double screens = qGuiApp->devicePixelRatio();
+    {
+        const AppliedDesktopSettings look(settings);
+        useInterfaceFont(widget, 12, QFont::Bold);
+        settings.choose({.textScale = 1.5});
+        EXPECT_EQ(widget.font().pixelSize(), 18);
+        EXPECT_EQ(widget.font().weight(), QFont::Bold);
+        settings.choose({.screenAndTextScale = screens});
+        EXPECT_EQ(widget.font().pixelSize(), 12) << "all of it is the screens'";
+        settings.choose({.screenAndTextScale = screens * 1.25});
+        EXPECT_EQ(textScale(), 1.25);
+        settings.choose({.textScale = 1.2, .screenAndTextScale = screens * 1.25});
+        EXPECT_EQ(textScale(), 1.5);
+        settings.choose({.screenAndTextScale = screens / 2});
+        EXPECT_EQ(textScale(), 1) << "a screen is never shown smaller by text";
+        settings.choose({.textScale = 2});
+    }
+    EXPECT_EQ(textScale(), 1);
 }
 
 TEST_F(AppliedDesktopSettingsTest, takes_the_font_of_the_desktop_and_keeps_its_own_sizes) {

@@ -133,6 +133,14 @@ TEST_F(SessionDesktopSettingsTest, what_is_told_twice_is_taken_from_the_nearer) 
     EXPECT_EQ(onKde.doubleClickTime, milliseconds(700));
 }
 
+TEST_F(SessionDesktopSettingsTest, x_settings_have_the_size_of_text_in_their_resolution) {
+    const auto manager = world_.server.publishSettings(
+        XSettingsBytes(false).addInteger("Xft/DPI", 144 * 1024).property());
+    world_.portal.set(kInterface, "text-scaling-factor", "1.5");
+    EXPECT_EQ(world_.answered().screenAndTextScale, 1.5);
+    EXPECT_EQ(world_.settings().preferences().textScale, 1.0);
+}
+
 TEST_F(SessionDesktopSettingsTest, files_are_read_anew_when_it_is_told_so) {
     world_.folder.write("kdeglobals", "[General]\nfont=Before,10\n");
     EXPECT_EQ(world_.answered("KDE").fontFamilies, "Before");

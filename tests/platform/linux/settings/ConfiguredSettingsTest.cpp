@@ -1,3 +1,8 @@
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "platform/linux/settings/ConfiguredSettings.h"
@@ -19,7 +24,6 @@ protected:
         folder_.write(file, content);
     }
 
-private:
     processes::Folder folder_;
 };
 
@@ -38,7 +42,8 @@ TEST_F(ConfiguredSettingsTest, kdes_are_read_from_kdeglobals) {
                                                     milliseconds(700),
                                                     {},
                                                     milliseconds(0),
-                                                    5}));
+                                                    5,
+                                                    1.0}));
     EXPECT_EQ(onDesktop("GNOME"), DesktopPreferences()) << "the files of another session";
 }
 
@@ -61,6 +66,43 @@ TEST_F(ConfiguredSettingsTest, colours_that_kdeglobals_lacks_are_those_of_the_sc
     EXPECT_EQ(onDesktop("KDE").accent, 0x010203U);
     write("user/kdeglobals", "[General]\nColorScheme=../color-schemes/Night\n");
     EXPECT_EQ(onDesktop("KDE").colorScheme, ColorScheme::NoPreference) << "not the name of a file";
+}
+
+TEST_F(ConfiguredSettingsTest, the_size_of_text_is_that_of_kdes_font) {
+    for (const auto& [font, scale] : std::vector<std::pair<std::string, std::optional<double>>>{
+             {"Noto Sans,10,-1,5,50,0,0,0,0,0", 1.0},
+             {"Noto Sans,12.5,-1,5,50,0,0,0,0,0", 1.25},
+             {"Noto Sans,20", 2.0},
+             {"Noto Sans,0", std::nullopt},
+             {"Noto Sans,-1,13", std::nullopt},
+             {"Noto Sans,nan", std::nullopt},
+             {"Noto Sans,500", std::nullopt},
+             {"Noto Sans", std::nullopt},
+             {"", std::nullopt}}) {
+        write("user/kdeglobals", "[General]\nfont=" + font + "\n");
+        EXPECT_EQ(onDesktop("KDE").textScale, scale) << font;
+    }
+}
+
+TEST_F(ConfiguredSettingsTest, a_resolution_forced_upon_kdes_fonts_counts) {
+    const auto on = [this](bool wayland) {
+        return configuredSettings({.config = {folder_.path("user")},
+                                   .data = {},
+                                   .desktops = {"KDE"},
+                                   .wayland = wayland});
+    };
+    write("user/kdeglobals", "[General]\nfont=Noto Sans,12\n");
+    write("user/kcmfonts", "[General]\nforceFontDPI=120\nforceFontDPIWayland=144\n");
+    EXPECT_EQ(on(false).textScale, 1.2);
+    EXPECT_EQ(on(false).screenAndTextScale, 1.25);
+    EXPECT_NEAR(on(true).textScale.value_or(0), 1.8, 0.001);
+    EXPECT_EQ(on(true).screenAndTextScale, std::nullopt);
+    for (const char* const nonsense : {"0", "-96", "4800", "nan", ""}) {
+        write("user/kcmfonts", std::string("[General]\nforceFontDPI=") + nonsense +
+                                   "\nforceFontDPIWayland=" + nonsense + "\n");
+        EXPECT_EQ(on(false).screenAndTextScale, std::nullopt) << nonsense;
+        EXPECT_EQ(on(true).textScale, 1.2) << nonsense;
+    }
 }
 
 TEST_F(ConfiguredSettingsTest, lxqts_are_read_from_its_own_file) {

@@ -169,6 +169,14 @@ TEST_F(PortalDesktopSettingsTest, times_of_mouse_and_cursor_are_taken) {
     EXPECT_EQ(world_.settings().preferences().doubleClickTime, milliseconds(300));
 }
 
+TEST_F(PortalDesktopSettingsTest, the_size_of_text_is_taken_and_followed) {
+    world_.portal.set(kInterface, "text-scaling-factor", "1.25");
+    EXPECT_EQ(world_.answered().textScale, 1.25);
+    world_.portal.set(kInterface, "text-scaling-factor", "2.0");
+    EXPECT_TRUE(
+        world_.eventually([&] { return world_.settings().preferences().textScale == 2.0; }));
+}
+
 TEST_F(PortalDesktopSettingsTest, nonsense_counts_as_no_answer) {
     struct Row {
         const char* group;
@@ -187,6 +195,11 @@ TEST_F(PortalDesktopSettingsTest, nonsense_counts_as_no_answer) {
         {kInterface, "icon-theme", "b'Papirus'"},
         {kInterface, "icon-theme", "<<uint32 1>>"},
         {kInterface, "font-name", "11"},
+        {kInterface, "text-scaling-factor", "2"},
+        {kInterface, "text-scaling-factor", "0.0"},
+        {kInterface, "text-scaling-factor", "-1.0"},
+        {kInterface, "text-scaling-factor", "50.0"},
+        {kInterface, "text-scaling-factor", "nan"},
         {kInterface, "gtk-theme", "true"},
         {kInterface, "cursor-blink-time", "-1"},
         {kInterface, "cursor-blink-time", "uint32 900"},

@@ -66,12 +66,25 @@ TEST(SettingValues, times_that_no_hand_and_no_eye_could_follow_are_none) {
     EXPECT_EQ(cursorBlinkTimeOf(false, 1), milliseconds(0));
 }
 
+TEST(SettingValues, sizes_of_text_that_make_no_sense_are_none) {
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    for (const double factor : {0.5, 1.0, 1.25, 2.0, 3.0}) {
+        EXPECT_EQ(textScaleOf(factor), factor);
+        EXPECT_EQ(screenAndTextScaleOf(96 * factor), factor);
+    }
+    for (const double factor : {0.0, -1.0, 50.0, none, 1e300}) {
+        EXPECT_EQ(textScaleOf(factor), std::nullopt) << factor;
+        EXPECT_EQ(screenAndTextScaleOf(96 * factor), std::nullopt) << factor;
+    }
+}
+
 TEST(SettingValues, what_is_told_already_is_kept) {
     DesktopPreferences told = {ColorScheme::Light, false, "", 0x112233};
     fillIn(told, {ColorScheme::Dark, true, "Papirus", 0x445566, "Cantarell", milliseconds(500), 4,
-                  milliseconds(0), 5, true});
-    EXPECT_EQ(told, (DesktopPreferences{ColorScheme::Light, true, "Papirus", 0x112233, "Cantarell",
-                                        milliseconds(500), 4, milliseconds(0), 5, true}));
+                  milliseconds(0), 5, 1.25, 2.0, true});
+    EXPECT_EQ(told,
+              (DesktopPreferences{ColorScheme::Light, true, "Papirus", 0x112233, "Cantarell",
+                                  milliseconds(500), 4, milliseconds(0), 5, 1.25, 2.0, true}));
 }
 
 }  // namespace
