@@ -1,9 +1,15 @@
 """The window on screens of every scale, on several at once, and on ones that come, go and turn."""
 
+import json
+import os
+import re
 import subprocess
 
-from harness import PROGRAM, DesktopTest, wait_until
+from gi.repository import Atspi, GLib
+from harness import PROGRAM, DesktopTest, Launcher, wait_until
+from test_desktop_settings import SettingsTest
 
+APP_ID = "org.tavolauncher.TavoLauncher"
 SCALES = (1, 1.25, 1.5, 2)
 
 
@@ -230,3 +236,141 @@ class SmallScreen(ScreensTest):
 
 class SmallScreenUnderXfwm4(SmallScreen):
     wm = "xfwm4 --compositor=on"
+
+
+class TextSize(SettingsTest):
+    """As the settings portal tells it. On X11 that counts where no X settings have it."""
+
+    SCALING = "org.gnome.desktop.interface", "text-scaling-factor"
+
+    def height_of_row(self, launcher):
+        return launcher.node("list item", "Tutte").get_extents(Atspi.CoordType.SCREEN).height
+
+    def test_it_is_followed_at_once_and_nonsense_is_the_usual_one(self):
+        portal = self.portal({self.SCALING: GLib.Variant("d", 1.5)})
+        launcher = self.launch()
+        for scale, height in ((1.5, 42), (2, 50), (0, 34), (1.25, 38), (-1, 34), (2, 50), (50, 34),
+                              (1.25, 38), (float("nan"), 34), (1, 34)):
+            with self.subTest(scale=scale):
+                portal.set(self.SCALING, GLib.Variant("d", scale))
+                wait_until(lambda: self.height_of_row(launcher) == height, f"rows {height} high")
+                self.assertEqual(launcher.size(), (980, 640))
+
+
+class TwoOutputs(SettingsTest):
+    """Sway without a screen, with an output of scale 1 and one of scale 1.5. The compositor places
+    the window, so it is the output with the focus that it comes to."""
+
+    wm = None
+
+    def setUp(self):
+        if os.geteuid() == 0:
+            self.skipTest("sway refuses to run as root")
+        super().setUp()
+        settings = self.desktop.folder / "sway.conf"
+        settings.write_text("xwayland disable\n"
+                            "output HEADLESS-1 mode 1280x900 scale 1 pos 0 0\n"
+                            "output HEADLESS-2 mode 1920x1350 scale 1.5 pos 1280 0\n"
+                            f"for_window [app_id={APP_ID}] floating enable\n")
+        self.desktop.start(
+            ["sway", "-c", settings],
+            {"WLR_BACKENDS": "headless", "WLR_HEADLESS_OUTPUTS": "2", "WLR_RENDERER": "pixman",
+             "WLR_LIBINPUT_NO_DEVICES": "1"}, log="sway.log")
+        run = self.desktop.folder / "run"
+        socket = wait_until(lambda: next(run.glob("sway-ipc.*.sock"), None), "sway")
+        display = wait_until(lambda: next(run.glob("wayland-?"), None), "sway's display")
+        self.session = {"SWAYSOCK": str(socket), "WAYLAND_DISPLAY": display.name,
+                        "XDG_CURRENT_DESKTOP": "sway", "WAYLAND_DEBUG": "client"}
+        wait_until(lambda: len(self.said("get_outputs")) == 2, "two outputs")
+
+    def start_there(self):
+        environment = {**self.desktop.environment, **self.desktop.hermetic, **self.session}
+        words = ["env", "-u", "DISPLAY", *(f"{name}={value}" for name, value in environment.items()
+                                           if name != "DISPLAY"), PROGRAM]
+        return self.desktop.start(words)
+
+    def said(self, question):
+        done = subprocess.run(["swaymsg", "-t", question, "-r"], capture_output=True, text=True,
+                              env={**self.desktop.environment, **self.session})
+        return json.loads(done.stdout) if done.returncode == 0 else []
+
+    def tell(self, command):
+        subprocess.run(["swaymsg", command], check=True, capture_output=True,
+                       env={**self.desktop.environment, **self.session})
+
+    def window(self):
+        """Name of the output that the window is on, and its size; nothing while it is not shown."""
+        open_ = [(node, None) for node in [self.said("get_tree")] if node]
+        while open_:
+            node, output = open_.pop()
+            output = node["name"] if node["type"] == "output" else output
+            if node.get("app_id") == APP_ID:
+                return output, node["rect"]["width"], node["rect"]["height"]
+            open_ += [(below, output) for below in node["nodes"] + node["floating_nodes"]]
+        return None
+
+    def await_window(self, *wanted):
+        try:
+            wait_until(lambda: self.window() == wanted, f"the window {wanted}", seconds=20)
+        except Exception as error:
+            raise AssertionError(f"the window is {self.window()}, not {wanted}") from error
+
+    def buffer_scales(self):
+        """The scales of the pictures that the program has given its window."""
+        return re.findall(r"wl_surface@\d+\.set_buffer_scale\((\d+)\)", self.desktop.log())
+
+    def close_window(self):
+        self.tell(f"[app_id={APP_ID}] kill")
+        wait_until(lambda: self.window() is None, "the window to go")
+
+    def test_summoned_again_it_is_on_the_output_with_the_focus_at_its_scale(self):
+        self.tell("focus output HEADLESS-1")
+        program = self.start_there()
+        self.await_window("HEADLESS-1", 980, 640)
+        for output, scale in (("HEADLESS-2", "2"), ("HEADLESS-1", "1"), ("HEADLESS-2", "2")):
+            with self.subTest(output=output):
+                self.close_window()
+                self.tell(f"focus output {output}")
+                self.assertEqual(self.start_there().wait(timeout=20), 0)
+                # It is smaller where 980 × 640 has no room, which is on none of these two.
+                self.await_window(output, 980, 640)
+                # Qt paints at whole scales, and the compositor makes that smaller.
+                wait_until(lambda: self.buffer_scales()[-1:] == [scale], f"the scale {scale}")
+        self.assertIsNone(program.poll())
+
+    def test_moved_to_the_other_output_it_has_its_scale_and_its_size(self):
+        self.tell("focus output HEADLESS-1")
+        self.start_there()
+        self.await_window("HEADLESS-1", 980, 640)
+        self.tell(f"[app_id={APP_ID}] move container to output HEADLESS-2")
+        self.await_window("HEADLESS-2", 980, 640)
+        wait_until(lambda: self.buffer_scales()[-1:] == ["2"], "twice the scale")
+
+    def test_at_every_scale_of_its_output_it_has_its_usual_size(self):
+        self.tell("focus output HEADLESS-2")
+        self.tell("output HEADLESS-2 mode --custom 2560x1800")
+        for scale in SCALES:
+            with self.subTest(scale=scale):
+                self.tell(f"output HEADLESS-2 scale {scale}")
+                program = self.start_there()
+                self.await_window("HEADLESS-2", 980, 640)
+                wait_until(lambda: scale == 1 or self.buffer_scales()[-1:] == ["2"], "the scale",
+                           seconds=10)
+                program.terminate()
+                program.wait(timeout=20)
+                wait_until(lambda: self.window() is None, "the window to go")
+
+    def test_the_size_of_text_is_followed(self):
+        scaling = TextSize.SCALING
+        portal = self.portal({scaling: GLib.Variant("d", 1.0)})
+        self.tell("focus output HEADLESS-1")
+        process = self.start_there()
+        launcher = Launcher(self.desktop, process)
+        launcher.await_node("list item", "Tutte")
+        for scale, height in ((2, 50), (0, 34), (1.5, 42), (50, 34)):
+            with self.subTest(scale=scale):
+                portal.set(scaling, GLib.Variant("d", scale))
+                def right():
+                    box = launcher.node("list item", "Tutte").get_extents(Atspi.CoordType.WINDOW)
+                    return box.height == height
+                wait_until(right, f"rows {height} high", seconds=10)

@@ -100,6 +100,11 @@ void LauncherWindow::comeToPointer() {
     if (target == nullptr || (isFlush(*this) && isVisible())) {
         return;  // a maximised window stays on its screen
     }
+    if (!programsPlaceWindows()) {
+        limitTo(target->availableSize());
+        fitInto(target->availableGeometry(), false);
+        return;
+    }
     const bool elsewhere = !std::exchange(placed_, true) || target != screen();
     const bool rescaled = std::exchange(scale_, target->devicePixelRatio()) != scale_;
     if (rescaled) {
@@ -136,6 +141,10 @@ void LauncherWindow::fitInto(const QRect& area, bool centred) {
     if (isFlush(*this)) {
         return;
     }
+    if (!programsPlaceWindows()) {
+        resize(size().boundedTo(area.size().grownBy(contentsMargins())));
+        return;
+    }
     const QRect before = geometry().marginsRemoved(contentsMargins());
     if (before.size() != shrunkSize_) {
         wantedSize_ = before.size();
@@ -149,9 +158,7 @@ void LauncherWindow::fitInto(const QRect& area, bool centred) {
     place.moveLeft(std::max(area.left(), std::min(place.left(), area.right() + 1 - place.width())));
     place.moveTop(std::max(area.top(), std::min(place.top(), area.bottom() + 1 - place.height())));
     const QRect whole = place.marginsAdded(contentsMargins());
-    if (!programsPlaceWindows()) {
-        resize(whole.size());
-    } else if (whole != geometry()) {
+    if (whole != geometry()) {
         setGeometry(whole);
     }
 }
@@ -201,7 +208,9 @@ void LauncherWindow::fit() {
         if (rescaled) {
             rescaleNative();
         }
-        shape();
+        if (rescaled && programsPlaceWindows()) {
+            shape();  // elsewhere it changes the size of a window that is being shown
+        }
     }
 }
 
