@@ -41,7 +41,11 @@ class Validators(unittest.TestCase):
     def test_the_metainfo_is_valid(self):
         ran = subprocess.run(["appstreamcli", "validate", "--no-net", "--no-color",
                               PACKAGING / f"{ID}.metainfo.xml"], capture_output=True, text=True)
-        self.assertEqual(ran.returncode, 0, ran.stdout + ran.stderr)
+        # Newer versions warn of a home page, which there is none of.
+        problems = [line for line in re.findall("^[EW]: .*$", ran.stdout, re.MULTILINE)
+                    if not line.endswith(" url-homepage-missing")]
+        self.assertEqual(problems, [])
+        self.assertIn(ran.returncode, (0, 3), ran.stdout + ran.stderr)
 
     def test_the_manual_pages_are_set_without_a_complaint(self):
         for page in ("tavolauncher.1", "it/tavolauncher.1"):
