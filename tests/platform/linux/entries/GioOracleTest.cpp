@@ -159,6 +159,19 @@ TEST_P(GioOracleTest, installed_entries_are_listed_as_GIO_lists_them) {
     expectSameInEachDesktop([](std::size_t) {});
 }
 
+// Whether this GLib, as that of Debian 12, reads a value with an unknown escape and a translation
+// for the language "C". Later ones read neither, and our reader does.
+bool readsOddValues() {
+    GKeyFile* const file = g_key_file_new();
+    g_key_file_load_from_data(file, "[a]\nb=\\q\n", static_cast<gsize>(-1), G_KEY_FILE_NONE,
+                              nullptr);
+    char* const value = g_key_file_get_string(file, "a", "b", nullptr);
+    const bool read = value != nullptr;
+    g_free(value);
+    g_key_file_unref(file);
+    return read;
+}
+
 // Makes desktop entries that differ in whatever a rule of discovery looks at. Makes the same ones
 // in each run.
 class EntryMaker {
@@ -213,11 +226,10 @@ private:
         if (!oneIn(25)) {
             lines.push_back("Name=" + name());
         }
-        for (const char* const locale : {"it", "it_IT", "de", "de_DE", "sr", "sr@latin", "pt",
+        for (const std::string locale : {"it", "it_IT", "de", "de_DE", "sr", "sr@latin", "pt",
                                          "pt_BR", "fr", "C", "en_GB", "IT"}) {
-            if (oneIn(4)) {
-                lines.push_back(std::string("Name[") + locale +
-                                "]=" + (oneIn(10) ? "Caff\xe8" : name()));
+            if (oneIn(4) && (oddValues_ || locale != "C")) {
+                lines.push_back("Name[" + locale + "]=" + (oneIn(10) ? "Caff\xe8" : name()));
             }
         }
         if (!oneIn(10)) {
@@ -244,11 +256,11 @@ private:
     }
 
     std::string name() {
-        return pick({"Files", "Caff\xc3\xa8", "a\\sb\\\\c", "x\\qy", "<b>&",
+        return pick({"Files", "Caff\xc3\xa8", "a\\sb\\\\c", oddValues_ ? "x\\qy" : "xy", "<b>&",
                      "\xe2\x80\xae"
                      "A",
-                     "tab\\tbreak\\n", "  blanks  ", "end\\", "\xd7\x90\xd7\x91", "a=b;c",
-                     "\x01"}) +
+                     "tab\\tbreak\\n", "  blanks  ", oddValues_ ? "end\\" : "end",
+                     "\xd7\x90\xd7\x91", "a=b;c", "\x01"}) +
                std::to_string(random_() % 1000);
     }
 
@@ -275,7 +287,7 @@ private:
                      "A=b program",
                      "program\\nx",
                      "program \\\\",
-                     "program \\q",
+                     oddValues_ ? "program \\q" : "program q",
                      "caff\xe8",
                      "./program",
                      "/bin/sh",
@@ -300,6 +312,7 @@ private:
     }
 
     const EntryTree& tree_;
+    const bool oddValues_ = readsOddValues();
     std::mt19937 random_{42};
 };
 

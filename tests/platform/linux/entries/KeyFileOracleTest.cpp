@@ -37,12 +37,21 @@ public:
 
     [[nodiscard]] bool isEntry() const { return isEntry_; }
 
-    [[nodiscard]] std::string string(const std::string& key) const {
-        return taken(g_key_file_get_string(file_, kGroup, key.c_str(), nullptr)).value_or("");
+    // Absent where the value has an unknown escape and this GLib, unlike that of Debian 12, reads
+    // no such value.
+    [[nodiscard]] std::optional<std::string> string(const std::string& key) const {
+        auto text = taken(g_key_file_get_string(file_, kGroup, key.c_str(), nullptr));
+        if (!text) {
+            const auto raw = taken(g_key_file_get_value(file_, kGroup, key.c_str(), nullptr));
+            if (raw && g_utf8_validate(raw->c_str(), -1, nullptr) != FALSE) {
+                return std::nullopt;
+            }
+        }
+        return text.value_or("");
     }
-    [[nodiscard]] std::string localized(const std::string& key) const {
+    [[nodiscard]] std::optional<std::string> localized(const std::string& key) const {
         for (const std::string& language : kLanguages) {
-            if (std::string text = string(key + '[' + language + ']'); !text.empty()) {
+            if (auto text = string(key + '[' + language + ']'); !text || !text->empty()) {
                 return text;
             }
         }
@@ -73,6 +82,12 @@ private:
     bool isEntry_ = false;
 };
 
+void expectSame(const std::string& ours, const std::optional<std::string>& theirs) {
+    if (theirs) {
+        EXPECT_EQ(ours, *theirs);
+    }
+}
+
 void expectSame(const std::string& bytes) {
     const Oracle oracle(bytes);
     const auto entry = parseDesktopEntry(bytes, kLanguages);
@@ -80,17 +95,17 @@ void expectSame(const std::string& bytes) {
     if (!entry) {
         return;
     }
-    if (const std::string name = oracle.localized("Name");
-        name.empty() && oracle.nameIsIllFormed()) {
+    if (const auto name = oracle.localized("Name");
+        name && name->empty() && oracle.nameIsIllFormed()) {
         EXPECT_NE(entry->name.find("\xef\xbf\xbd"), std::string::npos);
     } else {
-        EXPECT_EQ(entry->name, name);
+        expectSame(entry->name, name);
     }
-    EXPECT_EQ(entry->icon, oracle.localized("Icon"));
-    EXPECT_EQ(entry->type, oracle.string("Type"));
-    EXPECT_EQ(entry->exec, oracle.string("Exec"));
-    EXPECT_EQ(entry->tryExec, oracle.string("TryExec"));
-    EXPECT_EQ(entry->path, oracle.string("Path"));
+    expectSame(entry->icon, oracle.localized("Icon"));
+    expectSame(entry->type, oracle.string("Type"));
+    expectSame(entry->exec, oracle.string("Exec"));
+    expectSame(entry->tryExec, oracle.string("TryExec"));
+    expectSame(entry->path, oracle.string("Path"));
     EXPECT_EQ(entry->onlyShowIn, oracle.list("OnlyShowIn"));
     EXPECT_EQ(entry->notShowIn, oracle.list("NotShowIn"));
     EXPECT_EQ(entry->hidden, oracle.boolean("Hidden"));
