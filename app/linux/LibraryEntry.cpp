@@ -25,13 +25,15 @@
 namespace {
 
 // Qt and the accessibility libraries wait for a session bus that does not answer, without limit,
-// and start one where there is none. The variable that is set here keeps them from both;
-// applications get the environment as it was. SessionBus connects to the returned address whenever
-// the bus answers.
+// and start one where there is none; Qt waits for the accessibility bus in the same way. The
+// variables that are set here keep them from it; applications get the environment as it was.
+// SessionBus connects to the returned address whenever the bus answers.
 std::string chooseBus() {
     std::string address = tavo::sessionBusAddress();
     if (address.empty() || !tavo::busAnswers(address)) {
         ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+    } else if (!tavo::accessibilityBusAnswers()) {
+        ::setenv("AT_SPI_BUS_ADDRESS", "unix:path=/nonexistent", 1);
     }
     return address;
 }

@@ -4,8 +4,10 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -92,6 +94,28 @@ bool busAnswers(const std::string& address) {
     }
     pollfd wait = {.fd = socket.get(), .events = POLLIN, .revents = 0};
     return ::poll(&wait, 1, static_cast<int>(kPatience.count())) > 0;
+}
+
+bool accessibilityBusAnswers() {
+    const char* const address = std::getenv("AT_SPI_BUS_ADDRESS");
+    if (address != nullptr && *address != '\0') {
+        return busAnswers(address);
+    }
+    const char* const folder = std::getenv("XDG_RUNTIME_DIR");
+    if (folder == nullptr || *folder == '\0') {
+        return true;
+    }
+    std::error_code failed;
+    std::filesystem::directory_iterator entry(std::filesystem::path(folder) / "at-spi", failed);
+    for (; !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+        char* const escaped = g_dbus_address_escape_value(entry->path().c_str());
+        const bool answers = busAnswers(std::string("unix:path=") + escaped);
+        g_free(escaped);
+        if (!answers) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Where the session bus is, and whether it reacts.
+// Where the session bus is, and whether it and the accessibility bus react.
 #pragma once
 
 #include <string>
@@ -17,5 +17,10 @@ namespace tavo {
 // it usually does so in less than a millisecond. Other addresses than a unix socket's file are not
 // asked; the answer is true for them.
 [[nodiscard]] bool busAnswers(const std::string& address);
+
+// The same of the bus that screen readers use: the one in AT_SPI_BUS_ADDRESS, else each socket that
+// at-spi2-core has in XDG_RUNTIME_DIR, one bus per display. True where there is none, and for one
+// that is somewhere else.
+[[nodiscard]] bool accessibilityBusAnswers();
 
 }  // namespace tavo

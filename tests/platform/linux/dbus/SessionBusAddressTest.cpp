@@ -1,3 +1,6 @@
+#include <cstdlib>
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "platform/linux/dbus/SessionBusAddress.h"
@@ -43,6 +46,25 @@ TEST(BusAnswers, is_false_for_a_socket_that_stays_silent) {
     const processes::Folder folder;
     const processes::SilentSocket silent(folder.path("bus"));
     EXPECT_FALSE(busAnswers("unix:path=" + folder.path("bus")));
+}
+
+TEST(AccessibilityBusAnswers, is_false_only_while_a_bus_of_the_runtime_folder_stays_silent) {
+    const processes::Folder folder;
+    ::unsetenv("AT_SPI_BUS_ADDRESS");
+    ::setenv("XDG_RUNTIME_DIR", folder.path("").c_str(), 1);
+    EXPECT_TRUE(accessibilityBusAnswers());
+    std::filesystem::create_directory(folder.path("at-spi"));
+    EXPECT_TRUE(accessibilityBusAnswers());
+    {
+        const processes::SilentSocket silent(folder.path("at-spi/bus_0"));
+        EXPECT_FALSE(accessibilityBusAnswers());
+        ::setenv("AT_SPI_BUS_ADDRESS", ("unix:path=" + folder.path("gone")).c_str(), 1);
+        EXPECT_TRUE(accessibilityBusAnswers());
+        ::unsetenv("AT_SPI_BUS_ADDRESS");
+    }
+    EXPECT_TRUE(accessibilityBusAnswers());
+    ::unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_TRUE(accessibilityBusAnswers());
 }
 
 }  // namespace
