@@ -1,8 +1,8 @@
 """What a screen reader is told of the window: a promise to its users, so all of it is written out.
 
-A line is a thing with its role and name, then what it holds or is ("= text", "selected", "ticked",
-"disabled", "keyboard"), then in brackets what can be done with it. What is nested stands below it,
-indented. Nameless containers are left out: nobody is told of them.
+A line is a thing with its role and name, a list item's description in parentheses, then what it holds
+or is ("= text", "selected", "ticked", "modal", "expandable", "disabled", "keyboard"), then in brackets
+what can be done with it. What is nested stands below it, indented. Nameless containers are left out: nobody is told of them.
 """
 
 import pathlib
@@ -12,6 +12,7 @@ from harness import (Atspi, DesktopError, DesktopTest, Store, actions, await_nod
                       has_state, press, role_of, text_of)
 
 STATES = ((Atspi.StateType.SELECTED, "selected"), (Atspi.StateType.CHECKED, "ticked"),
+          (Atspi.StateType.MODAL, "modal"), (Atspi.StateType.EXPANDABLE, "expandable"),
           (Atspi.StateType.FOCUSED, "keyboard"))
 CONTAINERS = ("filler", "panel")
 
@@ -24,6 +25,8 @@ def tree_text(node, depth=0):
     line = f'{role} "{name}"'
     if role == "text":
         line += f' = "{text_of(node)}"'
+    if role in ("list item", "combo box") and node.get_description():
+        line += f" ({node.get_description()})"
     line += "".join(f", {word}" for state, word in STATES if has_state(node, state))
     if not has_state(node, Atspi.StateType.SENSITIVE) and role != "separator":
         line += ", disabled"
@@ -81,7 +84,7 @@ class AccessibleTree(DesktopTest):
                     list item "Recenti" [Press]
                     list item "Nascoste" [Press]
                     list item "Frutta" [Press]
-                    list item "Agrumi" [Press]
+                    list item "Agrumi" (Livello 2) [Press]
                 push button "Modifica categorie" [Press]
                 text "Cerca app o categoria…" = "", keyboard
                 push button "Suggerimenti di ricerca" [Press]
@@ -90,8 +93,9 @@ class AccessibleTree(DesktopTest):
                     list item "Apri Ananas" [Press, ShowMenu]
                     list item "Apri Bosco" [Press, ShowMenu]
                     list item "Apri Cedro" [Press, ShowMenu]
-                label "3 app"
-                push button "Powered by qt.io" [Press]
+                status bar ""
+                    label "3 app"
+                    push button "Powered by qt.io" [Press]
             """)
 
     def test_a_favorite_found_by_a_search_with_the_keyboard_on_it(self):
@@ -110,16 +114,17 @@ class AccessibleTree(DesktopTest):
                     list item "Recenti" [Press]
                     list item "Nascoste" [Press]
                     list item "Frutta" [Press]
-                    list item "Agrumi" [Press]
+                    list item "Agrumi" (Livello 2) [Press]
                 push button "Modifica categorie" [Press]
                 text "Cerca app o categoria…" = "bo"
                 push button "Suggerimenti di ricerca" [Press]
                 push button "Aggiorna app" [Press]
                 list "App", keyboard
-                    list item "Apri Bosco", selected, keyboard [Press, ShowMenu]
+                    list item "Apri Bosco" (Preferita), selected, keyboard [Press, ShowMenu]
                         push button "Rimuovi dai preferiti" [Press]
-                label "1 app"
-                push button "Powered by qt.io" [Press]
+                status bar ""
+                    label "1 app"
+                    push button "Powered by qt.io" [Press]
             """)
 
     def test_a_window_with_the_editor_open(self):
@@ -135,31 +140,32 @@ class AccessibleTree(DesktopTest):
                     list item "Recenti", disabled [Press]
                     list item "Nascoste", disabled [Press]
                     list item "Frutta", disabled [Press]
-                    list item "Agrumi", disabled [Press]
+                    list item "Agrumi" (Livello 2), disabled [Press]
                 push button "Modifica categorie", disabled
                 text "Cerca app o categoria…" = "", disabled
                 push button "Suggerimenti di ricerca", disabled
                 push button "Aggiorna app", disabled
                 list "App", disabled
                     list item "Apri Ananas", disabled [Press, ShowMenu]
-                    list item "Apri Bosco", disabled [Press, ShowMenu]
+                    list item "Apri Bosco" (Preferita), disabled [Press, ShowMenu]
                         push button "Rimuovi dai preferiti", disabled [Press]
                     list item "Apri Cedro", disabled [Press, ShowMenu]
-                label "3 app", disabled
-                push button "Powered by qt.io", disabled
-                dialog "Modifica categorie"
+                status bar "", disabled
+                    label "3 app", disabled
+                    push button "Powered by qt.io", disabled
+                dialog "Modifica categorie", modal
                     label "Modifica categorie"
                     label "Aggiungi parole chiave separate da virgole per assegnare le app in automatico; puoi anche usare il clic destro."
                     list "Categorie"
                         list item "Frutta"
                             text "Nome categoria: Frutta" = "Frutta"
-                            combo box "Posizione: Frutta"
+                            combo box "Posizione: Frutta" (Categoria principale), expandable [ShowMenu]
                                 list item "Categoria principale", selected [Press]
                             text "Parole chiave automatiche, separate da virgole: Frutta" = ""
                             push button "Elimina categoria: Frutta" [Press]
                         list item "Agrumi"
                             text "Nome categoria: Agrumi" = "Agrumi"
-                            combo box "Posizione: Agrumi"
+                            combo box "Posizione: Agrumi" (Sottocategoria di Frutta), expandable [ShowMenu]
                                 list item "Categoria principale" [Press]
                                 list item "Sottocategoria di Frutta", selected [Press]
                             text "Parole chiave automatiche, separate da virgole: Agrumi" = "cedro"
@@ -178,7 +184,7 @@ class AccessibleTree(DesktopTest):
         message = self.dialog().get_description()
         self.assertTrue(message)
         self.await_text(self.dialog, f"""
-            dialog "Impossibile aprire l’app"
+            dialog "Impossibile aprire l’app", modal
                 label "Impossibile aprire l’app"
                 label "{message}"
                 push button "OK", keyboard [Press]
@@ -192,7 +198,7 @@ class AccessibleTree(DesktopTest):
         launcher.await_menu("Ananas")
         self.await_text(launcher.menu, """
             popup menu "Ananas"
-                menu item "Nascondi dall’elenco" [Press]
+                menu item "Nascondi dall’elenco", keyboard [Press]
                 menu item "Rimuovi dai preferiti" [Press]
                 menu item "Categorie" [ShowMenu]
                     popup menu "Categorie"
@@ -206,7 +212,7 @@ class AccessibleTree(DesktopTest):
         launcher.await_menu("Suggerimenti di ricerca")
         self.await_text(launcher.menu, """
             popup menu "Suggerimenti di ricerca"
-                menu item "Recenti" [Press]
+                menu item "Recenti", keyboard [Press]
                 menu item "Preferite" [Press]
                 separator ""
                 menu item "Categoria: Frutta" [Press]

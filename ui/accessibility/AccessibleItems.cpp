@@ -1,12 +1,15 @@
 #include "ui/accessibility/AccessibleItems.h"
 
 #include <QAccessibleWidget>
+#include <QMenu>
 #include <QWidget>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "ui/accessibility/AccessibleMenu.h"
 #include "ui/accessibility/AccessibleWindow.h"
+#include "ui/accessibility/Announcer.h"
 
 namespace tavo {
 namespace {
@@ -93,22 +96,46 @@ private:
 };
 
 // One item of a list. Stays with its key when the position of that key changes.
-class Item final : public Part {
+class Item final : public Part
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    ,
+                   public QAccessibleAttributesInterface
+#endif
+{
 public:
     Item(AccessibleList& list, int index);
     ~Item() override;
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    // The position in the list. Qt before 6.8 has no attributes; clients count the children there.
+    QList<QAccessible::Attribute> attributeKeys() const override {
+        return {QAccessible::Attribute::Custom};
+    }
+    QVariant attributeValue(QAccessible::Attribute asked) const override;
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::AttributesInterface
+                   ? static_cast<QAccessibleAttributesInterface*>(this)
+                   : Part::interface_cast(type);
+    }
+#endif
+
     // Also true while clients are told that the item is gone: Qt tells them nothing about invalid
     // objects.
-    bool isValid() const override { return ends || inList(); }
+    bool isValid() const override {
+        return ends || inList();
+    }
     QAccessibleInterface* parent() const override;
     QAccessibleInterface* child(int index) const override;
-    int childCount() const override { return shownButton() ? 1 : 0; }
+    int childCount() const override {
+        return shownButton() ? 1 : 0;
+    }
     int indexOfChild(const QAccessibleInterface* child) const override {
         return child != nullptr && child == button_ ? 0 : -1;
     }
     QString text(QAccessible::Text kind) const override;
-    QAccessible::Role role() const override { return QAccessible::ListItem; }
+    QAccessible::Role role() const override {
+        return QAccessible::ListItem;
+    }
     QAccessible::State state() const override;
     QStringList actionNames() const override;
     void doAction(const QString& name) override;
@@ -118,7 +145,9 @@ public:
     }
     // Announces what has changed of name, description and button since they were last announced.
     void tellDetails();
-    void buttonEnds() { button_ = nullptr; }
+    void buttonEnds() {
+        button_ = nullptr;
+    }
 
     int index;
     const std::string key;
@@ -126,7 +155,9 @@ public:
 
 private:
     [[nodiscard]] bool inList() const;
-    QRect place() const override { return inList() ? items()->itemRect(index) : QRect(); }
+    QRect place() const override {
+        return inList() ? items()->itemRect(index) : QRect();
+    }
     ItemButton& knownButton() const;
     void dropButton();
 
@@ -147,9 +178,39 @@ public:
         items.accessible_ = this;
     }
 
+    // A value that is a text is the description too: Qt's bridge to AT-SPI tells of no other.
     QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Value && items_ != nullptr ? items_->itemsValue()
-                                                               : QAccessibleWidget::text(kind);
+        const QString value = items_ != nullptr ? items_->itemsValue() : QString();
+        const bool asked = kind == QAccessible::Value || kind == QAccessible::Description;
+        return asked && !value.isEmpty() ? value : QAccessibleWidget::text(kind);
+    }
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        if (items_ != nullptr && items_->itemsExpanded()) {
+            const bool expanded = *items_->itemsExpanded();
+            state.expandable = true;
+            state.expanded = expanded;
+            state.collapsed = !expanded;
+            state.hasPopup = true;
+        }
+        return state;
+    }
+
+    QStringList actionNames() const override {
+        QStringList names = QAccessibleWidget::actionNames();
+        if (items_ != nullptr && items_->itemsExpanded()) {
+            names.prepend(showMenuAction());
+        }
+        return names;
+    }
+
+    void doAction(const QString& name) override {
+        if (name != showMenuAction()) {
+            QAccessibleWidget::doAction(name);
+        } else if (items_ != nullptr && items_->itemsExpanded() && widget()->isEnabled()) {
+            items_->expandItems();
+        }
     }
 
     ~AccessibleList() override {
@@ -443,6 +504,17 @@ void Item::doAction(const QString& name) {
     }
 }
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+QVariant Item::attributeValue(QAccessible::Attribute asked) const {
+    if (asked != QAccessible::Attribute::Custom || !inList()) {
+        return {};
+    }
+    return QVariant::fromValue(QHash<QString, QString>{
+        {QStringLiteral("posinset"), QString::number(index + 1)},
+        {QStringLiteral("setsize"), QString::number(items()->itemCount())}});
+}
+#endif
+
 void Item::tellDetails() {
     const auto tell = [this](QString& told, const QString& now, QAccessible::Event kind) {
         if (told != now) {
@@ -468,6 +540,27 @@ void Item::tellDetails() {
     toldButton_ = shown.has_value();
 }
 
+// A dialog inside the window, which takes all input while it is there.
+class ModalDialog final : public QAccessibleWidget {
+public:
+    explicit ModalDialog(QWidget& widget) : QAccessibleWidget(&widget, QAccessible::Dialog) {}
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.modal = true;
+        return state;
+    }
+};
+
+// Whether a menu is a child of a window with the role Window, or of a menu that is.
+bool isInWindow(const QMenu& menu) {
+    const QWidget* above = menu.parentWidget();
+    while (qobject_cast<const QMenu*>(above) != nullptr) {
+        above = above->parentWidget();
+    }
+    return above != nullptr && roleOf(*above, QAccessible::NoRole) == QAccessible::Window;
+}
+
 QAccessibleInterface* makeInterface(const QString&, QObject* object) {
     auto* const widget = qobject_cast<QWidget*>(object);
     if (widget == nullptr) {
@@ -476,11 +569,22 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
     if (auto* const items = dynamic_cast<AccessibleItems*>(object)) {
         return new AccessibleList(*widget, *items);
     }
-    const QAccessible::Role role = roleOf(*widget, QAccessible::NoRole);
-    if (role == QAccessible::Window) {
-        return makeAccessibleWindow(*widget, role);
+    if (auto* const menu = qobject_cast<QMenu*>(widget)) {
+        return isInWindow(*menu) ? makeAccessibleMenu(*menu) : nullptr;
     }
-    return role == QAccessible::NoRole ? nullptr : new QAccessibleWidget(widget, role);
+    const QAccessible::Role role = roleOf(*widget, QAccessible::NoRole);
+    switch (role) {
+        case QAccessible::NoRole:
+            return nullptr;
+        case QAccessible::Window:
+            return makeAccessibleWindow(*widget, role);
+        case QAccessible::Dialog:
+            return new ModalDialog(*widget);
+        case QAccessible::StatusBar:
+            return makeAccessibleStatusBar(*widget);
+        default:
+            return new QAccessibleWidget(widget, role);
+    }
 }
 
 void announceChild(QAccessible::Event kind, QWidget& widget, int index) {
@@ -507,6 +611,10 @@ void setAccessibleRole(QWidget& widget, QAccessible::Role role) {
     widget.setProperty(kRoleProperty, static_cast<int>(role));
 }
 
+QAccessible::Role givenAccessibleRole(const QWidget& widget) {
+    return roleOf(widget, QAccessible::NoRole);
+}
+
 void announceItems(QWidget& widget) {
     AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_;
     // Without this list in Qt's cache no client has asked for an item, so that there is nothing to
@@ -526,6 +634,15 @@ void announceItemDetails(QWidget& widget) {
 void announceItemDetails(QWidget& widget, int index) {
     if (AccessibleList* const list = dynamic_cast<AccessibleItems&>(widget).accessible_) {
         list->tellDetails(index);
+    }
+}
+
+void announceItemsExpanded(QWidget& widget) {
+    if (QAccessible::isActive()) {
+        QAccessible::State changed;
+        changed.expanded = true;
+        QAccessibleStateChangeEvent event(&widget, changed);
+        QAccessible::updateAccessibility(&event);
     }
 }
 

@@ -55,6 +55,11 @@ public:
     // The accessible value of the whole list, such as the chosen text of a combo box.
     [[nodiscard]] virtual QString itemsValue() const { return {}; }
 
+    // For a list that is open only at times, such as that of a combo box: whether it is open, and
+    // what opens it.
+    [[nodiscard]] virtual std::optional<bool> itemsExpanded() const { return std::nullopt; }
+    virtual void expandItems() {}
+
 private:
     friend class AccessibleList;
     friend void announceItems(QWidget& widget);
@@ -65,18 +70,23 @@ private:
 };
 
 // Makes each widget that is an AccessibleItems a list in the accessibility tree, and applies
-// setAccessibleRole() to all other widgets. Called once, before the first window is made.
+// setAccessibleRole() to all other widgets. A dialog among them is a modal one; a status bar can
+// speak (Announcer). Called once, before the first window is made.
 void installAccessibleItems();
 
 // Gives `widget` a role other than that of its class. To be called first in its constructor: Qt
 // tells an accessibility client the role as soon as it asks, and clients cache it.
 void setAccessibleRole(QWidget& widget, QAccessible::Role role);
 
+// The role that setAccessibleRole() gave; NoRole if none.
+QAccessible::Role givenAccessibleRole(const QWidget& widget);
+
 // The widget, which must be an AccessibleItems, calls these after each change. They cost next to
 // nothing while no accessibility client is connected.
 void announceItems(QWidget& widget);                   // items were added, removed or moved
 void announceItemDetails(QWidget& widget);             // names, descriptions or buttons changed
 void announceItemDetails(QWidget& widget, int index);  // name, description or button of one changed
+void announceItemsExpanded(QWidget& widget);           // the list was opened or closed
 void announceFocus(QWidget& widget, int index);        // the item has the keyboard focus
 void announceSelection(QWidget& widget, int index);    // the item was selected or deselected
 

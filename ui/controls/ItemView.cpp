@@ -2,6 +2,7 @@
 
 #include <QFocusEvent>
 #include <algorithm>
+#include <utility>
 
 #include "ui/controls/ThinScrollBar.h"
 
@@ -22,9 +23,13 @@ void ItemView::focusItem(int index) {
 }
 
 void ItemView::announceFocusSoon() {
+    if (!QAccessible::isActive() || std::exchange(focusPending_, true)) {
+        return;
+    }
     QMetaObject::invokeMethod(
         this,
         [this] {
+            focusPending_ = false;
             if (hasFocus() && current_ >= 0 && current_ < itemCount()) {
                 announceFocus(*this, current_);
             }
@@ -34,6 +39,12 @@ void ItemView::announceFocusSoon() {
 
 void ItemView::keepScrollBar() {
     scrollBar_->keepVisible();
+}
+
+void ItemView::announceCurrent() {
+    if (hasFocus() && !focusPending_) {
+        announceFocus(*this, current_);
+    }
 }
 
 void ItemView::updateCurrent() {
@@ -63,13 +74,13 @@ void ItemView::mouseDoubleClickEvent(QMouseEvent* event) {
 // menu gives the focus back, the items under the pointer must not move.
 void ItemView::focusInEvent(QFocusEvent* event) {
     QAbstractScrollArea::focusInEvent(event);
+    announceFocusSoon();
     const bool byTab =
         event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (byTab && itemCount() > 0) {
         setCurrent(std::max(0, current_));
     }
     updateCurrent();
-    announceFocusSoon();
 }
 
 void ItemView::focusOutEvent(QFocusEvent* event) {

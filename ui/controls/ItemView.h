@@ -31,8 +31,11 @@ protected:
     // Computes the scroll range again.
     virtual void relayout() = 0;
 
-    // Announces which item has the keyboard focus. Delayed, because Qt first announces the focus of
-    // the list as a whole, and screen readers go by the last announcement.
+    // Announces that the keyboard focus has moved to the current item of the list that has it.
+    void announceCurrent();
+
+    // Announces once which item has the keyboard focus. Delayed, because Qt first announces the
+    // focus of the list as a whole, and screen readers go by the last announcement.
     void announceFocusSoon();
 
     // The scroll bar stays visible while there is more than is in view.
@@ -50,6 +53,8 @@ protected:
 
 private:
     void updateCurrent();
+
+    bool focusPending_ = false;  // whether the focus is about to be announced
 
     ThinScrollBar* scrollBar_;
 };

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/accessibility/AccessibleMenu.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Symbols.h"
 
@@ -104,12 +105,19 @@ PopupMenu* PopupMenu::addSubmenu(const QString& text) {
     return submenu;
 }
 
-void PopupMenu::openAt(QPoint globalPosition) {
+void PopupMenu::openAt(QPoint globalPosition, By by) {
     setAttribute(Qt::WA_DeleteOnClose);
     popup(globalPosition);
+    const QList<QAction*> entries = actions();
+    const auto first = std::find_if(entries.begin(), entries.end(), [](const QAction* entry) {
+        return !entry->isSeparator() && entry->isEnabled();
+    });
+    if (by == By::Key && first != entries.end()) {
+        setActiveAction(*first);
+    }
 }
 
-void PopupMenu::openAt(const QWidget& control) {
+void PopupMenu::openAt(const QWidget& control, By by) {
     QPoint corner = control.mapToGlobal(QPoint(0, control.height() + kBesideControl));
     // Measuring so many entries takes time, and the menu has no room above or below anyway.
     if (actions().size() < kTooMany) {
@@ -127,7 +135,7 @@ void PopupMenu::openAt(const QWidget& control) {
             corner.setY(above);
         }
     }
-    openAt(corner);
+    openAt(corner, by);
 }
 
 void PopupMenu::setVisible(bool visible) {
@@ -164,6 +172,24 @@ void PopupMenu::keyPressEvent(QKeyEvent* event) {
     typed_ += text;
     goTo(typed_);
     event->accept();
+}
+
+// After a submenu has closed, its entry has the keyboard focus again, which Qt does not announce.
+void PopupMenu::hideEvent(QHideEvent* event) {
+    QMenu::hideEvent(event);
+    auto* const outer = qobject_cast<QMenu*>(parentWidget());
+    if (outer == nullptr || !QAccessible::isActive()) {
+        return;
+    }
+    // Delayed, because the outer menu may be about to close too.
+    QMetaObject::invokeMethod(
+        outer,
+        [outer, entry = QPointer(menuAction())] {
+            if (outer->isVisible() && entry != nullptr && outer->activeAction() == entry) {
+                announceMenuEntry(*outer, static_cast<int>(outer->actions().indexOf(entry)));
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void PopupMenu::goTo(const QString& typed) {

@@ -30,15 +30,20 @@ public:
     // Adds an entry that opens a submenu. An empty submenu does not open.
     PopupMenu* addSubmenu(const QString& text);
 
-    void openAt(QPoint globalPosition);
+    // What the user opens a menu with. One that a key (or a screen reader) opens has its first
+    // entry chosen, so that the next key acts on an entry and a screen reader has one to read.
+    enum class By { Pointer, Key };
+
+    void openAt(QPoint globalPosition, By by);
 
     // Opens below the control, or above it where there is not enough space below.
-    void openAt(const QWidget& control);
+    void openAt(const QWidget& control, By by);
 
     void setVisible(bool visible) override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void choose(const std::function<void()>& chosen);

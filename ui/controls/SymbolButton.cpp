@@ -3,6 +3,7 @@
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <algorithm>
 
 #include "ui/controls/ToolTip.h"
@@ -109,6 +110,11 @@ void SymbolButton::keyPressEvent(QKeyEvent* event) {
         return;
     }
     QAbstractButton::keyPressEvent(event);
+}
+
+void SymbolButton::mouseReleaseEvent(QMouseEvent* event) {
+    const QScopedValueRollback byPointer(byPointer_, true);
+    QAbstractButton::mouseReleaseEvent(event);
 }
 
 void SymbolButton::resizeEvent(QResizeEvent*) {

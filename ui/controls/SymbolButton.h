@@ -29,11 +29,15 @@ public:
     // The text as it is shown: shortened where it does not fit.
     [[nodiscard]] QString shownText() const;
 
+    // Whether it was the pointer that pressed the button; to be asked when clicked() is sent.
+    [[nodiscard]] bool pressedByPointer() const { return byPointer_; }
+
     QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     bool event(QEvent* event) override;
 
@@ -46,6 +50,7 @@ private:
     int symbolSize_;
     Tone tone_ = Tone::Normal;
     const QWidget* beside_ = nullptr;
+    bool byPointer_ = false;
 };
 
 }  // namespace tavo

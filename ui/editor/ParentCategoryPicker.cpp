@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "ui/accessibility/Announcer.h"
 #include "ui/look/Appearance.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
@@ -120,6 +121,32 @@ void ParentCategoryPicker::pressItem(int index) {
     setCurrentIndex(index);
     Q_EMIT activated(index);
     hidePopup();
+}
+
+void ParentCategoryPicker::showPopup() {
+    setExpanded(true);
+    QComboBox::showPopup();
+}
+
+void ParentCategoryPicker::hidePopup() {
+    QComboBox::hidePopup();
+    setExpanded(false);
+}
+
+void ParentCategoryPicker::setExpanded(bool expanded) {
+    if (std::exchange(expanded_, expanded) != expanded) {
+        announceItemsExpanded(*this);
+    }
+}
+
+// Announces an entry that a key has chosen: Qt tells accessibility clients of no value that is a
+// text. While the list is open, the keys go to the list.
+void ParentCategoryPicker::keyPressEvent(QKeyEvent* event) {
+    const int before = currentIndex();
+    QComboBox::keyPressEvent(event);
+    if (currentIndex() != before) {
+        announce(*this, currentText());
+    }
 }
 
 // As wide as the text, so that a long name is shortened only when the row is too narrow.

@@ -37,16 +37,25 @@ public:
     void pressItem(int index) override;
     void focusItem(int) override { setFocus(); }
     QString itemsValue() const override { return currentText(); }
+    std::optional<bool> itemsExpanded() const override { return expanded_; }
+    void expandItems() override { showPopup(); }
+
+    void showPopup() override;
+    void hidePopup() override;
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 
 private:
     class Entries;
 
+    void setExpanded(bool expanded);
+
     Binding<std::optional<std::string>> parentID_;
     Candidates candidates_;
     Entries* entries_;
+    bool expanded_ = false;  // whether the list of entries is open
 };
 
 }  // namespace tavo

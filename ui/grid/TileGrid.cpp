@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "ui/controls/PopupMenu.h"
 #include "ui/controls/ToolTip.h"
 #include "ui/grid/IconLoader.h"
 #include "ui/look/Metrics.h"
@@ -129,6 +128,10 @@ void TileGrid::wantIcons() {
     icons_.want(paths, iconScale_);
 }
 
+QString TileGrid::itemDescription(int index) const {
+    return isFavorite && isFavorite(app(index)) ? texts::kFavorite.toString() : QString();
+}
+
 QRect TileGrid::itemRect(int index) const {
     return layout_.tile(index).translated(0, -scrollOffset());
 }
@@ -144,7 +147,7 @@ void TileGrid::pressItem(int index) {
 
 void TileGrid::showItemMenu(int index) {
     setCurrent(index);
-    showMenu(index, viewport()->mapToGlobal(itemRect(index).center()));
+    showMenu(index, viewport()->mapToGlobal(itemRect(index).center()), PopupMenu::By::Key);
 }
 
 std::optional<AccessibleItems::Button> TileGrid::itemButton(int index) const {
@@ -264,9 +267,7 @@ void TileGrid::moveCurrent(int index) {
             announceSelection(*this, changed);
         }
     }
-    if (hasFocus()) {
-        announceFocus(*this, index);
-    }
+    announceCurrent();
 }
 
 void TileGrid::scrollTo(int index) {
@@ -423,16 +424,16 @@ void TileGrid::contextMenuEvent(QContextMenuEvent* event) {
     }
     const int index = targetAt(event->pos()).index;
     if (index >= 0) {
-        showMenu(index, event->globalPos());
+        showMenu(index, event->globalPos(), PopupMenu::By::Pointer);
     }
 }
 
-void TileGrid::showMenu(int index, QPoint globalPosition) {
+void TileGrid::showMenu(int index, QPoint globalPosition, PopupMenu::By by) {
     auto* const menu = new PopupMenu(displayText(app(index).name), this);
     tileAt(index).fillMenu(*menu);
     menu_ = menu;
     menuFramed_ = hasFocus();
-    menu->openAt(globalPosition);
+    menu->openAt(globalPosition, by);
 }
 
 // An open submenu takes the keyboard focus; the tile that the menu belongs to keeps its frame.

@@ -11,6 +11,7 @@
 #include "catalogue/AppItem.h"
 #include "support/Signal.h"
 #include "ui/controls/ItemView.h"
+#include "ui/controls/PopupMenu.h"
 #include "ui/grid/AppTile.h"
 #include "ui/grid/GridLayout.h"
 
@@ -48,6 +49,8 @@ public:
     int itemCount() const override { return static_cast<int>(apps_.size()); }
     const std::string& itemKey(int index) const override { return app(index).url.path; }
     QString itemName(int index) const override;
+    // Whether the application is a favourite.
+    QString itemDescription(int index) const override;
     QRect itemRect(int index) const override;
     bool itemIsSelected(int index) const override { return index == current_; }
     void pressItem(int index) override;
@@ -98,7 +101,7 @@ private:
     void scrollTo(int index);
     [[nodiscard]] int stepped(int key) const;
     void moveBy(int key);
-    void showMenu(int index, QPoint globalPosition);
+    void showMenu(int index, QPoint globalPosition, PopupMenu::By by);
     [[nodiscard]] bool isFramed(int index) const;
     void spreadNames(GridLayout::Range range);
 

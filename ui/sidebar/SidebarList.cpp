@@ -187,9 +187,7 @@ void SidebarList::setCurrent(int index) {
     const int top = current_ * rowPitch();
     bar.setValue(std::min(std::max(bar.value(), top + rowHeight() - viewport()->height()), top));
     viewport()->update();
-    if (hasFocus()) {
-        announceFocus(*this, current_);
-    }
+    announceCurrent();
 }
 
 void SidebarList::keyPressEvent(QKeyEvent* event) {

@@ -6,11 +6,13 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPainterPath>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <utility>
 
 #include "catalogue/CategoryTree.h"
 #include "support/FatalError.h"
+#include "ui/accessibility/AccessibleItems.h"
 #include "ui/controls/PopupMenu.h"
 #include "ui/controls/SearchField.h"
 #include "ui/controls/SymbolButton.h"
@@ -27,6 +29,7 @@
 #include "ui/look/WindowShape.h"
 #include "ui/sidebar/SidebarList.h"
 #include "ui/window/AlertSheet.h"
+#include "ui/window/SpokenResults.h"
 
 namespace tavo {
 namespace {
@@ -90,6 +93,7 @@ LauncherView::LauncherView(const World& world, QWidget* parent)
     grid_->isFavorite = [this](const AppItem& app) { return favorites_.contains(app.url.path); };
     grid_->onLeaveUp = [this] { search_->take(false); };
     footer_ = makeFooter();
+    spoken_ = std::make_unique<SpokenResults>(model_, *footer_);
 
     auto* const column = new QVBoxLayout;
     column->setContentsMargins(0, 0, 0, 0);
@@ -225,6 +229,7 @@ QWidget* LauncherView::makeToolbar() {
 
 QWidget* LauncherView::makeFooter() {
     auto* const footer = new QWidget(this);
+    setAccessibleRole(*footer, QAccessible::StatusBar);
     count_ = new TextLabel(interfaceFont(kCaption), &Appearance::secondaryText, footer);
     useInterfaceFont(*count_, kCaption);
     auto* const credit = new SymbolButton({}, texts::kCredit.toString(), {}, footer);
@@ -258,12 +263,21 @@ AppTile LauncherView::makeTile(const AppItem& app) {
         .categories = model_.customCategories(),
         .assignedCategoryIDs = std::move(assigned),
         .launch = [this, app] { model_.open(app); },
-        .toggleFavorite = [this, app] { model_.toggleFavorite(app); },
+        .toggleFavorite =
+            [this, app] {
+                model_.toggleFavorite(app);
+                spoken_->favoriteToggled(app);
+            },
         .toggleCategory =
             [this, app](const LauncherCategory& category) {
                 model_.toggleAssignment(app, category);
+                spoken_->assignmentToggled(app, category);
             },
-        .toggleHidden = [this, app] { model_.toggleHidden(app); },
+        .toggleHidden =
+            [this, app] {
+                model_.toggleHidden(app);
+                spoken_->hiddenToggled(app);
+            },
     };
 }
 
@@ -291,6 +305,9 @@ void LauncherView::refresh() {
     count_->setText(QString::number(shown.size()) + texts::kCountSuffix.toString());
     grid_->setApps(std::move(shown));
     if (shownQuery_ != model_.query() || shownCategoryID_ != model_.selectedCategoryID()) {
+        if (!shownCategoryID_.empty()) {
+            spoken_->found();
+        }
         shownQuery_ = model_.query();
         shownCategoryID_ = model_.selectedCategoryID();
         grid_->startAnew();
@@ -305,15 +322,11 @@ void LauncherView::refreshSheets() {
         editor_ = makeCategoryEditor();
         editor_->present();
     } else if (!showingCategoryEditor_ && editor_ != nullptr) {
-        editor_->withdraw();
-        keepKeyboard();
-        std::exchange(editor_, nullptr)->deleteLater();
+        close(*std::exchange(editor_, nullptr));
     }
     if (!model_.launchError()) {
         if (alert_ != nullptr) {
-            alert_->withdraw();
-            keepKeyboard();
-            std::exchange(alert_, nullptr)->deleteLater();
+            close(*std::exchange(alert_, nullptr));
         }
         return;
     }
@@ -326,6 +339,15 @@ void LauncherView::refreshSheets() {
     }
     alert_->setMessage(displayMessage(*model_.launchError()));
     alert_->present();
+}
+
+void LauncherView::close(Sheet& sheet) {
+    // Orca says nothing of where the keyboard focus goes if it finds nothing where it was.
+    constexpr int kForScreenReaders = 1000;
+    sheet.withdraw();
+    keepKeyboard();
+    QTimer::singleShot(QAccessible::isActive() ? kForScreenReaders : 0, &sheet,
+                       &QObject::deleteLater);
 }
 
 // Moves the focus to the search field where it would be on no widget: the one that had it before
@@ -383,6 +405,7 @@ void LauncherView::startSearchAnew() {
 void LauncherView::reload() {
     icons_.refresh();
     model_.reload();
+    spoken_->reloaded();
 }
 
 void LauncherView::showSuggestions() {
@@ -402,7 +425,8 @@ void LauncherView::showSuggestions() {
         suggest(texts::kSuggestCategory.toString() + menuText(category.name),
                 "cat:" + category.name, kAllID);
     }
-    menu->openAt(*suggestions_);
+    menu->openAt(*suggestions_,
+                 suggestions_->pressedByPointer() ? PopupMenu::By::Pointer : PopupMenu::By::Key);
 }
 
 bool LauncherView::eventFilter(QObject* object, QEvent* event) {

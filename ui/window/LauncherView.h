@@ -3,6 +3,7 @@
 
 #include <QWidget>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "catalogue/LauncherModel.h"
@@ -17,6 +18,8 @@ struct AppTile;
 class CategoryEditor;
 class SidebarList;
 class SearchField;
+class Sheet;
+class SpokenResults;
 class SymbolButton;
 class TileGrid;
 
@@ -68,6 +71,7 @@ private:
     void refreshSoon();
     void refresh();
     void refreshSheets();
+    void close(Sheet& sheet);
     void keepKeyboard();
     CategoryEditor* makeCategoryEditor();
     void showSuggestions();
@@ -80,7 +84,7 @@ private:
     bool refreshPending_ = false;
     bool iconsPending_ = false;
     // The search and the category that the grid shows. When one changes, the grid scrolls to its
-    // start.
+    // start. Both are empty until the grid shows anything.
     std::string shownQuery_;
     std::string shownCategoryID_;
     PathSet favorites_;  // as of the last refresh(); for the tiles
@@ -94,6 +98,7 @@ private:
     QWidget* footer_ = nullptr;
     QLabel* title_ = nullptr;
     QLabel* count_ = nullptr;
+    std::unique_ptr<SpokenResults> spoken_;
     // Whether the category editor should be open.
     bool showingCategoryEditor_ = false;
     CategoryEditor* editor_ = nullptr;  // null while it is not shown

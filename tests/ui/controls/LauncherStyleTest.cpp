@@ -327,7 +327,7 @@ TEST_P(Popups, have_round_corners) {
     auto* const menu = new PopupMenu(QStringLiteral("Menu"), &window);
     PopupMenu* const submenu = menu->addSubmenu(QStringLiteral("Categorie"));
     submenu->addEntry(QStringLiteral("Lavoro"), {}, [] {});
-    menu->openAt(QPoint(100, 100));
+    menu->openAt(QPoint(100, 100), PopupMenu::By::Pointer);
     menu->setActiveAction(menu->actions().front());
     QTest::keyClick(menu, Qt::Key_Right);
     ASSERT_TRUE(submenu->isVisible());

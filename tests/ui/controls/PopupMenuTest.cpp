@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/ui/ScreenReader.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/controls/ControlPainting.h"
 #include "ui/controls/PopupMenu.h"
@@ -70,7 +71,7 @@ protected:
     }
 
     void open() {
-        menu->openAt(window.mapToGlobal(QPoint(10, 40)));
+        menu->openAt(window.mapToGlobal(QPoint(10, 40)), PopupMenu::By::Pointer);
         ASSERT_TRUE(menu->isVisible());
     }
 
@@ -86,6 +87,81 @@ protected:
     QStringList happened;
     int openWhenItHappened = 0;
 };
+
+TEST_F(PopupMenuTest, opened_by_a_key_has_its_first_entry_chosen_and_by_the_pointer_none) {
+    open();
+    EXPECT_EQ(menu->activeAction(), nullptr);
+    menu->close();
+    auto* const fresh = new PopupMenu(QStringLiteral("Altro"), &window);
+    fresh->addSeparator();
+    QAction* const disabled = fresh->addEntry(QStringLiteral("Spenta"), {}, [] {});
+    disabled->setEnabled(false);
+    QAction* const first = fresh->addEntry(QStringLiteral("Prima"), {}, chosen("Prima"));
+    fresh->openAt(window.mapToGlobal(QPoint(10, 40)), PopupMenu::By::Key);
+    EXPECT_EQ(fresh->activeAction(), first);
+    key(Qt::Key_Return);
+    EXPECT_EQ(happened, QStringList{QStringLiteral("Prima")});
+}
+
+TEST_F(PopupMenuTest, opened_by_a_key_with_nothing_to_choose_it_is_just_there) {
+    auto* const fresh = new PopupMenu(QStringLiteral("Altro"), &window);
+    fresh->addSeparator();
+    fresh->openAt(window.mapToGlobal(QPoint(10, 40)), PopupMenu::By::Key);
+    EXPECT_EQ(fresh->activeAction(), nullptr);
+    fresh->close();
+}
+
+TEST_F(PopupMenuTest, belongs_to_its_window_and_a_submenu_to_its_entry_in_the_tree) {
+    open();
+    QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(menu);
+    QAccessibleInterface* const frame = QAccessible::queryAccessibleInterface(&window);
+    EXPECT_EQ(tree->parent(), frame);
+    ASSERT_GE(frame->indexOfChild(tree), 0);
+    EXPECT_EQ(frame->child(frame->indexOfChild(tree)), tree);
+    QAccessibleInterface* const entry = tree->child(2);
+    EXPECT_EQ(entry->parent(), tree);
+    EXPECT_EQ(tree->indexOfChild(entry), 2);
+    EXPECT_EQ(tree->child(2), entry);
+    EXPECT_TRUE(entry->state().hasPopup);
+    QAccessibleInterface* const inner = QAccessible::queryAccessibleInterface(submenu);
+    EXPECT_EQ(entry->child(0), inner);
+    EXPECT_EQ(entry->indexOfChild(inner), 0);
+    EXPECT_EQ(inner->parent(), entry);
+    EXPECT_EQ(inner->role(), QAccessible::PopupMenu);
+    EXPECT_TRUE(inner->child(0)->state().checked);
+    EXPECT_FALSE(inner->child(1)->state().checked);
+    EXPECT_TRUE(inner->child(1)->state().checkable);
+    EXPECT_EQ(tree->childAt(entry->rect().center().x(), entry->rect().center().y()), entry);
+    EXPECT_EQ(tree->child(4), nullptr);
+}
+
+TEST_F(PopupMenuTest, the_name_of_an_entry_is_what_is_shown) {
+    menu->addEntry(menuText("R&D && altro"), {}, [] {});
+    menu->addSeparator();
+    open();
+    QAccessibleInterface* const tree = QAccessible::queryAccessibleInterface(menu);
+    EXPECT_EQ(tree->child(4)->text(QAccessible::Name), QStringLiteral("R&D && altro"));
+    EXPECT_EQ(tree->child(5)->role(), QAccessible::Separator);
+    EXPECT_TRUE(tree->child(5)->actionInterface()->actionNames().isEmpty());
+}
+
+TEST_F(PopupMenuTest, the_focus_is_told_once_for_each_step_into_a_submenu_and_back) {
+    const ScreenReader reader;
+    menu->openAt(window.mapToGlobal(QPoint(10, 40)), PopupMenu::By::Key);
+    key(Qt::Key_Down);
+    key(Qt::Key_Down);
+    key(Qt::Key_Right);
+    ASSERT_TRUE(submenu->isVisible());
+    key(Qt::Key_Left);
+    ASSERT_FALSE(submenu->isVisible());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(ScreenReader::focused(),
+              (QStringList{QStringLiteral("Nascondi"), QStringLiteral("Preferiti"),
+                           QStringLiteral("Categorie"), QStringLiteral("Lavoro"),
+                           QStringLiteral("Categorie")}));
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(menu)->focusChild(),
+              QAccessible::queryAccessibleInterface(menu)->child(2));
+}
 
 TEST_F(PopupMenuTest, is_gone_once_it_was_closed) {
     open();
@@ -171,7 +247,7 @@ TEST_F(PopupMenuTest, is_walked_by_keyboard_alone) {
         for (QAction* const entry : menu->actions()) {
             fresh->addAction(entry);
         }
-        fresh->openAt(window.mapToGlobal(QPoint(10, 40)));
+        fresh->openAt(window.mapToGlobal(QPoint(10, 40)), PopupMenu::By::Pointer);
         for (const Qt::Key pressed : walk.keys) {
             const bool letter = pressed >= Qt::Key_A && pressed <= Qt::Key_Z;
             QWidget* const popup = QApplication::activePopupWidget();
@@ -346,7 +422,7 @@ TEST_F(PopupMenuTest, opens_below_its_control_or_above_it_where_the_screen_ends)
         for (int i = 0; i < 5; ++i) {
             fresh->addEntry(QStringLiteral("Voce"), {}, [] {});
         }
-        fresh->openAt(button);
+        fresh->openAt(button, PopupMenu::By::Pointer);
         const QRect control(button.mapToGlobal(QPoint()), button.size());
         EXPECT_TRUE(screen.contains(fresh->geometry()));
         EXPECT_FALSE(fresh->geometry().intersects(control));

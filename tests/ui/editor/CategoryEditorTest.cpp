@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/ui/ActiveWindow.h"
+#include "tests/ui/ScreenReader.h"
+#include "ui/accessibility/AccessibleItems.h"
 #include "ui/editor/CategoryEditor.h"
 #include "ui/editor/CategoryEditorList.h"
 #include "ui/editor/CategoryEditorRow.h"
@@ -460,6 +462,40 @@ TEST_F(CategoryEditorTest, the_wheel_over_a_combo_box_is_left_to_the_list_and_mo
     QCoreApplication::sendEvent(&over, &wheel);
     EXPECT_EQ(over.currentIndex(), 0);
     EXPECT_FALSE(wheel.isAccepted());
+}
+
+TEST_F(CategoryEditorTest, a_screen_reader_is_told_that_the_sheet_is_modal) {
+    const QAccessibleInterface* const sheet = QAccessible::queryAccessibleInterface(&editor());
+    EXPECT_EQ(sheet->role(), QAccessible::Dialog);
+    EXPECT_TRUE(sheet->state().modal);
+}
+
+TEST_F(CategoryEditorTest, a_screen_reader_opens_the_list_of_positions_and_is_told_the_choice) {
+    QAccessibleInterface* const position = QAccessible::queryAccessibleInterface(&picker(1));
+    EXPECT_EQ(position->role(), QAccessible::ComboBox);
+    EXPECT_EQ(position->text(QAccessible::Description), QStringLiteral("Categoria principale"));
+    EXPECT_TRUE(position->state().expandable);
+    EXPECT_FALSE(position->state().expanded);
+    const QString open = QAccessibleActionInterface::showMenuAction();
+    ASSERT_TRUE(position->actionInterface()->actionNames().contains(open));
+    position->actionInterface()->doAction(open);
+    EXPECT_TRUE(picker(1).view()->isVisible());
+    EXPECT_TRUE(position->state().expanded);
+    picker(1).hidePopup();
+    EXPECT_FALSE(position->state().expanded);
+    picker(1).setEnabled(false);
+    position->actionInterface()->doAction(open);
+    EXPECT_FALSE(picker(1).view()->isVisible());
+}
+
+TEST_F(CategoryEditorTest, a_position_chosen_by_a_key_is_announced) {
+    auto* const statusBar = new QWidget(&editor());
+    setAccessibleRole(*statusBar, QAccessible::StatusBar);
+    const ScreenReader reader;
+    pick(1, 1);
+    EXPECT_EQ(ScreenReader::heard(), QStringList{QStringLiteral("Sottocategoria di Lavoro")});
+    QTest::keyClick(&picker(1), Qt::Key_Down);
+    EXPECT_EQ(ScreenReader::heard().size(), 1);
 }
 
 TEST_F(CategoryEditorTest, it_is_five_hundred_wide_and_high_and_shrinks_with_no_window) {

@@ -475,6 +475,46 @@ TEST_F(TileGridTest, a_screen_reader_opens_an_items_menu_and_presses_its_star) {
     EXPECT_TRUE(launched.empty());
 }
 
+TEST_F(TileGridTest, a_favourite_is_described_as_one) {
+    grid.isFavorite = [this](const AppItem& app) { return favorites.contains(app.name); };
+    show(20);
+    EXPECT_EQ(item(1).text(QAccessible::Description), QStringLiteral("Preferita"));
+    EXPECT_EQ(item(2).text(QAccessible::Description), QString());
+}
+
+TEST_F(TileGridTest, an_item_says_its_place_among_all) {
+    show(600);
+    QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&grid);
+    EXPECT_EQ(list->indexOfChild(&item(500)), 500);
+    EXPECT_EQ(item(500).parent()->childCount(), 600);
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    const auto said = item(500)
+                          .attributesInterface()
+                          ->attributeValue(QAccessible::Attribute::Custom)
+                          .value<QHash<QString, QString>>();
+    EXPECT_EQ(said.value(QStringLiteral("posinset")), QStringLiteral("501"));
+    EXPECT_EQ(said.value(QStringLiteral("setsize")), QStringLiteral("600"));
+#endif
+}
+
+TEST_F(TileGridTest, a_menu_opened_by_a_key_has_its_first_entry_chosen_and_by_the_pointer_none) {
+    show(20);
+    grid.enter();
+    QTest::keyClick(&grid, Qt::Key_F10, Qt::ShiftModifier);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    ASSERT_FALSE(menu->actions().isEmpty());
+    EXPECT_EQ(menu->activeAction(), menu->actions().first());
+    menu->close();
+    const QPoint place = grid.itemRect(0).center();
+    QContextMenuEvent click(QContextMenuEvent::Mouse, place, grid.viewport()->mapToGlobal(place));
+    QCoreApplication::sendEvent(grid.viewport(), &click);
+    menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->activeAction(), nullptr);
+    menu->close();
+}
+
 TEST_F(TileGridTest, an_item_stays_the_same_to_a_screen_reader_when_marks_change) {
     show(20);
     QAccessibleInterface* const third = &item(3);

@@ -1,11 +1,13 @@
 #include <QAccessible>
 #include <QApplication>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QtTest/QTest>
 
 #include <gtest/gtest.h>
 
 #include "tests/ui/ActiveWindow.h"
+#include "tests/ui/ScreenReader.h"
 #include "ui/look/Metrics.h"
 #include "ui/sidebar/SidebarList.h"
 
@@ -161,6 +163,31 @@ TEST_F(SidebarListTest, a_screen_reader_gives_a_row_the_keyboard_without_selecti
     EXPECT_TRUE(chosen.empty());
     QTest::keyClick(&list, Qt::Key_Return);
     EXPECT_EQ(chosen, std::vector<std::string>{"a"});
+}
+
+TEST_F(SidebarListTest, the_focus_is_told_once_when_it_comes_and_with_each_step) {
+    QWidget window;
+    auto* const button = new QPushButton(&window);
+    auto* const inside = new SidebarList(&window);
+    inside->resize(182, 300);
+    inside->setRows(kRows);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    QApplication::setActiveWindow(&window);
+    button->setFocus();
+    const ScreenReader reader;
+    QTest::keyClick(button, Qt::Key_Tab);
+    QCoreApplication::processEvents();
+    // The list by Qt, and the row by the list.
+    EXPECT_EQ(ScreenReader::focused(),
+              (QStringList{QStringLiteral("Categorie"), QStringLiteral("Tutte")}));
+    ScreenReader::focused().clear();
+    QTest::keyClick(inside, Qt::Key_Down);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(ScreenReader::focused(), QStringList{QStringLiteral("Lavoro")});
+    inside->focusItem(3);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(ScreenReader::focused().last(), QStringLiteral("B"));
 }
 
 TEST_F(SidebarListTest, two_rows_with_one_id_are_both_there) {
