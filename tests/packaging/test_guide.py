@@ -14,8 +14,10 @@ DESKTOPS = {"GNOME", "KDE Plasma", "Xfce", "LXQt", "sway", "openbox"}
 # Names of desktops and keys stand out in the guides too.
 OTHERS = DESKTOPS | {"altrove", "elsewhere", "grassetto", "bold", "Invio", "Return", "Esc"}
 # Explanations, what stands before or after names and numbers, and what only a screen reader says.
-NOT_NAMED = {"kApplications", "kCountSuffix", "kCredit", "kCreditAddress", "kEditorExplanation",
-             "kLevelPrefix", "kOpenPrefix", "kScrollBar"}
+NOT_NAMED = {"kApplications", "kAssignedTo", "kCountSuffix", "kCredit", "kCreditAddress",
+             "kEditorExplanation", "kFavorite", "kFirstApp", "kHasBecomeFavorite", "kIsHidden",
+             "kIsNoFavorite", "kIsShown", "kLevelPrefix", "kNoApps", "kOpenPrefix", "kReloaded",
+             "kRemovedFrom", "kScrollBar"}
 
 
 def interface_texts():

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/controls/CursorBlinkTimeout.h"
+#include "ui/look/CursorBlinkTimeout.h"
 
 namespace tavo {
 namespace {

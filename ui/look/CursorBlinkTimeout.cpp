@@ -1,4 +1,4 @@
-#include "ui/controls/CursorBlinkTimeout.h"
+#include "ui/look/CursorBlinkTimeout.h"
 
 #include <QApplication>
 #include <QEvent>
