@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/ui/ActiveWindow.h"
 #include "tests/ui/ScreenReader.h"
 #include "ui/accessibility/AccessibleItems.h"
 #include "ui/accessibility/Announcer.h"
@@ -20,7 +21,7 @@ protected:
         setAccessibleRole(*statusBar, QAccessible::StatusBar);
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
-        QApplication::setActiveWindow(&window);
+        activate(window);
     }
 
     static bool hear(const QStringList& texts) {
@@ -65,7 +66,7 @@ TEST_F(AnnouncerTest, nothing_is_said_of_a_window_that_the_user_has_left) {
     QWidget another;
     another.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&another));
-    QApplication::setActiveWindow(&another);
+    activate(another);
     QWidget* const otherBar = new QWidget(&another);
     setAccessibleRole(*otherBar, QAccessible::StatusBar);
     Announcer other(*otherBar);

@@ -173,7 +173,7 @@ TEST_F(SidebarListTest, the_focus_is_told_once_when_it_comes_and_with_each_step)
     inside->setRows(kRows);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    QApplication::setActiveWindow(&window);
+    activate(window);
     button->setFocus();
     const ScreenReader reader;
     QTest::keyClick(button, Qt::Key_Tab);

@@ -9,6 +9,7 @@
 
 #include "tests/catalogue/ModelHarness.h"
 #include "tests/fakes/FakeIconSource.h"
+#include "tests/ui/ActiveWindow.h"
 #include "tests/ui/MadeUpView.h"
 #include "tests/ui/ScreenReader.h"
 #include "ui/sidebar/SidebarList.h"
@@ -25,7 +26,7 @@ protected:
         view->resize(980, 640);
         view->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
-        QApplication::setActiveWindow(view.get());
+        activate(*view);
     }
 
     static void key(Qt::Key key) {
@@ -53,7 +54,7 @@ protected:
     void expectToHear(const char* text) {
         // Without a window manager no window is active when a menu has closed.
         QCoreApplication::processEvents();
-        QApplication::setActiveWindow(view.get());
+        activate(*view);
         EXPECT_TRUE(QTest::qWaitFor([] { return !ScreenReader::heard().isEmpty(); })) << text;
         EXPECT_EQ(ScreenReader::heard(), QStringList{QString::fromUtf8(text)});
         ScreenReader::heard().clear();
