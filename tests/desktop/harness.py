@@ -607,8 +607,8 @@ class DesktopTest(unittest.TestCase):
                 launcher.process.terminate()
                 launcher.process.wait(timeout=20)
         log = self.desktop.log()
-        if SANITIZER_REPORT.search(log):
-            self.fail(f"a sanitizer reported:\n{log[-20000:]}")
+        if report := SANITIZER_REPORT.search(log):
+            self.fail(f"a sanitizer reported:\n{log[report.start():][:20000]}")
         self.ended_well = True
 
     def launch(self, wait=True, program=None, **environment):
