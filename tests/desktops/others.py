@@ -225,7 +225,9 @@ class Sway(FirstOnPanel, Session):
         self._tell(f"[con_id={window.key}] focus")
 
     def let_float(self, window):
-        self._tell(f"[con_id={window.key}] floating enable")
+        # Later versions leave it the size of its tile.
+        self._tell(f"[con_id={window.key}] floating enable, resize set 980 640, "
+                   "move position center")
 
     def workspace(self, number):
         self._tell(f"workspace number {number + 1}")
