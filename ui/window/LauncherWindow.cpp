@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QBackingStore>
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -110,23 +111,15 @@ void LauncherWindow::comeToPointer() {
     if (rescaled) {
         hide();  // Qt resizes a hidden native window for another screen's scale, and no shown one
     }
-    // A native window keeps its buffer when the scale of its own screen has changed.
-    const bool another = rescaled && !elsewhere;
-    if (another) {
-        destroy();
-    }
     const Qt::WindowStates state = windowState();
     if (elsewhere) {
         setWindowState(state & ~(Qt::WindowMaximized | Qt::WindowFullScreen));
     }
     limitTo(target->availableSize());
-    fitInto(target->availableGeometry(), elsewhere || another);
+    fitInto(target->availableGeometry(), elsewhere || rescaled);
     setWindowState(state);
     if (rescaled) {
         rescaleNative();
-    }
-    if (another && onAnother) {
-        onAnother();
     }
 }
 
@@ -163,11 +156,15 @@ void LauncherWindow::fitInto(const QRect& area, bool centred) {
     }
 }
 
-// Qt leaves the native window and its mask as large as they were for the scale before.
+// Qt leaves the native window, its mask and its buffer as large as they were for the scale before.
 void LauncherWindow::rescaleNative() {
     clearMask();  // shape() sets it again
     if (windowHandle() != nullptr) {
         windowHandle()->setGeometry(geometry());
+    }
+    if (backingStore() != nullptr) {
+        backingStore()->resize(size());
+        update();
     }
 }
 
