@@ -37,6 +37,10 @@ qreal surfaceScale(const QWindow& window) {
     return window.handle()->devicePixelRatio();
 }
 
+// Whether Qt takes the margins off the smallest size before it tells the compositor: as seen, 6.4
+// does not, and 6.8 does.
+constexpr bool kQtTakesMarginsOff = QT_VERSION >= QT_VERSION_CHECK(6, 8, 0);
+
 class WaylandCompositing final : public QObject, public Compositing {
 public:
     WaylandCompositing()
@@ -80,9 +84,10 @@ public:
         setMargins_(window, surface.margins);
         // Qt measures its windows in device-independent pixels, of `scale` device pixels.
         const qreal scale = window->devicePixelRatio();
-        // Qt says these to the compositor as they are, and the compositor leaves the margin out.
-        window->setMinimumSize(
-            {qRound(margin.smallestWidth / scale), qRound(margin.smallestHeight / scale)});
+        // The compositor leaves the margin out.
+        const int takenOff = kQtTakesMarginsOff ? 2 * side : 0;
+        window->setMinimumSize({qRound(margin.smallestWidth / scale) + takenOff,
+                                qRound(margin.smallestHeight / scale) + takenOff});
         tellSmallestSizeSoon(*window);
         // Qt makes this the region of input.
         const PixelRect& input = margin.input;
