@@ -185,6 +185,31 @@ class TwoScreens(ScreensTest):
                     self.assert_painted(launcher)
                     self.picture(f"two-{scale}-{'hidden' if hidden else 'open'}")
 
+    def test_moved_to_a_screen_of_another_scale_it_keeps_its_size(self):
+        self.desktop.entry("Ananas")
+        launcher = self.launch(QT_SCREEN_SCALE_FACTORS="LEFT=1;RIGHT=1.5")
+        window = hex(int(launcher.window_id()))
+        for left, size in ((1700, (1470, 960)), (100, (980, 640)), (1700, (1470, 960))):
+            with self.subTest(left=left):
+                self.desktop.run("wmctrl", "-i", "-r", window, "-e", f"0,{left},100,-1,-1")
+                wait_until(lambda: launcher.size() == size, f"the size {size}")
+                self.assert_painted(launcher)
+
+    def test_maximised_it_comes_to_the_screen_with_the_pointer(self):
+        self.point_at_screen(self.LEFT)
+        launcher = self.launch()
+        self.desktop.run("wmctrl", "-i", "-r", hex(int(launcher.window_id())),
+                         "-b", "add,maximized_vert,maximized_horz")
+        wait_until(lambda: launcher.geometry() == self.LEFT, "the window over the whole screen")
+        for hidden, screen in ((False, self.RIGHT), (True, self.LEFT)):
+            with self.subTest(hidden=hidden):
+                if hidden:
+                    launcher.close()
+                self.point_at_screen(screen)
+                self.summon()
+                wait_until(lambda: launcher.geometry() == screen, "the window over the other one")
+                launcher.await_active()
+
     def test_a_screen_that_is_taken_away_leaves_it_whole_on_the_other(self):
         self.point_at_screen(self.RIGHT)
         launcher = self.launch()

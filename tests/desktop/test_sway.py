@@ -109,6 +109,16 @@ class Sway(InstanceTest):
         self.picture("back")
         self.assertIsNone(first.poll())
 
+    def test_shown_again_typing_replaces_the_text_of_the_search(self):
+        launcher = Launcher(self.desktop, self.start_there([PROGRAM]))
+        for text in ("cal", "ed"):
+            launcher.await_node("list", "App")
+            self.await_focused(APP_ID)
+            self.desktop.type(text)
+            launcher.await_equal(launcher.search_text, text)
+            self.close_window()
+            self.assertEqual(self.start_there([PROGRAM]).wait(timeout=20), 0)
+
     def test_a_floating_window_has_its_usual_size_without_its_shadow(self):
         # From its first moment, because sway 1.7 mixes the sizes up where a window begins to float
         # before it has taken its tile's size.

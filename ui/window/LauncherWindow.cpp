@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -38,6 +39,10 @@ QRegion roundedRegion(const QRect& rect, qreal radius) {
     return QRegion(outline.toFillPolygon().toPolygon());
 }
 
+// Without another move, one that led the window to a screen of another scale has ended. To resize
+// it before would take it from under the pointer, and back to the screen that it came from.
+constexpr std::chrono::milliseconds kMovesEnd{250};
+
 // Whether a program decides where its windows are. On Wayland the compositor does, and does not
 // tell where the pointer is either.
 bool programsPlaceWindows() {
@@ -57,10 +62,14 @@ LauncherWindow::LauncherWindow(Compositing& compositing)
     setAccessibleName(texts::kProgramName.toString());
     smallest_ = {kSmallestWidth, kSmallestHeight};
     setMinimumSize(smallest_);
-    resize(kFirstWidth, kFirstHeight);
+    freeSize_ = {kFirstWidth, kFirstHeight};
+    resize(freeSize_);
     setMouseTracking(true);  // for the cursor over the margin
     qApp->installEventFilter(this);
     followScreens();
+    moves_.setSingleShot(true);
+    moves_.setInterval(kMovesEnd);
+    connect(&moves_, &QTimer::timeout, this, [this] { fit(false); });
 }
 
 void LauncherWindow::setContent(QWidget* content) {
@@ -71,7 +80,7 @@ void LauncherWindow::setContent(QWidget* content) {
 }
 
 void LauncherWindow::present() {
-    const bool again = placed_ && isHidden();
+    const bool again = presented_ && isHidden();
     if (compositing_.active() && !isBlended()) {
         hide();  // show() then makes a new native window
     }
@@ -85,6 +94,7 @@ void LauncherWindow::present() {
     show();
     raise();
     activateWindow();
+    presented_ = true;
     if (again && onShownAgain) {
         onShownAgain();
     }
@@ -98,25 +108,31 @@ QScreen* LauncherWindow::screenToBeOn() const {
 
 void LauncherWindow::comeToPointer() {
     const QScreen* const target = screenToBeOn();
-    if (target == nullptr || (isFlush(*this) && isVisible())) {
-        return;  // a maximised window stays on its screen
+    if (target == nullptr) {
+        return;
+    }
+    const bool elsewhere = programsPlaceWindows() && (!presented_ || target != screen());
+    if (isFlush(*this) && isVisible() && !elsewhere) {
+        return;
     }
     if (!programsPlaceWindows()) {
         limitTo(target->availableSize());
-        fitInto(target->availableGeometry(), false);
+        fitInto(target->availableGeometry(), false, contentsRect().size());
         return;
     }
-    const bool elsewhere = !std::exchange(placed_, true) || target != screen();
-    const bool rescaled = std::exchange(scale_, target->devicePixelRatio()) != scale_;
-    if (rescaled) {
-        hide();  // Qt resizes a hidden native window for another screen's scale, and no shown one
+    const bool rescaled = takeScale(target->devicePixelRatio());
+    if (rescaled || isFlush(*this)) {
+        // Qt resizes a hidden native window for another screen's scale, and no shown one; and
+        // window managers leave a maximised one on its screen.
+        hide();
     }
     const Qt::WindowStates state = windowState();
     if (elsewhere) {
         setWindowState(state & ~(Qt::WindowMaximized | Qt::WindowFullScreen));
     }
     limitTo(target->availableSize());
-    fitInto(target->availableGeometry(), elsewhere || rescaled);
+    fitInto(target->availableGeometry(), elsewhere || rescaled,
+            rescaled ? freeSize_ : contentsRect().size());
     setWindowState(state);
     if (rescaled) {
         rescaleNative();
@@ -128,22 +144,27 @@ void LauncherWindow::limitTo(const QSize& area) {
     setMinimumSize(smallest_.grownBy(contentsMargins()));
 }
 
-// Makes what the user sees of the window lie within `area`, no larger than that, in its middle or
-// as near to its place as possible. It has its size again when that fits again.
-void LauncherWindow::fitInto(const QRect& area, bool centred) {
+// Whether the scale changes by it.
+bool LauncherWindow::takeScale(qreal scale) {
+    const qreal before = std::exchange(scale_, scale);
+    return before != scale;
+}
+
+// Makes what the user sees of the window lie within `area`, as large as `size` or as fits, in the
+// middle or as near to its place as possible. It has its size again when that fits again.
+void LauncherWindow::fitInto(const QRect& area, bool centred, const QSize& size) {
     if (isFlush(*this)) {
         return;
     }
     if (!programsPlaceWindows()) {
-        resize(size().boundedTo(area.size().grownBy(contentsMargins())));
+        resize(size.boundedTo(area.size()).grownBy(contentsMargins()));
         return;
     }
-    const QRect before = geometry().marginsRemoved(contentsMargins());
-    if (before.size() != shrunkSize_) {
-        wantedSize_ = before.size();
+    if (size != shrunkSize_) {
+        wantedSize_ = size;
     }
     shrunkSize_ = wantedSize_.boundedTo(area.size());
-    QRect place(before.topLeft(), shrunkSize_);
+    QRect place(geometry().marginsRemoved(contentsMargins()).topLeft(), shrunkSize_);
     if (centred) {
         place.moveTopLeft(area.topLeft() +
                           QPoint(area.width() - place.width(), area.height() - place.height()) / 2);
@@ -190,18 +211,20 @@ void LauncherWindow::fitSoon() {
             this,
             [this] {
                 fitPending_ = false;
-                fit();
+                fit(true);
             },
             Qt::QueuedConnection);
     }
 }
 
-// A hidden window is made to fit when it is shown.
-void LauncherWindow::fit() {
+// A hidden window is made to fit when it is shown. `centred`: in the middle if its scale has
+// changed.
+void LauncherWindow::fit(bool centred) {
     if (isVisible() && screen() != nullptr) {
-        const bool rescaled = std::exchange(scale_, devicePixelRatioF()) != devicePixelRatioF();
+        const bool rescaled = takeScale(devicePixelRatioF());
         limitTo(screen()->availableSize());
-        fitInto(screen()->availableGeometry(), rescaled);
+        fitInto(screen()->availableGeometry(), rescaled && centred,
+                rescaled ? freeSize_ : contentsRect().size());
         if (rescaled) {
             rescaleNative();
         }
@@ -453,9 +476,11 @@ bool LauncherWindow::event(QEvent* event) {
         update();
     } else if (event->type() == QEvent::ScreenChangeInternal && screen() != nullptr) {
         limitTo(screen()->availableSize());
-        scale_ = devicePixelRatioF();
         if (!programsPlaceWindows()) {
+            scale_ = devicePixelRatioF();
             fitSoon();
+        } else if (scale_ != devicePixelRatioF()) {
+            moves_.start();
         }
     }
     return QWidget::event(event);
@@ -473,11 +498,20 @@ void LauncherWindow::paintEvent(QPaintEvent* event) {
     }
 }
 
+void LauncherWindow::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    if (moves_.isActive()) {
+        moves_.start();
+    }
+}
+
 void LauncherWindow::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     // The size of a maximised window may be known before it is known to be maximised.
     const QSize size = contentsRect().size();
-    if (!isFlush(*this) && size.boundedTo(screen()->availableSize()) != screen()->availableSize()) {
+    const bool ofItsScale = !programsPlaceWindows() || scale_ == devicePixelRatioF();
+    if (!isFlush(*this) && ofItsScale &&
+        size.boundedTo(screen()->availableSize()) != screen()->availableSize()) {
         freeSize_ = size;
     }
     shape();

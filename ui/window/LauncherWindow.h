@@ -1,6 +1,7 @@
 // The launcher's window: without a system frame, with round corners.
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 
@@ -15,9 +16,9 @@ class Compositing;
 // edges, at least 760 × 520, or as large as the work area of its screen where that is less.
 // Position and size are not stored.
 //
-// Where the window system blends windows, the corners are smooth and the background is translucent.
-// Elsewhere a window mask cuts the corners off an opaque background. The window changes between the
-// two when a compositor starts or ends.
+// Where the window system blends windows, the corners are smooth, and the background is translucent
+// where it is blurred. Elsewhere a window mask cuts the corners off an opaque background. The
+// window changes between the two when a compositor starts or ends.
 //
 // Where the desktop takes a margin, the window has one, and its shadow is in it: contentsRect() is
 // what the user takes for the window, and geometry() is larger. A maximised window has neither
@@ -53,6 +54,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -72,26 +74,28 @@ private:
     void blurBehind();
     [[nodiscard]] QScreen* screenToBeOn() const;
     void comeToPointer();
+    bool takeScale(qreal scale);
     void limitTo(const QSize& area);
-    void fitInto(const QRect& area, bool centred);
+    void fitInto(const QRect& area, bool centred, const QSize& size);
     void rescaleNative();
     void followScreens();
     void fitSoon();
-    void fit();
+    void fit(bool centred);
 
     Compositing& compositing_;
     Subscription compositingChanges_;
     QWidget* content_ = nullptr;
     Qt::Edges cursorEdges_;
-    bool placed_ = false;
+    bool presented_ = false;
     bool fitPending_ = false;
     qreal scale_ = 0;  // for which the native window has its size
+    QTimer moves_;     // runs while the window is moved, of another scale than `scale_`
     // All of contentsRect():
     QSize smallest_;
     QSize wantedSize_;  // before the window had to be smaller
     QSize shrunkSize_;
     bool flush_ = false;
-    QSize freeSize_;  // of contentsRect() while the window was last not flush
+    QSize freeSize_;  // of contentsRect() while the window was last not flush, and of `scale_`
     WindowShadow shadow_;
 };
 
