@@ -29,10 +29,10 @@ struct Appearance {
 
     // Colours of the window.
     QColor material;  // the window's background; may be translucent
-    QColor shade;   // over the material, under the recess: in the dark look, where the recess alone
-                    // could not be told from the material; transparent in the light look
-    QColor recess;  // over the material and the shade: sidebar, search field
-    QColor footer;  // over the material
+    QColor shade;     // over the material, under the recess: in the dark look, where the recess
+                      // alone could not be told from the material; transparent in the light look
+    QColor recess;    // over the material and the shade: sidebar, search field
+    QColor footer;    // over the material
     QColor outline;   // around the search field, beside the sidebar and around selected rows;
                       // transparent without more contrast
     QColor hairline;  // inside the window's edge, against backgrounds like the window's own

@@ -16,9 +16,9 @@ class Compositing;
 // edges, at least 760 × 520, or as large as the work area of its screen where that is less.
 // Position and size are not stored.
 //
-// Where the window system blends windows, the corners are smooth, and the background is translucent
-// where it is blurred. Elsewhere a window mask cuts the corners off an opaque background. The
-// window changes between the two when a compositor starts or ends.
+// Where the window system blends windows, the corners are smooth; where it blurs what is behind
+// them too, the background is translucent. Elsewhere a window mask cuts the corners off an opaque
+// background. The window changes between these when a compositor or its blur starts or ends.
 //
 // Where the desktop takes a margin, the window has one, and its shadow is in it: contentsRect() is
 // what the user takes for the window, and geometry() is larger. A maximised window has neither
