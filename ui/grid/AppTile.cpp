@@ -77,7 +77,9 @@ const AppTile::Name& AppTile::measured() const {
 }
 
 void AppTile::cutInTheMiddle() {
-    name.cutAtEnd = nameCutAtEnd();
+    if (nameCutAtEnd() != shownName()) {
+        return;  // the whole name fits, or is cut in the middle already
+    }
     name.shown = fitted(displayText(app.name), nameFont().metrics, nameWidth(), Qt::ElideMiddle);
 }
 

@@ -11,6 +11,7 @@
 
 #include "ui/controls/ToolTip.h"
 #include "ui/grid/IconLoader.h"
+#include "ui/look/ElidedText.h"
 #include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
 #include "ui/look/Texts.h"
@@ -179,7 +180,12 @@ void TileGrid::paintEvent(QPaintEvent* event) {
     const QRect dirty = event->rect().adjusted(-AppTile::kReach, -AppTile::kReach, AppTile::kReach,
                                                AppTile::kReach);
     const GridLayout::Range range = inView();
-    spreadNames(range);
+    spreadNames(
+        range.first, range.end,
+        [this](int index) {
+            return CutName{.cutAtEnd = tileAt(index).nameCutAtEnd(), .name = app(index).name};
+        },
+        [this](int index) { tileAt(index).cutInTheMiddle(); });
     for (int index = range.first; index < range.end; ++index) {
         const QRect rect = itemRect(index);
         if (rect.intersects(dirty)) {
@@ -192,22 +198,6 @@ void TileGrid::paintEvent(QPaintEvent* event) {
     std::erase_if(tiles_, [&](const auto& tile) {
         return tile.first < range.first || tile.first >= range.end;
     });
-}
-
-// Cuts names in the middle that would read the same, cut at the end.
-void TileGrid::spreadNames(GridLayout::Range range) {
-    std::map<QString, AppTile*> ends;
-    for (int index = range.first; index < range.end; ++index) {
-        AppTile& tile = tileAt(index);
-        if (tile.nameCutAtEnd().isEmpty()) {
-            continue;
-        }
-        const auto [other, isNew] = ends.try_emplace(tile.nameCutAtEnd(), &tile);
-        if (!isNew && other->second->app.name != tile.app.name) {
-            tile.cutInTheMiddle();
-            other->second->cutInTheMiddle();
-        }
-    }
 }
 
 void TileGrid::scrollContentsBy(int, int) {

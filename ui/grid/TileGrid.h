@@ -103,7 +103,6 @@ private:
     void moveBy(int key);
     void showMenu(int index, QPoint globalPosition, PopupMenu::By by);
     [[nodiscard]] bool isFramed(int index) const;
-    void spreadNames(GridLayout::Range range);
 
     IconLoader& icons_;
     TileMaker makeTile_;

@@ -3,6 +3,7 @@
 #include <QFontMetrics>
 #include <QPainter>
 #include <algorithm>
+#include <map>
 
 namespace tavo {
 namespace {
@@ -48,6 +49,22 @@ QString fitted(const QString& text, const QFontMetrics& metrics, int width,
         shown = metrics.elidedText(text, mode, room);
     }
     return shown;
+}
+
+void spreadNames(int first, int end, const std::function<CutName(int index)>& nameAt,
+                 const std::function<void(int index)>& cutInTheMiddle) {
+    std::map<QString, int> ends;
+    for (int index = first; index < end; ++index) {
+        const CutName cut = nameAt(index);
+        if (cut.cutAtEnd.isEmpty()) {
+            continue;
+        }
+        const auto [other, isNew] = ends.try_emplace(cut.cutAtEnd, index);
+        if (!isNew && nameAt(other->second).name != cut.name) {
+            cutInTheMiddle(index);
+            cutInTheMiddle(other->second);
+        }
+    }
 }
 
 }  // namespace tavo

@@ -3,6 +3,8 @@
 
 #include <QString>
 #include <Qt>
+#include <functional>
+#include <string>
 
 class QFontMetrics;
 class QPainter;
@@ -20,5 +22,16 @@ void drawElidedText(QPainter& painter, const QRect& line, int spill, Qt::Alignme
 // beginning, or with Qt::ElideMiddle its beginning and its end.
 QString fitted(const QString& text, const QFontMetrics& metrics, int width,
                Qt::TextElideMode mode = Qt::ElideRight);
+
+// One of the names that are shown together.
+struct CutName {
+    QString cutAtEnd;         // by fitted(); empty if the whole name fits
+    const std::string& name;  // the whole name
+};
+
+// Of the names with indices from `first` to `end`, without `end`, calls `cutInTheMiddle` for each
+// that would read the same as another name, cut at its end. May call it several times for one.
+void spreadNames(int first, int end, const std::function<CutName(int index)>& nameAt,
+                 const std::function<void(int index)>& cutInTheMiddle);
 
 }  // namespace tavo

@@ -120,8 +120,35 @@ QString SidebarList::itemDescription(int index) const {
     return depth > 0 ? texts::kLevelPrefix.toString() + QString::number(depth + 1) : QString();
 }
 
+QString SidebarList::fittedName(int index, Qt::TextElideMode mode) const {
+    return fitted(itemName(index), QFontMetrics(interfaceFont(kBody)), labelRect(index).width(),
+                  mode);
+}
+
+std::map<int, QString> SidebarList::namesInView() const {
+    const int offset = verticalScrollBar()->value();
+    const int first = offset / rowPitch();
+    const int end = std::min(itemCount(), (offset + viewport()->height()) / rowPitch() + 1);
+    std::map<int, QString> names;
+    for (int index = first; index < end; ++index) {
+        names.emplace(index, fittedName(index, Qt::ElideRight));
+    }
+    const std::map<int, QString> cutAtEnd = names;
+    spreadNames(
+        first, end,
+        [&](int index) {
+            const QString& shown = cutAtEnd.at(index);
+            return CutName{.cutAtEnd = shown == itemName(index) ? QString() : shown,
+                           .name = row(index).name};
+        },
+        [&](int index) { names[index] = fittedName(index, Qt::ElideMiddle); });
+    return names;
+}
+
 QString SidebarList::elided(int index) const {
-    return fitted(itemName(index), QFontMetrics(interfaceFont(kBody)), labelRect(index).width());
+    const std::map<int, QString> names = namesInView();
+    const auto found = names.find(index);
+    return found != names.end() ? found->second : fittedName(index, Qt::ElideRight);
 }
 
 int SidebarList::rowAt(QPoint point) const {
@@ -140,12 +167,13 @@ void SidebarList::paintEvent(QPaintEvent* event) {
     const int offset = verticalScrollBar()->value();
     const int first = std::max(0, (event->rect().top() + offset) / rowPitch());
     const int last = std::min(itemCount() - 1, (event->rect().bottom() + offset) / rowPitch());
+    const std::map<int, QString> names = namesInView();
     for (int index = first; index <= last; ++index) {
-        paintRow(painter, index);
+        paintRow(painter, index, names.at(index));
     }
 }
 
-void SidebarList::paintRow(QPainter& painter, int index) const {
+void SidebarList::paintRow(QPainter& painter, int index, const QString& name) const {
     const QRect rect = itemRect(index);
     const bool focused = hasFocus() && index == current_;
     const auto stroke = [&](const QColor& color, double width) {
@@ -170,7 +198,7 @@ void SidebarList::paintRow(QPainter& painter, int index) const {
                row(index).selected ? appearance_.accentOnSelection : appearance_.accent);
     painter.setFont(interfaceFont(kBody));
     painter.setPen(appearance_.text);
-    drawElidedText(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, elided(index));
+    drawElidedText(painter, labelRect(index), 0, Qt::AlignVCenter | Qt::AlignLeft, name);
 }
 
 void SidebarList::updateItem(int index) {

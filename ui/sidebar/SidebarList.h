@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,7 +43,8 @@ public:
 
     QSize sizeHint() const override;
 
-    // The name as it is shown: shortened where it does not fit.
+    // The name as it is shown: shortened where it does not fit, in its middle where another name in
+    // view would read the same.
     [[nodiscard]] QString elided(int index) const;
 
 protected:
@@ -58,7 +60,9 @@ private:
     [[nodiscard]] const Row& row(int index) const { return rows_[static_cast<std::size_t>(index)]; }
     [[nodiscard]] int rowAt(QPoint point) const;
     [[nodiscard]] QRect labelRect(int index) const;
-    void paintRow(QPainter& painter, int index) const;
+    [[nodiscard]] QString fittedName(int index, Qt::TextElideMode mode) const;
+    [[nodiscard]] std::map<int, QString> namesInView() const;
+    void paintRow(QPainter& painter, int index, const QString& name) const;
     void setCurrent(int index) override;
     void updateItem(int index) override;
     void relayout() override;

@@ -267,5 +267,23 @@ TEST_F(SidebarListTest, a_hostile_name_is_one_line_and_stays_in_its_row) {
     EXPECT_GE(list.itemRect(2).width(), 60);
 }
 
+TEST_F(SidebarListTest, names_that_would_be_cut_to_the_same_text_are_cut_in_the_middle) {
+    const std::string alike = "Documenti riservati del cliente molto importante ";
+    const std::string other = "Una cartella con un nome troppo lungo";
+    show({{"a", alike + "Alfa", 0, false},
+          {"b", alike + "Beta", 0, false},
+          {"c", other, 0, false},
+          {"d", other, 0, false}});
+    EXPECT_TRUE(list.elided(0).endsWith(QStringLiteral("Alfa")));
+    EXPECT_TRUE(list.elided(1).endsWith(QStringLiteral("Beta")));
+    // The same name twice cannot be told apart by any cut.
+    EXPECT_TRUE(list.elided(2).endsWith(u'…'));
+    const QRect row = list.itemRect(0);
+    const QImage first = list.grab(row).toImage();
+    list.setRows({{"a", alike + "Alfa", 0, false}, {"c", other, 0, false}});
+    EXPECT_TRUE(list.elided(0).endsWith(u'…'));
+    EXPECT_NE(list.grab(row).toImage(), first);
+}
+
 }  // namespace
 }  // namespace tavo
