@@ -1,5 +1,6 @@
 #include "ui/editor/ParentCategoryPicker.h"
 
+#include <QAbstractItemView>
 #include <QAbstractListModel>
 #include <QWheelEvent>
 #include <algorithm>
@@ -126,11 +127,15 @@ void ParentCategoryPicker::pressItem(int index) {
 void ParentCategoryPicker::showPopup() {
     setExpanded(true);
     QComboBox::showPopup();
+    view()->window()->installEventFilter(this);
 }
 
-void ParentCategoryPicker::hidePopup() {
-    QComboBox::hidePopup();
-    setExpanded(false);
+// The list also closes without hidePopup(), when another window takes the focus.
+bool ParentCategoryPicker::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::Hide && object == view()->window()) {
+        setExpanded(false);
+    }
+    return QComboBox::eventFilter(object, event);
 }
 
 void ParentCategoryPicker::setExpanded(bool expanded) {

@@ -41,7 +41,8 @@ public:
     void expandItems() override { showPopup(); }
 
     void showPopup() override;
-    void hidePopup() override;
+
+    bool eventFilter(QObject* object, QEvent* event) override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
