@@ -23,10 +23,18 @@ AppliedDesktopSettings::AppliedDesktopSettings(DesktopSettings& settings, Deskto
       qtsDoubleClickTime_(QApplication::doubleClickInterval()),
       qtsWheelLines_(QApplication::wheelScrollLines()),
       changes_(settings.changed.subscribe([this] { follow(); })) {
-    for (const QScreen* const screen : QGuiApplication::screens()) {
+    const auto followScreen = [this](const QScreen* screen) {
         QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, &screens_,
                          [this] { useTextScale(); });
+    };
+    for (const QScreen* const screen : QGuiApplication::screens()) {
+        followScreen(screen);
     }
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &screens_,
+                     [this, followScreen](const QScreen* screen) {
+                         followScreen(screen);
+                         useTextScale();
+                     });
     follow();
 }
 
