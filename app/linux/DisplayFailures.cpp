@@ -159,7 +159,7 @@ DisplayLossGuard::DisplayLossGuard() {
 }
 
 DisplayLossGuard::~DisplayLossGuard() {
-    qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(handleMessageBefore);
     endsWithDisplay = false;
 }
 
