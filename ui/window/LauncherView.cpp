@@ -315,8 +315,8 @@ void LauncherView::refresh() {
     refreshSheets();
 }
 
-// Sheets are deleted when they close, because screen readers would find hidden ones in the
-// accessibility tree. The alert waits until the window is visible and no editor covers it.
+// Sheets are deleted after they have closed, not kept: screen readers find hidden ones in the
+// accessibility tree too. The alert waits until the window is visible and no editor covers it.
 void LauncherView::refreshSheets() {
     if (showingCategoryEditor_ && editor_ == nullptr) {
         editor_ = makeCategoryEditor();
