@@ -50,5 +50,26 @@ TEST(ScaleVariables, a_resolution_is_kept_or_removed_in_the_same_way) {
     }
 }
 
+TEST(ScaleVariables, one_that_leaves_the_range_together_with_the_scale_factor_is_removed) {
+    const auto isKeptBeside = [](const char* scale, const char* name, const char* value) {
+        ScopedVariables variables;
+        variables.set("QT_SCALE_FACTOR", scale);
+        const bool kept = isKept(name, value);
+        EXPECT_STREQ(std::getenv("QT_SCALE_FACTOR"), scale);
+        return kept;
+    };
+    EXPECT_TRUE(isKeptBeside("2", "QT_SCREEN_SCALE_FACTORS", "1;4"));
+    EXPECT_TRUE(isKeptBeside("0.5", "QT_SCREEN_SCALE_FACTORS", "8"));
+    EXPECT_FALSE(isKeptBeside("8", "QT_SCREEN_SCALE_FACTORS", "8"));
+    EXPECT_FALSE(isKeptBeside("2", "QT_SCREEN_SCALE_FACTORS", "1;4.5"));
+    EXPECT_FALSE(isKeptBeside("0.5", "QT_SCREEN_SCALE_FACTORS", "0.5"));
+    EXPECT_TRUE(isKeptBeside("2", "QT_FONT_DPI", "192"));
+    EXPECT_FALSE(isKeptBeside("8", "QT_FONT_DPI", "192"));
+    // A factor that is removed counts for nothing.
+    ScopedVariables variables;
+    variables.set("QT_SCALE_FACTOR", "50");
+    EXPECT_TRUE(isKept("QT_SCREEN_SCALE_FACTORS", "8"));
+}
+
 }  // namespace
 }  // namespace tavo
