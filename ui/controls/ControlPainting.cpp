@@ -161,9 +161,11 @@ void paintComboBox(QPainter& painter, const QStyleOptionComboBox& option, const 
         strokeInside(painter, option.rect, kRadius, look.focusRing, look.focusWidth);
     }
     painter.setOpacity(1);
-    const QPointF middle(option.rect.right() - 10.5, QRectF(option.rect).center().y());
-    const std::array<QPointF, 3> triangle = {middle + QPointF(-3, -2), middle + QPointF(3, -2),
-                                             middle + QPointF(0, 3)};
+    const qreal unit = grownWithText(kComboBoxArrow) / qreal(kComboBoxArrow);
+    const QPointF middle(option.rect.right() - 10.5 * unit, QRectF(option.rect).center().y());
+    const std::array<QPointF, 3> triangle = {middle + unit * QPointF(-3, -2),
+                                             middle + unit * QPointF(3, -2),
+                                             middle + unit * QPointF(0, 3)};
     painter.setPen(Qt::NoPen);
     painter.setBrush(enabled ? look.text : look.disabledText);
     painter.drawPolygon(triangle.data(), static_cast<int>(triangle.size()));

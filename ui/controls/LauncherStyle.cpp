@@ -123,7 +123,7 @@ void colorText(QLineEdit& line) {
 // program's symbols.
 void dressMenu(QMenu& menu) {
     menu.setAttribute(Qt::WA_WindowPropagation);
-    menu.setFont(interfaceFont(metrics::kBody));
+    useInterfaceFont(menu, metrics::kBody);
     if (dynamic_cast<PopupMenu*>(&menu) == nullptr) {
         for (QAction* const action : menu.actions()) {
             action->setIcon({});
@@ -298,11 +298,12 @@ QRect LauncherStyle::subElementRect(SubElement element, const QStyleOption* opti
 namespace {
 
 QRect pickerPart(QStyle::SubControl part, const QRect& rect) {
+    const int arrow = grownWithText(kComboBoxArrow);
     switch (part) {
         case QStyle::SC_ComboBoxEditField:
-            return rect.adjusted(kTextInset, 0, -kComboBoxArrow, 0);
+            return rect.adjusted(kTextInset, 0, -arrow, 0);
         case QStyle::SC_ComboBoxArrow:
-            return {rect.right() + 1 - kComboBoxArrow, rect.top(), kComboBoxArrow, rect.height()};
+            return {rect.right() + 1 - arrow, rect.top(), arrow, rect.height()};
         case QStyle::SC_ComboBoxListBoxPopup:
             return rect.adjusted(0, -kEntryMargin, 0, kEntryMargin);
         default:
@@ -365,7 +366,7 @@ QSize LauncherStyle::sizeFromContents(ContentsType type, const QStyleOption* opt
         case CT_ComboBox:
             // Qt passes the bounding rectangle of the glyphs, which may be narrower than the
             // advance of the text.
-            return {size.width() + kTextInset + kComboBoxArrow + kTextMargin,
+            return {size.width() + kTextInset + grownWithText(kComboBoxArrow) + kTextMargin,
                     controlHeight(*option)};
         case CT_PushButton:
             return {size.width() + 2 * kButtonInset, controlHeight(*option)};

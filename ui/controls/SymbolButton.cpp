@@ -50,16 +50,18 @@ void SymbolButton::setToolTipBeside(const QWidget& neighbour) {
 
 QSize SymbolButton::sizeHint() const {
     const QFontMetrics metrics(interfaceFont(fontSize_));
-    const int symbolWidth = symbol_.isEmpty() ? 0 : symbolSide();
+    const int symbolWidth = symbol_.isEmpty() ? 0 : text().isEmpty() ? symbolSize_ : symbolSide();
     const int textWidth = text().isEmpty() ? 0 : metrics.horizontalAdvance(text());
     const int gap = symbolWidth != 0 && textWidth != 0 ? metrics::kSymbolSpacing : 0;
     const int height = std::max(symbolWidth, text().isEmpty() ? 0 : metrics.height());
     return {symbolWidth + gap + textWidth + 2 * kMargin, height + 2 * kMargin};
 }
 
-// A symbol beside text is as large as that.
+// A symbol beside text grows with it. One alone grows into the margin around it alone, so that the
+// button takes no room from what is beside it.
 int SymbolButton::symbolSide() const {
-    return text().isEmpty() ? symbolSize_ : grownWithText(symbolSize_);
+    const int grown = grownWithText(symbolSize_);
+    return text().isEmpty() ? std::min(grown, std::max(symbolSize_, height() - 4)) : grown;
 }
 
 int SymbolButton::textStart() const {

@@ -156,9 +156,10 @@ void ParentCategoryPicker::keyPressEvent(QKeyEvent* event) {
 
 // As wide as the text, so that a long name is shortened only when the row is too narrow.
 QSize ParentCategoryPicker::sizeHint() const {
-    constexpr int kFrameAndArrow = 40;
-    return {std::max(metrics::kSmallestPicker,
-                     fontMetrics().horizontalAdvance(currentText()) + kFrameAndArrow),
+    constexpr int kFrame = 16;
+    constexpr int kArrow = 24;
+    return {std::max(metrics::kSmallestPicker, fontMetrics().horizontalAdvance(currentText()) +
+                                                   kFrame + grownWithText(kArrow)),
             QComboBox::sizeHint().height()};
 }
 

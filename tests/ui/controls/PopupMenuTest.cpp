@@ -17,7 +17,9 @@
 #include "ui/controls/ControlPainting.h"
 #include "ui/controls/PopupMenu.h"
 #include "ui/look/Appearance.h"
+#include "ui/look/Metrics.h"
 #include "ui/look/TextSanitizer.h"
+#include "ui/look/TextScale.h"
 
 namespace tavo {
 namespace {
@@ -409,6 +411,17 @@ TEST_F(PopupMenuTest, symbols_are_tinted_anew_when_the_palette_changes) {
         EXPECT_EQ(tint(QIcon::Selected), look.textOnAccent);
         EXPECT_EQ(tint(QIcon::Disabled), look.disabledText);
     }
+}
+
+TEST_F(PopupMenuTest, an_open_one_follows_the_size_of_text) {
+    open();
+    const QSize before = menu->size();
+    setTextScale(2);
+    EXPECT_EQ(menu->font().pixelSize(), 2 * metrics::kBody);
+    EXPECT_GT(menu->width(), before.width());
+    EXPECT_GT(menu->height(), before.height());
+    setTextScale(1);
+    EXPECT_EQ(menu->size(), before);
 }
 
 TEST_F(PopupMenuTest, opens_below_its_control_or_above_it_where_the_screen_ends) {
