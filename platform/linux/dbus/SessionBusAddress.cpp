@@ -23,6 +23,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kPatience{1000};
 
+// What at-spi2-core calls the socket of its bus where it was started without a display.
+constexpr std::string_view kNoDisplaySocket = "bus";
+
 bool connectTo(int socket, const std::string& file) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -31,6 +34,15 @@ bool connectTo(int socket, const std::string& file) {
     }
     std::copy(file.begin(), file.end(), address.sun_path);
     return ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+// What at-spi2-core calls the socket of the bus of this display, without the number of a screen:
+// "bus_0" of ":0" and of ":0.0".
+std::string accessibilitySocketName() {
+    const char* const display = std::getenv("DISPLAY");
+    std::string name = std::string(kNoDisplaySocket) + (display != nullptr ? display : "");
+    std::replace(name.begin(), name.end(), ':', '_');
+    return name.substr(0, name.find('.'));
 }
 
 }  // namespace
@@ -105,17 +117,24 @@ bool accessibilityBusAnswers() {
     if (folder == nullptr || *folder == '\0') {
         return true;
     }
+    const std::string name = accessibilitySocketName();
+    bool anyAsked = false;
     std::error_code failed;
     std::filesystem::directory_iterator entry(std::filesystem::path(folder) / "at-spi", failed);
     for (; !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+        const std::string file = entry->path().filename();
+        if (file != kNoDisplaySocket && file.substr(0, file.find('.')) != name) {
+            continue;
+        }
         char* const escaped = g_dbus_address_escape_value(entry->path().c_str());
         const bool answers = busAnswers(std::string("unix:path=") + escaped);
         g_free(escaped);
-        if (!answers) {
-            return false;
+        if (answers) {
+            return true;
         }
+        anyAsked = true;
     }
-    return true;
+    return !anyAsked;
 }
 
 }  // namespace tavo

@@ -18,9 +18,9 @@ namespace tavo {
 // asked; the answer is true for them.
 [[nodiscard]] bool busAnswers(const std::string& address);
 
-// The same of the bus that screen readers use: the one in AT_SPI_BUS_ADDRESS, else each socket that
-// at-spi2-core has in XDG_RUNTIME_DIR, one bus per display. True where there is none, and for one
-// that is somewhere else.
+// The same of the bus that screen readers use: the one in AT_SPI_BUS_ADDRESS, else the sockets that
+// at-spi2-core has in XDG_RUNTIME_DIR for the display in DISPLAY and for none; one that answers is
+// enough. True where there is no such socket, and for a bus that is somewhere else.
 [[nodiscard]] bool accessibilityBusAnswers();
 
 }  // namespace tavo

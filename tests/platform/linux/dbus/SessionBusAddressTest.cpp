@@ -52,6 +52,7 @@ TEST(AccessibilityBusAnswers, is_false_only_while_a_bus_of_the_runtime_folder_st
     const processes::Folder folder;
     ::unsetenv("AT_SPI_BUS_ADDRESS");
     ::setenv("XDG_RUNTIME_DIR", folder.path("").c_str(), 1);
+    ::setenv("DISPLAY", ":0", 1);
     EXPECT_TRUE(accessibilityBusAnswers());
     std::filesystem::create_directory(folder.path("at-spi"));
     EXPECT_TRUE(accessibilityBusAnswers());
@@ -65,6 +66,41 @@ TEST(AccessibilityBusAnswers, is_false_only_while_a_bus_of_the_runtime_folder_st
     EXPECT_TRUE(accessibilityBusAnswers());
     ::unsetenv("XDG_RUNTIME_DIR");
     EXPECT_TRUE(accessibilityBusAnswers());
+}
+
+TEST(AccessibilityBusAnswers, asks_only_the_bus_of_this_display_and_that_of_none) {
+    const processes::Folder folder;
+    ::unsetenv("AT_SPI_BUS_ADDRESS");
+    ::setenv("XDG_RUNTIME_DIR", folder.path("").c_str(), 1);
+    std::filesystem::create_directory(folder.path("at-spi"));
+    const processes::SilentSocket silent(folder.path("at-spi/bus_0"));
+    for (const char* const silents : {":0", ":0.0"}) {
+        ::setenv("DISPLAY", silents, 1);
+        EXPECT_FALSE(accessibilityBusAnswers()) << silents;
+    }
+    for (const char* const another : {":1", ":00", "host:0"}) {
+        ::setenv("DISPLAY", another, 1);
+        EXPECT_TRUE(accessibilityBusAnswers()) << another;
+    }
+    ::unsetenv("DISPLAY");
+    EXPECT_TRUE(accessibilityBusAnswers());
+    const processes::SilentSocket ofNone(folder.path("at-spi/bus"));
+    EXPECT_FALSE(accessibilityBusAnswers());
+    ::unsetenv("XDG_RUNTIME_DIR");
+}
+
+TEST(AccessibilityBusAnswers, is_true_when_one_of_the_two_answers) {
+    const processes::Folder folder;
+    ::unsetenv("AT_SPI_BUS_ADDRESS");
+    ::setenv("XDG_RUNTIME_DIR", folder.path("").c_str(), 1);
+    ::setenv("DISPLAY", ":0", 1);
+    std::filesystem::create_directory(folder.path("at-spi"));
+    const processes::SilentSocket silent(folder.path("at-spi/bus_0"));
+    const processes::PrivateBus bus(folder);
+    std::filesystem::rename(folder.path("bus"), folder.path("at-spi/bus"));
+    EXPECT_TRUE(accessibilityBusAnswers());
+    ::unsetenv("DISPLAY");
+    ::unsetenv("XDG_RUNTIME_DIR");
 }
 
 }  // namespace
