@@ -552,17 +552,6 @@ public:
     }
 };
 
-// The popup that the list of a combo box is in. By Qt's own interface it is a frame below the
-// application, whose name screen readers read out whenever the list opens or closes.
-class ListPopup final : public QAccessibleWidget {
-public:
-    explicit ListPopup(QWidget& widget) : QAccessibleWidget(&widget, QAccessible::Pane) {}
-
-    QAccessibleInterface* parent() const override {
-        return QAccessible::queryAccessibleInterface(widget()->parentWidget());
-    }
-};
-
 // Whether a menu is a child of a window with the role Window, or of a menu that is.
 bool isInWindow(const QMenu& menu) {
     const QWidget* above = menu.parentWidget();
@@ -582,10 +571,6 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
     }
     if (auto* const menu = qobject_cast<QMenu*>(widget)) {
         return isInWindow(*menu) ? makeAccessibleMenu(*menu) : nullptr;
-    }
-    // A private class of Qt's, whose header is not public.
-    if (widget->inherits("QComboBoxPrivateContainer")) {
-        return new ListPopup(*widget);
     }
     const QAccessible::Role role = roleOf(*widget, QAccessible::NoRole);
     switch (role) {

@@ -493,22 +493,6 @@ TEST_F(CategoryEditorTest, a_screen_reader_opens_the_list_of_positions_and_is_to
     EXPECT_FALSE(picker(1).view()->isVisible());
 }
 
-TEST_F(CategoryEditorTest, the_open_list_of_positions_is_below_its_sheet_in_the_tree) {
-    picker(1).showPopup();
-    const QAccessibleInterface* above =
-        QAccessible::queryAccessibleInterface(picker(1).view()->window());
-    ASSERT_NE(above, nullptr);
-    EXPECT_EQ(above->role(), QAccessible::Pane);
-    above = above->parent();
-    ASSERT_NE(above, nullptr);
-    EXPECT_EQ(above->object(), &picker(1));
-    while (above != nullptr && above->object() != &editor()) {
-        above = above->parent();
-    }
-    EXPECT_NE(above, nullptr);
-    picker(1).hidePopup();
-}
-
 TEST_F(CategoryEditorTest, a_position_chosen_by_a_key_is_announced) {
     auto* const statusBar = new QWidget(&editor());
     setAccessibleRole(*statusBar, QAccessible::StatusBar);
