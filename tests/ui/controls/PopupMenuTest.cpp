@@ -77,6 +77,17 @@ protected:
         ASSERT_TRUE(menu->isVisible());
     }
 
+    // As a hand does it: the pointer comes to the entry, and then presses. Later versions of Qt
+    // take a release without a way of the pointer before it for that of the click that opened the
+    // menu.
+    void click(QAction* entry) {
+        const QPoint place = menu->actionGeometry(entry).center();
+        for (int left = 8; left >= 0; --left) {
+            QTest::mouseMove(menu, place - QPoint(left, 0));
+        }
+        QTest::mouseClick(menu, Qt::LeftButton, {}, place);
+    }
+
     static void key(Qt::Key key) {
         ASSERT_NE(QApplication::activePopupWidget(), nullptr);
         QTest::keyClick(QApplication::activePopupWidget(), key);
@@ -210,8 +221,7 @@ TEST_F(PopupMenuTest, an_entry_of_a_submenu_pressed_through_the_tree_closes_both
 
 TEST_F(PopupMenuTest, a_click_on_an_entry_acts_once_after_the_menu_closed) {
     open();
-    QTest::mouseClick(menu, Qt::LeftButton, {},
-                      menu->actionGeometry(menu->actions().at(1)).center());
+    click(menu->actions().at(1));
     EXPECT_EQ(happened, QStringList{QStringLiteral("Preferiti")});
     EXPECT_EQ(openWhenItHappened, 0);
 }
@@ -379,7 +389,7 @@ TEST_F(PopupMenuTest, an_empty_submenu_can_be_reached_and_opens_nothing) {
     key(Qt::Key_Right);
     key(Qt::Key_Return);
     EXPECT_FALSE(empty->isVisible());
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(empty->menuAction()).center());
+    click(empty->menuAction());
     EXPECT_FALSE(empty->isVisible());
     EXPECT_TRUE(menu->isVisible());
     key(Qt::Key_Home);
